@@ -1,0 +1,158 @@
+#include "platform/Platform.h"
+
+#include <cerrno>
+#include <ctime>
+#include <string>
+
+#include <climits>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <link.h>
+#include <pthread.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+pid_t kernelThreadId()
+{
+    return static_cast<pid_t>(syscall(SYS_gettid));
+}
+
+/// Signal 0 goes to nobody; it only asks. The process id makes the answer right in a forked child, too, which
+/// has none of its parent's threads.
+bool threadExists(pid_t threadId)
+{
+    return syscall(SYS_tgkill, getpid(), threadId, 0) == 0;
+}
+
+class LinuxThreadProbe : public ThreadProbe
+{
+public:
+    bool hasEnded() const override { return !threadExists(m_threadId); }
+
+private:
+    const pid_t m_threadId = kernelThreadId();
+};
+
+class LinuxThread : public Thread
+{
+public:
+    ~LinuxThread() override
+    {
+        if (m_started && !m_joined)
+            pthread_detach(m_thread);
+    }
+
+    bool start(std::function<int()> routine)
+    {
+        auto argument = std::make_unique<std::function<int()>>(std::move(routine));
+        m_started = pthread_create(&m_thread, nullptr, &LinuxThread::run, argument.get()) == 0;
+        if (m_started)
+            static_cast<void>(argument.release()); // now the thread's
+        return m_started;
+    }
+
+    bool hasEnded() const override { return m_joined || getpid() != m_process; }
+
+    bool isCurrent() const override { return !hasEnded() && pthread_equal(pthread_self(), m_thread) != 0; }
+
+    bool join(int timeoutMs) override
+    {
+        if (!hasEnded())
+            m_joined = (timeoutMs < 0 ? pthread_join(m_thread, nullptr) : timedJoin(timeoutMs)) == 0;
+        return hasEnded();
+    }
+
+private:
+    static void* run(void* argument)
+    {
+        const std::unique_ptr<std::function<int()>> routine(static_cast<std::function<int()>*>(argument));
+        (*routine)();
+        return nullptr;
+    }
+
+    int timedJoin(int timeoutMs)
+    {
+        timespec deadline{};
+        clock_gettime(CLOCK_REALTIME, &deadline);
+        const long nanoseconds = deadline.tv_nsec + (timeoutMs % 1000) * 1000000L;
+        deadline.tv_sec += timeoutMs / 1000 + nanoseconds / 1000000000L;
+        deadline.tv_nsec = nanoseconds % 1000000000L;
+        return pthread_timedjoin_np(m_thread, nullptr, &deadline);
+    }
+
+    const pid_t m_process = getpid(); // a forked child has none of its parent's threads
+    pthread_t m_thread{};
+    bool m_started = false;
+    bool m_joined = false;
+};
+
+std::string absolutePath(const char* path)
+{
+    char resolved[PATH_MAX];
+    return realpath(path, resolved) ? resolved : path;
+}
+
+std::string pathOfAddress(const void* address)
+{
+    Dl_info info{};
+    return dladdr(address, &info) != 0 && info.dli_fname ? absolutePath(info.dli_fname) : std::string();
+}
+
+std::string pathOfModule(const char* moduleName)
+{
+    void* handle = dlopen(moduleName, RTLD_LAZY | RTLD_NOLOAD);
+    if (!handle)
+        return {};
+    link_map* map = nullptr;
+    const bool found = dlinfo(handle, RTLD_DI_LINKMAP, &map) == 0 && map;
+    const std::string path = found ? absolutePath(map->l_name) : std::string();
+    dlclose(handle); // gives back the reference that dlopen took
+    return path;
+}
+
+} // namespace
+
+std::unique_ptr<Thread> Thread::start(std::function<int()> routine)
+{
+    auto thread = std::make_unique<LinuxThread>();
+    if (!thread->start(std::move(routine)))
+        return nullptr;
+    return thread;
+}
+
+std::unique_ptr<ThreadProbe> ThreadProbe::ofCurrentThread()
+{
+    return std::make_unique<LinuxThreadProbe>();
+}
+
+std::uint32_t currentThreadId()
+{
+    return static_cast<std::uint32_t>(kernelThreadId());
+}
+
+void sleepMs(unsigned int ms)
+{
+    timespec left{static_cast<time_t>(ms / 1000), static_cast<long>(ms % 1000) * 1000000};
+    while (nanosleep(&left, &left) == -1 && errno == EINTR) {
+    }
+}
+
+std::string moduleFilePath(const char* moduleName)
+{
+    return moduleName ? pathOfModule(moduleName) : pathOfAddress(reinterpret_cast<const void*>(&sleepMs));
+}
+
+void pinModule(const void* address)
+{
+    Dl_info info{};
+    if (dladdr(address, &info) == 0 || !info.dli_fname)
+        return;
+    // The handle is never closed: that is the point.
+    dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
+} // namespace platform

@@ -1,0 +1,28 @@
+#ifndef VIGIL_TYPES_OIDOPERATORS_H
+#define VIGIL_TYPES_OIDOPERATORS_H
+
+#include <vigil/Oid.h>
+
+namespace vigil {
+
+// Kept out of the public header: applications compare with Oid::compare(), the library keys its maps by
+// these.
+
+inline bool operator==(const Oid& left, const Oid& right)
+{
+    return left.compare(right) == 0;
+}
+
+inline bool operator!=(const Oid& left, const Oid& right)
+{
+    return left.compare(right) != 0;
+}
+
+inline bool operator<(const Oid& left, const Oid& right)
+{
+    return left.compare(right) < 0;
+}
+
+} // namespace vigil
+
+#endif

@@ -1,0 +1,35 @@
+#ifndef VIGIL_TYPES_PERFORMANCEDATA_H
+#define VIGIL_TYPES_PERFORMANCEDATA_H
+
+#include <string>
+
+#include <vigil/Range.h>
+
+/// The numeric side of one metric's outcome: what a graph needs. Texts are UTF-8; ranges are kept as text,
+/// since that is all that is ever published of them. A plain value without locks.
+class PerformanceData
+{
+public:
+    virtual ~PerformanceData() = default;
+
+    void setLabel(const std::string& label) { m_label = label; }
+    void setValue(double value) { m_value = value; }
+    void setUnit(const std::string& unit) { m_unit = unit; }
+    void setWarning(const vigil::Range& range) { m_warning = range.toString(); }
+    void setCritical(const vigil::Range& range) { m_critical = range.toString(); }
+
+    std::string getLabel() const { return m_label; }
+    double getValue() const { return m_value; }
+    std::string getUnit() const { return m_unit; }
+    std::string getWarning() const { return m_warning; }
+    std::string getCritical() const { return m_critical; }
+
+private:
+    std::string m_label;
+    double m_value = 0.0;
+    std::string m_unit;
+    std::string m_warning;
+    std::string m_critical;
+};
+
+#endif
