@@ -1,0 +1,397 @@
+#include "base/ComConnectionSocket.h"
+
+#include <QAbstractSocket>
+#include <QCoreApplication>
+#include <QDebug>
+#include <QEventLoop>
+#include <QHostAddress>
+#include <QPointer>
+#include <QTcpSocket>
+
+#include <atomic>
+
+#include "base/FrameHeader.h"
+
+namespace base {
+
+namespace {
+
+constexpr int pollIntervalMs = 1000;
+constexpr int maxFailedWrites = 10;
+constexpr int partialWriteWaitMs = 20;
+constexpr int yieldIntervalMs = 250;
+constexpr int framesPerReport = 10000;
+
+std::atomic<int> sentFrameCount{0}; // of all connections of the process
+
+} // namespace
+
+ComConnectionSocket::ComConnectionSocket(QObject* parent) : QObject(parent), m_pollTimer(new QTimer(this))
+{
+    connect(m_pollTimer, SIGNAL(timeout()), this, SLOT(slot_readyRead()));
+    m_lastEventProcessing.start();
+}
+
+// --- Connecting and disconnecting
+
+bool ComConnectionSocket::connectToServer(ConnectionSettings settings)
+{
+    if (settings.host.isEmpty()) {
+        logInfo(QStringLiteral("NOT CONNECTED"));
+        logError(QStringLiteral("Host is empty"));
+        return false;
+    }
+    m_settings = settings;
+    logInfo(QStringLiteral("connectToHost(%1  - port: %2) ... please wait ... ")
+                .arg(m_settings.host, QString::number(m_settings.port)));
+
+    auto* socket = new QTcpSocket(this);
+    socket->connectToHost(m_settings.host, static_cast<quint16>(m_settings.port), QIODevice::ReadWrite,
+                          QAbstractSocket::AnyIPProtocol);
+    if (!socket->waitForConnected(m_settings.connectTimeoutMs)) {
+        socket->deleteLater();
+        reportConnectFailure(m_settings.connectTimeoutMs);
+        return false;
+    }
+    installSocket(socket);
+    emit signal_connected();
+    return true;
+}
+
+void ComConnectionSocket::reportConnectFailure(int timeoutMs)
+{
+    logInfo(QStringLiteral("NOT CONNECTED"));
+    logError(QStringLiteral("connectToHost timed out.\n(Timeout was: %1 ms)\nNOT CONNECTED").arg(timeoutMs));
+    qDebug("___WARNING______WARNING______WARNING______WARNING___");
+    logError(QStringLiteral("___NOT CONNECTED___"));
+}
+
+bool ComConnectionSocket::reconnect()
+{
+    return m_socket ? false : connectToServer(m_settings);
+}
+
+void ComConnectionSocket::installSocket(QTcpSocket* socket)
+{
+    if (m_socket)
+        slot_currentConnectionDisconnected();
+    resetCountersAndBuffers();
+    m_socket = socket;
+    connect(m_socket, SIGNAL(disconnected()), this, SLOT(slot_currentConnectionDisconnected()));
+    connect(m_socket, SIGNAL(readyRead()), this, SLOT(slot_readyRead()));
+    logInfo(describePeer(QStringLiteral(">>>>>>  CONNECTED from %1:%2 %3 <<<<<<")));
+    m_pollTimer->start(pollIntervalMs);
+}
+
+void ComConnectionSocket::slot_currentConnectionDisconnected()
+{
+    m_pollTimer->stop();
+    if (!m_socket)
+        return;
+    logInfo(describePeer(QStringLiteral(">>>>>  DISCONNECTED from %1:%2 %3 <<<<<")));
+    QTcpSocket* lost = m_socket;
+    m_socket = nullptr;
+    lost->blockSignals(true);
+    lost->deleteLater();
+    emit signal_disconnectInfo(lost->peerAddress().toString(), lost->peerPort(), lost->peerName());
+    emit signal_disconnected();
+}
+
+void ComConnectionSocket::closeConnection()
+{
+    m_pollTimer->stop();
+    if (m_socket)
+        m_socket->disconnectFromHost();
+    if (!m_socket)
+        return; // released by the disconnection slot
+    QTcpSocket* closing = m_socket;
+    m_socket = nullptr;
+    closing->blockSignals(true);
+    closing->abort();
+    if (m_readDepth > 0)
+        closing->deleteLater();
+    else
+        delete closing;
+}
+
+bool ComConnectionSocket::isConnected() const
+{
+    return m_socket && m_socket->state() == QAbstractSocket::ConnectedState;
+}
+
+QString ComConnectionSocket::describePeer(const QString& pattern) const
+{
+    return pattern.arg(m_socket->peerAddress().toString(), QString::number(m_socket->peerPort()),
+                       m_socket->peerName());
+}
+
+void ComConnectionSocket::resetCountersAndBuffers()
+{
+    m_sendMessageCounter = 0;
+    m_sendUpdateMessageCounter = 0;
+    m_lastReceivedMessageCounter = 0;
+    m_receivedUpdateMessageCounter = 0;
+    m_storedUpdateMessageCounter = 0;
+    m_expectedLength = 0;
+    m_readPosition = 0;
+    m_receivedCallbackId = 0;
+    m_receiveBuffer.clear();
+    ++m_resetCount;
+}
+
+void ComConnectionSocket::resetAfterNetworkError()
+{
+    static constexpr const char* banner[] = {
+        "_______________________________________________", "_______________________________________________",
+        "__________________ERROR________________________", "_______________________________________________",
+        "___Network error detected - resetting buffers__", "_______________________________________________"};
+    for (const char* line : banner)
+        qDebug("%s", line);
+    logError(QStringLiteral("___Network error detected - resetting buffers___"));
+    resetCountersAndBuffers();
+    m_lastReceivedMessageCounter = 1; // the next frame is accepted whatever its number
+}
+
+// --- Sending
+
+void ComConnectionSocket::slot_setSendUpdateMessageCounter(qulonglong counter)
+{
+    m_sendUpdateMessageCounter = counter;
+}
+
+bool ComConnectionSocket::isBacklogged() const
+{
+    return isConnected() && m_socket->bytesToWrite() > m_maxPendingBytes;
+}
+
+bool ComConnectionSocket::sendSerializedData(const DbBaseType* record, int type, int clientCallbackId)
+{
+    logDebug(QStringLiteral("Send serialized data to server. Type: %1").arg(type));
+    m_lastSendOk = false;
+    if (isBacklogged()) {
+        m_socket->flush();
+        if (isBacklogged())
+            return false;
+    }
+    QByteArray payload;
+    if (record)
+        record->serialize(payload);
+    slot_sendSerializedData(payload, type, clientCallbackId);
+    return m_lastSendOk;
+}
+
+void ComConnectionSocket::slot_sendSerializedData(QByteArray answer, int type, int clientCallbackId)
+{
+    m_lastSendOk = false;
+    if (!m_socket && !reconnect()) {
+        logError(QStringLiteral("slot_sendSerializedData::cannot reconnect"));
+        return;
+    }
+    const QByteArray frame = buildFrame(answer, type, clientCallbackId);
+    if (!isConnected())
+        return;
+    m_lastSendOk = writeFrame(frame);
+    if (m_lastSendOk)
+        countSentFrame();
+    if (isConnected())
+        m_socket->flush();
+    else
+        m_lastSendOk = false;
+}
+
+QByteArray ComConnectionSocket::buildFrame(const QByteArray& payload, int type, int clientCallbackId)
+{
+    ++m_sendMessageCounter;
+    logDebug(QStringLiteral("CCS:SEND MSG # %1 --->").arg(m_sendMessageCounter));
+    FrameHeader header;
+    header.dataType = static_cast<qint16>(type);
+    header.clientCallbackId = clientCallbackId;
+    header.messageCounter = m_sendMessageCounter;
+    header.updateMessageCounter = m_sendUpdateMessageCounter;
+    return header.toBytes(payload.size()) + payload;
+}
+
+bool ComConnectionSocket::writeFrame(QByteArray frame)
+{
+    int failures = 0;
+    while (failures < maxFailedWrites && !frame.isEmpty() && isConnected()) {
+        const qint64 written = m_socket->write(frame);
+        if (written < 1) {
+            ++failures;
+            continue;
+        }
+        frame.remove(0, static_cast<int>(written));
+        if (!frame.isEmpty() && isConnected())
+            m_socket->waitForBytesWritten(partialWriteWaitMs);
+    }
+    return frame.isEmpty();
+}
+
+void ComConnectionSocket::countSentFrame()
+{
+    const int count = ++sentFrameCount;
+    if (count % framesPerReport == 0)
+        qDebug("Overall data sent ( x10000 ) %d", count / framesPerReport);
+}
+
+// --- Receiving
+
+void ComConnectionSocket::slot_readyRead()
+{
+    if (!m_socket)
+        return;
+    m_pollTimer->start(pollIntervalMs);
+    if (!m_inEventProcessing)
+        slot_readDataFromSocket();
+}
+
+void ComConnectionSocket::slot_readDataFromSocket()
+{
+    if (m_inEventProcessing || !isConnected() || m_socket->bytesAvailable() < 1)
+        return;
+    m_receiveBuffer += m_socket->readAll();
+
+    const QPointer<ComConnectionSocket> self(this);
+    ++m_readDepth;
+    slot_computeReceivedData();
+    if (self)
+        --m_readDepth;
+}
+
+void ComConnectionSocket::slot_computeReceivedData()
+{
+    if (m_inEventProcessing || availableBytes() < m_expectedLength)
+        return;
+    if (m_expectedLength == 0 && !beginFrame())
+        return;
+
+    // Whoever receives a frame may close this connection, open another one, or destroy this object.
+    const QPointer<ComConnectionSocket> self(this);
+    const unsigned int resetCount = m_resetCount;
+    while (availableBytes() >= m_expectedLength) {
+        takeFrame();
+        if (!self || m_resetCount != resetCount)
+            return;
+        if (!beginFrame())
+            break;
+    }
+    discardConsumedBytes();
+    yieldToEventLoop();
+}
+
+quint64 ComConnectionSocket::availableBytes() const
+{
+    return static_cast<quint64>(m_receiveBuffer.size() - m_readPosition);
+}
+
+/// Reads the prefix of the next frame. False when it has not arrived yet, or is none.
+bool ComConnectionSocket::beginFrame()
+{
+    if (availableBytes() < FrameHeader::prefixSize) {
+        m_expectedLength = 0;
+        discardConsumedBytes();
+        return false;
+    }
+    const QByteArray prefix = m_receiveBuffer.mid(m_readPosition, FrameHeader::prefixSize);
+    m_readPosition += FrameHeader::prefixSize;
+    if (FrameHeader::readPrefix(prefix, m_expectedLength) != FrameHeader::Prefix::Good) {
+        resetAfterNetworkError();
+        return false;
+    }
+    return true;
+}
+
+/// Takes the frame whose prefix was read, all of which has arrived, and hands its payload on.
+void ComConnectionSocket::takeFrame()
+{
+    const quint64 previousCounter = m_lastReceivedMessageCounter;
+    const FrameHeader header =
+        FrameHeader::readRemainder(m_receiveBuffer.mid(m_readPosition, FrameHeader::remainderSize));
+    const int payloadSize = static_cast<int>(m_expectedLength) - FrameHeader::remainderSize;
+    QByteArray payload = m_receiveBuffer.mid(m_readPosition + FrameHeader::remainderSize, payloadSize);
+    m_readPosition += static_cast<int>(m_expectedLength);
+    m_receivedCallbackId = static_cast<int>(header.clientCallbackId);
+    m_lastReceivedMessageCounter = header.messageCounter;
+    m_receivedUpdateMessageCounter = header.updateMessageCounter;
+
+    const bool isValid = isExpectedCounter(previousCounter);
+    checkUpdateCounter();
+    if (!isValid) {
+        logError(QStringLiteral("Received invalid message counter. Ignoring received data."));
+        return;
+    }
+    logDebug(QStringLiteral("CCS: Raw data received.Type: %1  - Length: %2")
+                 .arg(header.dataType)
+                 .arg(payloadSize));
+    emit signal_sigdb_dataReceived(header.dataType, payload, m_receivedCallbackId);
+}
+
+/// Judges the number of the frame just taken. A counter of 0 means that the peer has not begun with 1 yet; it
+/// stays 0 then, so that all frames up to a number 1 are dropped.
+bool ComConnectionSocket::isExpectedCounter(quint64 previous)
+{
+    const quint64 received = m_lastReceivedMessageCounter;
+    logDebug(QStringLiteral("CCS:REC. MSG # %1 <---").arg(received));
+    const bool isNext = static_cast<quint32>(previous + 1) == static_cast<quint32>(received);
+    if (!isNext && previous != 1 && received != 1) {
+        logError(
+            QStringLiteral("Unexpected received message counter: %1. Last received message counter was %2.")
+                .arg(received)
+                .arg(previous));
+    }
+    if (received >= 2 && previous == 0)
+        m_lastReceivedMessageCounter = 0;
+    return m_lastReceivedMessageCounter != 0;
+}
+
+void ComConnectionSocket::checkUpdateCounter()
+{
+    const quint64 stored = m_storedUpdateMessageCounter;
+    const quint64 received = m_receivedUpdateMessageCounter;
+    if (stored != 0 && stored + 1 < received) {
+        logError(
+            QStringLiteral("COMMUNICATION__ERROR::We lost %1 update messages").arg(received - stored - 1));
+        logError(QStringLiteral("Stored update message counter: %1\n  Received update message counter: %2\n")
+                     .arg(stored)
+                     .arg(received));
+    }
+    m_storedUpdateMessageCounter = received;
+}
+
+void ComConnectionSocket::discardConsumedBytes()
+{
+    m_receiveBuffer.remove(0, m_readPosition);
+    m_readPosition = 0;
+}
+
+void ComConnectionSocket::yieldToEventLoop()
+{
+    if (m_inEventProcessing || m_lastEventProcessing.elapsed() < yieldIntervalMs)
+        return;
+    const QPointer<ComConnectionSocket> self(this);
+    m_inEventProcessing = true;
+    QCoreApplication::processEvents(QEventLoop::ExcludeSocketNotifiers);
+    if (!self)
+        return;
+    m_lastEventProcessing.restart();
+    m_inEventProcessing = false;
+}
+
+// --- Log
+
+void ComConnectionSocket::logDebug(const QString& text)
+{
+    emit signal_debugMessage(QStringLiteral("CCS::DEBUG: ") + text);
+}
+
+void ComConnectionSocket::logInfo(const QString& text)
+{
+    emit signal_logMessage(QStringLiteral("CCS::LOG: ") + text);
+}
+
+void ComConnectionSocket::logError(const QString& text)
+{
+    emit signal_errorMessage(QStringLiteral("___ERROR___ CCS::LOG: ") + text);
+}
+
+} // namespace base

@@ -1,0 +1,16 @@
+#ifndef VIGIL_BASE_SINGLETON_H
+#define VIGIL_BASE_SINGLETON_H
+
+namespace base {
+
+/// Marks a class of which the process has one object.
+template <typename T>
+class Singleton
+{
+public:
+    virtual ~Singleton() = default;
+};
+
+} // namespace base
+
+#endif

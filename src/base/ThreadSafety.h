@@ -1,0 +1,48 @@
+#ifndef VIGIL_BASE_THREADSAFETY_H
+#define VIGIL_BASE_THREADSAFETY_H
+
+#include <QMutex>
+
+// Says which lock guards which state, so that clang can check it; other compilers read past it.
+#if defined(__clang__)
+#define VIGIL_THREAD_ANNOTATION(x) __attribute__((x))
+#else
+#define VIGIL_THREAD_ANNOTATION(x)
+#endif
+
+#define VIGIL_GUARDED_BY(mutex) VIGIL_THREAD_ANNOTATION(guarded_by(mutex))
+#define VIGIL_REQUIRES(mutex) VIGIL_THREAD_ANNOTATION(requires_capability(mutex))
+#define VIGIL_EXCLUDES(mutex) VIGIL_THREAD_ANNOTATION(locks_excluded(mutex))
+
+namespace base {
+
+/// A QMutex that clang's thread-safety analysis knows. Not recursive.
+class VIGIL_THREAD_ANNOTATION(capability("mutex")) Mutex
+{
+public:
+    void lock() VIGIL_THREAD_ANNOTATION(acquire_capability()) { m_mutex.lock(); }
+    void unlock() VIGIL_THREAD_ANNOTATION(release_capability()) { m_mutex.unlock(); }
+
+private:
+    QMutex m_mutex;
+};
+
+/// Holds a Mutex for the length of a scope.
+class VIGIL_THREAD_ANNOTATION(scoped_lockable) MutexLock
+{
+public:
+    explicit MutexLock(Mutex& mutex) VIGIL_THREAD_ANNOTATION(acquire_capability(mutex)) : m_mutex(mutex)
+    {
+        m_mutex.lock();
+    }
+    ~MutexLock() VIGIL_THREAD_ANNOTATION(release_capability()) { m_mutex.unlock(); }
+    MutexLock(const MutexLock&) = delete;
+    MutexLock& operator=(const MutexLock&) = delete;
+
+private:
+    Mutex& m_mutex;
+};
+
+} // namespace base
+
+#endif
