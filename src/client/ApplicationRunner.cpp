@@ -1,0 +1,111 @@
+#include "client/ApplicationRunner.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QThread>
+
+#include <clocale>
+#include <string>
+
+#include "base/Logging.h"
+#include "client/NetworkWarmUp.h"
+
+namespace {
+
+constexpr int startPollMs = 100;
+constexpr int takeOverTimeoutMs = 5000;
+
+/// QCoreApplication sets the process's locale from the environment on some systems. That is the host's
+/// choice, not a library's.
+class LocaleKeeper
+{
+public:
+    LocaleKeeper() : m_locale(std::setlocale(LC_ALL, nullptr)) {}
+    ~LocaleKeeper() { std::setlocale(LC_ALL, m_locale.c_str()); }
+    LocaleKeeper(const LocaleKeeper&) = delete;
+    LocaleKeeper& operator=(const LocaleKeeper&) = delete;
+
+private:
+    const std::string m_locale;
+};
+
+} // namespace
+
+std::unique_ptr<ApplicationRunner> ApplicationRunner::start()
+{
+    std::unique_ptr<ApplicationRunner> runner(new ApplicationRunner);
+    runner->m_thread = platform::Thread::start([self = runner.get()] { return self->run(); });
+    if (!runner->m_thread)
+        return nullptr;
+    while (!runner->m_running.tryAcquire(1, startPollMs)) {
+        if (runner->isGone())
+            return nullptr;
+    }
+    return runner;
+}
+
+ApplicationRunner::~ApplicationRunner() = default;
+
+int ApplicationRunner::run()
+{
+    std::unique_ptr<QCoreApplication> application;
+    const bool hasHost = QCoreApplication::instance() != nullptr;
+    if (!hasHost)
+        application = createApplication();
+    m_qtThread = QThread::currentThread();
+    base::startLogging();
+    warmUpNetwork();
+    if (hasHost) {
+        runLoopBesideHost();
+        if (!m_stopRequested)
+            application = createApplication();
+    }
+    if (!m_stopRequested)
+        runLoop();
+    base::stopLogging();
+    m_running.release(); // nobody shall wait for a loop that will not come
+    return 0;
+}
+
+std::unique_ptr<QCoreApplication> ApplicationRunner::createApplication()
+{
+    const LocaleKeeper keeper;
+    return std::make_unique<QCoreApplication>(m_arguments.count, m_arguments.list);
+}
+
+/// Returns when stop() was called, or when the host's application object is going away. The latter happens in
+/// the host's thread, in the object's destructor, which waits there until the library's own application is in
+/// place.
+void ApplicationRunner::runLoopBesideHost()
+{
+    const auto watch = QObject::connect(QCoreApplication::instance(), &QObject::destroyed, [this] {
+        if (QEventLoop* loop = m_loop)
+            loop->quit();
+        m_running.tryAcquire(1, takeOverTimeoutMs);
+    });
+    runLoop();
+    QObject::disconnect(watch);
+}
+
+void ApplicationRunner::runLoop()
+{
+    QEventLoop loop;
+    // Said from inside the loop: an order to quit that came before it runs would be lost.
+    const auto sayRunning = [this, &loop] {
+        m_loop = &loop;
+        m_running.release();
+        if (m_stopRequested)
+            loop.quit();
+    };
+    QMetaObject::invokeMethod(&loop, sayRunning, Qt::QueuedConnection);
+    loop.exec();
+    m_loop = nullptr;
+}
+
+bool ApplicationRunner::stop(int timeoutMs)
+{
+    m_stopRequested = true;
+    if (QEventLoop* loop = m_loop)
+        loop->quit();
+    return !m_thread->isCurrent() && m_thread->join(timeoutMs);
+}

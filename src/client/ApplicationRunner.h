@@ -1,0 +1,74 @@
+#ifndef VIGIL_CLIENT_APPLICATIONRUNNER_H
+#define VIGIL_CLIENT_APPLICATIONRUNNER_H
+
+#include <QSemaphore>
+
+#include <atomic>
+#include <memory>
+
+#include "platform/Platform.h"
+
+QT_BEGIN_NAMESPACE
+class QCoreApplication;
+class QEventLoop;
+class QThread;
+QT_END_NAMESPACE
+
+/// The thread of the library's event loop, with the library's QCoreApplication when the process has none.
+///
+/// Purpose: Qt delivers no event in a process without an application object. Most hosts have none, so the
+/// library brings one. In a host that has its own, the runner runs a plain event loop beside it; should the
+/// host's go while the library is in use, the runner puts one of its own in its place before the host's
+/// destructor returns. The log is open as long as the loop runs.
+///
+/// Threads: start() and stop() belong to the facade's init() and cleanup().
+///
+/// Ownership: owned by the facade.
+///
+/// Failure: start() gives null when the system has no thread to give.
+class ApplicationRunner
+{
+public:
+    /// Returns when the event loop runs.
+    static std::unique_ptr<ApplicationRunner> start();
+
+    ~ApplicationRunner();
+    ApplicationRunner(const ApplicationRunner&) = delete;
+    ApplicationRunner& operator=(const ApplicationRunner&) = delete;
+
+    /// Qt's object for the runner's thread.
+    QThread* thread() const { return m_qtThread; }
+
+    /// True when the system has ended the thread (at the end of a Windows process) or left it behind (in a
+    /// forked child) without being asked by stop().
+    bool isGone() const { return m_thread->hasEnded(); }
+
+    /// Ends the event loop and waits for the thread, at most timeoutMs milliseconds, without limit when
+    /// negative. Returns false when the thread still runs. Called from the runner's own thread it does not
+    /// wait.
+    bool stop(int timeoutMs);
+
+private:
+    ApplicationRunner() = default;
+
+    /// QCoreApplication keeps references to both, so they must outlive it.
+    struct NoArguments
+    {
+        int count = 0;
+        char* list[1] = {nullptr};
+    };
+
+    int run();
+    std::unique_ptr<QCoreApplication> createApplication();
+    void runLoop();
+    void runLoopBesideHost();
+
+    std::unique_ptr<platform::Thread> m_thread;
+    QThread* m_qtThread = nullptr;
+    NoArguments m_arguments;
+    std::atomic<QEventLoop*> m_loop{nullptr};
+    std::atomic<bool> m_stopRequested{false};
+    QSemaphore m_running; // released whenever a loop has begun to run, and at the end
+};
+
+#endif

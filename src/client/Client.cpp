@@ -1,0 +1,315 @@
+#include "client/Client.h"
+
+#include <QThread>
+
+#include <exception>
+#include <string>
+
+#include <vigil/ValueChangedCallback.h>
+
+#include "base/DataType.h"
+#include "base/Logging.h"
+#include "base/SnmpInt.h"
+#include "base/SnmpResponse.h"
+#include "base/SnmpString.h"
+#include "client/CallbackStore.h"
+#include "client/CallbackStoreLock.h"
+#include "client/ServiceAddress.h"
+
+using vigil::ValueChangedCallback;
+
+namespace {
+
+constexpr int reconnectIntervalMs = 5000;
+constexpr int stateConnected = 0;
+constexpr int stateDisconnected = 1;
+constexpr unsigned int genErr = 5;     // the callback failed
+constexpr unsigned int noCallback = 1; // nobody registered for the identifier
+
+const Oid enterprisePrefix = Oid::fromStdString("1.3.6.1.4.1.32473");
+
+/// Identifiers travel without what they have in common with the enterprise's, even where that is not all of
+/// it.
+std::string relativeText(Oid oid)
+{
+    return oid.removeCommonPrefix(enterprisePrefix).toStdString();
+}
+
+Oid fullOid(const std::string& relative)
+{
+    return enterprisePrefix + Oid::fromStdString(relative);
+}
+
+const int& valueOf(const base::SnmpInt& record)
+{
+    return record.value.valueRef();
+}
+
+const std::string& valueOf(const base::SnmpString& record)
+{
+    return record.value;
+}
+
+/// Asks the callback. One that throws, against its contract, must not take the process with it.
+template <typename Value>
+unsigned int verdictOf(ValueChangedCallback* callback, const Oid& oid, const Value& value)
+{
+    if (!callback)
+        return noCallback;
+    try {
+        return callback->callbackValidateValue(oid, value);
+    } catch (const std::exception& error) {
+        base::writeLog(
+            QStringLiteral("___ERROR___ A validation callback threw: %1").arg(QLatin1String(error.what())));
+        return genErr;
+    }
+}
+
+} // namespace
+
+Client::Client() : m_reconnectTimer(new QTimer(this)) {}
+
+Client::~Client()
+{
+    if (!m_socket)
+        return;
+    m_socket->closeConnection();
+    m_socket->deleteLater();
+    m_socket = nullptr;
+}
+
+// --- Life
+
+void Client::init()
+{
+    base::writeLog(QStringLiteral("[Client::init] Initializing in thread %1.")
+                       .arg(base::toHexString(QThread::currentThread())));
+    m_service = serviceAddress();
+    m_socket = new base::ComConnectionSocket(this);
+    createConnections();
+    connectLog();
+    onTimerReconnect();
+    m_reconnectTimer->start(reconnectIntervalMs);
+}
+
+void Client::createConnections()
+{
+    connect(m_socket, SIGNAL(signal_sigdb_dataReceived(int, QByteArray&, int)), this,
+            SLOT(receiveData(int, QByteArray&, int)));
+    connect(m_socket, SIGNAL(signal_connected()), this, SLOT(onConnected()));
+    connect(m_socket, SIGNAL(signal_disconnected()), this, SLOT(onDisconnected()));
+    connect(m_reconnectTimer, SIGNAL(timeout()), this, SLOT(onTimerReconnect()));
+}
+
+/// The two debug lines for each frame would drive everything else out of the ring of log files, so they are
+/// shown on demand only.
+void Client::connectLog()
+{
+    using Socket = base::ComConnectionSocket;
+    connect(m_socket, &Socket::signal_logMessage, m_socket, &base::writeLog);
+    connect(m_socket, &Socket::signal_errorMessage, m_socket, &base::writeLog);
+    if (qEnvironmentVariable("VIGIL_LOG_DEBUG") == QLatin1String("1"))
+        connect(m_socket, &Socket::signal_debugMessage, m_socket, &base::writeLog);
+}
+
+void Client::exit()
+{
+    m_reconnectTimer->stop();
+    if (m_socket) {
+        m_socket->closeConnection();
+        m_socket->disconnect(this);
+        m_socket->deleteLater(); // not at once: it may be up the stack, letting this very event run
+    }
+    m_socket = nullptr;
+    m_connected = false;
+    emit finished();
+}
+
+// --- Connection
+
+void Client::onTimerReconnect()
+{
+    if (m_connected || CallbackStoreLock::isHeldByThisThread())
+        return; // inside a callback that runs an event loop of its own: not now
+    m_socket->connectToServer(m_service);
+}
+
+void Client::onConnected()
+{
+    base::writeLog(QStringLiteral("[Client::onConnected] Connected to snmp service."));
+    m_connected = true;
+    {
+        const CallbackStoreLock store;
+        if (store)
+            store->notifyStateInfo(stateConnected);
+        resendAll();
+    }
+    reportDeferredLoss();
+}
+
+void Client::onDisconnected()
+{
+    base::writeLog(QStringLiteral("[Client::onDisconnected] Disconnected from snmp service."));
+    m_connected = false;
+    // A write finds out that the peer is gone, and writes happen while this thread holds the lock.
+    if (CallbackStoreLock::isHeldByThisThread())
+        m_lossIsDeferred = true;
+    else
+        reportLoss();
+}
+
+void Client::reportLoss()
+{
+    const CallbackStoreLock store;
+    if (store)
+        store->notifyStateInfo(stateDisconnected);
+}
+
+void Client::reportDeferredLoss()
+{
+    if (!m_lossIsDeferred)
+        return;
+    m_lossIsDeferred = false;
+    reportLoss();
+}
+
+// --- Publishing
+
+bool Client::sendValue(Oid oid, bool value, bool useTraps)
+{
+    m_valueCache[oid] = value;
+    return sendInt(oid, value ? 1 : 2, useTraps); // SNMP's TruthValue
+}
+
+bool Client::sendValue(Oid oid, qint32 value, bool useTraps)
+{
+    m_valueCache[oid] = value;
+    return sendInt(oid, value, useTraps);
+}
+
+bool Client::sendValue(Oid oid, double value, bool useTraps)
+{
+    m_valueCache[oid] = value;
+    return sendString(oid, QString::number(value, 'g', 6), useTraps);
+}
+
+bool Client::sendValue(Oid oid, QString value, bool useTraps)
+{
+    m_valueCache[oid] = value;
+    return sendString(oid, value, useTraps);
+}
+
+bool Client::sendInt(const Oid& oid, int value, bool useTraps)
+{
+    if (!m_connected)
+        return false;
+    base::SnmpInt record;
+    record.oid = relativeText(oid);
+    record.value.setValue(value);
+    return m_socket->sendSerializedData(&record, base::SnmpIntType,
+                                        useTraps ? base::ValueWithTrap : base::PlainValue);
+}
+
+bool Client::sendString(const Oid& oid, const QString& value, bool useTraps)
+{
+    if (!m_connected)
+        return false;
+    base::SnmpString record;
+    record.oid = relativeText(oid);
+    record.value = value.toStdString();
+    return m_socket->sendSerializedData(&record, base::SnmpStringType,
+                                        useTraps ? base::ValueWithTrap : base::PlainValue);
+}
+
+void Client::unsetOid(Oid oid)
+{
+    m_valueCache[oid] = QVariant();
+    if (!m_connected)
+        return;
+    base::SnmpInt record; // its null value is what unsets
+    record.oid = relativeText(oid);
+    m_socket->sendSerializedData(&record, base::SnmpIntType, base::PlainValue);
+}
+
+/// The service removes the whole tree at the first of these unsets. The tree's own entry stays in the cache
+/// as unset when it had descendants, so that the removal is repeated on the next connection.
+void Client::unsetOidTree(Oid tree)
+{
+    auto entry = m_valueCache.lower_bound(tree);
+    while (entry != m_valueCache.end() && tree.containsChild(entry->first)) {
+        unsetOid(tree);
+        entry = m_valueCache.erase(entry);
+    }
+}
+
+void Client::resendAll()
+{
+    for (const auto& [oid, value] : m_valueCache)
+        resend(oid, QVariant(value));
+}
+
+void Client::resend(const Oid& oid, const QVariant& value)
+{
+    switch (static_cast<QMetaType::Type>(value.type())) {
+    case QMetaType::UnknownType:
+        return unsetOid(oid);
+    case QMetaType::Bool:
+        return static_cast<void>(sendValue(oid, value.toBool(), false));
+    case QMetaType::Int:
+        return static_cast<void>(sendValue(oid, value.toInt(), false));
+    case QMetaType::Double:
+        return static_cast<void>(sendValue(oid, value.toDouble(), false));
+    case QMetaType::QString:
+        return static_cast<void>(sendValue(oid, value.toString(), false));
+    default:
+        base::writeLog(QStringLiteral("Invalid datatype %1.").arg(static_cast<int>(value.type())));
+    }
+}
+
+// --- Receiving
+
+void Client::receiveData(int dataType, QByteArray& data, int callbackId)
+{
+    try {
+        dispatch(dataType, data, callbackId);
+    } catch (const QString& message) {
+        base::writeLog(message);
+    } catch (const std::exception& error) {
+        base::writeLog(QStringLiteral("___ERROR___ A callback threw: %1").arg(QLatin1String(error.what())));
+    }
+    reportDeferredLoss();
+}
+
+void Client::dispatch(int dataType, const QByteArray& data, int callbackId)
+{
+    using namespace base;
+    if (callbackId == PlainValue && dataType == SnmpIntType)
+        notify(SnmpInt(data));
+    else if (callbackId == PlainValue && dataType == SnmpStringType)
+        notify(SnmpString(data));
+    else if (callbackId == Validation && dataType == SnmpIntType)
+        validateAndAnswer<SnmpInt, SnmpIntResponse>(SnmpInt(data), SnmpIntResponseType);
+    else if (callbackId == Validation && dataType == SnmpStringType)
+        validateAndAnswer<SnmpString, SnmpStringResponse>(SnmpString(data), SnmpStringResponseType);
+}
+
+template <typename Record>
+void Client::notify(const Record& record)
+{
+    const CallbackStoreLock store;
+    if (store)
+        store->notifyAll(fullOid(record.oid), valueOf(record));
+}
+
+template <typename Record, typename Response>
+void Client::validateAndAnswer(const Record& record, int responseType)
+{
+    const Oid oid = fullOid(record.oid);
+    const CallbackStoreLock store;
+    ValueChangedCallback* callback = store ? store->findValueChangedCallback(oid) : nullptr;
+    Response response;
+    response.errorStatus = static_cast<int>(verdictOf(callback, oid, valueOf(record)));
+    response.varbind = record;
+    if (m_connected) // an answer to a peer that is gone is nobody's
+        m_socket->sendSerializedData(&response, responseType, base::Validation);
+}

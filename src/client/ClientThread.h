@@ -1,0 +1,25 @@
+#ifndef VIGIL_CLIENT_CLIENTTHREAD_H
+#define VIGIL_CLIENT_CLIENTTHREAD_H
+
+#include <QThread>
+
+/// The thread in which the Client lives, with its socket, its timer and all calls into the application's
+/// callbacks. Only run() executes in it; the object itself belongs to the thread of the library's event loop.
+class ClientThread : public QThread
+{
+    Q_OBJECT
+
+public:
+    using QThread::QThread;
+
+    /// True on a client thread.
+    static bool isCurrent();
+
+protected:
+    void run() override;
+
+private:
+    void logEventLoop(const char* event);
+};
+
+#endif

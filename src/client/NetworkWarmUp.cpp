@@ -1,0 +1,24 @@
+#include "client/NetworkWarmUp.h"
+
+#include <QHostAddress>
+#include <QTcpServer>
+#include <QTcpSocket>
+
+namespace {
+constexpr int stepTimeoutMs = 500; // loopback: only a machine in trouble comes near it
+}
+
+void warmUpNetwork()
+{
+    QTcpServer server;
+    if (!server.listen(QHostAddress::LocalHost))
+        return;
+    QTcpSocket socket;
+    socket.connectToHost(server.serverAddress().toString(), server.serverPort());
+    if (!socket.waitForConnected(stepTimeoutMs))
+        return;
+    socket.write("x");
+    socket.waitForBytesWritten(stepTimeoutMs);
+    server.waitForNewConnection(stepTimeoutMs);
+    socket.abort();
+}

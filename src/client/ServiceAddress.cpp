@@ -1,0 +1,35 @@
+#include "client/ServiceAddress.h"
+
+#include <QtGlobal>
+
+#include "base/Logging.h"
+
+namespace {
+
+constexpr int defaultPort = 43125;
+constexpr const char* portVariable = "VIGIL_SERVICE_PORT";
+
+int servicePort()
+{
+    if (!qEnvironmentVariableIsSet(portVariable))
+        return defaultPort;
+    const QString text = qEnvironmentVariable(portVariable);
+    bool isNumber = false;
+    const int port = text.toInt(&isNumber);
+    if (isNumber && port >= 1 && port <= 65535)
+        return port;
+    base::writeLog(
+        QStringLiteral("___ERROR___ %1 is \"%2\", which is no port between 1 and 65535. Using port %3.")
+            .arg(QLatin1String(portVariable), text, QString::number(defaultPort)));
+    return defaultPort;
+}
+
+} // namespace
+
+base::ConnectionSettings serviceAddress()
+{
+    base::ConnectionSettings settings;
+    settings.host = QStringLiteral("127.0.0.1");
+    settings.port = servicePort();
+    return settings;
+}

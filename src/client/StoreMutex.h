@@ -1,0 +1,43 @@
+#ifndef VIGIL_CLIENT_STOREMUTEX_H
+#define VIGIL_CLIENT_STOREMUTEX_H
+
+#include <QMutex>
+
+#include <atomic>
+#include <thread>
+
+/// The lock around the callback store. Not recursive, but it knows its holder: a callback runs with the lock
+/// held, and a call from inside it that needs the lock must be refused, since it would wait for its own
+/// thread.
+class StoreMutex
+{
+public:
+    void lock()
+    {
+        m_mutex.lock();
+        m_holder = std::this_thread::get_id();
+    }
+
+    /// False when the lock could not be had within timeoutMs milliseconds.
+    bool tryLock(int timeoutMs)
+    {
+        if (!m_mutex.tryLock(timeoutMs))
+            return false;
+        m_holder = std::this_thread::get_id();
+        return true;
+    }
+
+    void unlock()
+    {
+        m_holder = std::thread::id();
+        m_mutex.unlock();
+    }
+
+    bool isHeldByThisThread() const { return m_holder == std::this_thread::get_id(); }
+
+private:
+    QMutex m_mutex;
+    std::atomic<std::thread::id> m_holder{};
+};
+
+#endif

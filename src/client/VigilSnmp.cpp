@@ -1,0 +1,298 @@
+#include "client/VigilSnmp.h"
+
+#include <QAbstractSocket>
+#include <QDeadlineTimer>
+#include <QMetaObject>
+#include <QSemaphore>
+#include <QString>
+#include <QThread>
+
+#include <cstdlib>
+#include <new>
+
+#include "base/Logging.h"
+#include "client/CallbackStore.h"
+#include "client/CallbackStoreLock.h"
+#include "client/Client.h"
+#include "client/ClientThread.h"
+#include "platform/Platform.h"
+#include "snmp/SnmpTableManager.h"
+
+namespace vigil {
+
+namespace {
+
+constexpr int clientExitTimeoutMs =
+    6000; // an attempt to connect, which cannot be interrupted, takes up to 5000 ms
+constexpr int threadEndTimeoutMs = 5000;
+constexpr int exitRunnerTimeoutMs = 1000;
+constexpr int storeLockTimeoutMs = 100;
+constexpr int aliveCheckMs = 20;
+constexpr int noLimit = -1;
+
+QString toText(const Oid& oid)
+{
+    return QString::fromStdString(oid.toStdString());
+}
+
+} // namespace
+
+VigilSnmpInterface::VigilSnmpInterface() = default;
+
+VigilSnmpInterface& VigilSnmpInterface::instance()
+{
+    return VigilSnmp::instance();
+}
+
+VigilSnmp& VigilSnmp::instance()
+{
+    // Statics of the application may be destroyed after those of the library and still release their checks,
+    // so this object must never be: it stands in storage of its own, without a destructor call.
+    alignas(VigilSnmp) static unsigned char storage[sizeof(VigilSnmp)];
+    static VigilSnmp* const facade = new (storage) VigilSnmp;
+    return *facade;
+}
+
+// --- Start
+
+void VigilSnmp::init(const std::string& name)
+{
+    if (m_initialised || m_outOfUse)
+        return;
+    // Qt leaves traces in threads of the process, so its libraries have to stay when this one is unloaded.
+    platform::pinModule(&QObject::staticMetaObject);
+    platform::pinModule(&QAbstractSocket::staticMetaObject);
+    m_runner = ApplicationRunner::start();
+    if (!m_runner)
+        return;
+    m_oidTypeId = qRegisterMetaType<Oid>("Oid");
+    base::writeLog(QStringLiteral("[VigilSnmp::init] Initializing %1.").arg(QString::fromUtf8(name.c_str())));
+    startClient();
+    {
+        // The client may be connected by now. It sends its cache all the same; there is nobody to notify yet.
+        const CallbackStoreLock lock;
+        m_callbackStore = std::make_shared<CallbackStore>();
+    }
+    m_tableManager = std::make_shared<SnmpTableManager>();
+    std::atexit(&VigilSnmp::cleanupAtExit);
+}
+
+void VigilSnmp::startClient()
+{
+    m_clientThread = new ClientThread;
+    m_clientThread->moveToThread(m_runner->thread());
+    auto* client = new Client;
+    client->moveToThread(m_clientThread);
+    QObject::connect(m_clientThread, SIGNAL(started()), client, SLOT(init()));
+    QObject::connect(client, SIGNAL(finished()), client, SLOT(deleteLater()));
+    {
+        const base::MutexLock lock(m_clientMutex);
+        m_client = client;
+    }
+    m_initialised = true;
+    m_clientThread->start(QThread::InheritPriority);
+}
+
+// --- Stop
+
+void VigilSnmp::cleanup()
+{
+    if (!CallbackStoreLock::refuseInsideCallback("VigilSnmp::cleanup"))
+        stop(noLimit);
+}
+
+/// Runs when the library is unloaded or the process ends. Then it may be on any thread, even inside a
+/// callback, and others may be gone or stuck: it must come back whatever it finds.
+void VigilSnmp::cleanupAtExit()
+{
+    instance().stop(exitRunnerTimeoutMs);
+    instance().m_outOfUse = true;
+}
+
+void VigilSnmp::stop(int runnerTimeoutMs)
+{
+    if (!m_initialised)
+        return;
+    m_initialised = false;
+    if (m_runner->isGone()) // and with it every other thread, with any lock they held: touch nothing
+        return abandon();
+    base::writeLog(QStringLiteral("[VigilSnmp::cleanup] Cleanup."));
+    const bool clientStopped = stopClient() && releaseStore();
+    const bool runnerStopped = m_runner->stop(runnerTimeoutMs);
+    if (!clientStopped || !runnerStopped)
+        return abandon();
+    m_runner.reset();
+    QMetaType::unregisterType(m_oidTypeId); // it points to code that goes when the library is unloaded
+}
+
+bool VigilSnmp::stopClient()
+{
+    Client* client = takeClient();
+    return runClientExit(client) && endClientThread();
+}
+
+Client* VigilSnmp::currentClient()
+{
+    const base::MutexLock lock(m_clientMutex);
+    return m_client;
+}
+
+Client* VigilSnmp::takeClient()
+{
+    const base::MutexLock lock(m_clientMutex);
+    Client* client = m_client;
+    m_client = nullptr;
+    return client;
+}
+
+/// Waits until the client has closed its connection. The exit is one more call in the client's queue, so
+/// everything that was published before goes out first.
+bool VigilSnmp::runClientExit(Client* client)
+{
+    if (ClientThread::isCurrent()) { // the process ends from inside a callback; nobody returns to the
+                                     // client's loop
+        client->exit();
+        return false;
+    }
+    const auto done = std::make_shared<QSemaphore>();
+    QMetaObject::invokeMethod(
+        client,
+        [client, done] {
+            client->exit();
+            done->release();
+        },
+        Qt::QueuedConnection);
+    const QDeadlineTimer deadline(clientExitTimeoutMs);
+    while (!done->tryAcquire(1, aliveCheckMs)) {
+        if (deadline.hasExpired() || m_runner->isGone())
+            return false;
+    }
+    return true;
+}
+
+/// A QThread that still runs must not be deleted: Qt would end the process.
+bool VigilSnmp::endClientThread()
+{
+    m_clientThread->quit();
+    if (!m_clientThread->wait(threadEndTimeoutMs))
+        return false;
+    delete m_clientThread;
+    m_clientThread = nullptr;
+    return true;
+}
+
+/// False when a thread of the application will not let go of the store.
+bool VigilSnmp::releaseStore()
+{
+    m_tableManager.reset();
+    if (!m_storeMutex.tryLock(storeLockTimeoutMs))
+        return false;
+    m_callbackStore.reset();
+    m_storeMutex.unlock();
+    return true;
+}
+
+/// Leaves behind what a thread that could not be stopped may still use.
+void VigilSnmp::abandon()
+{
+    m_outOfUse = true;
+    static_cast<void>(m_runner.release());
+}
+
+// --- Publishing
+
+/// Hands a call over to the client: by its queue, or directly when this is already the client's thread.
+template <typename... Arguments>
+void VigilSnmp::callClient(const char* method, Arguments... arguments)
+{
+    if (ClientThread::isCurrent()) {
+        // Without the lock: what happens in the call may come back here. The client is deleted by this thread
+        // only.
+        if (Client* client = currentClient())
+            QMetaObject::invokeMethod(client, method, Qt::DirectConnection, arguments...);
+        return;
+    }
+    const base::MutexLock lock(m_clientMutex);
+    if (m_client)
+        QMetaObject::invokeMethod(m_client, method, Qt::QueuedConnection, arguments...);
+}
+
+void VigilSnmp::sendValue(const Oid& oid, const char* value, int useTraps)
+{
+    sendValue(oid, std::string(value), useTraps);
+}
+
+void VigilSnmp::sendValue(const Oid& oid, const std::string& value, int useTraps)
+{
+    callClient("sendValue", Q_ARG(Oid, oid), Q_ARG(QString, QString::fromStdString(value)),
+               Q_ARG(bool, useTraps == 1));
+}
+
+void VigilSnmp::sendValue(const Oid& oid, int value, int useTraps)
+{
+    callClient("sendValue", Q_ARG(Oid, oid), Q_ARG(qint32, value), Q_ARG(bool, useTraps == 1));
+}
+
+void VigilSnmp::unsetOid(const Oid& oid)
+{
+    callClient("unsetOid", Q_ARG(Oid, oid));
+}
+
+void VigilSnmp::unsetOidTree(const Oid& oid)
+{
+    if (!currentClient())
+        return;
+    base::writeLog(QStringLiteral("Unset tree %1.").arg(toText(oid)));
+    callClient("unsetOidTree", Q_ARG(Oid, oid));
+}
+
+// --- Registration
+
+void VigilSnmp::registerValueChangedCallback(const Oid& oid, ValueChangedCallback* cb)
+{
+    changeStore("registerValueChangedCallback",
+                QStringLiteral("Register value changed callback %1.").arg(base::toHexString(cb)),
+                [&](CallbackStore& store) { store.registerValueChangedCallback(oid, cb); });
+}
+
+void VigilSnmp::deregisterValueChangedCallback(ValueChangedCallback* cb)
+{
+    changeStore("deregisterValueChangedCallback",
+                QStringLiteral("Deregister value changed callback %1.").arg(base::toHexString(cb)),
+                [&](CallbackStore& store) { store.deregisterValueChangedCallback(cb); });
+}
+
+void VigilSnmp::deregisterValueChanged(const Oid& oid)
+{
+    changeStore("deregisterValueChanged",
+                QStringLiteral("Deregister value changed for OID %1.").arg(toText(oid)),
+                [&](CallbackStore& store) { store.deregisterValueChanged(oid); });
+}
+
+void VigilSnmp::registerStateInfoCallback(StateInfoCallback* cb)
+{
+    changeStore("registerStateInfoCallback",
+                QStringLiteral("Register state info callback %1").arg(base::toHexString(cb)),
+                [&](CallbackStore& store) { store.registerStateInfoCallback(cb); });
+}
+
+void VigilSnmp::deregisterStateInfoCallback(StateInfoCallback* cb)
+{
+    changeStore("deregisterStateInfoCallback",
+                QStringLiteral("Deregister state info callback %1").arg(base::toHexString(cb)),
+                [&](CallbackStore& store) { store.deregisterStateInfoCallback(cb); });
+}
+
+void VigilSnmp::changeStore(const char* operation, const QString& logLine,
+                            const std::function<void(CallbackStore&)>& change)
+{
+    if (CallbackStoreLock::refuseInsideCallback(operation))
+        return;
+    const CallbackStoreLock store;
+    if (!store)
+        return;
+    base::writeLog(logLine);
+    change(*store.operator->());
+}
+
+} // namespace vigil

@@ -1,0 +1,98 @@
+#ifndef VIGIL_CLIENT_VIGILSNMP_H
+#define VIGIL_CLIENT_VIGILSNMP_H
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <vigil/VigilSnmpInterface.h>
+
+#include "base/ThreadSafety.h"
+#include "client/ApplicationRunner.h"
+#include "client/StoreMutex.h"
+
+class CallbackStore;
+class Client;
+class ClientThread;
+class SnmpTableManager;
+
+namespace vigil {
+
+/// The service facade: owns the library's threads and what lives in them, and hands calls over to the client
+/// thread.
+///
+/// Purpose: see VigilSnmpInterface. For the rest of the library it also keeps the callback store with its
+/// lock, and the tables that all health checks share.
+///
+/// Threads: publishing and registration from any thread; init(), cleanup() and cleanupAtExit() from one at a
+/// time.
+///
+/// Ownership: the one object is never destroyed, since application statics may use it after the library's own
+/// are gone. What it owns comes with init() and goes with cleanup().
+///
+/// Failure: a thread that does not stop in time is left behind, and the facade stays out of use from then on.
+class VigilSnmp final : public VigilSnmpInterface
+{
+public:
+    static VigilSnmp& instance();
+
+    void init(const std::string& name) override;
+    void cleanup() override;
+    void sendValue(const Oid& oid, const char* value, int useTraps) override;
+    void sendValue(const Oid& oid, const std::string& value, int useTraps) override;
+    void sendValue(const Oid& oid, int value, int useTraps) override;
+    void unsetOid(const Oid& oid) override;
+    void unsetOidTree(const Oid& oid) override;
+    void registerValueChangedCallback(const Oid& oid, ValueChangedCallback* cb) override;
+    void deregisterValueChangedCallback(ValueChangedCallback* cb) override;
+    void deregisterValueChanged(const Oid& oid) override;
+    void registerStateInfoCallback(StateInfoCallback* cb) override;
+    void deregisterStateInfoCallback(StateInfoCallback* cb) override;
+
+    /// For CallbackStoreLock: the lock, and what it guards. The store is null outside init() and cleanup().
+    StoreMutex& storeMutex() { return m_storeMutex; }
+    std::shared_ptr<CallbackStore> callbackStore() const { return m_callbackStore; }
+
+    /// Expired outside init() and cleanup().
+    std::weak_ptr<SnmpTableManager> tableManager() const { return m_tableManager; }
+
+private:
+    VigilSnmp() = default;
+    ~VigilSnmp() = default;
+
+    static void cleanupAtExit();
+
+    void startClient();
+    void stop(int runnerTimeoutMs);
+    bool stopClient();
+    bool runClientExit(Client* client);
+    bool endClientThread();
+    bool releaseStore();
+    void abandon();
+
+    Client* currentClient();
+    Client* takeClient();
+    void changeStore(const char* operation, const QString& logLine,
+                     const std::function<void(CallbackStore&)>& change);
+
+    template <typename... Arguments>
+    void callClient(const char* method, Arguments... arguments);
+
+    base::Mutex
+        m_clientMutex; // held while a call is put into the client's queue, so that it is there to get it
+    Client* m_client VIGIL_GUARDED_BY(m_clientMutex) = nullptr;
+    ClientThread* m_clientThread = nullptr;
+    std::shared_ptr<SnmpTableManager> m_tableManager;
+    std::shared_ptr<CallbackStore> m_callbackStore; // guarded by m_storeMutex
+    StoreMutex m_storeMutex;
+    std::unique_ptr<ApplicationRunner> m_runner;
+    int m_oidTypeId = 0;
+    bool m_initialised = false;
+    bool m_outOfUse = false; // the process is ending, or a thread could not be stopped
+};
+
+} // namespace vigil
+
+#endif

@@ -1,0 +1,108 @@
+#include "health/HealthCheckImpl.h"
+
+#include <vigil/VigilSnmpInterface.h>
+
+#include <new>
+
+#include "client/CallbackStoreLock.h"
+#include "health/LiveChecks.h"
+#include "health/ScalarMetricImpl.h"
+#include "health/SimpleMetricImpl.h"
+#include "snmp/SnmpConnector.h"
+#include "types/Summary.h"
+#include "types/WorstStatus.h"
+
+using vigil::HealthCheck;
+using vigil::HealthStatus;
+using vigil::Result;
+
+HealthCheck* vigil::createHealthCheck(const std::string& firstKey, const std::string& secondKey)
+{
+    LiveChecks::add();
+    try {
+        return new HealthCheckImpl(firstKey, secondKey);
+    } catch (const std::bad_alloc&) {
+        LiveChecks::remove();
+        return nullptr;
+    }
+}
+
+HealthCheckImpl::HealthCheckImpl(const std::string& firstKey, const std::string& secondKey)
+    : m_firstKey(firstKey),
+      m_secondKey(secondKey),
+      m_store(std::make_shared<MetricStore>(this)),
+      m_connector(createConnector(this, m_store).release())
+{}
+
+/// The connector waits for a callback that is under way, and the callback may publish through the connector
+/// meanwhile: the pointer to it must stay good until the connector is gone.
+HealthCheckImpl::~HealthCheckImpl()
+{
+    delete m_connector;
+    LiveChecks::remove();
+}
+
+void HealthCheckImpl::destroy()
+{
+    if (CallbackStoreLock::refuseInsideCallback("HealthCheck::destroy"))
+        return;
+    m_store->clear();
+    delete this;
+}
+
+// --- Metrics
+
+vigil::SimpleMetric* HealthCheckImpl::createSimpleMetric(const std::string& name)
+{
+    return announce(SimpleMetricImpl::create(name, m_store));
+}
+
+vigil::ScalarMetric* HealthCheckImpl::createScalarMetric(const std::string& name)
+{
+    return announce(ScalarMetricImpl::create(name, m_store));
+}
+
+template <typename MetricImpl>
+MetricImpl* HealthCheckImpl::announce(const std::shared_ptr<MetricImpl>& metric)
+{
+    InternalMetric& internal = *metric;
+    const std::string name = internal.getName();
+    m_connector->addMetric(name);
+    m_store->addMetric(name, metric);
+    m_connector->updateMetric(internal);
+    return metric.get();
+}
+
+// --- Management functions
+
+void HealthCheckImpl::registerManagementHandler(ManagementHandler* handler)
+{
+    if (!CallbackStoreLock::refuseInsideCallback("HealthCheck::registerManagementHandler"))
+        m_connector->registerManagementHandler(handler);
+}
+
+void HealthCheckImpl::unregisterManagementHandler()
+{
+    if (!CallbackStoreLock::refuseInsideCallback("HealthCheck::unregisterManagementHandler"))
+        m_connector->unregisterManagementHandler();
+}
+
+// --- Results
+
+void HealthCheckImpl::update()
+{
+    m_store->evaluateAll();
+    const std::vector<ResultEntry>& results = m_store->results();
+    m_status = worstStatus(results);
+    const Summary summary;
+    m_summary = m_status == HealthStatus::Ok ? summary.summarizeOk(*this, results)
+                                             : summary.summarizeProblems(*this, results);
+    m_connector->updateResults(results);
+}
+
+void HealthCheckImpl::getResults(std::vector<Result>& out) const
+{
+    out.clear();
+    for (const ResultEntry& entry : m_store->results())
+        out.push_back(entry.result);
+}

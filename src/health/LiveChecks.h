@@ -1,0 +1,13 @@
+#ifndef VIGIL_HEALTH_LIVECHECKS_H
+#define VIGIL_HEALTH_LIVECHECKS_H
+
+/// Counts the living health checks of the process: the first one starts the service client, the last one
+/// stops it. Not atomic; checks are created and destroyed by one thread at a time.
+class LiveChecks
+{
+public:
+    static void add();
+    static void remove();
+};
+
+#endif

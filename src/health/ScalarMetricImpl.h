@@ -1,0 +1,76 @@
+#ifndef VIGIL_HEALTH_SCALARMETRICIMPL_H
+#define VIGIL_HEALTH_SCALARMETRICIMPL_H
+
+#include <QString>
+
+#include <memory>
+#include <mutex>
+
+#include <vigil/Range.h>
+#include <vigil/ScalarMetric.h>
+
+#include "health/InternalMetric.h"
+#include "health/MetricStore.h"
+#include "snmp/RemoteMetricObserver.h"
+
+/// The scalar metric that a health check makes: see vigil::ScalarMetric.
+///
+/// Threads: the manager's changes arrive on the client thread while the application's thread evaluates, so
+/// the fields have a lock. It is never held while the application's handler is called.
+class ScalarMetricImpl : public InternalMetric, public vigil::ScalarMetric, public RemoteMetricObserver
+{
+public:
+    static std::shared_ptr<ScalarMetricImpl> create(const std::string& name,
+                                                    const std::shared_ptr<MetricStore>& store);
+    ~ScalarMetricImpl() override = default;
+    ScalarMetricImpl(const ScalarMetricImpl&) = delete;
+    ScalarMetricImpl& operator=(const ScalarMetricImpl&) = delete;
+
+    std::string getName() const override;
+    std::string getUnit() const override;
+    const vigil::Range& getWarningRange() const override { return m_warningRange; }
+    const vigil::Range& getCriticalRange() const override { return m_criticalRange; }
+    void remove() override;
+
+    bool evaluate(vigil::Result& out) override;
+    bool getPerformanceData(PerformanceData& out) override;
+
+    void setValue(double value) override;
+    double getValue() const override;
+    void setUnit(const std::string& unit) override;
+    void setWarningRange(const vigil::Range& range) override;
+    void setCriticalRange(const vigil::Range& range) override;
+    void setPerformanceDataEnabled(bool enabled) override;
+    void setRangeChangeHandler(RangeChangeHandler* handler) override;
+    void clearRangeChangeHandler() override;
+    vigil::HealthCheck* getHealthCheck() const override;
+
+    vigil::Metric& getMetric() override;
+    bool checkRangeChange(RangeKind kind, const vigil::Range& range) override;
+    void applyRange(RangeKind kind, const vigil::Range& range) override;
+    void onRangeChanged(RangeKind kind) override;
+
+private:
+    using Lock = std::lock_guard<std::recursive_mutex>;
+
+    ScalarMetricImpl(const std::string& name, const std::shared_ptr<MetricStore>& store);
+
+    std::string message() const;
+    void publish();
+    RangeChangeHandler* rangeHandler() const;
+
+    const std::weak_ptr<MetricStore> m_store;
+    mutable std::recursive_mutex
+        m_mutex; // recursive, since the connector reads back what it is told to publish
+    RangeChangeHandler* m_rangeHandler = nullptr;
+    const QString m_name;
+    QString m_unit;
+    double m_value = 0.0;
+    vigil::Range m_warningRange = vigil::Range::CreateNoLimit();
+    vigil::Range m_criticalRange = vigil::Range::CreateNoLimit();
+    bool m_perfDataEnabled = true;
+    const QString m_messageTemplate = QStringLiteral("{name} is {value}{unit}.");
+    std::shared_ptr<ScalarMetricImpl> m_self; // its only owner, until remove()
+};
+
+#endif

@@ -1,0 +1,6 @@
+#include <vigil/Connector.h>
+
+Connector::Connector() = default;
+Connector::Connector(const Connector&) = default;
+Connector& Connector::operator=(const Connector&) = default;
+Connector::~Connector() = default;

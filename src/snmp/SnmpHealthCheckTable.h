@@ -1,0 +1,16 @@
+#ifndef VIGIL_SNMP_SNMPHEALTHCHECKTABLE_H
+#define VIGIL_SNMP_SNMPHEALTHCHECKTABLE_H
+
+#include "snmp/SnmpTable.h"
+
+/// One row for each health check of the process: status and summary. Read-only for the manager.
+class SnmpHealthCheckTable : public SnmpTable<StringPair>
+{
+public:
+    SnmpHealthCheckTable();
+
+    /// Writes the row of the check with these keys, and makes it when there is none.
+    void setRow(const StringPair& key, unsigned int status, const std::string& summary);
+};
+
+#endif

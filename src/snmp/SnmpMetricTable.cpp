@@ -1,0 +1,21 @@
+#include "snmp/SnmpMetricTable.h"
+
+#include <QDebug>
+
+SnmpMetricTable::SnmpMetricTable(const std::string& firstKey, const std::string& secondKey)
+    : SnmpTable(".1.3.6.1.4.1.32473.127.3.1.200.4.2.1", {2, 3, 4, 5})
+{
+    appendIndexPrefix(firstKey);
+    appendIndexPrefix(secondKey);
+}
+
+void SnmpMetricTable::setRow(const std::string& name, const std::string& unit, const std::string& warning,
+                             const std::string& critical)
+{
+    if (!hasRow(name))
+        return;
+    writeCell(name, 0, unit);
+    writeCell(name, warningRangeIndex, warning);
+    writeCell(name, criticalRangeIndex, critical);
+    qDebug() << "set SnmpMetricTable row for " << name.c_str();
+}

@@ -1,0 +1,20 @@
+#include "snmp/SnmpPerfDataTable.h"
+
+SnmpPerfDataTable::SnmpPerfDataTable(const std::string& firstKey, const std::string& secondKey)
+    : SnmpTable(".1.3.6.1.4.1.32473.127.3.1.200.4.4.1", {1, 2, 3, 4, 5})
+{
+    appendIndexPrefix(firstKey);
+    appendIndexPrefix(secondKey);
+}
+
+void SnmpPerfDataTable::setRow(const std::string& name, const std::string& label, const std::string& value,
+                               const std::string& unit, const std::string& warning,
+                               const std::string& critical)
+{
+    createRowIfAbsent(name);
+    writeCell(name, 0, label);
+    writeCell(name, 1, value);
+    writeCell(name, 2, unit);
+    writeCell(name, 3, warning);
+    writeCell(name, 4, critical);
+}
