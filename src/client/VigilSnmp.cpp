@@ -22,12 +22,14 @@ namespace vigil {
 
 namespace {
 
-constexpr int clientExitTimeoutMs =
-    6000; // an attempt to connect, which cannot be interrupted, takes up to 5000 ms
 constexpr int threadEndTimeoutMs = 5000;
-constexpr int exitRunnerTimeoutMs = 1000;
 constexpr int storeLockTimeoutMs = 100;
 constexpr int aliveCheckMs = 20;
+
+// At the end of the process waiting has limits. An attempt to connect, which cannot be interrupted, takes up
+// to 5 s.
+constexpr int clientTimeoutAtExitMs = 6000;
+constexpr int runnerTimeoutAtExitMs = 1000;
 constexpr int noLimit = -1;
 
 QString toText(const Oid& oid)
@@ -98,18 +100,18 @@ void VigilSnmp::startClient()
 void VigilSnmp::cleanup()
 {
     if (!CallbackStoreLock::refuseInsideCallback("VigilSnmp::cleanup"))
-        stop(noLimit);
+        stop(noLimit, noLimit);
 }
 
 /// Runs when the library is unloaded or the process ends. Then it may be on any thread, even inside a
 /// callback, and others may be gone or stuck: it must come back whatever it finds.
 void VigilSnmp::cleanupAtExit()
 {
-    instance().stop(exitRunnerTimeoutMs);
+    instance().stop(clientTimeoutAtExitMs, runnerTimeoutAtExitMs);
     instance().m_outOfUse = true;
 }
 
-void VigilSnmp::stop(int runnerTimeoutMs)
+void VigilSnmp::stop(int clientTimeoutMs, int runnerTimeoutMs)
 {
     if (!m_initialised)
         return;
@@ -117,7 +119,7 @@ void VigilSnmp::stop(int runnerTimeoutMs)
     if (m_runner->isGone()) // and with it every other thread, with any lock they held: touch nothing
         return abandon();
     base::writeLog(QStringLiteral("[VigilSnmp::cleanup] Cleanup."));
-    const bool clientStopped = stopClient() && releaseStore();
+    const bool clientStopped = stopClient(clientTimeoutMs) && releaseStore();
     const bool runnerStopped = m_runner->stop(runnerTimeoutMs);
     if (!clientStopped || !runnerStopped)
         return abandon();
@@ -125,10 +127,9 @@ void VigilSnmp::stop(int runnerTimeoutMs)
     QMetaType::unregisterType(m_oidTypeId); // it points to code that goes when the library is unloaded
 }
 
-bool VigilSnmp::stopClient()
+bool VigilSnmp::stopClient(int timeoutMs)
 {
-    Client* client = takeClient();
-    return runClientExit(client) && endClientThread();
+    return runClientExit(takeClient(), timeoutMs) && endClientThread();
 }
 
 Client* VigilSnmp::currentClient()
@@ -147,7 +148,7 @@ Client* VigilSnmp::takeClient()
 
 /// Waits until the client has closed its connection. The exit is one more call in the client's queue, so
 /// everything that was published before goes out first.
-bool VigilSnmp::runClientExit(Client* client)
+bool VigilSnmp::runClientExit(Client* client, int timeoutMs)
 {
     if (ClientThread::isCurrent()) { // the process ends from inside a callback; nobody returns to the
                                      // client's loop
@@ -162,7 +163,7 @@ bool VigilSnmp::runClientExit(Client* client)
             done->release();
         },
         Qt::QueuedConnection);
-    const QDeadlineTimer deadline(clientExitTimeoutMs);
+    const QDeadlineTimer deadline(timeoutMs); // negative: never
     while (!done->tryAcquire(1, aliveCheckMs)) {
         if (deadline.hasExpired() || m_runner->isGone())
             return false;

@@ -65,9 +65,9 @@ private:
     static void cleanupAtExit();
 
     void startClient();
-    void stop(int runnerTimeoutMs);
-    bool stopClient();
-    bool runClientExit(Client* client);
+    void stop(int clientTimeoutMs, int runnerTimeoutMs);
+    bool stopClient(int timeoutMs);
+    bool runClientExit(Client* client, int timeoutMs);
     bool endClientThread();
     bool releaseStore();
     void abandon();

@@ -1,0 +1,52 @@
+#include <gtest/gtest.h>
+
+#include "lifecycle/HostProcess.h"
+#include "lifecycle/SilentServices.h"
+
+namespace {
+
+void expectOrderlyEnd(const char* way)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(QT_HOST), {QLatin1String(way)}, service.port());
+    EXPECT_EQ(host.exitCode(), 0) << qPrintable(host.output());
+}
+
+} // namespace
+
+TEST(HostWithAnApplicationObject, ItsOwnLoopRunsOnBesideAndAfterTheLibrary)
+{
+    expectOrderlyEnd("own-loop");
+}
+
+TEST(HostWithAnApplicationObject, MayCreateItAfterTheLibraryHasStoppedAndBeUsedWithItAgain)
+{
+    expectOrderlyEnd("application-after");
+}
+
+TEST(HostWithAnApplicationObject, ChecksThatOutliveItStillPublishAndTakeTheirCellsBack)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(QT_HOST), {QStringLiteral("application-before-checks")}, service.port());
+    ASSERT_TRUE(host.waitForLine(QStringLiteral("published")));
+    EXPECT_TRUE(service.waitForText("published after the application object"));
+    host.say(QStringLiteral("go"));
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_TRUE(service.waitForLostPeer());
+    EXPECT_TRUE(host.log().last().endsWith(QLatin1String(", Application termination")));
+}
+
+TEST(HostWithAnApplicationObject, MayEndWithChecksThatOutliveIt)
+{
+    expectOrderlyEnd("application-gone-at-exit");
+}
+
+TEST(HostWithAnApplicationObject, MayQuitItsLoopWhileAChecksLives)
+{
+    expectOrderlyEnd("quit-with-live-check");
+}
+
+TEST(HostWithAnApplicationObject, MayUseTheLibraryInAnyThread)
+{
+    expectOrderlyEnd("check-in-thread");
+}

@@ -1,0 +1,71 @@
+#include "lifecycle/HostProcess.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcessEnvironment>
+
+HostProcess::HostProcess(const QString& program, const QStringList& arguments, int servicePort)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("VIGIL_LOG_DIR"), m_logDirectory.path());
+    environment.insert(QStringLiteral("VIGIL_SERVICE_PORT"), QString::number(servicePort));
+    m_process.setProcessEnvironment(environment);
+    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process.start(program, arguments);
+}
+
+HostProcess::~HostProcess()
+{
+    m_process.kill();
+    m_process.waitForFinished();
+}
+
+void HostProcess::readOutput()
+{
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    m_output += m_process.readAllStandardOutput();
+}
+
+bool HostProcess::waitForLine(const QString& line)
+{
+    QElapsedTimer timer;
+    timer.start();
+    const QByteArray wanted = line.toUtf8() + '\n';
+    while (!m_output.contains(wanted) && timer.elapsed() < limitMs)
+        readOutput();
+    return m_output.contains(wanted);
+}
+
+void HostProcess::say(const QString& line)
+{
+    m_process.write(line.toUtf8() + '\n');
+}
+
+int HostProcess::exitCode()
+{
+    waitForLine(QStringLiteral("leaving"));
+    QElapsedTimer timer;
+    timer.start();
+    while (m_process.state() != QProcess::NotRunning && timer.elapsed() < limitMs)
+        readOutput();
+    m_leavingMs = timer.elapsed();
+    readOutput();
+    if (m_process.state() != QProcess::NotRunning || m_process.exitStatus() == QProcess::CrashExit)
+        return -1;
+    return m_process.exitCode();
+}
+
+QStringList HostProcess::log() const
+{
+    QStringList lines;
+    const QFileInfoList files =
+        QDir(m_logDirectory.path()).entryInfoList({QStringLiteral("*.log")}, QDir::Files, QDir::Name);
+    for (const QFileInfo& info : files) {
+        QFile file(info.absoluteFilePath());
+        if (file.open(QIODevice::ReadOnly))
+            lines += QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    }
+    return lines;
+}

@@ -1,0 +1,49 @@
+#ifndef VIGIL_TESTS_LIFECYCLE_HOSTPROCESS_H
+#define VIGIL_TESTS_LIFECYCLE_HOSTPROCESS_H
+
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+/// A process that uses the library, with a log directory of its own.
+///
+/// The test's event loop runs while it waits, so that services in the test answer meanwhile. A host that does
+/// not end within the limit is killed.
+class HostProcess
+{
+public:
+    /// No orderly way to end a process may take longer.
+    static constexpr int limitMs = 8000;
+
+    /// Starts program with arguments; the library connects to servicePort.
+    HostProcess(const QString& program, const QStringList& arguments, int servicePort);
+    ~HostProcess();
+
+    /// Waits until the host has printed line.
+    bool waitForLine(const QString& line);
+
+    void say(const QString& line);
+
+    /// Waits until the host has ended by itself and returns its exit code; -1 when it crashed or had to be
+    /// killed.
+    int exitCode();
+
+    /// How long the host took from the line "leaving" to its end.
+    qint64 leavingMs() const { return m_leavingMs; }
+
+    QString output() const { return QString::fromUtf8(m_output); }
+
+    /// All lines of the library's log, in order.
+    QStringList log() const;
+
+private:
+    void readOutput();
+
+    QTemporaryDir m_logDirectory;
+    QProcess m_process;
+    QByteArray m_output;
+    qint64 m_leavingMs = 0;
+};
+
+#endif

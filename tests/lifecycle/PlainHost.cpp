@@ -1,0 +1,235 @@
+// A host without Qt. Its first argument says how it ends; it prints "leaving" when it begins to.
+
+#include <vigil/vigil.h>
+
+#include <atomic>
+#include <clocale>
+#include <condition_variable>
+#include <cstdlib>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace {
+
+void sayLeaving()
+{
+    std::cout << "leaving" << std::endl;
+}
+
+vigil::HealthCheck* lastCheck = nullptr; // reachable to the end, so that leaving it alive is no leak
+
+vigil::HealthCheck* makeCheck(int metrics = 3)
+{
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    for (int i = 0; i < metrics; ++i)
+        check->createScalarMetric("metric" + std::to_string(i));
+    check->update();
+    lastCheck = check;
+    return check;
+}
+
+/// Waits for the state of the connection.
+class StateWatch : public vigil::StateInfoCallback
+{
+public:
+    StateWatch() { vigil::VigilSnmpInterface::instance().registerStateInfoCallback(this); }
+
+    void callbackStateInfo(int state) override
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_connected = state == 0;
+        m_changed.notify_all();
+    }
+
+    void waitForConnection()
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_changed.wait(lock, [this] { return m_connected; });
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_connected = false;
+};
+
+/// Does something on the client thread when the connection is lost.
+class OnLoss : public vigil::StateInfoCallback
+{
+public:
+    explicit OnLoss(std::function<void()> action) : m_action(std::move(action)) {}
+
+    void callbackStateInfo(int state) override
+    {
+        if (state == 1)
+            m_action();
+    }
+
+private:
+    const std::function<void()> m_action;
+};
+
+/// Registers before it gives the service any reason to hang up.
+void provokeLoss(OnLoss& callback)
+{
+    vigil::VigilSnmpInterface& facade = vigil::VigilSnmpInterface::instance();
+    facade.init("host");
+    facade.registerStateInfoCallback(&callback);
+    facade.sendValue(vigil::Oid::fromStdString("1.3.6.1.4.1.32473.9"), 1, 0);
+}
+
+[[noreturn]] void sleepForEver()
+{
+    for (;;)
+        std::this_thread::sleep_for(std::chrono::hours(1));
+}
+
+/// A static of the application that is destroyed after everything that the library registered for the end.
+struct LateOwner
+{
+    vigil::HealthCheck* check = nullptr;
+    vigil::ScalarMetric* metric = nullptr;
+    ~LateOwner()
+    {
+        if (!check)
+            return;
+        metric->setUnit("late");
+        check->update();
+        metric->remove();
+        check->destroy();
+        vigil::createHealthCheck("too", "late")->destroy();
+    }
+};
+
+LateOwner lateOwner;
+
+int returnWithLiveChecks()
+{
+    makeCheck();
+    sayLeaving();
+    return 0;
+}
+
+int exitWithLiveChecks()
+{
+    makeCheck();
+    sayLeaving();
+    std::exit(0);
+}
+
+int exitInAnotherThread()
+{
+    makeCheck();
+    std::thread([] {
+        sayLeaving();
+        std::exit(0);
+    }).detach();
+    sleepForEver();
+}
+
+int exitInTheThreadThatStartedTheLibrary()
+{
+    std::thread([] {
+        makeCheck();
+        sayLeaving();
+        std::exit(0);
+    }).detach();
+    sleepForEver();
+}
+
+int exitInsideACallback()
+{
+    static OnLoss leave([] {
+        sayLeaving();
+        std::exit(0);
+    });
+    provokeLoss(leave);
+    sleepForEver();
+}
+
+int exitWhileACallbackHangs()
+{
+    static std::atomic<bool> isHanging{false};
+    static OnLoss hang([] {
+        isHanging = true;
+        sleepForEver();
+    });
+    provokeLoss(hang);
+    while (!isHanging)
+        std::this_thread::yield();
+    sayLeaving();
+    return 0;
+}
+
+int exitDuringAReplay()
+{
+    vigil::VigilSnmpInterface& facade = vigil::VigilSnmpInterface::instance();
+    facade.init("host");
+    const vigil::Oid base = vigil::Oid::fromStdString("1.3.6.1.4.1.32473.9");
+    for (unsigned int i = 0; i < 200000; ++i)
+        facade.sendValue(base + i, std::string(100, 'x'), 0);
+    sayLeaving();
+    return 0;
+}
+
+int destroyInAStaticDestructor()
+{
+    lateOwner.check = vigil::createHealthCheck("host", "late");
+    lateOwner.metric = lateOwner.check->createScalarMetric("metric");
+    sayLeaving();
+    return 0;
+}
+
+int destroyAtOnceManyTimes()
+{
+    for (int i = 0; i < 30; ++i)
+        vigil::createHealthCheck("host", "short")->destroy();
+    sayLeaving();
+    return 0;
+}
+
+int keepTheLocale()
+{
+    makeCheck()->destroy();
+    const bool isKept = std::string(std::setlocale(LC_ALL, nullptr)) == "C";
+    sayLeaving();
+    return isKept ? 0 : 1;
+}
+
+int destroyInOrder()
+{
+    vigil::HealthCheck* check = makeCheck();
+    StateWatch watch;
+    std::string line;
+    std::cout << "ready" << std::endl;
+    std::getline(std::cin, line);
+    sayLeaving();
+    vigil::VigilSnmpInterface::instance().deregisterStateInfoCallback(&watch);
+    check->destroy();
+    std::cout << "destroyed" << std::endl;
+    return 0;
+}
+
+} // namespace
+
+int main(int, char** arguments)
+{
+    static const std::map<std::string, std::function<int()>> ways = {
+        {"return", returnWithLiveChecks},
+        {"exit", exitWithLiveChecks},
+        {"exit-in-thread", exitInAnotherThread},
+        {"exit-in-starting-thread", exitInTheThreadThatStartedTheLibrary},
+        {"exit-in-callback", exitInsideACallback},
+        {"exit-while-callback-hangs", exitWhileACallbackHangs},
+        {"exit-during-replay", exitDuringAReplay},
+        {"static-destructor", destroyInAStaticDestructor},
+        {"destroy-at-once", destroyAtOnceManyTimes},
+        {"keep-locale", keepTheLocale},
+        {"destroy", destroyInOrder},
+    };
+    return ways.at(arguments[1])();
+}

@@ -1,0 +1,131 @@
+#include <gtest/gtest.h>
+
+#include <QStringList>
+
+#include <algorithm>
+#include <string>
+
+#include "lifecycle/HostProcess.h"
+#include "lifecycle/SilentServices.h"
+
+namespace {
+
+/// Runs the plain host and expects it to end by itself, in time and without a crash.
+void expectOrderlyEnd(const QString& way, int servicePort)
+{
+    HostProcess host(QStringLiteral(PLAIN_HOST), {way}, servicePort);
+    EXPECT_EQ(host.exitCode(), 0) << qPrintable(host.output());
+}
+
+bool endsWithTermination(const QStringList& log)
+{
+    return !log.isEmpty() && log.last().endsWith(QLatin1String(", Application termination"));
+}
+
+bool contains(const QStringList& log, const char* text)
+{
+    return !log.filter(QLatin1String(text)).isEmpty();
+}
+
+} // namespace
+
+// --- With checks left alive
+
+class ExitWithLiveChecks : public testing::TestWithParam<const char*>
+{
+};
+
+TEST_P(ExitWithLiveChecks, ComesBackWhileTheServiceReads)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(PLAIN_HOST), {QLatin1String(GetParam())}, service.port());
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_LT(host.leavingMs(), 3000) << "nothing to wait for";
+    EXPECT_TRUE(contains(host.log(), "[VigilSnmp::cleanup] Cleanup."));
+    EXPECT_TRUE(endsWithTermination(host.log()));
+}
+
+TEST_P(ExitWithLiveChecks, ComesBackWhenNobodyListens)
+{
+    expectOrderlyEnd(QLatin1String(GetParam()), refusingPort());
+}
+
+TEST_P(ExitWithLiveChecks, ComesBackWhenTheServiceNeverReads)
+{
+    const NeverReadingService service;
+    expectOrderlyEnd(QLatin1String(GetParam()), service.port());
+}
+
+TEST_P(ExitWithLiveChecks, ComesBackWhileAnAttemptToConnectIsUnderWay)
+{
+    const OverrunService service;
+    expectOrderlyEnd(QLatin1String(GetParam()), service.port());
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, ExitWithLiveChecks,
+                         testing::Values("return", "exit", "exit-in-thread", "exit-in-starting-thread"),
+                         [](const auto& way) {
+                             std::string name = way.param;
+                             name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
+                             return name;
+                         });
+
+// --- In the middle of something
+
+TEST(ProcessExit, ComesBackDuringAReplayToAServiceThatReads)
+{
+    const ReadingService service;
+    expectOrderlyEnd(QStringLiteral("exit-during-replay"), service.port());
+}
+
+TEST(ProcessExit, ComesBackDuringAReplayToAServiceThatNeverReads)
+{
+    const NeverReadingService service;
+    expectOrderlyEnd(QStringLiteral("exit-during-replay"), service.port());
+}
+
+TEST(ProcessExit, ComesBackFromInsideACallback)
+{
+    const ReadingService service(ReadingService::OnFirstBytes::HangUp);
+    HostProcess host(QStringLiteral(PLAIN_HOST), {QStringLiteral("exit-in-callback")}, service.port());
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_TRUE(endsWithTermination(host.log()));
+}
+
+TEST(ProcessExit, ComesBackWhileACallbackHangsForEver)
+{
+    const ReadingService service(ReadingService::OnFirstBytes::HangUp);
+    expectOrderlyEnd(QStringLiteral("exit-while-callback-hangs"), service.port());
+}
+
+TEST(ProcessExit, ChecksMayBeUsedAndDestroyedByStaticsThatOutliveTheLibrary)
+{
+    const ReadingService service;
+    expectOrderlyEnd(QStringLiteral("static-destructor"), service.port());
+}
+
+// --- Orderly
+
+TEST(OrderlyEnd, TheLastCheckTakesItsCellsBackAndClosesTheConnection)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(PLAIN_HOST), {QStringLiteral("destroy")}, service.port());
+    ASSERT_TRUE(host.waitForLine(QStringLiteral("ready")));
+    host.say(QStringLiteral("go"));
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_TRUE(host.waitForLine(QStringLiteral("destroyed")));
+    EXPECT_TRUE(service.waitForLostPeer());
+    EXPECT_TRUE(endsWithTermination(host.log()));
+}
+
+TEST(OrderlyEnd, AChecksWholeLifeMayBeShorterThanTheStartOfTheThreads)
+{
+    const ReadingService service;
+    expectOrderlyEnd(QStringLiteral("destroy-at-once"), service.port());
+}
+
+TEST(OrderlyEnd, TheHostKeepsItsLocale)
+{
+    qputenv("LC_ALL", "C.UTF-8");
+    expectOrderlyEnd(QStringLiteral("keep-locale"), refusingPort());
+}

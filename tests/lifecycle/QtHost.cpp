@@ -1,0 +1,136 @@
+// A host that has a QCoreApplication of its own. Its first argument says when the library is used; it prints
+// "leaving" when it begins to end.
+
+#include <vigil/vigil.h>
+
+#include <QCoreApplication>
+#include <QTimer>
+
+#include <functional>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <string>
+#include <thread>
+
+namespace {
+
+void sayLeaving()
+{
+    std::cout << "leaving" << std::endl;
+}
+
+vigil::HealthCheck* lastCheck = nullptr; // reachable to the end, so that leaving it alive is no leak
+
+vigil::HealthCheck* makeCheck()
+{
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    check->createScalarMetric("metric");
+    check->update();
+    lastCheck = check;
+    return check;
+}
+
+/// True when the application's own loop still delivers events.
+bool runsItsOwnLoop(QCoreApplication& application)
+{
+    int ticks = 0;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&] {
+        if (++ticks == 5)
+            application.exit(7);
+    });
+    timer.start(1);
+    return application.exec() == 7 && ticks == 5;
+}
+
+int ownLoopRunsOn(int& argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    vigil::HealthCheck* first = makeCheck();
+    const bool runsBeside = runsItsOwnLoop(application);
+    first->destroy();
+    const bool runsAfter = runsItsOwnLoop(application);
+    makeCheck()->destroy();
+    const bool runsAfterAnother = runsItsOwnLoop(application);
+    sayLeaving();
+    return runsBeside && runsAfter && runsAfterAnother && QCoreApplication::instance() == &application ? 0
+                                                                                                       : 1;
+}
+
+int applicationAfterTheLibrary(int& argc, char** argv)
+{
+    makeCheck()->destroy();
+    if (QCoreApplication::instance())
+        return 2;
+    QCoreApplication application(argc, argv);
+    const bool runs = runsItsOwnLoop(application);
+    makeCheck()->destroy();
+    const bool runsAfter = runsItsOwnLoop(application);
+    sayLeaving();
+    return runs && runsAfter ? 0 : 1;
+}
+
+/// The check lives on, publishes, and is destroyed, all without the application object that was there at its
+/// creation.
+int applicationBeforeItsChecks(int& argc, char** argv)
+{
+    auto application = std::make_unique<QCoreApplication>(argc, argv);
+    vigil::HealthCheck* check = makeCheck();
+    vigil::ScalarMetric* late = check->createScalarMetric("late");
+    application.reset();
+    late->setUnit(" published after the application object");
+    check->update();
+    std::string line;
+    std::cout << "published" << std::endl;
+    std::getline(std::cin, line);
+    sayLeaving();
+    check->destroy();
+    return QCoreApplication::instance() ? 1 : 0;
+}
+
+int applicationGoneAtExit(int& argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    makeCheck();
+    sayLeaving();
+    return 0;
+}
+
+int quitsWhileACheckLives(int& argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    vigil::HealthCheck* check = makeCheck();
+    QTimer::singleShot(1, &application, &QCoreApplication::quit);
+    application.exec();
+    check->update();
+    sayLeaving();
+    check->destroy();
+    return 0;
+}
+
+int checkInAnotherThread(int& argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    vigil::HealthCheck* check = nullptr;
+    std::thread([&] { check = makeCheck(); }).join();
+    const bool runs = runsItsOwnLoop(application);
+    sayLeaving();
+    std::thread([&] { check->destroy(); }).join();
+    return runs ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    static const std::map<std::string, std::function<int(int&, char**)>> ways = {
+        {"own-loop", ownLoopRunsOn},
+        {"application-after", applicationAfterTheLibrary},
+        {"application-before-checks", applicationBeforeItsChecks},
+        {"application-gone-at-exit", applicationGoneAtExit},
+        {"quit-with-live-check", quitsWhileACheckLives},
+        {"check-in-thread", checkInAnotherThread},
+    };
+    return ways.at(argv[1])(argc, argv);
+}

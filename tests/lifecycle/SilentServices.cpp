@@ -1,0 +1,75 @@
+#include "lifecycle/SilentServices.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QHostAddress>
+
+#include <functional>
+
+namespace {
+
+bool waitUntil(const std::function<bool()>& holds)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!holds() && timer.elapsed() < 5000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    return holds();
+}
+
+} // namespace
+
+int refusingPort()
+{
+    QTcpServer server;
+    server.listen(QHostAddress::LocalHost);
+    return server.serverPort();
+}
+
+NeverReadingService::NeverReadingService()
+{
+    m_server.listen(QHostAddress::LocalHost);
+    m_server.pauseAccepting();
+}
+
+OverrunService::OverrunService()
+{
+    constexpr int moreThanAnyBacklog = 300;
+    m_server.listen(QHostAddress::LocalHost);
+    m_server.pauseAccepting();
+    for (int i = 0; i < moreThanAnyBacklog; ++i) {
+        m_waiting.append(new QTcpSocket);
+        m_waiting.last()->connectToHost(QHostAddress(QHostAddress::LocalHost), m_server.serverPort());
+        if (!m_waiting.last()->waitForConnected(200))
+            return;
+    }
+}
+
+OverrunService::~OverrunService()
+{
+    qDeleteAll(m_waiting);
+}
+
+ReadingService::ReadingService(OnFirstBytes action)
+{
+    QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this, action] {
+        QTcpSocket* peer = m_server.nextPendingConnection();
+        QObject::connect(peer, &QTcpSocket::readyRead, &m_server, [this, peer, action] {
+            m_received += peer->readAll();
+            if (action == OnFirstBytes::HangUp)
+                peer->disconnectFromHost();
+        });
+        QObject::connect(peer, &QTcpSocket::disconnected, &m_server, [this] { m_hasLostPeer = true; });
+    });
+    m_server.listen(QHostAddress::LocalHost);
+}
+
+bool ReadingService::waitForText(const QByteArray& text) const
+{
+    return waitUntil([&] { return m_received.contains(text); });
+}
+
+bool ReadingService::waitForLostPeer() const
+{
+    return waitUntil([&] { return m_hasLostPeer; });
+}
