@@ -177,26 +177,40 @@ void Client::reportDeferredLoss()
 
 bool Client::sendValue(Oid oid, bool value, bool useTraps)
 {
+    if (isGivingUp())
+        return false;
     m_valueCache[oid] = value;
     return sendInt(oid, value ? 1 : 2, useTraps); // SNMP's TruthValue
 }
 
 bool Client::sendValue(Oid oid, qint32 value, bool useTraps)
 {
+    if (isGivingUp())
+        return false;
     m_valueCache[oid] = value;
     return sendInt(oid, value, useTraps);
 }
 
 bool Client::sendValue(Oid oid, double value, bool useTraps)
 {
+    if (isGivingUp())
+        return false;
     m_valueCache[oid] = value;
     return sendString(oid, QString::number(value, 'g', 6), useTraps);
 }
 
 bool Client::sendValue(Oid oid, QString value, bool useTraps)
 {
+    if (isGivingUp())
+        return false;
     m_valueCache[oid] = value;
     return sendString(oid, value, useTraps);
+}
+
+/// At the end of the process a long queue, or a long replay, is given up for the sake of the exit.
+bool Client::isGivingUp() const
+{
+    return thread()->isInterruptionRequested();
 }
 
 bool Client::sendInt(const Oid& oid, int value, bool useTraps)
@@ -223,6 +237,8 @@ bool Client::sendString(const Oid& oid, const QString& value, bool useTraps)
 
 void Client::unsetOid(Oid oid)
 {
+    if (isGivingUp())
+        return;
     m_valueCache[oid] = QVariant();
     if (!m_connected)
         return;
@@ -244,8 +260,11 @@ void Client::unsetOidTree(Oid tree)
 
 void Client::resendAll()
 {
-    for (const auto& [oid, value] : m_valueCache)
+    for (const auto& [oid, value] : m_valueCache) {
+        if (!m_connected || isGivingUp())
+            return;
         resend(oid, QVariant(value));
+    }
 }
 
 void Client::resend(const Oid& oid, const QVariant& value)

@@ -69,6 +69,7 @@ private slots:
     void receiveData(int dataType, QByteArray& data, int callbackId);
 
 private:
+    bool isGivingUp() const;
     bool sendInt(const Oid& oid, int value, bool useTraps);
     bool sendString(const Oid& oid, const QString& value, bool useTraps);
     void resend(const Oid& oid, const QVariant& value);

@@ -2,18 +2,31 @@
 
 #include <QString>
 
+#include <atomic>
+#include <thread>
+
 #include "base/Logging.h"
+
+namespace {
+
+/// Not asked of Qt, which would make a thread object for every application thread that publishes something.
+/// There is one client thread at a time.
+std::atomic<std::thread::id> clientThreadId{};
+
+} // namespace
 
 bool ClientThread::isCurrent()
 {
-    return qobject_cast<ClientThread*>(QThread::currentThread()) != nullptr;
+    return clientThreadId == std::this_thread::get_id();
 }
 
 void ClientThread::run()
 {
+    clientThreadId = std::this_thread::get_id();
     logEventLoop("started");
     exec();
     logEventLoop("stopped");
+    clientThreadId = std::thread::id();
 }
 
 void ClientThread::logEventLoop(const char* event)

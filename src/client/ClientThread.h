@@ -5,6 +5,8 @@
 
 /// The thread in which the Client lives, with its socket, its timer and all calls into the application's
 /// callbacks. Only run() executes in it; the object itself belongs to the thread of the library's event loop.
+///
+/// An interruption request tells the client to stop sending, so that it comes to its exit soon.
 class ClientThread : public QThread
 {
     Q_OBJECT

@@ -23,12 +23,13 @@ namespace vigil {
 namespace {
 
 constexpr int threadEndTimeoutMs = 5000;
-constexpr int storeLockTimeoutMs = 100;
+constexpr int storeLockTimeoutMs = 300;
 constexpr int aliveCheckMs = 20;
 
 // At the end of the process waiting has limits. An attempt to connect, which cannot be interrupted, takes up
 // to 5 s.
 constexpr int clientTimeoutAtExitMs = 6000;
+constexpr int drainTimeoutAtExitMs = 2000;
 constexpr int runnerTimeoutAtExitMs = 1000;
 constexpr int noLimit = -1;
 
@@ -107,6 +108,7 @@ void VigilSnmp::cleanup()
 /// callback, and others may be gone or stuck: it must come back whatever it finds.
 void VigilSnmp::cleanupAtExit()
 {
+    instance().muteCallbacks();
     instance().stop(clientTimeoutAtExitMs, runnerTimeoutAtExitMs);
     instance().m_outOfUse = true;
 }
@@ -119,7 +121,7 @@ void VigilSnmp::stop(int clientTimeoutMs, int runnerTimeoutMs)
     if (m_runner->isGone()) // and with it every other thread, with any lock they held: touch nothing
         return abandon();
     base::writeLog(QStringLiteral("[VigilSnmp::cleanup] Cleanup."));
-    const bool clientStopped = stopClient(clientTimeoutMs) && releaseStore();
+    const bool clientStopped = stopClient(clientTimeoutMs) && releaseShared();
     const bool runnerStopped = m_runner->stop(runnerTimeoutMs);
     if (!clientStopped || !runnerStopped)
         return abandon();
@@ -164,7 +166,10 @@ bool VigilSnmp::runClientExit(Client* client, int timeoutMs)
         },
         Qt::QueuedConnection);
     const QDeadlineTimer deadline(timeoutMs); // negative: never
+    const QDeadlineTimer drained(timeoutMs < 0 ? noLimit : drainTimeoutAtExitMs);
     while (!done->tryAcquire(1, aliveCheckMs)) {
+        if (drained.hasExpired())
+            m_clientThread->requestInterruption();
         if (deadline.hasExpired() || m_runner->isGone())
             return false;
     }
@@ -182,15 +187,30 @@ bool VigilSnmp::endClientThread()
     return true;
 }
 
-/// False when a thread of the application will not let go of the store.
+/// Statics of the application, handlers among them, may have been destroyed before this library's exit
+/// handler runs, so nobody is called any more. A replay holds the lock; it is given up then.
+void VigilSnmp::muteCallbacks()
+{
+    if (!m_initialised || m_runner->isGone() || m_storeMutex.isHeldByThisThread() || releaseStore())
+        return;
+    m_clientThread->requestInterruption();
+    releaseStore();
+}
+
+/// False when somebody will not let go of the store.
 bool VigilSnmp::releaseStore()
 {
-    m_tableManager.reset();
     if (!m_storeMutex.tryLock(storeLockTimeoutMs))
         return false;
     m_callbackStore.reset();
     m_storeMutex.unlock();
     return true;
+}
+
+bool VigilSnmp::releaseShared()
+{
+    m_tableManager.reset();
+    return releaseStore();
 }
 
 /// Leaves behind what a thread that could not be stopped may still use.

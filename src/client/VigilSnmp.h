@@ -69,7 +69,9 @@ private:
     bool stopClient(int timeoutMs);
     bool runClientExit(Client* client, int timeoutMs);
     bool endClientThread();
+    void muteCallbacks();
     bool releaseStore();
+    bool releaseShared();
     void abandon();
 
     Client* currentClient();

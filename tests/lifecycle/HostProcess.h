@@ -16,12 +16,15 @@ public:
     /// No orderly way to end a process may take longer.
     static constexpr int limitMs = 8000;
 
+    /// What a host does before may take this long on a busy machine.
+    static constexpr int startLimitMs = 30000;
+
     /// Starts program with arguments; the library connects to servicePort.
     HostProcess(const QString& program, const QStringList& arguments, int servicePort);
     ~HostProcess();
 
     /// Waits until the host has printed line.
-    bool waitForLine(const QString& line);
+    bool waitForLine(const QString& line, int timeoutMs = startLimitMs);
 
     void say(const QString& line);
 

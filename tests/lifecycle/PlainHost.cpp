@@ -20,15 +20,12 @@ void sayLeaving()
     std::cout << "leaving" << std::endl;
 }
 
-vigil::HealthCheck* lastCheck = nullptr; // reachable to the end, so that leaving it alive is no leak
-
 vigil::HealthCheck* makeCheck(int metrics = 3)
 {
     vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
     for (int i = 0; i < metrics; ++i)
         check->createScalarMetric("metric" + std::to_string(i));
     check->update();
-    lastCheck = check;
     return check;
 }
 
@@ -41,20 +38,20 @@ public:
     void callbackStateInfo(int state) override
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_connected = state == 0;
+        m_state = state;
         m_changed.notify_all();
     }
 
-    void waitForConnection()
+    void waitForState(int state)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_connected; });
+        m_changed.wait(lock, [&] { return m_state == state; });
     }
 
 private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    bool m_connected = false;
+    int m_state = -1;
 };
 
 /// Does something on the client thread when the connection is lost.
@@ -165,13 +162,29 @@ int exitWhileACallbackHangs()
     return 0;
 }
 
+void publishMany()
+{
+    const vigil::Oid base = vigil::Oid::fromStdString("1.3.6.1.4.1.32473.9");
+    for (unsigned int i = 0; i < 50000; ++i)
+        vigil::VigilSnmpInterface::instance().sendValue(base + i, std::string(100, 'x'), 0);
+}
+
+int exitWithALongQueue()
+{
+    vigil::VigilSnmpInterface::instance().init("host");
+    publishMany();
+    sayLeaving();
+    return 0;
+}
+
+/// The service hangs up once; the connection after that begins with the replay.
 int exitDuringAReplay()
 {
-    vigil::VigilSnmpInterface& facade = vigil::VigilSnmpInterface::instance();
-    facade.init("host");
-    const vigil::Oid base = vigil::Oid::fromStdString("1.3.6.1.4.1.32473.9");
-    for (unsigned int i = 0; i < 200000; ++i)
-        facade.sendValue(base + i, std::string(100, 'x'), 0);
+    vigil::VigilSnmpInterface::instance().init("host");
+    static StateWatch watch;
+    publishMany();
+    watch.waitForState(1);
+    watch.waitForState(0);
     sayLeaving();
     return 0;
 }
@@ -203,12 +216,10 @@ int keepTheLocale()
 int destroyInOrder()
 {
     vigil::HealthCheck* check = makeCheck();
-    StateWatch watch;
     std::string line;
     std::cout << "ready" << std::endl;
     std::getline(std::cin, line);
     sayLeaving();
-    vigil::VigilSnmpInterface::instance().deregisterStateInfoCallback(&watch);
     check->destroy();
     std::cout << "destroyed" << std::endl;
     return 0;
@@ -225,6 +236,7 @@ int main(int, char** arguments)
         {"exit-in-starting-thread", exitInTheThreadThatStartedTheLibrary},
         {"exit-in-callback", exitInsideACallback},
         {"exit-while-callback-hangs", exitWhileACallbackHangs},
+        {"exit-with-long-queue", exitWithALongQueue},
         {"exit-during-replay", exitDuringAReplay},
         {"static-destructor", destroyInAStaticDestructor},
         {"destroy-at-once", destroyAtOnceManyTimes},

@@ -74,14 +74,20 @@ INSTANTIATE_TEST_SUITE_P(Ways, ExitWithLiveChecks,
 
 TEST(ProcessExit, ComesBackDuringAReplayToAServiceThatReads)
 {
-    const ReadingService service;
+    const ReadingService service(ReadingService::OnFirstBytes::HangUpThenRead);
     expectOrderlyEnd(QStringLiteral("exit-during-replay"), service.port());
 }
 
 TEST(ProcessExit, ComesBackDuringAReplayToAServiceThatNeverReads)
 {
-    const NeverReadingService service;
+    const ReadingService service(ReadingService::OnFirstBytes::HangUpThenNeverRead);
     expectOrderlyEnd(QStringLiteral("exit-during-replay"), service.port());
+}
+
+TEST(ProcessExit, ComesBackWithALongQueueOfUnsentValues)
+{
+    const NeverReadingService service;
+    expectOrderlyEnd(QStringLiteral("exit-with-long-queue"), service.port());
 }
 
 TEST(ProcessExit, ComesBackFromInsideACallback)

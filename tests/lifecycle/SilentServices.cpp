@@ -52,16 +52,22 @@ OverrunService::~OverrunService()
 
 ReadingService::ReadingService(OnFirstBytes action)
 {
-    QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this, action] {
-        QTcpSocket* peer = m_server.nextPendingConnection();
-        QObject::connect(peer, &QTcpSocket::readyRead, &m_server, [this, peer, action] {
-            m_received += peer->readAll();
-            if (action == OnFirstBytes::HangUp)
-                peer->disconnectFromHost();
-        });
-        QObject::connect(peer, &QTcpSocket::disconnected, &m_server, [this] { m_hasLostPeer = true; });
-    });
+    QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this, action] { accept(action); });
     m_server.listen(QHostAddress::LocalHost);
+}
+
+void ReadingService::accept(OnFirstBytes action)
+{
+    QTcpSocket* peer = m_server.nextPendingConnection();
+    const bool hangUp = action == OnFirstBytes::HangUp || (action != OnFirstBytes::GoOn && !m_hasLostPeer);
+    if (action == OnFirstBytes::HangUpThenNeverRead && !hangUp)
+        return peer->setReadBufferSize(1);
+    QObject::connect(peer, &QTcpSocket::readyRead, &m_server, [this, peer, hangUp] {
+        m_received += peer->readAll();
+        if (hangUp)
+            peer->disconnectFromHost();
+    });
+    QObject::connect(peer, &QTcpSocket::disconnected, &m_server, [this] { m_hasLostPeer = true; });
 }
 
 bool ReadingService::waitForText(const QByteArray& text) const

@@ -32,11 +32,11 @@ private:
     QList<QTcpSocket*> m_waiting;
 };
 
-/// Reads everything that arrives, or hangs up as soon as anything does.
+/// Reads everything that arrives, or hangs up as soon as anything does, always or only once.
 class ReadingService
 {
 public:
-    enum class OnFirstBytes { GoOn, HangUp };
+    enum class OnFirstBytes { GoOn, HangUp, HangUpThenRead, HangUpThenNeverRead };
 
     explicit ReadingService(OnFirstBytes action = OnFirstBytes::GoOn);
     int port() const { return m_server.serverPort(); }
@@ -47,6 +47,8 @@ public:
 private:
     QTcpServer m_server;
     QByteArray m_received;
+    void accept(OnFirstBytes action);
+
     bool m_hasLostPeer = false;
 };
 
