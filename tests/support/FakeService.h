@@ -1,0 +1,133 @@
+#ifndef VIGIL_SUPPORT_FAKESERVICE_H
+#define VIGIL_SUPPORT_FAKESERVICE_H
+
+#include <QByteArray>
+
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "base/FrameHeader.h"
+
+namespace support {
+
+class FakeServiceThread;
+
+/// The other end of the library's connection, under a test's control: a TCP server on a free port of
+/// 127.0.0.1 that records every frame it gets, sends what it is told to, and fails on demand.
+///
+/// Purpose: tests of everything that talks to the SNMP service. It accepts any number of connections; what it
+/// sends, and the faults, concern the newest one. A typical test:
+///
+///     FakeService service;
+///     … connect to service.port() …
+///     ASSERT_TRUE(service.waitForConnections(1));
+///     service.send(base::SnmpIntType, payload, base::Validation);
+///     ASSERT_TRUE(service.waitForFrames(1));
+///     EXPECT_EQ(service.frames()[0].header.messageCounter, 1u);
+///
+/// Threads: works in a thread of its own from construction to destruction and needs no QCoreApplication,
+/// since the programs under test may have none yet. All operations may be called from any thread and return
+/// when the service has carried them out. The waiting ones block the caller: they must not be what the
+/// client's event loop waits for.
+///
+/// Ownership: owns its sockets and its thread; the destructor closes them.
+///
+/// Failure: the constructor throws std::runtime_error when no port can be had. Waiting returns false when the
+/// deadline has passed.
+class FakeService
+{
+public:
+    static constexpr int defaultTimeoutMs = 10000;
+
+    struct Frame
+    {
+        int connection; ///< which connection it came on, counted from 1
+        base::FrameHeader header;
+        QByteArray payload;
+    };
+
+    FakeService();
+    ~FakeService();
+    FakeService(const FakeService&) = delete;
+    FakeService& operator=(const FakeService&) = delete;
+
+    quint16 port() const;
+
+    // What was received. The counts begin at 0 with the service and never go back.
+
+    /// The complete frames of all connections, in the order of their arrival.
+    std::vector<Frame> frames() const;
+
+    /// All bytes of all connections, frames or not.
+    QByteArray receivedBytes() const;
+
+    /// How many connections were accepted, and how many of these have ended.
+    int connections() const;
+    int disconnections() const;
+
+    bool waitForConnections(int count, int timeoutMs = defaultTimeoutMs) const;
+    bool waitForDisconnections(int count, int timeoutMs = defaultTimeoutMs) const;
+    bool waitForFrames(int count, int timeoutMs = defaultTimeoutMs) const;
+
+    /// Waits for at least one frame that the predicate holds for.
+    bool waitForFrame(const std::function<bool(const Frame&)>& predicate,
+                      int timeoutMs = defaultTimeoutMs) const;
+
+    // Sending, to the newest connection.
+
+    /// A frame with the next message counter of the connection, beginning with 1.
+    void send(int dataType, const QByteArray& payload, int callbackId);
+
+    /// A frame exactly as given; the numbering of send() does not take note of it.
+    void sendFrame(const base::FrameHeader& header, const QByteArray& payload);
+
+    /// Bytes that need not be a frame, nor a whole one.
+    void sendRaw(const QByteArray& bytes);
+
+    // Faults.
+
+    /// Leaves everything that arrives, on later connections as well, in the system's buffers.
+    void stopReading();
+    void resumeReading();
+
+    /// Closes the newest connection; later ones are still accepted.
+    void closeConnection();
+
+    /// Closes the newest connection, or the next one when there is none, as soon as that many frames have
+    /// come in on it. 0 switches it off.
+    void closeAfterFrames(int count);
+
+    /// From now on nobody can connect; the port stays reserved. Connections that stand are left alone.
+    void refuseConnections();
+
+    /// Takes refuseConnections() back, on the same port.
+    void acceptConnections();
+
+private:
+    friend class FakeServiceThread;
+
+    struct Record
+    {
+        std::vector<Frame> frames;
+        QByteArray bytes;
+        int connections = 0;
+        int disconnections = 0;
+    };
+
+    template <typename Predicate>
+    bool waitUntil(int timeoutMs, Predicate predicate) const;
+    template <typename Change>
+    void record(Change change);
+
+    mutable std::mutex m_mutex; // guards m_record
+    mutable std::condition_variable m_changed;
+    Record m_record;
+    std::unique_ptr<FakeServiceThread> m_thread;
+};
+
+} // namespace support
+
+#endif

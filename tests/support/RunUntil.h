@@ -1,0 +1,31 @@
+#ifndef VIGIL_SUPPORT_RUNUNTIL_H
+#define VIGIL_SUPPORT_RUNUNTIL_H
+
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QTimer>
+
+namespace support {
+
+/// Runs the calling thread's event loop, deferred deletions included, until predicate holds. Returns whether
+/// it does before the deadline. The thread needs a QCoreApplication in the process.
+template <typename Predicate>
+bool runUntil(Predicate predicate, int timeoutMs = 10000)
+{
+    QElapsedTimer elapsed;
+    elapsed.start();
+    QEventLoop loop;
+    QTimer check; // a predicate may hold because of another thread, which wakes no loop
+    QObject::connect(&check, &QTimer::timeout, &loop, [&] {
+        if (predicate() || elapsed.hasExpired(timeoutMs))
+            loop.quit();
+    });
+    check.start(1);
+    if (!predicate())
+        loop.exec();
+    return predicate();
+}
+
+} // namespace support
+
+#endif
