@@ -101,7 +101,7 @@ bool KwLogFile::init(QString prefix, int maxFiles, int maxSize, bool useTimer)
     m_maxFiles = maxFiles;
     m_maxSize = maxSize;
     findFileNumber();
-    const bool opened = openNextFile(QStringLiteral("Application started."));
+    const bool opened = openFirstFile();
     if (useTimer && !m_writeTimer) {
         m_writeTimer = new QTimer(this);
         connect(m_writeTimer, SIGNAL(timeout()), this, SLOT(slot_TimerWriteFile()));
@@ -160,10 +160,15 @@ void KwLogFile::findFileNumber()
     }
 }
 
+bool KwLogFile::openFirstFile()
+{
+    const MutexLock lock(m_bufferMutex);
+    return openNextFile(QStringLiteral("Application started."));
+}
+
 bool KwLogFile::openNextFile(const QString& reason)
 {
     m_fileIndex = m_fileIndex + 1 >= m_maxFiles ? 0 : m_fileIndex + 1;
-    const MutexLock lock(m_bufferMutex);
     m_file = std::make_unique<QFile>(
         QStringLiteral("%1/%2_%3.log").arg(m_directory, m_filePrefix, QString::number(m_fileIndex)));
     m_file->open(QIODevice::ReadWrite | QIODevice::Truncate);
@@ -202,17 +207,11 @@ void KwLogFile::write(const QString& text)
         reader.close();
 }
 
-bool KwLogFile::hasOutgrownItsSize()
-{
-    const MutexLock lock(m_bufferMutex);
-    return m_file && m_file->size() > m_maxSize;
-}
-
 bool KwLogFile::checkSize()
 {
-    const MutexLock lock(m_sizeMutex);
-    if (hasOutgrownItsSize()) {
-        closeLogFile("Reached max size, open the next log file ...");
+    const MutexLock lock(m_bufferMutex); // held throughout: a line written between two files would be lost
+    if (m_file && m_file->size() > m_maxSize) {
+        closeFile("Reached max size, open the next log file ...");
         openNextFile(QStringLiteral("Next log file."));
     }
     return false;
@@ -221,6 +220,11 @@ bool KwLogFile::checkSize()
 bool KwLogFile::closeLogFile(const char* reason)
 {
     const MutexLock lock(m_bufferMutex);
+    return closeFile(reason);
+}
+
+bool KwLogFile::closeFile(const char* reason)
+{
     if (!m_file)
         return false;
     write(QStringLiteral("%1, %2\n").arg(timeStamp(), QString::fromUtf8(reason)));

@@ -73,16 +73,16 @@ private slots:
 private:
     void findFileNumber();
     int numberOf(const QString& fileName, bool& isNumber) const;
-    bool openNextFile(const QString& reason);
+    bool openFirstFile();
+    bool openNextFile(const QString& reason) VIGIL_REQUIRES(m_bufferMutex);
+    bool closeFile(const char* reason) VIGIL_REQUIRES(m_bufferMutex);
     bool checkSize();
-    bool hasOutgrownItsSize();
     void write(const QString& text) VIGIL_REQUIRES(m_bufferMutex);
 
-    Mutex m_bufferMutex; // taken last
+    Mutex m_bufferMutex;
     QString m_pendingText VIGIL_GUARDED_BY(m_bufferMutex);
     std::unique_ptr<QFile> m_file VIGIL_GUARDED_BY(m_bufferMutex);
 
-    Mutex m_sizeMutex; // so that only one thread starts the next file; taken before m_bufferMutex
     int m_fileIndex = 0;
     int m_maxFiles = defaultMaxFiles;
     int m_maxSize = defaultMaxSize;
