@@ -22,7 +22,6 @@ using support::FakeService;
 using support::QtMessages;
 using support::runUntil;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {

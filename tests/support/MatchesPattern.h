@@ -1,0 +1,19 @@
+#ifndef VIGIL_SUPPORT_MATCHESPATTERN_H
+#define VIGIL_SUPPORT_MATCHESPATTERN_H
+
+#include <gmock/gmock.h>
+
+#include <regex>
+#include <string>
+
+namespace support {
+
+/// Like testing::MatchesRegex, whose patterns know hardly anything on Windows.
+MATCHER_P(MatchesPattern, pattern, "matches " + std::string(pattern))
+{
+    return std::regex_match(std::string(arg), std::regex(pattern));
+}
+
+} // namespace support
+
+#endif
