@@ -81,8 +81,8 @@ protected:
         QObject::connect(socket.get(), &Socket::signal_sigdb_dataReceived,
                          [this](int dataType, QByteArray& payload, int callbackId) {
                              received.push_back({dataType, payload.toStdString(), callbackId});
-                             if (onReceived)
-                                 onReceived();
+                             if (const auto action = onReceived) // a copy: it may reset the original
+                                 action();
                          });
     }
 
@@ -445,7 +445,7 @@ TEST_F(ComConnectionSocket, ALargeRecordArrivesWhole)
     connectToService();
     const base::SnmpString large = textOfSize(5000000);
     EXPECT_TRUE(socket->sendSerializedData(&large, 1, 0));
-    ASSERT_TRUE(runUntil([&] { return service.frames().size() == 1; }));
+    ASSERT_TRUE(runUntil([&] { return service.frameCount() == 1; }));
     EXPECT_EQ(base::SnmpString(service.frames()[0].payload).value, large.value);
 }
 
@@ -956,6 +956,25 @@ TEST_F(ComConnectionSocket, NothingIsReadWhileOtherEventsRun)
     EXPECT_THAT(payloads(), ElementsAre("a", "b"));
 }
 
+TEST_F(ComConnectionSocket, TheConnectionMayBeClosedWhileOtherEventsRun)
+{
+    connectToService();
+    QElapsedTimer sinceConstruction;
+    sinceConstruction.start();
+    runUntil([&] { return sinceConstruction.hasExpired(250); });
+
+    onReceived = [&] {
+        QMetaObject::invokeMethod(
+            socket.get(), [&] { socket->closeConnection(); }, Qt::QueuedConnection);
+    };
+    service.sendRaw(frame(1, "a"));
+    ASSERT_TRUE(runUntil([&] { return !socket->isConnected(); }));
+    EXPECT_TRUE(socket->reconnect());
+    ASSERT_TRUE(service.waitForConnections(2));
+    deliver(frame(1, "read as ever"));
+    EXPECT_THAT(payloads(), ElementsAre("a", "read as ever"));
+}
+
 // Whoever receives a frame may do as it likes
 
 TEST_F(ComConnectionSocket, TheReceiverMayCloseTheConnection)
@@ -967,6 +986,24 @@ TEST_F(ComConnectionSocket, TheReceiverMayCloseTheConnection)
     EXPECT_EQ(socket->socket(), nullptr);
     EXPECT_TRUE(service.waitForDisconnections(1));
     EXPECT_TRUE(socket->reconnect());
+}
+
+TEST_F(ComConnectionSocket, TheReceiverMayCloseAConnectionThatHasBytesToWrite)
+{
+    connectToService();
+    service.stopReading();
+    const base::SnmpString large = textOfSize(20000000);
+    ASSERT_TRUE(socket->sendSerializedData(&large, 1, 0));
+    onReceived = [&] {
+        onReceived = nullptr;
+        EXPECT_GT(socket->socket()->bytesToWrite(), 0);
+        socket->closeConnection();
+    };
+    service.sendRaw(frame(1, "a") + frame(2, "b"));
+    ASSERT_TRUE(waitForReceived(1));
+    EXPECT_EQ(socket->socket(), nullptr);
+    service.resumeReading();
+    EXPECT_TRUE(service.waitForDisconnections(1));
 }
 
 TEST_F(ComConnectionSocket, TheReceiverMayConnectAnew)

@@ -280,6 +280,12 @@ std::vector<FakeService::Frame> FakeService::frames() const
     return m_record.frames;
 }
 
+int FakeService::frameCount() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return static_cast<int>(m_record.frames.size());
+}
+
 QByteArray FakeService::receivedBytes() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);

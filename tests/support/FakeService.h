@@ -61,6 +61,9 @@ public:
     /// The complete frames of all connections, in the order of their arrival.
     std::vector<Frame> frames() const;
 
+    /// The same as frames().size(), without copying them all.
+    int frameCount() const;
+
     /// All bytes of all connections, frames or not.
     QByteArray receivedBytes() const;
 
