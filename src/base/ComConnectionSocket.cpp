@@ -48,7 +48,8 @@ bool ComConnectionSocket::connectToServer(ConnectionSettings settings)
     auto* socket = new QTcpSocket(this);
     socket->connectToHost(m_settings.host, static_cast<quint16>(m_settings.port), QIODevice::ReadWrite,
                           QAbstractSocket::AnyIPProtocol);
-    if (!socket->waitForConnected(m_settings.connectTimeoutMs)) {
+    if (!socket->waitForConnected(m_settings.connectTimeoutMs) || isConnectedToItself(*socket)) {
+        socket->abort();
         socket->deleteLater();
         reportConnectFailure(m_settings.connectTimeoutMs);
         return false;
@@ -56,6 +57,14 @@ bool ComConnectionSocket::connectToServer(ConnectionSettings settings)
     installSocket(socket);
     emit signal_connected();
     return true;
+}
+
+/// While nobody listens on a port from which the system also takes the near ends of connections, an attempt
+/// to connect may be given that very port, and reaches itself. The library would then take its own values for
+/// the manager's.
+bool ComConnectionSocket::isConnectedToItself(const QTcpSocket& socket)
+{
+    return socket.localPort() == socket.peerPort() && socket.localAddress() == socket.peerAddress();
 }
 
 void ComConnectionSocket::reportConnectFailure(int timeoutMs)

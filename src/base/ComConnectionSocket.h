@@ -61,6 +61,9 @@ public:
 
     void closeConnection();
 
+    /// True when both ends of the connection are the same.
+    static bool isConnectedToItself(const QTcpSocket& socket);
+
     void logDebug(const QString& text);
     void logInfo(const QString& text);
     void logError(const QString& text);

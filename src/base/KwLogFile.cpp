@@ -8,6 +8,7 @@
 #include <QTimer>
 
 #include "base/BuildInfo.h"
+#include "base/NeverDestroyed.h"
 
 namespace base {
 
@@ -89,8 +90,10 @@ KwLogFile::~KwLogFile()
 
 KwLogFile& KwLogFile::instance()
 {
-    static KwLogFile log;
-    return log;
+    // Whoever stops the library at the end of the process closes the file; until the very end somebody may
+    // log.
+    static NeverDestroyed<KwLogFile> log;
+    return log.get();
 }
 
 bool KwLogFile::init(QString prefix, int maxFiles, int maxSize, bool useTimer)

@@ -9,20 +9,26 @@
 
 using vigil::VigilSnmp;
 
-CallbackStoreLock::CallbackStoreLock() : m_mutex(VigilSnmp::instance().storeMutex())
+CallbackStoreLock::CallbackStoreLock()
 {
-    m_mutex.lock();
-    m_store = VigilSnmp::instance().callbackStore(); // fetched under the lock that guards it
+    VigilSnmp& facade = VigilSnmp::instance();
+    if (facade.isOutOfUse())
+        return; // a callback that never returns may hold the lock for ever
+    facade.storeMutex().lock();
+    m_mutex = &facade.storeMutex();
+    m_store = facade.callbackStore(); // fetched under the lock that guards it
 }
 
 CallbackStoreLock::~CallbackStoreLock()
 {
-    m_mutex.unlock();
+    if (m_mutex)
+        m_mutex->unlock();
 }
 
 bool CallbackStoreLock::isHeldByThisThread()
 {
-    return VigilSnmp::instance().storeMutex().isHeldByThisThread();
+    VigilSnmp& facade = VigilSnmp::instance();
+    return !facade.isOutOfUse() && facade.storeMutex().isHeldByThisThread();
 }
 
 bool CallbackStoreLock::refuseInsideCallback(const char* operation)

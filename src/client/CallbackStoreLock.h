@@ -31,7 +31,7 @@ public:
     static bool refuseInsideCallback(const char* operation);
 
 private:
-    StoreMutex& m_mutex;
+    StoreMutex* m_mutex = nullptr;
     std::shared_ptr<CallbackStore> m_store;
 };
 

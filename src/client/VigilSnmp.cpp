@@ -8,9 +8,9 @@
 #include <QThread>
 
 #include <cstdlib>
-#include <new>
 
 #include "base/Logging.h"
+#include "base/NeverDestroyed.h"
 #include "client/CallbackStore.h"
 #include "client/CallbackStoreLock.h"
 #include "client/Client.h"
@@ -108,9 +108,10 @@ void VigilSnmp::cleanup()
 /// callback, and others may be gone or stuck: it must come back whatever it finds.
 void VigilSnmp::cleanupAtExit()
 {
-    instance().muteCallbacks();
-    instance().stop(clientTimeoutAtExitMs, runnerTimeoutAtExitMs);
-    instance().m_outOfUse = true;
+    VigilSnmp& facade = instance();
+    facade.muteCallbacks();
+    facade.stop(clientTimeoutAtExitMs, runnerTimeoutAtExitMs);
+    facade.m_outOfUse = true;
 }
 
 void VigilSnmp::stop(int clientTimeoutMs, int runnerTimeoutMs)
@@ -123,6 +124,8 @@ void VigilSnmp::stop(int clientTimeoutMs, int runnerTimeoutMs)
     base::writeLog(QStringLiteral("[VigilSnmp::cleanup] Cleanup."));
     const bool clientStopped = stopClient(clientTimeoutMs) && releaseShared();
     const bool runnerStopped = m_runner->stop(runnerTimeoutMs);
+    if (!runnerStopped)
+        base::stopLogging(); // which the runner would have done
     if (!clientStopped || !runnerStopped)
         return abandon();
     m_runner.reset();

@@ -3,6 +3,7 @@
 
 #include <QString>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -17,6 +18,11 @@ class CallbackStore;
 class Client;
 class ClientThread;
 class SnmpTableManager;
+
+namespace base {
+template <typename T>
+class NeverDestroyed;
+}
 
 namespace vigil {
 
@@ -55,10 +61,15 @@ public:
     StoreMutex& storeMutex() { return m_storeMutex; }
     std::shared_ptr<CallbackStore> callbackStore() const { return m_callbackStore; }
 
+    /// True when the process is ending, or a thread could not be stopped: then nothing of the facade is left
+    /// to use.
+    bool isOutOfUse() const { return m_outOfUse; }
+
     /// Expired outside init() and cleanup().
     std::weak_ptr<SnmpTableManager> tableManager() const { return m_tableManager; }
 
 private:
+    friend class base::NeverDestroyed<VigilSnmp>;
     VigilSnmp() = default;
     ~VigilSnmp() = default;
 
@@ -92,7 +103,7 @@ private:
     std::unique_ptr<ApplicationRunner> m_runner;
     int m_oidTypeId = 0;
     bool m_initialised = false;
-    bool m_outOfUse = false; // the process is ending, or a thread could not be stopped
+    std::atomic<bool> m_outOfUse{false};
 };
 
 } // namespace vigil
