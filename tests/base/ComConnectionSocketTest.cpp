@@ -5,6 +5,7 @@
 #include <QHostAddress>
 #include <QPointer>
 #include <QTcpSocket>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -149,6 +150,14 @@ protected:
         service.sendRaw(bytes);
         ASSERT_TRUE(runUntil([&] { return reads > 0; }));
         QObject::disconnect(counting);
+    }
+
+    /// Waits for as long as the object lets go by before it runs other events during a read.
+    static void letTheYieldComeDue()
+    {
+        QElapsedTimer elapsed;
+        elapsed.start();
+        runUntil([&] { return elapsed.hasExpired(250); });
     }
 
     /// Brings the receiver into the state after a network error.
@@ -514,6 +523,24 @@ TEST_F(ComConnectionSocket, ABacklogAboveTheLimitRefusesTheRecordWithoutSpending
     EXPECT_EQ(service.frames()[1].header.messageCounter, 2u);
 }
 
+TEST_F(ComConnectionSocket, ABacklogThatTheSystemCanTakeNowRefusesNothing)
+{
+    connectToService();
+    service.stopReading();
+    const base::SnmpString chunk = textOfSize(100000);
+    int sent = 0;
+    while (socket->socket()->bytesToWrite() < 50000) {
+        ASSERT_TRUE(socket->sendSerializedData(&chunk, 1, 0));
+        ++sent;
+    }
+    service.resumeReading();
+    ASSERT_TRUE(service.waitForFrames(sent - 2)); // runs no event loop, so the rest still waits on this side
+    socket->setMaxPendingBytes(1000);
+    ASSERT_GT(socket->socket()->bytesToWrite(), 1000);
+    EXPECT_TRUE(socket->sendSerializedData(nullptr, 0, 0));
+    EXPECT_TRUE(runUntil([&] { return service.frameCount() == sent + 1; }));
+}
+
 TEST_F(ComConnectionSocket, TenMillionBytesMayWaitUnlessToldOtherwise)
 {
     connectToService();
@@ -657,6 +684,28 @@ TEST_F(ComConnectionSocket, AnIdleConnectionIsLookedAtWithinASecondOrTwo)
     service.sendRaw(frame(1, "unannounced"));
     ASSERT_TRUE(waitForReceived(1));
     EXPECT_THAT(payloads(), ElementsAre("unannounced"));
+}
+
+TEST_F(ComConnectionSocket, WhatArrivesPutsOffTheNextLookAtAnIdleConnection)
+{
+    connectToService();
+    const auto* timer = socket->findChild<QTimer*>();
+    ASSERT_NE(timer, nullptr);
+    EXPECT_EQ(timer->interval(), 1000);
+    ASSERT_TRUE(runUntil([&] { return timer->remainingTime() < 600; }));
+    deliver("x");
+    EXPECT_GT(timer->remainingTime(), 600);
+}
+
+TEST_F(ComConnectionSocket, WithoutAConnectionNobodyLooks)
+{
+    const auto* timer = socket->findChild<QTimer*>();
+    EXPECT_FALSE(timer->isActive());
+    connectToService();
+    EXPECT_TRUE(timer->isActive());
+    service.closeConnection();
+    ASSERT_TRUE(runUntil([&] { return !socket->isConnected(); }));
+    EXPECT_FALSE(timer->isActive());
 }
 
 // Bytes that are no frame
@@ -910,9 +959,7 @@ TEST_F(ComConnectionSocket, ADroppedFrameStillCountsItsUpdates)
 TEST_F(ComConnectionSocket, OtherEventsRunDuringAReadOnceAQuarterSecondHasPassed)
 {
     connectToService();
-    QElapsedTimer sinceConstruction;
-    sinceConstruction.start();
-    runUntil([&] { return sinceConstruction.hasExpired(250); });
+    letTheYieldComeDue();
 
     bool otherEventRan = false;
     onReceived = [&] {
@@ -928,9 +975,7 @@ TEST_F(ComConnectionSocket, OtherEventsRunDuringAReadOnceAQuarterSecondHasPassed
 TEST_F(ComConnectionSocket, NothingIsReadWhileOtherEventsRun)
 {
     connectToService();
-    QElapsedTimer sinceConstruction;
-    sinceConstruction.start();
-    runUntil([&] { return sinceConstruction.hasExpired(250); });
+    letTheYieldComeDue();
 
     bool isTried = false;
     std::size_t receivedInside = 0;
@@ -959,9 +1004,7 @@ TEST_F(ComConnectionSocket, NothingIsReadWhileOtherEventsRun)
 TEST_F(ComConnectionSocket, TheConnectionMayBeClosedWhileOtherEventsRun)
 {
     connectToService();
-    QElapsedTimer sinceConstruction;
-    sinceConstruction.start();
-    runUntil([&] { return sinceConstruction.hasExpired(250); });
+    letTheYieldComeDue();
 
     onReceived = [&] {
         QMetaObject::invokeMethod(
