@@ -1139,12 +1139,13 @@ TEST_F(ComConnectionSocket, APeerLostDuringALongWriteEndsTheWrite)
     EXPECT_TRUE(logHas("CCS::LOG: >>>>>  DISCONNECTED from 127.0.0.1:" + port() + " 127.0.0.1 <<<<<"));
 }
 
-// Nobody listened on the service's port, which the system also hands out to the near ends of connections: the library was
-// connected to itself, took its own values for the manager's, and kept the service from its port.
+// Nobody listened on the service's port, which the system also hands out to the near ends of connections: the
+// library was connected to itself, took its own values for the manager's, and kept the service from its port.
 TEST(ComConnectionSocketToItself, IsRecognised)
 {
     QTcpSocket socket;
-    ASSERT_TRUE(socket.bind(QHostAddress::LocalHost));
+    ASSERT_TRUE(
+        socket.bind(QHostAddress(QHostAddress::LocalHost))); // the bare enumerator would be taken for a port
     socket.connectToHost(QHostAddress(QHostAddress::LocalHost), socket.localPort());
     if (!socket.waitForConnected())
         GTEST_SKIP() << "this system does not connect a socket to itself";

@@ -100,7 +100,7 @@ public:
         m_server->close();
         // A port that somebody holds without listening refuses connections, and nobody else gets it.
         m_portHolder = std::make_unique<QTcpSocket>();
-        m_portHolder->bind(QHostAddress::LocalHost, m_port);
+        m_portHolder->bind(QHostAddress(QHostAddress::LocalHost), m_port);
     }
 
     void accept()
