@@ -5,7 +5,6 @@
 #include <QDebug>
 #include <QEventLoop>
 #include <QHostAddress>
-#include <QPointer>
 #include <QTcpSocket>
 
 #include <atomic>
@@ -100,8 +99,7 @@ void ComConnectionSocket::slot_currentConnectionDisconnected()
     logInfo(describePeer(QStringLiteral(">>>>>  DISCONNECTED from %1:%2 %3 <<<<<")));
     QTcpSocket* lost = m_socket;
     m_socket = nullptr;
-    lost->blockSignals(true);
-    lost->deleteLater();
+    retire(lost);
     emit signal_disconnectInfo(lost->peerAddress().toString(), lost->peerPort(), lost->peerName());
     emit signal_disconnected();
 }
@@ -117,10 +115,32 @@ void ComConnectionSocket::closeConnection()
     m_socket = nullptr;
     closing->blockSignals(true);
     closing->abort();
-    if (m_readDepth > 0)
-        closing->deleteLater();
+    if (m_isReading)
+        retire(closing);
     else
         delete closing;
+}
+
+void ComConnectionSocket::dispose()
+{
+    closeConnection();
+    disconnect();
+    setParent(nullptr); // who may not live as long as this
+    if (m_isReading)
+        m_isDisposed = true;
+    else
+        deleteLater();
+}
+
+/// Lets go of a socket. While it is up the stack even deleteLater() would come too early: the events that are
+/// let through during a burst include it.
+void ComConnectionSocket::retire(QTcpSocket* socket)
+{
+    socket->blockSignals(true);
+    if (m_isReading)
+        m_retired.append(socket);
+    else
+        socket->deleteLater();
 }
 
 bool ComConnectionSocket::isConnected() const
@@ -145,7 +165,6 @@ void ComConnectionSocket::resetCountersAndBuffers()
     m_readPosition = 0;
     m_receivedCallbackId = 0;
     m_receiveBuffer.clear();
-    ++m_resetCount;
 }
 
 void ComConnectionSocket::resetAfterNetworkError()
@@ -256,15 +275,19 @@ void ComConnectionSocket::slot_readyRead()
 
 void ComConnectionSocket::slot_readDataFromSocket()
 {
-    if (m_inEventProcessing || !isConnected() || m_socket->bytesAvailable() < 1)
+    if (m_inEventProcessing || m_isReading || !isConnected() || m_socket->bytesAvailable() < 1)
         return;
     m_receiveBuffer += m_socket->readAll();
 
-    const QPointer<ComConnectionSocket> self(this);
-    ++m_readDepth;
+    m_isReading = true;
     slot_computeReceivedData();
-    if (self)
-        --m_readDepth;
+    m_isReading = false;
+
+    for (QTcpSocket* socket : qAsConst(m_retired))
+        socket->deleteLater();
+    m_retired.clear();
+    if (m_isDisposed)
+        deleteLater();
 }
 
 void ComConnectionSocket::slot_computeReceivedData()
@@ -274,13 +297,9 @@ void ComConnectionSocket::slot_computeReceivedData()
     if (m_expectedLength == 0 && !beginFrame())
         return;
 
-    // Whoever receives a frame may close this connection, open another one, or destroy this object.
-    const QPointer<ComConnectionSocket> self(this);
-    const unsigned int resetCount = m_resetCount;
+    // Whoever receives a frame may close this connection or open another one. Then the buffer is empty.
     while (availableBytes() >= m_expectedLength) {
         takeFrame();
-        if (!self || m_resetCount != resetCount)
-            return;
         if (!beginFrame())
             break;
     }
@@ -377,11 +396,8 @@ void ComConnectionSocket::yieldToEventLoop()
 {
     if (m_inEventProcessing || m_lastEventProcessing.elapsed() < yieldIntervalMs)
         return;
-    const QPointer<ComConnectionSocket> self(this);
     m_inEventProcessing = true;
     QCoreApplication::processEvents(QEventLoop::ExcludeSocketNotifiers);
-    if (!self)
-        return;
     m_lastEventProcessing.restart();
     m_inEventProcessing = false;
 }

@@ -3,6 +3,7 @@
 
 #include <QByteArray>
 #include <QElapsedTimer>
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <QTimer>
@@ -27,8 +28,8 @@ namespace base {
 /// sending up to 20 ms for each partial write. During a burst of received frames it lets the thread's other
 /// events run.
 ///
-/// Ownership: owns its QTcpSocket. Safe against being closed from a slot of its own signals; destroy it with
-/// deleteLater() there.
+/// Ownership: owns its QTcpSocket. May be closed from a slot of its own signals, and ended there with
+/// dispose().
 ///
 /// Failure: nothing throws; everything is told through the log signals. After a loss it reconnects only when
 /// told to, or when a record is sent.
@@ -60,6 +61,10 @@ public:
     void setMaxPendingBytes(int bytes) { m_maxPendingBytes = bytes; }
 
     void closeConnection();
+
+    /// Closes the connection, leaves the parent and destroys this object as soon as none of its slots is
+    /// running. To be used by whoever may be called from one.
+    void dispose();
 
     /// True when both ends of the connection are the same.
     static bool isConnectedToItself(const QTcpSocket& socket);
@@ -95,6 +100,7 @@ public slots:
 
 private:
     void installSocket(QTcpSocket* socket);
+    void retire(QTcpSocket* socket);
     void reportConnectFailure(int timeoutMs);
     void resetCountersAndBuffers();
     void resetAfterNetworkError();
@@ -129,8 +135,9 @@ private:
     QTcpSocket* m_socket = nullptr;
     bool m_inEventProcessing = false;
     QElapsedTimer m_lastEventProcessing;
-    unsigned int m_resetCount = 0; // tells a reader up the stack that its buffer is gone
-    int m_readDepth = 0;           // above 0 the QTcpSocket is up the stack and must not be deleted
+    bool m_isReading = false; // then the QTcpSocket is up the stack
+    bool m_isDisposed = false;
+    QList<QTcpSocket*> m_retired;
 };
 
 } // namespace base

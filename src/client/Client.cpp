@@ -73,8 +73,7 @@ Client::~Client()
 {
     if (!m_socket)
         return;
-    m_socket->closeConnection();
-    m_socket->deleteLater();
+    m_socket->dispose();
     m_socket = nullptr;
 }
 
@@ -117,8 +116,7 @@ void Client::exit()
     m_reconnectTimer->stop();
     if (m_socket) {
         m_socket->closeConnection();
-        m_socket->disconnect(this);
-        m_socket->deleteLater(); // not at once: it may be up the stack, letting this very event run
+        m_socket->dispose(); // not deleted at once: it may be up the stack, letting this very event run
     }
     m_socket = nullptr;
     m_connected = false;

@@ -1018,6 +1018,32 @@ TEST_F(ComConnectionSocket, TheConnectionMayBeClosedWhileOtherEventsRun)
     EXPECT_THAT(payloads(), ElementsAre("a", "read as ever"));
 }
 
+// The object and its QTcpSocket, both in the middle of a read, used to be destroyed by the events that were let through.
+TEST_F(ComConnectionSocket, TheObjectMayBeDisposedOfWhileOtherEventsRun)
+{
+    connectToService();
+    letTheYieldComeDue();
+
+    const QPointer<base::ComConnectionSocket> alive(socket.get());
+    const QPointer<QTcpSocket> inner(socket->socket());
+    bool outlivesTheEvents = false;
+    onReceived = [&] {
+        auto* context = new QObject; // deleted by the same pass, after its event
+        QMetaObject::invokeMethod(
+            context,
+            [&, context] {
+                socket.release()->dispose();
+                context->deleteLater();
+            },
+            Qt::QueuedConnection);
+        QObject::connect(context, &QObject::destroyed, [&] { outlivesTheEvents = alive && inner; });
+    };
+    service.sendRaw(frame(1, "a"));
+    EXPECT_TRUE(runUntil([&] { return alive.isNull(); }));
+    EXPECT_TRUE(outlivesTheEvents);
+    EXPECT_TRUE(service.waitForDisconnections(1));
+}
+
 // Whoever receives a frame may do as it likes
 
 TEST_F(ComConnectionSocket, TheReceiverMayCloseTheConnection)
@@ -1087,7 +1113,7 @@ TEST_F(ComConnectionSocket, TheReceiverMayLetTheObjectBeDeleted)
     const QPointer<base::ComConnectionSocket> alive(socket.get());
     onReceived = [&] {
         onReceived = nullptr;
-        socket.release()->deleteLater();
+        socket.release()->dispose();
     };
     service.sendRaw(frame(1, "a") + frame(2, "b"));
     EXPECT_TRUE(runUntil([&] { return alive.isNull(); }));
