@@ -1,0 +1,38 @@
+#include "Agent.h"
+
+#include "Log.h"
+
+namespace agent {
+
+Agent::Agent(const Options& options)
+    : m_options(options),
+      m_coordinator(m_store, m_applications, options.setTimeoutMs),
+      m_engine({options.standaloneAddress, options.configFile})
+{
+    QObject::connect(&m_applications, &ApplicationServer::answered, &m_coordinator,
+                     &SetCoordinator::handleAnswer);
+    QObject::connect(&m_applications, &ApplicationServer::lost, &m_coordinator, &SetCoordinator::handleLost);
+    m_engine.setPaused([this] { return m_handler.isWaiting(); });
+}
+
+QString Agent::start()
+{
+    QString problem = m_engine.initialise();
+    if (!problem.isEmpty())
+        return problem;
+    if (!m_handler.registerSubtree())
+        return QStringLiteral("Net-SNMP refuses the subtree");
+    problem = m_engine.listen();
+    if (!problem.isEmpty())
+        return problem;
+    if (!m_applications.listen(m_options.listenHost, m_options.listenPort))
+        return QStringLiteral("cannot listen for applications on %1:%2: %3")
+            .arg(m_options.listenHost.toString())
+            .arg(m_options.listenPort)
+            .arg(m_applications.errorText());
+    log::info(QStringLiteral("serving SNMP on %1").arg(m_options.standaloneAddress));
+    log::info(QStringLiteral("listening for applications on %1").arg(m_applications.address()));
+    return QString();
+}
+
+} // namespace agent

@@ -1,0 +1,38 @@
+#ifndef VIGIL_AGENT_AGENT_H
+#define VIGIL_AGENT_AGENT_H
+
+#include <QString>
+
+#include "ApplicationServer.h"
+#include "CellStore.h"
+#include "Options.h"
+#include "SetCoordinator.h"
+#include "SnmpEngine.h"
+#include "SubtreeHandler.h"
+
+namespace agent {
+
+/// The whole agent: the applications on one side, SNMP on the other, the cells between them.
+///
+/// Threads: lives on the thread of the event loop. Failure: start() says in text why the agent cannot run;
+/// from then on it goes on until it is destroyed.
+class Agent
+{
+public:
+    explicit Agent(const Options& options);
+
+    /// Returns what is wrong, or an empty text. Nothing is served before the event loop runs.
+    QString start();
+
+private:
+    const Options m_options;
+    CellStore m_store;
+    ApplicationServer m_applications{m_store};
+    SetCoordinator m_coordinator;
+    SubtreeHandler m_handler{m_store, m_coordinator};
+    SnmpEngine m_engine; // last: goes first, and with it whatever Net-SNMP still holds of the others
+};
+
+} // namespace agent
+
+#endif

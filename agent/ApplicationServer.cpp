@@ -1,0 +1,145 @@
+#include "ApplicationServer.h"
+
+#include "ApplicationConnection.h"
+#include "Log.h"
+
+namespace agent {
+
+namespace {
+
+constexpr size_t maxRefusedRemembered = 10'000;
+
+QString valueText(const CellValue& value)
+{
+    if (const int* number = std::get_if<int>(&value))
+        return QString::number(*number);
+    return QLatin1Char('"') + QString::fromStdString(std::get<std::string>(value)) + QLatin1Char('"');
+}
+
+} // namespace
+
+ApplicationServer::ApplicationServer(CellStore& store) : m_store(store)
+{
+    connect(&m_server, &QTcpServer::newConnection, this, &ApplicationServer::acceptAll);
+}
+
+bool ApplicationServer::listen(const QHostAddress& host, quint16 port)
+{
+    return m_server.listen(host, port);
+}
+
+QString ApplicationServer::address() const
+{
+    const QHostAddress host = m_server.serverAddress();
+    const bool isIPv6 = host.protocol() == QAbstractSocket::IPv6Protocol;
+    return QStringLiteral("%1:%2")
+        .arg(isIPv6 ? QStringLiteral("[%1]").arg(host.toString()) : host.toString())
+        .arg(m_server.serverPort());
+}
+
+void ApplicationServer::ask(OwnerId owner, int number, const ObjectId& id, const CellValue& value)
+{
+    const auto connection = m_connections.find(owner);
+    if (connection == m_connections.end())
+        return;
+    log::detail([&] {
+        return QStringLiteral("SET %1 of %2 to %3: asking %4")
+            .arg(number)
+            .arg(toText(id), valueText(value), connection->second->name());
+    });
+    connection->second->ask(number, id, value);
+}
+
+void ApplicationServer::commit(OwnerId owner, const ObjectId& id, const CellValue& value)
+{
+    const auto connection = m_connections.find(owner);
+    if (connection == m_connections.end())
+        return;
+    log::detail(
+        [&] { return QStringLiteral("%1 is now %2, set by a manager").arg(toText(id), valueText(value)); });
+    connection->second->commit(id, value);
+}
+
+void ApplicationServer::acceptAll()
+{
+    while (QTcpSocket* socket = m_server.nextPendingConnection())
+        accept(socket);
+}
+
+void ApplicationServer::accept(QTcpSocket* socket)
+{
+    const OwnerId owner = ++m_lastOwner;
+    auto* connection = new ApplicationConnection(socket, owner, this);
+    m_connections[owner] = connection;
+    connect(connection, &ApplicationConnection::valueReceived, this,
+            [this, owner](const ObjectId& id, const CellValue& value) { storeValue(owner, id, value); });
+    connect(connection, &ApplicationConnection::unsetReceived, this,
+            [this, owner](const ObjectId& tree) { unsetTree(owner, tree); });
+    connect(connection, &ApplicationConnection::answerReceived, this,
+            [this, owner](int number, int errorStatus) { emit answered(owner, number, errorStatus); });
+    connect(connection, &ApplicationConnection::lost, this, [this, owner] { remove(owner); });
+    log::detail([&] { return QStringLiteral("%1 has connected").arg(connection->name()); });
+}
+
+void ApplicationServer::storeValue(OwnerId owner, const ObjectId& id, const CellValue& value)
+{
+    if (!canBeServed(owner, id))
+        return;
+    log::detail(
+        [&] { return QStringLiteral("%1: %2 = %3").arg(nameOf(owner), toText(id), valueText(value)); });
+    const std::optional<OwnerId> previous = m_store.set(id, value, owner);
+    if (previous)
+        log::warning(QStringLiteral("%1 has taken %2 over from %3; two applications publish the same object")
+                         .arg(nameOf(owner), toText(id), nameOf(*previous)));
+}
+
+bool ApplicationServer::canBeServed(OwnerId owner, const ObjectId& id)
+{
+    if (id.size() <= maxArcs && id.size() > enterpriseRoot().size())
+        return true;
+    if (m_refused.size() >= maxRefusedRemembered || !m_refused.insert({owner, id}).second)
+        return false;
+    if (id.size() <= maxArcs)
+        log::warning(QStringLiteral("%1 publishes a value without an identifier; it is not served")
+                         .arg(nameOf(owner)));
+    else
+        log::warning(QStringLiteral("%1 publishes an identifier of %2 arcs, SNMP carries %3; it is not "
+                                    "served, use shorter keys and names: %4")
+                         .arg(nameOf(owner))
+                         .arg(id.size())
+                         .arg(maxArcs)
+                         .arg(toText(id)));
+    return false;
+}
+
+void ApplicationServer::unsetTree(OwnerId owner, const ObjectId& tree)
+{
+    const size_t removed = m_store.unsetTree(tree, owner);
+    log::detail([&] {
+        return QStringLiteral("%1: %2 unset, cells removed: %3")
+            .arg(nameOf(owner), toText(tree))
+            .arg(removed);
+    });
+}
+
+void ApplicationServer::remove(OwnerId owner)
+{
+    const size_t removed = m_store.removeAllOf(owner);
+    log::detail([&] {
+        return QStringLiteral("%1 has disconnected, cells removed: %2").arg(nameOf(owner)).arg(removed);
+    });
+    m_connections.at(owner)->deleteLater();
+    m_connections.erase(owner);
+    m_refused.erase(m_refused.lower_bound({owner, ObjectId()}),
+                    m_refused.lower_bound({owner + 1, ObjectId()}));
+    emit lost(owner);
+}
+
+QString ApplicationServer::nameOf(OwnerId owner) const
+{
+    const auto connection = m_connections.find(owner);
+    return connection == m_connections.end() ? QStringLiteral("application %1").arg(owner)
+                                             : connection->second->name();
+}
+
+} // namespace agent

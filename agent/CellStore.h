@@ -1,0 +1,82 @@
+#ifndef VIGIL_AGENT_CELLSTORE_H
+#define VIGIL_AGENT_CELLSTORE_H
+
+#include <QtGlobal>
+
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <variant>
+
+#include "ObjectId.h"
+
+namespace agent {
+
+/// One connection of one application, for as long as the agent runs: numbers are never used again.
+using OwnerId = quint64;
+
+using CellValue = std::variant<int, std::string>;
+
+struct Cell
+{
+    CellValue value;
+    OwnerId owner = 0;
+};
+
+/// Everything that the applications have published, in the order in which a manager walks it.
+///
+/// Purpose: maps identifiers to cells. A cell belongs to the last application that wrote it, and only the
+/// owner can take it away.
+///
+/// Threads: the agent has one. Ownership: holds its cells by value; pointers to them are good until the next
+/// change.
+class CellStore
+{
+public:
+    using Cells = std::map<ObjectId, Cell>;
+    using Entry = Cells::value_type;
+
+    /// Returns the owner from whom the cell has been taken over, if it had another one.
+    std::optional<OwnerId> set(const ObjectId& id, CellValue value, OwnerId owner);
+
+    /// Gives an existing cell a new value and leaves it with its owner.
+    void changeValue(const ObjectId& id, CellValue value);
+
+    /// Removes the owner's cells at and below tree. Returns how many there were.
+    size_t unsetTree(const ObjectId& tree, OwnerId owner);
+
+    size_t removeAllOf(OwnerId owner);
+
+    /// Null when there is no such cell.
+    const Cell* find(const ObjectId& id) const;
+
+    /// The first cell behind id, null when there is none.
+    const Entry* findNext(const ObjectId& id) const;
+
+    /// The cell at id or else the first one behind it, null when there is none.
+    const Entry* findAtOrNext(const ObjectId& id) const;
+
+    size_t size() const { return m_cells.size(); }
+
+private:
+    struct ByTarget
+    {
+        using is_transparent = void;
+        bool operator()(const ObjectId* left, const ObjectId* right) const { return *left < *right; }
+        bool operator()(const ObjectId* left, const ObjectId& right) const { return *left < right; }
+        bool operator()(const ObjectId& left, const ObjectId* right) const { return left < *right; }
+    };
+    using OwnedIds = std::set<const ObjectId*, ByTarget>;
+
+    void forget(OwnerId owner, const ObjectId& id);
+
+    Cells m_cells;
+    // Keys of m_cells, so that an unset costs what its sender owns, however large the other applications are.
+    std::map<OwnerId, OwnedIds> m_idsByOwner;
+};
+
+} // namespace agent
+
+#endif

@@ -1,0 +1,55 @@
+#ifndef VIGIL_AGENT_FRAMEASSEMBLER_H
+#define VIGIL_AGENT_FRAMEASSEMBLER_H
+
+#include <QByteArray>
+#include <QString>
+
+#include "base/FrameHeader.h"
+
+namespace agent {
+
+/// Cuts the byte stream of one application into frames.
+///
+/// Purpose: takes bytes in whatever pieces they arrive and gives the frames back whole, in order. Frames must
+/// be numbered from 1 without a gap.
+///
+/// Threads: the agent has one.
+/// Failure: the bytes are not trusted. What cannot be a frame ends the stream: next() says Malformed from
+/// then on, and problem() why. No more than one frame of the permitted size is ever held.
+class FrameAssembler
+{
+public:
+    struct Frame
+    {
+        base::FrameHeader header;
+        QByteArray payload;
+    };
+
+    enum class Result { Complete, Incomplete, Malformed };
+
+    void append(const QByteArray& bytes) { m_buffer += bytes; }
+
+    /// Takes the next frame out.
+    Result next(Frame& frame);
+
+    /// Gives back the room of the frames that have been taken; call it once per burst.
+    void discardTaken();
+
+    const QString& problem() const { return m_problem; }
+
+private:
+    int available() const { return m_buffer.size() - m_position; }
+    QByteArray take(int count);
+    Result readPrefix();
+    Result malformed(const QString& problem);
+
+    QByteArray m_buffer;
+    int m_position = 0;
+    int m_length = 0; // of the frame whose prefix has been read, else 0
+    quint64 m_lastCounter = 0;
+    QString m_problem;
+};
+
+} // namespace agent
+
+#endif

@@ -1,0 +1,127 @@
+#include "Options.h"
+
+#include <QCommandLineParser>
+
+#include "base/BuildInfo.h"
+
+namespace agent {
+
+namespace {
+
+const QCommandLineOption standaloneOption(
+    QStringLiteral("standalone"),
+    QStringLiteral("Serve SNMP on <address>, for example udp:127.0.0.1:1161, or a list of addresses "
+                   "separated by commas; tcp: suits large tables."),
+    QStringLiteral("address"));
+const QCommandLineOption configOption(
+    QStringLiteral("config"),
+    QStringLiteral("Take access control from <file>, in Net-SNMP's own directives (rocommunity, rouser, "
+                   "createUser, view ...) with object identifiers in numbers. Without it the community "
+                   "\"public\" may read from this host, "
+                   "and nothing may be written."),
+    QStringLiteral("file"));
+const QCommandLineOption
+    listenOption(QStringLiteral("listen"),
+                 QStringLiteral("Accept applications on <host:port>, a loopback address. The default is "
+                                "127.0.0.1:43125; port 0 takes any free one."),
+                 QStringLiteral("host:port"), QStringLiteral("127.0.0.1:43125"));
+const QCommandLineOption setTimeoutOption(
+    QStringLiteral("set-timeout"),
+    QStringLiteral("Wait at most <ms> milliseconds (1 to 60000) for an application's verdict on a SET. "
+                   "The default is 900."),
+    QStringLiteral("ms"), QStringLiteral("900"));
+const QCommandLineOption verboseOption(QStringLiteral("verbose"),
+                                       QStringLiteral("Also log connections, cells and SETs one by one."));
+
+QString parseListen(const QString& value, Options& options)
+{
+    const int colon = value.lastIndexOf(QLatin1Char(':'));
+    QString host = value.left(colon);
+    if (host.startsWith(QLatin1Char('[')) && host.endsWith(QLatin1Char(']')))
+        host = host.mid(1, host.size() - 2);
+    bool isNumber = false;
+    const ushort port = value.mid(colon + 1).toUShort(&isNumber);
+    if (colon < 1 || !isNumber)
+        return QStringLiteral("--listen %1: expected HOST:PORT with a port from 0 to 65535").arg(value);
+
+    const QHostAddress address =
+        host == QLatin1String("localhost") ? QHostAddress(QHostAddress::LocalHost) : QHostAddress(host);
+    if (address.isNull())
+        return QStringLiteral("--listen %1: the host must be an address, for example 127.0.0.1").arg(value);
+    if (!address.isLoopback())
+        return QStringLiteral("--listen %1: applications are accepted from this host alone; "
+                              "use a loopback address such as 127.0.0.1")
+            .arg(value);
+    options.listenHost = address;
+    options.listenPort = port;
+    return QString();
+}
+
+QString parseSetTimeout(const QString& value, Options& options)
+{
+    bool isNumber = false;
+    const int milliseconds = value.toInt(&isNumber);
+    if (!isNumber || milliseconds < 1 || milliseconds > 60000)
+        return QStringLiteral("--set-timeout %1: expected milliseconds from 1 to 60000").arg(value);
+    options.setTimeoutMs = milliseconds;
+    return QString();
+}
+
+QString parseAddress(const QCommandLineParser& parser, Options& options)
+{
+    options.standaloneAddress = parser.value(standaloneOption);
+    if (!parser.isSet(standaloneOption))
+        return QStringLiteral("--standalone ADDRESS is required, for example "
+                              "--standalone udp:127.0.0.1:1161");
+    const QStringList addresses = options.standaloneAddress.split(QLatin1Char(','));
+    for (const QString& address : addresses) {
+        if (address.trimmed().isEmpty())
+            return QStringLiteral("--standalone %1: an address is empty").arg(options.standaloneAddress);
+    }
+    return QString();
+}
+
+QString readValues(const QCommandLineParser& parser, Options& options)
+{
+    if (!parser.positionalArguments().isEmpty())
+        return QStringLiteral("unexpected argument %1").arg(parser.positionalArguments().constFirst());
+    options.isVerbose = parser.isSet(verboseOption);
+    options.configFile = parser.value(configOption);
+    if (parser.isSet(configOption) && options.configFile.isEmpty())
+        return QStringLiteral("--config: the file name is empty");
+    QString problem = parseAddress(parser, options);
+    if (problem.isEmpty())
+        problem = parseListen(parser.value(listenOption), options);
+    if (problem.isEmpty())
+        problem = parseSetTimeout(parser.value(setTimeoutOption), options);
+    return problem;
+}
+
+} // namespace
+
+Options::Action Options::parse(const QStringList& arguments, Options& options, QString& text)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Serves the health that applications on this host publish to SNMP managers."));
+    const QCommandLineOption helpOption = parser.addHelpOption();
+    const QCommandLineOption versionOption = parser.addVersionOption();
+    parser.addOptions({standaloneOption, configOption, listenOption, setTimeoutOption, verboseOption});
+
+    if (!parser.parse(arguments)) {
+        text = parser.errorText();
+        return Action::Fail;
+    }
+    if (parser.isSet(helpOption)) {
+        text = parser.helpText();
+        return Action::PrintText;
+    }
+    if (parser.isSet(versionOption)) {
+        text = QStringLiteral("vigil-agent %1\n").arg(QLatin1String(base::buildInfo::version()));
+        return Action::PrintText;
+    }
+    text = readValues(parser, options);
+    return text.isEmpty() ? Action::Run : Action::Fail;
+}
+
+} // namespace agent

@@ -1,0 +1,34 @@
+#ifndef VIGIL_AGENT_OPTIONS_H
+#define VIGIL_AGENT_OPTIONS_H
+
+#include <QHostAddress>
+#include <QString>
+#include <QStringList>
+
+namespace agent {
+
+/// What the command line asks for.
+///
+/// Purpose: every value is checked here, so that the rest of the agent can rely on it.
+/// Threads: plain values. Failure: parse() says in text what is wrong.
+struct Options
+{
+    static constexpr quint16 defaultPort = 43125;
+
+    enum class Action { Run, PrintText, Fail };
+
+    /// Reads the arguments, the program's name first. text is what there is to print: the help, the version
+    /// or the error.
+    static Action parse(const QStringList& arguments, Options& options, QString& text);
+
+    QString standaloneAddress; ///< one or more listening addresses in Net-SNMP's notation
+    QString configFile;        ///< empty for none
+    QHostAddress listenHost = QHostAddress(QHostAddress::LocalHost);
+    quint16 listenPort = defaultPort; ///< 0 for any free one
+    int setTimeoutMs = 900;
+    bool isVerbose = false;
+};
+
+} // namespace agent
+
+#endif

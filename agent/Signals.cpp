@@ -1,0 +1,59 @@
+#include "Signals.h"
+
+#include <csignal>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace agent {
+
+namespace {
+
+int pipeEnds[2] = {-1, -1};
+
+// Little is allowed in a signal handler; writing to a pipe is.
+extern "C" void wakeEventLoop(int)
+{
+    const int savedError = errno;
+    const char byte = 0;
+    [[maybe_unused]] const ssize_t written = write(pipeEnds[1], &byte, 1);
+    errno = savedError;
+}
+
+void handle(int signalNumber, void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART;
+    sigemptyset(&action.sa_mask);
+    sigaction(signalNumber, &action, nullptr);
+}
+
+} // namespace
+
+Signals::Signals()
+{
+    handle(SIGPIPE, SIG_IGN); // a manager that has closed its TCP connection is no reason to end
+    if (pipe2(pipeEnds, O_CLOEXEC | O_NONBLOCK) != 0)
+        return;
+    m_notifier = std::make_unique<QSocketNotifier>(pipeEnds[0], QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] {
+        char bytes[16];
+        while (read(pipeEnds[0], bytes, sizeof bytes) > 0) {
+        }
+        emit endRequested();
+    });
+    handle(SIGTERM, wakeEventLoop);
+    handle(SIGINT, wakeEventLoop);
+}
+
+Signals::~Signals()
+{
+    handle(SIGTERM, SIG_DFL);
+    handle(SIGINT, SIG_DFL);
+    m_notifier.reset();
+    close(pipeEnds[0]);
+    close(pipeEnds[1]);
+}
+
+} // namespace agent

@@ -1,0 +1,32 @@
+#ifndef VIGIL_AGENT_SIGNALS_H
+#define VIGIL_AGENT_SIGNALS_H
+
+#include <QObject>
+#include <QSocketNotifier>
+
+#include <memory>
+
+namespace agent {
+
+/// SIGTERM and SIGINT as an event of the event loop.
+///
+/// Threads: one object, on the main thread. Failure: without a pipe the two signals end the process at once,
+/// as they do by default.
+class Signals : public QObject
+{
+    Q_OBJECT
+
+public:
+    Signals();
+    ~Signals() override;
+
+signals:
+    void endRequested();
+
+private:
+    std::unique_ptr<QSocketNotifier> m_notifier;
+};
+
+} // namespace agent
+
+#endif

@@ -1,0 +1,40 @@
+#include <QCoreApplication>
+
+#include <cstdio>
+
+#include "Agent.h"
+#include "Log.h"
+#include "Options.h"
+#include "Signals.h"
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("vigil-agent"));
+
+    agent::Options options;
+    QString text;
+    switch (agent::Options::parse(QCoreApplication::arguments(), options, text)) {
+    case agent::Options::Action::PrintText:
+        std::fputs(text.toLocal8Bit().constData(), stdout);
+        return 0;
+    case agent::Options::Action::Fail:
+        agent::log::error(text);
+        return 2;
+    case agent::Options::Action::Run:
+        break;
+    }
+    agent::log::setVerbose(options.isVerbose);
+
+    agent::Signals signalWatch;
+    QObject::connect(&signalWatch, &agent::Signals::endRequested, &application, &QCoreApplication::quit);
+    agent::Agent agent(options);
+    const QString problem = agent.start();
+    if (!problem.isEmpty()) {
+        agent::log::error(problem);
+        return 1;
+    }
+    const int exitCode = QCoreApplication::exec();
+    agent::log::info(QStringLiteral("ending"));
+    return exitCode;
+}
