@@ -42,7 +42,6 @@ private:
     netsnmp_large_fd_set m_set;
 };
 
-QString lastLine;    // Net-SNMP's latest, for messages about what has failed
 QString pendingLine; // Net-SNMP logs some lines in pieces
 
 int writeNetSnmpLog(int, int, void* data, void*)
@@ -51,9 +50,8 @@ int writeNetSnmpLog(int, int, void* data, void*)
     pendingLine += QString::fromUtf8(message->msg);
     int end = 0;
     while ((end = pendingLine.indexOf(QLatin1Char('\n'))) >= 0) {
-        lastLine = pendingLine.left(end);
+        const QString line = QStringLiteral("Net-SNMP: %1").arg(pendingLine.left(end));
         pendingLine.remove(0, end + 1);
-        const QString line = QStringLiteral("Net-SNMP: %1").arg(lastLine);
         if (message->priority <= LOG_ERR)
             log::error(line);
         else if (message->priority == LOG_WARNING)
@@ -121,10 +119,9 @@ QString SnmpEngine::initialise()
     const QFileInfo configFile(m_settings.configFile);
     if (!m_settings.configFile.isEmpty()) {
         QFile file(m_settings.configFile);
-        if (!configFile.isFile() || !file.open(QIODevice::ReadOnly))
+        if (!file.open(QIODevice::ReadOnly))
             return QStringLiteral("cannot read the configuration file %1: %2")
-                .arg(m_settings.configFile,
-                     configFile.isDir() ? QStringLiteral("it is a directory") : file.errorString());
+                .arg(m_settings.configFile, file.errorString());
     }
     bridgeLog();
     if (!m_directory.isValid())
@@ -136,8 +133,9 @@ QString SnmpEngine::initialise()
                      : strdup(QFile::encodeName(configFile.absoluteFilePath()).constData());
     snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, &readOurConfiguration, path);
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, 0);
+    add_to_init_list(QByteArray("!smux").data()); // it would listen on a port that nobody asked for
     if (init_agent(applicationName) != 0)
-        return QStringLiteral("Net-SNMP cannot be initialised: %1").arg(lastLine);
+        return QStringLiteral("Net-SNMP cannot be initialised");
     init_vacm_conf();
     init_snmp(applicationName);
     m_isInitialised = true;
@@ -148,9 +146,10 @@ QString SnmpEngine::listen()
 {
     netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS,
                           m_settings.address.toLocal8Bit().constData());
-    lastLine.clear();
     if (init_master_agent() != 0)
-        return QStringLiteral("cannot serve on %1: %2").arg(m_settings.address, lastLine);
+        return QStringLiteral("cannot serve on %1: the address is in use, is not one of this host's, or needs "
+                              "privileges (a port below 1024)")
+            .arg(m_settings.address);
     connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
             &SnmpEngine::prepareToWait);
     return QString();
