@@ -133,6 +133,7 @@ QString SnmpEngine::initialise()
                      : strdup(QFile::encodeName(configFile.absoluteFilePath()).constData());
     snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, &readOurConfiguration, path);
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, 0);
+    netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_DONT_LOG_TCPWRAPPERS_CONNECTS, 1);
     add_to_init_list(QByteArray("!smux").data()); // it would listen on a port that nobody asked for
     if (init_agent(applicationName) != 0)
         return QStringLiteral("Net-SNMP cannot be initialised");
@@ -147,8 +148,9 @@ QString SnmpEngine::listen()
     netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS,
                           m_settings.address.toLocal8Bit().constData());
     if (init_master_agent() != 0)
-        return QStringLiteral("cannot serve on %1: the address is in use, is not one of this host's, or needs "
-                              "privileges (a port below 1024)")
+        return QStringLiteral(
+                   "cannot serve on %1: the address is in use, is not one of this host's, or needs "
+                   "privileges (a port below 1024)")
             .arg(m_settings.address);
     connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
             &SnmpEngine::prepareToWait);

@@ -1,0 +1,172 @@
+#include <gtest/gtest.h>
+
+#include <QtEndian>
+
+#include "FakeApplication.h"
+#include "base/DataType.h"
+#include "base/FrameHeader.h"
+#include "base/SnmpInt.h"
+#include "base/SnmpString.h"
+#include "support/AgentProcess.h"
+#include "support/EventWait.h"
+#include "support/SnmpTool.h"
+
+using test::AgentProcess;
+using test::FakeApplication;
+using test::SnmpTool;
+
+namespace {
+
+const QString root = QStringLiteral(".1.3.6.1.4.1.32473");
+
+QByteArray intPayload(const std::string& oid)
+{
+    base::SnmpInt record;
+    record.oid = oid;
+    record.value.setValue(7);
+    QByteArray payload;
+    record.serialize(payload);
+    return payload;
+}
+
+QByteArray frame(quint64 counter, const QByteArray& payload)
+{
+    base::FrameHeader header;
+    header.messageCounter = counter;
+    return header.toBytes(payload.size()) + payload;
+}
+
+class AgentConnections : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(agent.start()) << agent.log().constData();
+        tool = std::make_unique<SnmpTool>(agent.udpAddress());
+        bystander = std::make_unique<FakeApplication>(agent.applicationPort());
+        offender = std::make_unique<FakeApplication>(agent.applicationPort());
+        bystander->publish("1.1", 1);
+        offender->publish("2.1", 2);
+        ASSERT_TRUE(tool->waitFor(root + QStringLiteral(".1.1"), QStringLiteral("1")));
+        ASSERT_TRUE(tool->waitFor(root + QStringLiteral(".2.1"), QStringLiteral("2")));
+    }
+
+    /// The offender is out with its cells and one line in the log, and nobody else has noticed.
+    void expectOnlyTheOffenderIsDisconnected()
+    {
+        EXPECT_TRUE(offender->waitForDisconnect());
+        EXPECT_TRUE(agent.waitForLog("has disconnected"));
+        EXPECT_EQ(agent.log().count("warning"), 1) << agent.log().constData();
+        EXPECT_TRUE(agent.log().contains("is disconnected: "));
+        EXPECT_TRUE(bystander->isConnected());
+        EXPECT_EQ(tool->walk(root, QStringLiteral("snmpwalk")).value(0), root + QStringLiteral(".1.1 1"));
+        EXPECT_FALSE(tool->walk(root).join(QLatin1Char(' ')).contains(root + QStringLiteral(".2")));
+    }
+
+    AgentProcess agent;
+    std::unique_ptr<SnmpTool> tool;
+    std::unique_ptr<FakeApplication> bystander;
+    std::unique_ptr<FakeApplication> offender;
+};
+
+} // namespace
+
+TEST_F(AgentConnections, AWrongMagicEndsTheConnection)
+{
+    offender->sendBytes(QByteArray(64, 'x'));
+    expectOnlyTheOffenderIsDisconnected();
+}
+
+TEST_F(AgentConnections, AFrameLengthThatIsTooSmallEndsTheConnection)
+{
+    QByteArray bytes = frame(2, intPayload("2.2"));
+    qToBigEndian<qint64>(25, bytes.data() + 8);
+    offender->sendBytes(bytes);
+    expectOnlyTheOffenderIsDisconnected();
+}
+
+TEST_F(AgentConnections, AFrameLengthThatIsTooLargeEndsTheConnectionBeforeTheBytesCome)
+{
+    QByteArray bytes = frame(2, QByteArray());
+    qToBigEndian<qint64>(Q_INT64_C(0x7fffffffffffffff), bytes.data() + 8);
+    offender->sendBytes(bytes.left(16));
+    expectOnlyTheOffenderIsDisconnected();
+}
+
+TEST_F(AgentConnections, AGapInTheFrameNumbersEndsTheConnection)
+{
+    offender->skipFrameNumber();
+    offender->publish("2.2", 7);
+    expectOnlyTheOffenderIsDisconnected();
+}
+
+TEST_F(AgentConnections, ARecordCutShortEndsTheConnectionAndCreatesNoCell)
+{
+    QByteArray payload = intPayload("2.22.222");
+    payload.chop(12 + 3); // the value and the end of the identifier
+    offender->sendFrame(base::SnmpIntType, base::PlainValue, payload);
+    expectOnlyTheOffenderIsDisconnected();
+}
+
+TEST_F(AgentConnections, AnEmptyRecordEndsTheConnection)
+{
+    offender->sendFrame(base::SnmpIntType, base::PlainValue, QByteArray());
+    expectOnlyTheOffenderIsDisconnected();
+}
+
+TEST_F(AgentConnections, AnIdentifierThatIsNotNumericEndsTheConnectionAndCreatesNoCell)
+{
+    offender->sendFrame(base::SnmpIntType, base::PlainValue, intPayload("2.x.3"));
+    expectOnlyTheOffenderIsDisconnected();
+}
+
+TEST_F(AgentConnections, AnUnknownDataTypeEndsTheConnection)
+{
+    offender->sendFrame(4, base::PlainValue, intPayload("2.2"));
+    expectOnlyTheOffenderIsDisconnected();
+}
+
+TEST_F(AgentConnections, ARecordThatDoesNotGoWithItsCallbackIdEndsTheConnection)
+{
+    offender->sendFrame(base::SnmpIntType, base::Validation, intPayload("2.2"));
+    expectOnlyTheOffenderIsDisconnected();
+}
+
+TEST_F(AgentConnections, ANegativePropertyLengthEndsTheConnection)
+{
+    QByteArray payload = intPayload("2.2");
+    qToBigEndian<qint32>(-8, payload.data() + 4);
+    offender->sendFrame(base::SnmpIntType, base::PlainValue, payload);
+    expectOnlyTheOffenderIsDisconnected();
+}
+
+TEST_F(AgentConnections, ATextCannotForgeALineOfTheLog)
+{
+    offender->sendFrame(base::SnmpIntType, base::PlainValue, intPayload("2\nvigil-agent: warning: forged"));
+    EXPECT_TRUE(offender->waitForDisconnect());
+    EXPECT_TRUE(agent.waitForLog("forged"));
+    EXPECT_FALSE(agent.log().contains("\nvigil-agent: warning: forged"));
+}
+
+TEST_F(AgentConnections, AFrameMayArriveByteByByte)
+{
+    for (const char byte : frame(2, intPayload("2.2")))
+        offender->sendBytes(QByteArray(1, byte));
+    EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".2.2"), QStringLiteral("7")));
+}
+
+TEST_F(AgentConnections, HalfAFrameHoldsNobodyUp)
+{
+    offender->sendBytes(frame(2, intPayload("2.2")).left(50));
+    bystander->publish("1.2", 12);
+    EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".1.2"), QStringLiteral("12")));
+    offender->close();
+    EXPECT_TRUE(agent.waitForLog("has disconnected"));
+    EXPECT_EQ(tool->get(root + QStringLiteral(".1.1")), QStringLiteral("1"));
+}
+
+TEST_F(AgentConnections, AValueWithANotificationSetsTheCellToo)
+{
+    offender->sendFrame(base::SnmpIntType, base::ValueWithTrap, intPayload("2.2"));
+    EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".2.2"), QStringLiteral("7")));
+}

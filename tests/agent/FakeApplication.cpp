@@ -1,0 +1,127 @@
+#include "FakeApplication.h"
+
+#include <QHostAddress>
+
+#include "base/DataType.h"
+#include "base/SnmpInt.h"
+#include "base/SnmpResponse.h"
+#include "base/SnmpString.h"
+#include "support/EventWait.h"
+
+namespace test {
+
+using agent::FrameAssembler;
+
+FakeApplication::FakeApplication(quint16 port)
+{
+    connect(&m_socket, &QTcpSocket::readyRead, this, &FakeApplication::readFrames);
+    m_socket.connectToHost(QHostAddress::LocalHost, port);
+    m_socket.waitForConnected(defaultDeadlineMs);
+}
+
+bool FakeApplication::waitForDisconnect()
+{
+    return waitUntil([this] { return m_socket.state() == QAbstractSocket::UnconnectedState; });
+}
+
+void FakeApplication::publish(const std::string& oid, int value)
+{
+    base::SnmpInt record;
+    record.oid = oid;
+    record.value.setValue(value);
+    QByteArray payload;
+    record.serialize(payload);
+    sendFrame(base::SnmpIntType, base::PlainValue, payload);
+}
+
+void FakeApplication::publish(const std::string& oid, const std::string& value)
+{
+    base::SnmpString record;
+    record.oid = oid;
+    record.value = value;
+    QByteArray payload;
+    record.serialize(payload);
+    sendFrame(base::SnmpStringType, base::PlainValue, payload);
+}
+
+void FakeApplication::unset(const std::string& oid)
+{
+    base::SnmpInt record;
+    record.oid = oid;
+    QByteArray payload;
+    record.serialize(payload);
+    sendFrame(base::SnmpIntType, base::PlainValue, payload);
+}
+
+void FakeApplication::answer(const Request& question, int errorStatus)
+{
+    QByteArray payload;
+    if (question.dataType == base::SnmpIntType) {
+        base::SnmpIntResponse response;
+        response.varbind.setStoreType(question.storeType);
+        response.varbind.oid = question.oid;
+        response.varbind.value.setValue(std::stoi(question.value));
+        response.errorStatus = errorStatus;
+        response.serialize(payload);
+        sendFrame(base::SnmpIntResponseType, base::Validation, payload);
+    } else {
+        base::SnmpStringResponse response;
+        response.varbind.setStoreType(question.storeType);
+        response.varbind.oid = question.oid;
+        response.varbind.value = question.value;
+        response.errorStatus = errorStatus;
+        response.serialize(payload);
+        sendFrame(base::SnmpStringResponseType, base::Validation, payload);
+    }
+}
+
+void FakeApplication::sendFrame(int dataType, int callbackId, const QByteArray& payload)
+{
+    base::FrameHeader header;
+    header.dataType = static_cast<qint16>(dataType);
+    header.clientCallbackId = callbackId;
+    header.messageCounter = ++m_sentFrames;
+    sendBytes(header.toBytes(payload.size()) + payload);
+}
+
+void FakeApplication::sendBytes(const QByteArray& bytes)
+{
+    m_socket.write(bytes);
+    m_socket.flush();
+}
+
+void FakeApplication::readFrames()
+{
+    m_frames.append(m_socket.readAll());
+    FrameAssembler::Frame frame;
+    while (m_frames.next(frame) == FrameAssembler::Result::Complete)
+        handle(frame);
+    m_frames.discardTaken();
+}
+
+void FakeApplication::handle(const FrameAssembler::Frame& frame)
+{
+    Request request;
+    request.callbackId = static_cast<int>(frame.header.clientCallbackId);
+    request.dataType = frame.header.dataType;
+    if (request.dataType == base::SnmpIntType) {
+        const base::SnmpInt record(frame.payload);
+        request.storeType = record.storeType();
+        request.oid = record.oid;
+        request.value = std::to_string(record.value.value());
+    } else {
+        const base::SnmpString record(frame.payload);
+        request.storeType = record.storeType();
+        request.oid = record.oid;
+        request.value = record.value;
+    }
+    if (request.callbackId == base::Validation) {
+        m_questions.push_back(request);
+        onQuestion(request);
+    } else {
+        m_commits.push_back(request);
+        onCommit(request);
+    }
+}
+
+} // namespace test

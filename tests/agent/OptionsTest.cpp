@@ -1,0 +1,113 @@
+#include <gtest/gtest.h>
+
+#include "agent/Options.h"
+
+using agent::Options;
+
+namespace {
+
+const QStringList minimum{QStringLiteral("vigil-agent"), QStringLiteral("--standalone"),
+                          QStringLiteral("udp:127.0.0.1:1161")};
+
+/// The error text for the minimum and these arguments, empty when there is none.
+QString problemWith(const QStringList& arguments)
+{
+    Options options;
+    QString text;
+    return Options::parse(minimum + arguments, options, text) == Options::Action::Fail ? text : QString();
+}
+
+} // namespace
+
+TEST(Options, TheAddressAloneGivesTheDefaults)
+{
+    Options options;
+    QString text;
+    ASSERT_EQ(Options::parse(minimum, options, text), Options::Action::Run);
+    EXPECT_EQ(options.standaloneAddress, QStringLiteral("udp:127.0.0.1:1161"));
+    EXPECT_EQ(options.listenHost, QHostAddress(QHostAddress::LocalHost));
+    EXPECT_EQ(options.listenPort, 43125);
+    EXPECT_EQ(options.setTimeoutMs, 900);
+    EXPECT_TRUE(options.configFile.isEmpty());
+    EXPECT_FALSE(options.isVerbose);
+}
+
+TEST(Options, EveryOptionIsRead)
+{
+    Options options;
+    QString text;
+    const QStringList arguments{QStringLiteral("--config"),  QStringLiteral("/a/b.conf"),
+                                QStringLiteral("--listen"),  QStringLiteral("[::1]:17"),
+                                QStringLiteral("--verbose"), QStringLiteral("--set-timeout"),
+                                QStringLiteral("250")};
+    ASSERT_EQ(Options::parse(minimum + arguments, options, text), Options::Action::Run);
+    EXPECT_EQ(options.configFile, QStringLiteral("/a/b.conf"));
+    EXPECT_EQ(options.listenHost, QHostAddress(QHostAddress::LocalHostIPv6));
+    EXPECT_EQ(options.listenPort, 17);
+    EXPECT_EQ(options.setTimeoutMs, 250);
+    EXPECT_TRUE(options.isVerbose);
+}
+
+TEST(Options, TheAddressIsRequired)
+{
+    Options options;
+    QString text;
+    EXPECT_EQ(Options::parse({QStringLiteral("vigil-agent")}, options, text), Options::Action::Fail);
+    EXPECT_TRUE(text.contains(QStringLiteral("--standalone ADDRESS is required"))) << qPrintable(text);
+}
+
+TEST(Options, AnEmptyAddressIsRefused)
+{
+    EXPECT_FALSE(problemWith({QStringLiteral("--standalone"), QString()}).isEmpty());
+    EXPECT_FALSE(problemWith({QStringLiteral("--standalone"), QStringLiteral("udp:127.0.0.1:1,")}).isEmpty());
+}
+
+TEST(Options, AHostThatIsNotLoopbackIsRefused)
+{
+    for (const char* value : {"192.0.2.1:43125", "0.0.0.0:43125", "[::]:43125", "[2001:db8::1]:43125"}) {
+        const QString problem = problemWith({QStringLiteral("--listen"), QLatin1String(value)});
+        EXPECT_TRUE(problem.contains(QStringLiteral("loopback"))) << value << ": " << qPrintable(problem);
+    }
+}
+
+TEST(Options, EveryLoopbackNotationIsAccepted)
+{
+    for (const char* value : {"127.0.0.1:0", "127.0.0.2:65535", "localhost:43125", "[::1]:43125"})
+        EXPECT_EQ(problemWith({QStringLiteral("--listen"), QLatin1String(value)}), QString()) << value;
+}
+
+TEST(Options, AListenValueWithoutHostOrPortIsRefused)
+{
+    for (const char* value : {"", "43125", ":43125", "127.0.0.1", "127.0.0.1:", "127.0.0.1:x",
+                              "127.0.0.1:65536", "127.0.0.1:-1", "nohost:43125"})
+        EXPECT_FALSE(problemWith({QStringLiteral("--listen"), QLatin1String(value)}).isEmpty()) << value;
+}
+
+TEST(Options, ASetTimeoutOutsideItsBoundsIsRefused)
+{
+    for (const char* value : {"", "0", "-5", "60001", "1.5", "abc", "900ms"})
+        EXPECT_FALSE(problemWith({QStringLiteral("--set-timeout"), QLatin1String(value)}).isEmpty()) << value;
+    for (const char* value : {"1", "60000"})
+        EXPECT_EQ(problemWith({QStringLiteral("--set-timeout"), QLatin1String(value)}), QString()) << value;
+}
+
+TEST(Options, UnknownOptionsAndStrayArgumentsAreRefused)
+{
+    EXPECT_FALSE(problemWith({QStringLiteral("--no-such-option")}).isEmpty());
+    EXPECT_FALSE(problemWith({QStringLiteral("stray")}).isEmpty());
+    EXPECT_FALSE(problemWith({QStringLiteral("--config"), QString()}).isEmpty());
+    EXPECT_FALSE(problemWith({QStringLiteral("--config")}).isEmpty());
+}
+
+TEST(Options, HelpAndVersionNeedNothingElse)
+{
+    Options options;
+    QString text;
+    const QString program = minimum.constFirst();
+    EXPECT_EQ(Options::parse({program, QStringLiteral("--help")}, options, text), Options::Action::PrintText);
+    for (const char* option : {"--standalone", "--config", "--listen", "--set-timeout", "--verbose"})
+        EXPECT_TRUE(text.contains(QLatin1String(option))) << option;
+    EXPECT_EQ(Options::parse({program, QStringLiteral("--version")}, options, text),
+              Options::Action::PrintText);
+    EXPECT_TRUE(text.startsWith(QStringLiteral("vigil-agent 1.0.0."))) << qPrintable(text);
+}

@@ -1,0 +1,118 @@
+#include "AgentProcess.h"
+
+#include <QHostAddress>
+#include <QTcpServer>
+#include <QUdpSocket>
+
+#include <csignal>
+
+#include "EventWait.h"
+
+namespace test {
+
+namespace {
+
+const QByteArray readyText = "listening for applications on 127.0.0.1:";
+
+} // namespace
+
+AgentProcess::AgentProcess(const QStringList& arguments) : m_arguments(arguments) {}
+
+AgentProcess::~AgentProcess()
+{
+    if (m_process.state() == QProcess::NotRunning)
+        return;
+    resume();
+    m_process.kill();
+    m_process.waitForFinished();
+}
+
+bool AgentProcess::start()
+{
+    for (int attempt = 0; attempt < 10; ++attempt) { // another test may have taken the free port
+        if (startOnce())
+            return true;
+        if (!m_log.contains("cannot serve on"))
+            return false;
+    }
+    return false;
+}
+
+bool AgentProcess::startOnce()
+{
+    m_log.clear();
+    m_snmpPort = freePort();
+    m_process.start(QStringLiteral(VIGIL_AGENT_PROGRAM),
+                    QStringList{QStringLiteral("--standalone"),
+                                udpAddress() + QLatin1Char(',') + tcpAddress(), QStringLiteral("--listen"),
+                                QStringLiteral("127.0.0.1:0")} +
+                        m_arguments);
+    const auto isReadyOrOver = [this] {
+        const int ready = log().indexOf(readyText);
+        return (ready >= 0 && log().indexOf('\n', ready) > 0) || m_process.state() == QProcess::NotRunning;
+    };
+    if (!waitUntil(isReadyOrOver) || m_process.state() == QProcess::NotRunning) {
+        log();
+        return false;
+    }
+    const int start = m_log.indexOf(readyText) + readyText.size();
+    m_applicationPort = m_log.mid(start, m_log.indexOf('\n', start) - start).toUShort();
+    return m_applicationPort != 0;
+}
+
+const QByteArray& AgentProcess::log()
+{
+    m_log += m_process.readAllStandardError();
+    return m_log;
+}
+
+bool AgentProcess::waitForLog(const QByteArray& text)
+{
+    return waitUntil([&] { return log().contains(text); });
+}
+
+int AgentProcess::stop()
+{
+    m_process.terminate();
+    if (!waitUntil([this] { return m_process.state() == QProcess::NotRunning; }))
+        return -1;
+    log();
+    return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+}
+
+void AgentProcess::suspend()
+{
+    kill(static_cast<pid_t>(m_process.processId()), SIGSTOP);
+}
+
+void AgentProcess::resume()
+{
+    kill(static_cast<pid_t>(m_process.processId()), SIGCONT);
+}
+
+AgentProcess::Outcome AgentProcess::run(const QStringList& arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral(VIGIL_AGENT_PROGRAM), arguments);
+    if (!process.waitForFinished(defaultDeadlineMs)) {
+        process.kill();
+        process.waitForFinished();
+        return {-1, process.readAllStandardOutput(), "still running: " + process.readAllStandardError()};
+    }
+    const bool isNormal = process.exitStatus() == QProcess::NormalExit;
+    return {isNormal ? process.exitCode() : -1, process.readAllStandardOutput(),
+            process.readAllStandardError()};
+}
+
+quint16 AgentProcess::freePort()
+{
+    while (true) {
+        QUdpSocket datagrams;
+        QTcpServer streams;
+        if (datagrams.bind(QHostAddress::LocalHost, 0, QAbstractSocket::DontShareAddress) &&
+            streams.listen(QHostAddress::LocalHost, datagrams.localPort()))
+            return datagrams.localPort();
+    }
+}
+
+} // namespace test

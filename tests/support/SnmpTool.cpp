@@ -1,0 +1,80 @@
+#include "SnmpTool.h"
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QTemporaryDir>
+
+#include "EventWait.h"
+
+namespace test {
+
+namespace {
+
+constexpr int toolDeadlineMs = 50'000;
+
+/// The tools read no configuration of the user who runs the tests and leave none behind.
+QProcessEnvironment toolEnvironment(const QString& privateDirectory)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("MIBDIRS"), QStringLiteral(VIGIL_MIBDIRS));
+    environment.remove(QStringLiteral("MIBS"));
+    environment.insert(QStringLiteral("SNMPCONFPATH"), privateDirectory);
+    environment.insert(QStringLiteral("SNMP_PERSISTENT_DIR"), privateDirectory);
+    return environment;
+}
+
+} // namespace
+
+SnmpTool::SnmpTool(const QString& address, const QStringList& credentials)
+    : m_address(address), m_credentials(credentials)
+{}
+
+QStringList SnmpTool::community(const QString& name)
+{
+    return {QStringLiteral("-v2c"), QStringLiteral("-c"), name};
+}
+
+SnmpTool::Result SnmpTool::run(const QString& program, const QStringList& operands,
+                               const QStringList& options) const
+{
+    static const QTemporaryDir privateDirectory;
+    QProcess process;
+    process.setProcessEnvironment(toolEnvironment(privateDirectory.path()));
+    process.start(program, QStringList{QStringLiteral("-m"), QStringLiteral("VIGIL-MIB")} + m_credentials +
+                               options + QStringList{m_address} + operands);
+    if (!waitUntil([&] { return process.state() == QProcess::NotRunning; }, toolDeadlineMs)) {
+        process.kill();
+        process.waitForFinished();
+    }
+    Result result;
+    if (process.error() == QProcess::UnknownError && process.exitStatus() == QProcess::NormalExit)
+        result.exitCode = process.exitCode();
+    result.out = QString::fromUtf8(process.readAllStandardOutput()).trimmed();
+    result.err = QString::fromUtf8(process.readAllStandardError()).trimmed();
+    return result;
+}
+
+QString SnmpTool::get(const QString& id) const
+{
+    return run(QStringLiteral("snmpget"), {id}, {QStringLiteral("-OqvUe")}).out;
+}
+
+SnmpTool::Result SnmpTool::set(const QStringList& triples) const
+{
+    // One attempt: a repeated SET would ask the applications twice.
+    return run(QStringLiteral("snmpset"), triples,
+               {QStringLiteral("-r0"), QStringLiteral("-t10"), QStringLiteral("-OqvUe")});
+}
+
+QStringList SnmpTool::walk(const QString& root, const QString& program) const
+{
+    const Result result = run(program, {root}, {QStringLiteral("-OqnUe")});
+    return result.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+bool SnmpTool::waitFor(const QString& id, const QString& value) const
+{
+    return waitUntil([&] { return get(id) == value; });
+}
+
+} // namespace test
