@@ -2,8 +2,6 @@
 
 #include <QHostAddress>
 
-#include <stdexcept>
-
 #include "Log.h"
 #include "RecordCheck.h"
 #include "base/DataType.h"
@@ -41,10 +39,6 @@ ApplicationConnection::ApplicationConnection(QTcpSocket* socket, OwnerId owner, 
     m_socket->setReadBufferSize(maxBurst);
     connect(m_socket, &QTcpSocket::readyRead, this, &ApplicationConnection::readFrames);
     connect(m_socket, &QTcpSocket::disconnected, this, &ApplicationConnection::handleDisconnected);
-    // What came before the connections were made, the end included, has no signal of its own left.
-    QMetaObject::invokeMethod(this, &ApplicationConnection::readFrames, Qt::QueuedConnection);
-    if (m_socket->state() != QAbstractSocket::ConnectedState)
-        QMetaObject::invokeMethod(this, &ApplicationConnection::handleDisconnected, Qt::QueuedConnection);
 }
 
 QString ApplicationConnection::name() const

@@ -8,30 +8,42 @@ namespace agent {
 
 namespace {
 
-const QCommandLineOption standaloneOption(
-    QStringLiteral("standalone"),
-    QStringLiteral("Serve SNMP on <address>, for example udp:127.0.0.1:1161, or a list of addresses "
-                   "separated by commas; tcp: suits large tables."),
-    QStringLiteral("address"));
-const QCommandLineOption configOption(
-    QStringLiteral("config"),
-    QStringLiteral("Take access control from <file>, in Net-SNMP's own directives (rocommunity, rouser, "
-                   "createUser, view ...) with object identifiers in numbers. Without it the community "
-                   "\"public\" may read from this host, "
-                   "and nothing may be written."),
-    QStringLiteral("file"));
-const QCommandLineOption
-    listenOption(QStringLiteral("listen"),
-                 QStringLiteral("Accept applications on <host:port>, a loopback address. The default is "
-                                "127.0.0.1:43125; port 0 takes any free one."),
-                 QStringLiteral("host:port"), QStringLiteral("127.0.0.1:43125"));
-const QCommandLineOption setTimeoutOption(
-    QStringLiteral("set-timeout"),
-    QStringLiteral("Wait at most <ms> milliseconds (1 to 60000) for an application's verdict on a SET. "
-                   "The default is 900."),
-    QStringLiteral("ms"), QStringLiteral("900"));
-const QCommandLineOption verboseOption(QStringLiteral("verbose"),
-                                       QStringLiteral("Also log connections, cells and SETs one by one."));
+struct CommandLine
+{
+    QCommandLineParser parser;
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
+    const QCommandLineOption standalone{
+        QStringLiteral("standalone"),
+        QStringLiteral("Serve SNMP on <address>, for example udp:127.0.0.1:1161, or a list of addresses "
+                       "separated by commas; tcp: suits large tables."),
+        QStringLiteral("address")};
+    const QCommandLineOption config{
+        QStringLiteral("config"),
+        QStringLiteral("Take access control from <file>, in Net-SNMP's own directives (rocommunity, rouser, "
+                       "createUser, view ...) with object identifiers in numbers. Without it the community "
+                       "\"public\" may read from this host, and nothing may be written."),
+        QStringLiteral("file")};
+    const QCommandLineOption listen{
+        QStringLiteral("listen"),
+        QStringLiteral("Accept applications on <host:port>, a loopback address. The default is "
+                       "127.0.0.1:43125; port 0 takes any free one."),
+        QStringLiteral("host:port"), QStringLiteral("127.0.0.1:43125")};
+    const QCommandLineOption setTimeout{
+        QStringLiteral("set-timeout"),
+        QStringLiteral("Wait at most <ms> milliseconds (1 to 60000) for an application's verdict on a SET. "
+                       "The default is 900."),
+        QStringLiteral("ms"), QStringLiteral("900")};
+    const QCommandLineOption verbose{QStringLiteral("verbose"),
+                                     QStringLiteral("Also log connections, cells and SETs one by one.")};
+
+    CommandLine()
+    {
+        parser.setApplicationDescription(
+            QStringLiteral("Serves the health that applications on this host publish to SNMP managers."));
+        parser.addOptions({standalone, config, listen, setTimeout, verbose});
+    }
+};
 
 QString parseListen(const QString& value, Options& options)
 {
@@ -67,10 +79,10 @@ QString parseSetTimeout(const QString& value, Options& options)
     return QString();
 }
 
-QString parseAddress(const QCommandLineParser& parser, Options& options)
+QString parseAddress(const CommandLine& line, Options& options)
 {
-    options.standaloneAddress = parser.value(standaloneOption);
-    if (!parser.isSet(standaloneOption))
+    options.standaloneAddress = line.parser.value(line.standalone);
+    if (!line.parser.isSet(line.standalone))
         return QStringLiteral("--standalone ADDRESS is required, for example "
                               "--standalone udp:127.0.0.1:1161");
     const QStringList addresses = options.standaloneAddress.split(QLatin1Char(','));
@@ -81,19 +93,20 @@ QString parseAddress(const QCommandLineParser& parser, Options& options)
     return QString();
 }
 
-QString readValues(const QCommandLineParser& parser, Options& options)
+QString readValues(const CommandLine& line, Options& options)
 {
-    if (!parser.positionalArguments().isEmpty())
-        return QStringLiteral("unexpected argument %1").arg(parser.positionalArguments().constFirst());
-    options.isVerbose = parser.isSet(verboseOption);
-    options.configFile = parser.value(configOption);
-    if (parser.isSet(configOption) && options.configFile.isEmpty())
+    const QStringList stray = line.parser.positionalArguments();
+    if (!stray.isEmpty())
+        return QStringLiteral("unexpected argument %1").arg(stray.constFirst());
+    options.isVerbose = line.parser.isSet(line.verbose);
+    options.configFile = line.parser.value(line.config);
+    if (line.parser.isSet(line.config) && options.configFile.isEmpty())
         return QStringLiteral("--config: the file name is empty");
-    QString problem = parseAddress(parser, options);
+    QString problem = parseAddress(line, options);
     if (problem.isEmpty())
-        problem = parseListen(parser.value(listenOption), options);
+        problem = parseListen(line.parser.value(line.listen), options);
     if (problem.isEmpty())
-        problem = parseSetTimeout(parser.value(setTimeoutOption), options);
+        problem = parseSetTimeout(line.parser.value(line.setTimeout), options);
     return problem;
 }
 
@@ -101,26 +114,20 @@ QString readValues(const QCommandLineParser& parser, Options& options)
 
 Options::Action Options::parse(const QStringList& arguments, Options& options, QString& text)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Serves the health that applications on this host publish to SNMP managers."));
-    const QCommandLineOption helpOption = parser.addHelpOption();
-    const QCommandLineOption versionOption = parser.addVersionOption();
-    parser.addOptions({standaloneOption, configOption, listenOption, setTimeoutOption, verboseOption});
-
-    if (!parser.parse(arguments)) {
-        text = parser.errorText();
+    CommandLine line;
+    if (!line.parser.parse(arguments)) {
+        text = line.parser.errorText();
         return Action::Fail;
     }
-    if (parser.isSet(helpOption)) {
-        text = parser.helpText();
+    if (line.parser.isSet(line.help)) {
+        text = line.parser.helpText();
         return Action::PrintText;
     }
-    if (parser.isSet(versionOption)) {
+    if (line.parser.isSet(line.version)) {
         text = QStringLiteral("vigil-agent %1\n").arg(QLatin1String(base::buildInfo::version()));
         return Action::PrintText;
     }
-    text = readValues(parser, options);
+    text = readValues(line, options);
     return text.isEmpty() ? Action::Run : Action::Fail;
 }
 

@@ -1,5 +1,6 @@
 #include "Signals.h"
 
+#include <cerrno>
 #include <csignal>
 
 #include <fcntl.h>

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cstring>
 
 #include <syslog.h>
@@ -107,7 +108,7 @@ SnmpEngine::SnmpEngine(const Settings& settings) : m_settings(settings)
 
 SnmpEngine::~SnmpEngine()
 {
-    m_notifiers.clear();
+    unwatchAll();
     if (!m_isInitialised)
         return;
     snmp_shutdown(applicationName);
@@ -180,17 +181,27 @@ void SnmpEngine::prepareToWait()
 
 void SnmpEngine::watch(const std::vector<int>& descriptors)
 {
-    const bool isUnchanged =
-        std::equal(m_notifiers.begin(), m_notifiers.end(), descriptors.begin(), descriptors.end(),
-                   [](const auto& notifier, int descriptor) { return notifier->socket() == descriptor; });
+    const bool isUnchanged = std::equal(
+        m_notifiers.begin(), m_notifiers.end(), descriptors.begin(), descriptors.end(),
+        [](const QSocketNotifier* notifier, int descriptor) { return notifier->socket() == descriptor; });
     if (isUnchanged)
         return;
-    m_notifiers.clear();
+    unwatchAll();
     for (const int descriptor : descriptors) {
-        m_notifiers.push_back(std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read));
-        connect(m_notifiers.back().get(), &QSocketNotifier::activated, this,
+        auto* notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
+        connect(notifier, &QSocketNotifier::activated, this,
                 [this, descriptor] { handleReadable(descriptor); });
+        m_notifiers.push_back(notifier);
     }
+}
+
+void SnmpEngine::unwatchAll()
+{
+    for (QSocketNotifier* notifier : m_notifiers) {
+        notifier->setEnabled(false);
+        notifier->deleteLater(); // this may be its own signal
+    }
+    m_notifiers.clear();
 }
 
 void SnmpEngine::handleReadable(int descriptor)
@@ -201,6 +212,7 @@ void SnmpEngine::handleReadable(int descriptor)
     readable.insert(descriptor);
     snmp_read2(readable.get());
     netsnmp_check_outstanding_agent_requests();
+    prepareToWait(); // at once: a descriptor that has just been closed must not be polled again
 }
 
 void SnmpEngine::handleTimeout()

@@ -8,7 +8,6 @@
 #include <QTimer>
 
 #include <functional>
-#include <memory>
 #include <vector>
 
 namespace agent {
@@ -50,13 +49,14 @@ private:
     QString readConfiguration();
     void prepareToWait();
     void watch(const std::vector<int>& descriptors);
+    void unwatchAll();
     void handleReadable(int descriptor);
     void handleTimeout();
 
     const Settings m_settings;
     QTemporaryDir m_directory;
     std::function<bool()> m_paused = [] { return false; };
-    std::vector<std::unique_ptr<QSocketNotifier>> m_notifiers;
+    std::vector<QSocketNotifier*> m_notifiers; // children of this
     QTimer m_timer;
     bool m_isInitialised = false;
 };

@@ -71,6 +71,12 @@ SubtreeHandler::SubtreeHandler(const CellStore& store, SetCoordinator& coordinat
     connect(&m_coordinator, &SetCoordinator::decided, this, &SubtreeHandler::resume);
 }
 
+SubtreeHandler::~SubtreeHandler()
+{
+    for (const auto& [key, cache] : m_delegated)
+        netsnmp_free_delegated_cache(cache);
+}
+
 bool SubtreeHandler::registerSubtree()
 {
     const ObjectId& root = enterpriseRoot();

@@ -27,6 +27,7 @@ class SubtreeHandler : public QObject
 
 public:
     SubtreeHandler(const CellStore& store, SetCoordinator& coordinator);
+    ~SubtreeHandler() override;
 
     /// Takes the subtree. Net-SNMP's agent must be initialised. False when it refuses.
     bool registerSubtree();

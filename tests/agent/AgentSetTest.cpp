@@ -340,3 +340,19 @@ TEST_F(AgentSet, OneSilentApplicationOfTwoStopsTheWholeSet)
     expectUnchanged();
     EXPECT_TRUE(other.commits().empty());
 }
+
+TEST_F(AgentSet, TheAgentEndsInOrderWhileASetWaits)
+{
+    start();
+    application->onQuestion = [](const FakeApplication::Request&) {};
+    QProcess manager;
+    manager.start(QStringLiteral("snmpset"),
+                  {QStringLiteral("-v2c"), QStringLiteral("-c"), QStringLiteral("private"),
+                   QStringLiteral("-m"), QString(), QStringLiteral("-r0"), agent->udpAddress(), full("5.1"),
+                   QStringLiteral("i"), QStringLiteral("2")});
+    ASSERT_TRUE(test::waitUntil([&] { return !application->questions().empty(); }));
+    EXPECT_EQ(agent->stop(), 0);
+    EXPECT_TRUE(application->commits().empty());
+    manager.kill();
+    manager.waitForFinished();
+}
