@@ -14,7 +14,7 @@ namespace agent {
 namespace {
 
 // One burst of an application that floods the agent; the others have their turn after it.
-constexpr qint64 maxBurst = 1024 * 1024;
+constexpr qint64 maxBurst = 1'048'576;
 
 constexpr qint64 maxUnread = 10'000'000;
 
@@ -76,7 +76,7 @@ void ApplicationConnection::readFrames()
 
 QString ApplicationConnection::recordProblem(const FrameAssembler::Frame& frame)
 {
-    const QString problem = agent::recordProblem(frame.header.dataType, frame.payload);
+    QString problem = agent::recordProblem(frame.header.dataType, frame.payload);
     if (!problem.isEmpty())
         return problem;
     try {

@@ -106,7 +106,7 @@ QString layoutProblem(const Layout& layout, const QByteArray& bytes)
                 .arg(bytes.size() - position);
         const auto known = layout.find(tag);
         if (known != layout.end()) {
-            const QString problem = valueProblem(known->second.encoding, bytes.mid(position, length));
+            QString problem = valueProblem(known->second.encoding, bytes.mid(position, length));
             if (!problem.isEmpty())
                 return problem;
             missing.erase(tag);

@@ -58,7 +58,7 @@ int writeNetSnmpLog(int, int, void* data, void*)
         else if (message->priority == LOG_WARNING)
             log::warning(line);
         else if (message->priority <= LOG_INFO)
-            log::detail([&] { return line; });
+            log::detail([&line]() -> const QString& { return line; });
     }
     return 0;
 }
@@ -115,24 +115,28 @@ SnmpEngine::~SnmpEngine()
     shutdown_agent();
 }
 
-QString SnmpEngine::initialise()
+QString SnmpEngine::configurationProblem() const
 {
-    const QFileInfo configFile(m_settings.configFile);
-    if (!m_settings.configFile.isEmpty()) {
-        QFile file(m_settings.configFile);
-        if (!file.open(QIODevice::ReadOnly))
-            return QStringLiteral("cannot read the configuration file %1: %2")
-                .arg(m_settings.configFile, file.errorString());
-    }
-    bridgeLog();
+    QFile file(m_settings.configFile);
+    if (!m_settings.configFile.isEmpty() && !file.open(QIODevice::ReadOnly))
+        return QStringLiteral("cannot read the configuration file %1: %2")
+            .arg(m_settings.configFile, file.errorString());
     if (!m_directory.isValid())
         return QStringLiteral("cannot create a temporary directory: %1").arg(m_directory.errorString());
+    return QString();
+}
+
+QString SnmpEngine::initialise()
+{
+    QString problem = configurationProblem();
+    if (!problem.isEmpty())
+        return problem;
+    bridgeLog();
     keepToItself(QFile::encodeName(m_directory.path()));
-    // Net-SNMP frees the argument.
-    char* path = m_settings.configFile.isEmpty()
-                     ? nullptr
-                     : strdup(QFile::encodeName(configFile.absoluteFilePath()).constData());
-    snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, &readOurConfiguration, path);
+    const QByteArray path = QFile::encodeName(QFileInfo(m_settings.configFile).absoluteFilePath());
+    char* argument = m_settings.configFile.isEmpty() ? nullptr : strdup(path.constData());
+    snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, &readOurConfiguration,
+                           argument); // which Net-SNMP frees
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, 0);
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_DONT_LOG_TCPWRAPPERS_CONNECTS, 1);
     add_to_init_list(QByteArray("!smux").data()); // it would listen on a port that nobody asked for

@@ -46,7 +46,7 @@ public:
     void setPaused(std::function<bool()> paused) { m_paused = std::move(paused); }
 
 private:
-    QString readConfiguration();
+    QString configurationProblem() const;
     void prepareToWait();
     void watch(const std::vector<int>& descriptors);
     void unwatchAll();
