@@ -24,6 +24,12 @@ bool FakeApplication::waitForDisconnect()
     return waitUntil([this] { return m_socket.state() == QAbstractSocket::UnconnectedState; });
 }
 
+void FakeApplication::stopReading()
+{
+    disconnect(&m_socket, &QTcpSocket::readyRead, this, &FakeApplication::readFrames);
+    m_socket.setReadBufferSize(1);
+}
+
 void FakeApplication::publish(const std::string& oid, int value)
 {
     base::SnmpInt record;

@@ -37,6 +37,9 @@ public:
     bool waitForDisconnect();
     void close() { m_socket.disconnectFromHost(); }
 
+    /// From now on what the agent sends stays in the kernel.
+    void stopReading();
+
     /// Identifiers are relative to the enterprise's root.
     void publish(const std::string& oid, int value);
     void publish(const std::string& oid, const std::string& value);

@@ -1,0 +1,91 @@
+#include <gtest/gtest.h>
+
+#include <QTcpServer>
+
+#include "FakeApplication.h"
+#include "agent/ApplicationConnection.h"
+#include "support/EventWait.h"
+
+using agent::ApplicationConnection;
+using test::FakeApplication;
+
+namespace {
+
+class ApplicationConnectionTest : public testing::Test
+{
+protected:
+    ApplicationConnectionTest()
+    {
+        server.listen(QHostAddress::LocalHost);
+        application = std::make_unique<FakeApplication>(server.serverPort());
+        server.waitForNewConnection(test::defaultDeadlineMs);
+        connection = std::make_unique<ApplicationConnection>(server.nextPendingConnection(), 1, nullptr);
+        QObject::connect(connection.get(), &ApplicationConnection::lost, connection.get(),
+                         [this] { ++losses; });
+    }
+
+    QTcpServer server;
+    std::unique_ptr<FakeApplication> application;
+    std::unique_ptr<ApplicationConnection> connection;
+    int losses = 0;
+};
+
+const agent::ObjectId id{1, 3, 6, 1, 4, 1, 32473, 5, 1};
+
+} // namespace
+
+TEST_F(ApplicationConnectionTest, AQuestionCarriesItsNumberAndTheRelativeIdentifier)
+{
+    application->onQuestion = [](const FakeApplication::Request&) {};
+    connection->ask(77, id, 5);
+    ASSERT_TRUE(test::waitUntil([&] { return application->questions().size() == 1; }));
+    EXPECT_EQ(application->questions()[0].storeType, 77);
+    EXPECT_EQ(application->questions()[0].oid, "5.1");
+    EXPECT_EQ(application->questions()[0].value, "5");
+}
+
+TEST_F(ApplicationConnectionTest, AnAnswerBringsTheNumberBack)
+{
+    int number = 0;
+    int status = 0;
+    QObject::connect(connection.get(), &ApplicationConnection::answerReceived, connection.get(),
+                     [&](int answered, int errorStatus) {
+                         number = answered;
+                         status = errorStatus;
+                     });
+    application->onQuestion = [&](const FakeApplication::Request& question) {
+        application->answer(question, 12);
+    };
+    connection->ask(77, id, std::string("text"));
+    EXPECT_TRUE(test::waitUntil([&] { return number == 77; }));
+    EXPECT_EQ(status, 12);
+}
+
+TEST_F(ApplicationConnectionTest, ACommitCarriesNoNumber)
+{
+    connection->commit(id, std::string("text"));
+    ASSERT_TRUE(test::waitUntil([&] { return application->commits().size() == 1; }));
+    EXPECT_EQ(application->commits()[0].storeType, 0);
+    EXPECT_EQ(application->commits()[0].value, "text");
+}
+
+TEST_F(ApplicationConnectionTest, AnApplicationThatLeavesItsFramesUnreadIsDisconnectedFromTheEventLoop)
+{
+    application->stopReading();
+    const std::string text(65'000, 'x');
+    for (int sent = 0; sent < 1000; ++sent)
+        connection->commit(id, text);
+    EXPECT_EQ(losses, 0) << "from inside commit()";
+    EXPECT_TRUE(test::waitUntil([&] { return losses == 1; }));
+    connection->commit(id, text);
+    EXPECT_TRUE(test::waitUntil([&] { return !application->isConnected(); }));
+    EXPECT_EQ(losses, 1);
+}
+
+TEST_F(ApplicationConnectionTest, TheLossOfAConnectionIsToldOnce)
+{
+    application->sendBytes("not a frame at all, but sixteen bytes and more");
+    EXPECT_TRUE(test::waitUntil([&] { return losses == 1; }));
+    EXPECT_TRUE(application->waitForDisconnect());
+    EXPECT_EQ(losses, 1);
+}
