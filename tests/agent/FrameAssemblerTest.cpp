@@ -93,7 +93,7 @@ TEST(FrameAssembler, ALengthThatNoFrameHasEndsTheStream)
 
 TEST(FrameAssembler, TheFirstFrameHasTheNumberOne)
 {
-    for (const quint64 counter : {0, 2}) {
+    for (const quint64 counter : {0u, 2u}) {
         FrameAssembler assembler;
         FrameAssembler::Frame frame;
         assembler.append(frameBytes(counter, ""));
@@ -103,7 +103,7 @@ TEST(FrameAssembler, TheFirstFrameHasTheNumberOne)
 
 TEST(FrameAssembler, AGapOrARepetitionInTheNumbersEndsTheStream)
 {
-    for (const quint64 counter : {1, 3}) {
+    for (const quint64 counter : {1u, 3u}) {
         FrameAssembler assembler;
         FrameAssembler::Frame frame;
         assembler.append(frameBytes(1, "") + frameBytes(counter, ""));
