@@ -1,0 +1,12 @@
+#ifndef VIGIL_HOST_HEALTH_CONSOLE_H
+#define VIGIL_HOST_HEALTH_CONSOLE_H
+
+#include <string>
+
+/// Writes one line to standard output at once. Any thread; lines never mix.
+void say(const std::string& line);
+
+/// The same on standard error.
+void complain(const std::string& line);
+
+#endif

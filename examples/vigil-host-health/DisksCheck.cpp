@@ -1,0 +1,51 @@
+#include "DisksCheck.h"
+
+#include <algorithm>
+
+using host::Disk;
+using vigil::HealthStatus;
+
+DisksCheck::DisksCheck(const Options& options, vigil::RangeChangeHandler& rangeHandler,
+                       vigil::ManagementHandler& managementHandler)
+    : HostCheck("disks", "The disks", managementHandler),
+      m_thresholds(options.disk),
+      m_rangeHandler(rangeHandler),
+      m_mounted(check().createSimpleMetric("mounted"))
+{}
+
+std::string DisksCheck::readValues()
+{
+    const auto disks = host::disks();
+    m_mounted->setStatus(disks ? HealthStatus::Ok : HealthStatus::Unknown);
+    m_mounted->setInfo(disks ? std::to_string(disks->size()) + " in use" : "the list could not be read");
+    if (disks) {
+        dropAllBut(*disks);
+        for (const Disk& disk : *disks)
+            setUse(disk);
+    }
+    return text();
+}
+
+void DisksCheck::dropAllBut(const std::vector<Disk>& disks)
+{
+    for (auto entry = m_disks.begin(); entry != m_disks.end();) {
+        const bool isThere = std::any_of(disks.begin(), disks.end(),
+                                         [&](const Disk& disk) { return disk.name == entry->first; });
+        entry = isThere ? std::next(entry) : m_disks.erase(entry);
+    }
+}
+
+void DisksCheck::setUse(const Disk& disk)
+{
+    const auto entry =
+        m_disks.try_emplace(disk.name, check(), disk.name, "%", m_thresholds, m_rangeHandler).first;
+    entry->second.set(disk.usePercent);
+}
+
+std::string DisksCheck::text() const
+{
+    std::string text;
+    for (const auto& [name, metric] : m_disks)
+        text += (text.empty() ? "" : ", ") + metric.text();
+    return text.empty() ? "no disk" : text;
+}

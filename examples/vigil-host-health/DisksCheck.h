@@ -1,0 +1,32 @@
+#ifndef VIGIL_HOST_HEALTH_DISKSCHECK_H
+#define VIGIL_HOST_HEALTH_DISKSCHECK_H
+
+#include <map>
+#include <vector>
+
+#include "HostCheck.h"
+#include "HostValues.h"
+#include "Options.h"
+#include "WatchedMetric.h"
+
+/// The use of each disk, under the name of the place where it is mounted, and the number of disks. Metrics
+/// come and go with the disks.
+class DisksCheck : public HostCheck
+{
+public:
+    DisksCheck(const Options& options, vigil::RangeChangeHandler& rangeHandler,
+               vigil::ManagementHandler& managementHandler);
+
+private:
+    std::string readValues() override;
+    void dropAllBut(const std::vector<host::Disk>& disks);
+    void setUse(const host::Disk& disk);
+    std::string text() const;
+
+    const Thresholds m_thresholds;
+    vigil::RangeChangeHandler& m_rangeHandler;
+    SimpleHandle m_mounted;
+    std::map<std::string, WatchedMetric> m_disks;
+};
+
+#endif

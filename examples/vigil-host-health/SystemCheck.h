@@ -1,0 +1,26 @@
+#ifndef VIGIL_HOST_HEALTH_SYSTEMCHECK_H
+#define VIGIL_HOST_HEALTH_SYSTEMCHECK_H
+
+#include "HostCheck.h"
+#include "Options.h"
+#include "WatchedMetric.h"
+
+/// Load, memory, swap space, uptime and processes, and whether all of them could be read.
+class SystemCheck : public HostCheck
+{
+public:
+    SystemCheck(const Options& options, vigil::RangeChangeHandler& rangeHandler,
+                vigil::ManagementHandler& managementHandler);
+
+private:
+    std::string readValues() override;
+
+    WatchedMetric m_load;
+    WatchedMetric m_memory;
+    WatchedMetric m_swap;
+    WatchedMetric m_uptime;
+    WatchedMetric m_processes;
+    SimpleHandle m_readings;
+};
+
+#endif

@@ -1,0 +1,31 @@
+#ifndef VIGIL_HOST_HEALTH_WATCHEDMETRIC_H
+#define VIGIL_HOST_HEALTH_WATCHEDMETRIC_H
+
+#include <optional>
+#include <string>
+
+#include "Handles.h"
+#include "Options.h"
+
+/// A value of the host as a scalar metric whose ranges the manager may change with the handler's consent. The
+/// handler must outlive it.
+class WatchedMetric
+{
+public:
+    WatchedMetric(vigil::HealthCheck& check, const std::string& name, const std::string& unit,
+                  const Thresholds& thresholds, RangeChangeHandler& handler);
+    ~WatchedMetric();
+    WatchedMetric(const WatchedMetric&) = delete;
+    WatchedMetric& operator=(const WatchedMetric&) = delete;
+
+    /// Without a value the last one stays. Returns whether there was one.
+    bool set(std::optional<double> value);
+
+    /// Name, value and unit, for the console.
+    std::string text() const;
+
+private:
+    ScalarHandle m_metric;
+};
+
+#endif
