@@ -8,12 +8,12 @@
 #include "base/SnmpInt.h"
 #include "base/SnmpString.h"
 #include "support/AgentProcess.h"
-#include "support/EventWait.h"
+#include "support/RunUntil.h"
 #include "support/SnmpTool.h"
 
-using test::AgentProcess;
-using test::FakeApplication;
-using test::SnmpTool;
+using support::AgentProcess;
+using support::FakeApplication;
+using support::SnmpTool;
 
 namespace {
 

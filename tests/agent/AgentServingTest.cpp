@@ -5,12 +5,12 @@
 
 #include "FakeApplication.h"
 #include "support/AgentProcess.h"
-#include "support/EventWait.h"
+#include "support/RunUntil.h"
 #include "support/SnmpTool.h"
 
-using test::AgentProcess;
-using test::FakeApplication;
-using test::SnmpTool;
+using support::AgentProcess;
+using support::FakeApplication;
+using support::SnmpTool;
 
 namespace {
 

@@ -8,12 +8,12 @@
 
 #include "FakeApplication.h"
 #include "support/AgentProcess.h"
-#include "support/EventWait.h"
+#include "support/RunUntil.h"
 #include "support/SnmpTool.h"
 
-using test::AgentProcess;
-using test::FakeApplication;
-using test::SnmpTool;
+using support::AgentProcess;
+using support::FakeApplication;
+using support::SnmpTool;
 
 namespace {
 
@@ -89,7 +89,7 @@ TEST_F(AgentSet, AnAcceptedValueIsCommittedAndServed)
     start();
     EXPECT_EQ(tool->set(text("5.2", "new")).exitCode, 0);
     EXPECT_EQ(tool->get(full("5.2")), QStringLiteral("\"new\""));
-    ASSERT_TRUE(test::waitUntil([&] { return application->commits().size() == 1; }));
+    ASSERT_TRUE(support::runUntil([&] { return application->commits().size() == 1; }));
     const FakeApplication::Request& question = application->questions().at(0);
     EXPECT_EQ(question.callbackId, 2);
     EXPECT_EQ(question.dataType, 1);
@@ -107,7 +107,7 @@ TEST_F(AgentSet, AnIntegerIsAskedAndCommittedAsAnInteger)
     start();
     EXPECT_EQ(tool->set(integer("5.1", "-7")).exitCode, 0);
     EXPECT_EQ(tool->get(full("5.1")), QStringLiteral("-7"));
-    ASSERT_TRUE(test::waitUntil([&] { return application->commits().size() == 1; }));
+    ASSERT_TRUE(support::runUntil([&] { return application->commits().size() == 1; }));
     EXPECT_EQ(application->questions().at(0).dataType, 0);
     EXPECT_EQ(application->commits().at(0).dataType, 0);
     EXPECT_EQ(application->commits().at(0).value, "-7");
@@ -118,7 +118,7 @@ TEST_F(AgentSet, AnEmptyTextCanBeSet)
     start();
     EXPECT_EQ(tool->set(text("5.2", "")).exitCode, 0);
     EXPECT_EQ(tool->get(full("5.2")), QStringLiteral("\"\""));
-    ASSERT_TRUE(test::waitUntil([&] { return application->commits().size() == 1; }));
+    ASSERT_TRUE(support::runUntil([&] { return application->commits().size() == 1; }));
 }
 
 TEST_F(AgentSet, WhatTheApplicationPublishesOnACommitIsTheLastWord)
@@ -126,7 +126,7 @@ TEST_F(AgentSet, WhatTheApplicationPublishesOnACommitIsTheLastWord)
     start();
     application->onCommit = [&](const FakeApplication::Request&) { application->publish("5.1", 1); };
     EXPECT_EQ(tool->set(integer("5.1", "2")).exitCode, 0);
-    ASSERT_TRUE(test::waitUntil([&] { return application->commits().size() == 1; }));
+    ASSERT_TRUE(support::runUntil([&] { return application->commits().size() == 1; }));
     EXPECT_TRUE(tool->waitFor(full("5.1"), QStringLiteral("1")));
 }
 
@@ -244,11 +244,11 @@ TEST_F(AgentSet, AGetBehindAWaitingSetIsAnsweredWhenTheSetIsOver)
     application->onQuestion = [](const FakeApplication::Request&) {};
     QString got;
     QTimer::singleShot(0, application.get(), [&] {
-        ASSERT_TRUE(test::waitUntil([&] { return !application->questions().empty(); }));
+        ASSERT_TRUE(support::runUntil([&] { return !application->questions().empty(); }));
         got = tool->get(full("5.1"));
     });
     EXPECT_EQ(reason(tool->set(integer("5.1", "2"))), QStringLiteral("resourceUnavailable"));
-    EXPECT_TRUE(test::waitUntil([&] { return got == QStringLiteral("1"); })) << qPrintable(got);
+    EXPECT_TRUE(support::runUntil([&] { return got == QStringLiteral("1"); })) << qPrintable(got);
 }
 
 TEST_F(AgentSet, SeveralManagersMaySetAtTheSameTime)
@@ -264,10 +264,10 @@ TEST_F(AgentSet, SeveralManagersMaySetAtTheSameTime)
                                 full("5.1"), QStringLiteral("i"), QString::number(100 + i)});
     }
     for (const auto& manager : managers) {
-        EXPECT_TRUE(test::waitUntil([&] { return manager->state() == QProcess::NotRunning; }));
+        EXPECT_TRUE(support::runUntil([&] { return manager->state() == QProcess::NotRunning; }));
         EXPECT_EQ(manager->exitCode(), 0) << manager->readAllStandardError().constData();
     }
-    ASSERT_TRUE(test::waitUntil([&] { return application->commits().size() == 4; }));
+    ASSERT_TRUE(support::runUntil([&] { return application->commits().size() == 4; }));
     EXPECT_EQ(tool->get(full("5.1")).toStdString(), application->commits().back().value);
 }
 
@@ -281,9 +281,9 @@ TEST_F(AgentSet, AManagerThatLeavesDuringItsSetDoesNoHarm)
                   {QStringLiteral("-v2c"), QStringLiteral("-c"), QStringLiteral("private"),
                    QStringLiteral("-m"), QString(), agent->tcpAddress(), full("5.1"), QStringLiteral("i"),
                    QStringLiteral("2")});
-    ASSERT_TRUE(test::waitUntil([&] { return !application->questions().empty(); }));
+    ASSERT_TRUE(support::runUntil([&] { return !application->questions().empty(); }));
     manager.kill();
-    ASSERT_TRUE(test::waitUntil([&] { return manager.state() == QProcess::NotRunning; }));
+    ASSERT_TRUE(support::runUntil([&] { return manager.state() == QProcess::NotRunning; }));
     application->answer(question, 0);
     EXPECT_TRUE(tool->waitFor(full("5.1"), QStringLiteral("2")));
     EXPECT_EQ(agent->stop(), 0);
@@ -297,7 +297,7 @@ TEST_F(AgentSet, VarbindsOfTwoApplicationsAreCommittedTogether)
     ASSERT_TRUE(tool->waitFor(full("6.1"), QStringLiteral("\"old\"")));
     EXPECT_EQ(tool->set(integer("5.1", "2") + text("6.1", "new") + text("5.2", "new")).exitCode, 0);
     ASSERT_TRUE(
-        test::waitUntil([&] { return application->commits().size() == 2 && other.commits().size() == 1; }));
+        support::runUntil([&] { return application->commits().size() == 2 && other.commits().size() == 1; }));
     EXPECT_EQ(tool->get(full("5.1")), QStringLiteral("2"));
     EXPECT_EQ(tool->get(full("5.2")), QStringLiteral("\"new\""));
     EXPECT_EQ(tool->get(full("6.1")), QStringLiteral("\"new\""));
@@ -350,7 +350,7 @@ TEST_F(AgentSet, TheAgentEndsInOrderWhileASetWaits)
                   {QStringLiteral("-v2c"), QStringLiteral("-c"), QStringLiteral("private"),
                    QStringLiteral("-m"), QString(), QStringLiteral("-r0"), agent->udpAddress(), full("5.1"),
                    QStringLiteral("i"), QStringLiteral("2")});
-    ASSERT_TRUE(test::waitUntil([&] { return !application->questions().empty(); }));
+    ASSERT_TRUE(support::runUntil([&] { return !application->questions().empty(); }));
     EXPECT_EQ(agent->stop(), 0);
     EXPECT_TRUE(application->commits().empty());
     manager.kill();

@@ -8,9 +8,9 @@
 #include <csignal>
 
 #include "support/AgentProcess.h"
-#include "support/EventWait.h"
+#include "support/RunUntil.h"
 
-using test::AgentProcess;
+using support::AgentProcess;
 
 namespace {
 

@@ -4,10 +4,10 @@
 
 #include "FakeApplication.h"
 #include "agent/ApplicationConnection.h"
-#include "support/EventWait.h"
+#include "support/RunUntil.h"
 
 using agent::ApplicationConnection;
-using test::FakeApplication;
+using support::FakeApplication;
 
 namespace {
 
@@ -18,7 +18,7 @@ protected:
     {
         server.listen(QHostAddress::LocalHost);
         application = std::make_unique<FakeApplication>(server.serverPort());
-        server.waitForNewConnection(test::defaultDeadlineMs);
+        server.waitForNewConnection(10'000);
         connection = std::make_unique<ApplicationConnection>(server.nextPendingConnection(), 1, nullptr);
         QObject::connect(connection.get(), &ApplicationConnection::lost, connection.get(),
                          [this] { ++losses; });
@@ -38,7 +38,7 @@ TEST_F(ApplicationConnectionTest, AQuestionCarriesItsNumberAndTheRelativeIdentif
 {
     application->onQuestion = [](const FakeApplication::Request&) {};
     connection->ask(77, id, 5);
-    ASSERT_TRUE(test::waitUntil([&] { return application->questions().size() == 1; }));
+    ASSERT_TRUE(support::runUntil([&] { return application->questions().size() == 1; }));
     EXPECT_EQ(application->questions()[0].storeType, 77);
     EXPECT_EQ(application->questions()[0].oid, "5.1");
     EXPECT_EQ(application->questions()[0].value, "5");
@@ -57,14 +57,14 @@ TEST_F(ApplicationConnectionTest, AnAnswerBringsTheNumberBack)
         application->answer(question, 12);
     };
     connection->ask(77, id, std::string("text"));
-    EXPECT_TRUE(test::waitUntil([&] { return number == 77; }));
+    EXPECT_TRUE(support::runUntil([&] { return number == 77; }));
     EXPECT_EQ(status, 12);
 }
 
 TEST_F(ApplicationConnectionTest, ACommitCarriesNoNumber)
 {
     connection->commit(id, std::string("text"));
-    ASSERT_TRUE(test::waitUntil([&] { return application->commits().size() == 1; }));
+    ASSERT_TRUE(support::runUntil([&] { return application->commits().size() == 1; }));
     EXPECT_EQ(application->commits()[0].storeType, 0);
     EXPECT_EQ(application->commits()[0].value, "text");
 }
@@ -76,16 +76,16 @@ TEST_F(ApplicationConnectionTest, AnApplicationThatLeavesItsFramesUnreadIsDiscon
     for (int sent = 0; sent < 1000; ++sent)
         connection->commit(id, text);
     EXPECT_EQ(losses, 0) << "from inside commit()";
-    EXPECT_TRUE(test::waitUntil([&] { return losses == 1; }));
+    EXPECT_TRUE(support::runUntil([&] { return losses == 1; }));
     connection->commit(id, text);
-    EXPECT_TRUE(test::waitUntil([&] { return !application->isConnected(); }));
+    EXPECT_TRUE(support::runUntil([&] { return !application->isConnected(); }));
     EXPECT_EQ(losses, 1);
 }
 
 TEST_F(ApplicationConnectionTest, TheLossOfAConnectionIsToldOnce)
 {
     application->sendBytes("not a frame at all, but sixteen bytes and more");
-    EXPECT_TRUE(test::waitUntil([&] { return losses == 1; }));
+    EXPECT_TRUE(support::runUntil([&] { return losses == 1; }));
     EXPECT_TRUE(application->waitForDisconnect());
     EXPECT_EQ(losses, 1);
 }

@@ -6,9 +6,9 @@
 #include "base/SnmpInt.h"
 #include "base/SnmpResponse.h"
 #include "base/SnmpString.h"
-#include "support/EventWait.h"
+#include "support/RunUntil.h"
 
-namespace test {
+namespace support {
 
 using agent::FrameAssembler;
 
@@ -16,12 +16,12 @@ FakeApplication::FakeApplication(quint16 port)
 {
     connect(&m_socket, &QTcpSocket::readyRead, this, &FakeApplication::readFrames);
     m_socket.connectToHost(QHostAddress::LocalHost, port);
-    m_socket.waitForConnected(defaultDeadlineMs);
+    m_socket.waitForConnected(10'000);
 }
 
 bool FakeApplication::waitForDisconnect()
 {
-    return waitUntil([this] { return m_socket.state() == QAbstractSocket::UnconnectedState; });
+    return runUntil([this] { return m_socket.state() == QAbstractSocket::UnconnectedState; });
 }
 
 void FakeApplication::stopReading()
@@ -130,4 +130,4 @@ void FakeApplication::handle(const FrameAssembler::Frame& frame)
     }
 }
 
-} // namespace test
+} // namespace support

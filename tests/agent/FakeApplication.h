@@ -11,7 +11,7 @@
 
 #include "agent/FrameAssembler.h"
 
-namespace test {
+namespace support {
 
 /// An application on the agent's connection that does what the test says, right or wrong.
 ///
@@ -72,6 +72,6 @@ private:
     std::vector<Request> m_commits;
 };
 
-} // namespace test
+} // namespace support
 
 #endif

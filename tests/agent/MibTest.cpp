@@ -4,9 +4,9 @@
 #include "support/AgentProcess.h"
 #include "support/SnmpTool.h"
 
-using test::AgentProcess;
-using test::FakeApplication;
-using test::SnmpTool;
+using support::AgentProcess;
+using support::FakeApplication;
+using support::SnmpTool;
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "agent/NetSnmp.h"
 #include "agent/SetCoordinator.h"
-#include "support/EventWait.h"
+#include "support/RunUntil.h"
 
 using agent::CellStore;
 using agent::CellValue;
@@ -166,7 +166,7 @@ TEST_F(SetCoordinatorTest, AnOwnerThatDoesNotAnswerInTimeMakesTheResourceUnavail
     SetCoordinator coordinator(store, owners, 1);
     beginBoth(coordinator);
     coordinator.handleAnswer(7, owners.numbers[0], 0);
-    ASSERT_TRUE(test::waitUntil([&] { return !decisions.empty(); }));
+    ASSERT_TRUE(support::runUntil([&] { return !decisions.empty(); }));
     EXPECT_EQ(decisions[0].index, 1);
     EXPECT_EQ(decisions[0].errorStatus, SNMP_ERR_RESOURCEUNAVAILABLE);
 }

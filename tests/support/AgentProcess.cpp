@@ -6,12 +6,13 @@
 
 #include <csignal>
 
-#include "EventWait.h"
+#include "RunUntil.h"
 
-namespace test {
+namespace support {
 
 namespace {
 
+constexpr int deadlineMs = 10'000;
 const QByteArray readyText = "listening for applications on 127.0.0.1:";
 
 } // namespace
@@ -51,7 +52,7 @@ bool AgentProcess::startOnce()
         const int ready = log().indexOf(readyText);
         return (ready >= 0 && log().indexOf('\n', ready) > 0) || m_process.state() == QProcess::NotRunning;
     };
-    if (!waitUntil(isReadyOrOver) || m_process.state() == QProcess::NotRunning) {
+    if (!runUntil(isReadyOrOver) || m_process.state() == QProcess::NotRunning) {
         log();
         return false;
     }
@@ -68,13 +69,13 @@ const QByteArray& AgentProcess::log()
 
 bool AgentProcess::waitForLog(const QByteArray& text)
 {
-    return waitUntil([&] { return log().contains(text); });
+    return runUntil([&] { return log().contains(text); });
 }
 
 int AgentProcess::stop()
 {
     m_process.terminate();
-    if (!waitUntil([this] { return m_process.state() == QProcess::NotRunning; }))
+    if (!runUntil([this] { return m_process.state() == QProcess::NotRunning; }))
         return -1;
     log();
     return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
@@ -94,7 +95,7 @@ AgentProcess::Outcome AgentProcess::run(const QStringList& arguments)
 {
     QProcess process;
     process.start(QStringLiteral(VIGIL_AGENT_PROGRAM), arguments);
-    if (!process.waitForFinished(defaultDeadlineMs)) {
+    if (!process.waitForFinished(deadlineMs)) {
         process.kill();
         process.waitForFinished();
         return {-1, process.readAllStandardOutput(), "still running: " + process.readAllStandardError()};
@@ -115,4 +116,4 @@ quint16 AgentProcess::freePort()
     }
 }
 
-} // namespace test
+} // namespace support

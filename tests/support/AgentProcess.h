@@ -1,12 +1,12 @@
-#ifndef VIGIL_TESTS_SUPPORT_AGENTPROCESS_H
-#define VIGIL_TESTS_SUPPORT_AGENTPROCESS_H
+#ifndef VIGIL_SUPPORT_AGENTPROCESS_H
+#define VIGIL_SUPPORT_AGENTPROCESS_H
 
 #include <QByteArray>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
 
-namespace test {
+namespace support {
 
 /// A real vigil-agent on free ports of its own, for as long as the object lives.
 ///
@@ -64,6 +64,6 @@ private:
     quint16 m_applicationPort = 0;
 };
 
-} // namespace test
+} // namespace support
 
 #endif

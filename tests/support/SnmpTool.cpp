@@ -4,9 +4,9 @@
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
 
-#include "EventWait.h"
+#include "RunUntil.h"
 
-namespace test {
+namespace support {
 
 namespace {
 
@@ -42,7 +42,7 @@ SnmpTool::Result SnmpTool::run(const QString& program, const QStringList& operan
     process.setProcessEnvironment(toolEnvironment(privateDirectory.path()));
     process.start(program, QStringList{QStringLiteral("-m"), QStringLiteral("VIGIL-MIB")} + m_credentials +
                                options + QStringList{m_address} + operands);
-    if (!waitUntil([&] { return process.state() == QProcess::NotRunning; }, toolDeadlineMs)) {
+    if (!runUntil([&] { return process.state() == QProcess::NotRunning; }, toolDeadlineMs)) {
         process.kill();
         process.waitForFinished();
     }
@@ -74,7 +74,7 @@ QStringList SnmpTool::walk(const QString& root, const QString& program) const
 
 bool SnmpTool::waitFor(const QString& id, const QString& value) const
 {
-    return waitUntil([&] { return get(id) == value; });
+    return runUntil([&] { return get(id) == value; });
 }
 
-} // namespace test
+} // namespace support

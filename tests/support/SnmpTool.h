@@ -1,12 +1,12 @@
-#ifndef VIGIL_TESTS_SUPPORT_SNMPTOOL_H
-#define VIGIL_TESTS_SUPPORT_SNMPTOOL_H
+#ifndef VIGIL_SUPPORT_SNMPTOOL_H
+#define VIGIL_SUPPORT_SNMPTOOL_H
 
 #include <QString>
 #include <QStringList>
 
 #include "QtPrinters.h"
 
-namespace test {
+namespace support {
 
 /// A manager: runs Net-SNMP's command line tools against one address, with the names of VIGIL-MIB.
 ///
@@ -48,6 +48,6 @@ private:
     QStringList m_credentials;
 };
 
-} // namespace test
+} // namespace support
 
 #endif
