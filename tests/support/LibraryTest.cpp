@@ -1,0 +1,111 @@
+#include "support/LibraryTest.h"
+
+#include <vigil/Oid.h>
+
+#include "base/DataType.h"
+#include "base/SnmpResponse.h"
+
+namespace support {
+
+namespace {
+
+const std::string markOid = "99.99"; // of values by which the tests see how far the library is
+
+bool isPublication(const std::string& line)
+{
+    return line.rfind("answer ", 0) != 0 && line.rfind(markOid, 0) != 0;
+}
+
+/// An answer returns its request's store type in its binding, by which requests are told apart.
+int requestNumber(const FakeService::Frame& frame)
+{
+    if (frame.header.dataType == base::SnmpIntResponseType)
+        return base::SnmpIntResponse(frame.payload).varbind.storeType();
+    if (frame.header.dataType == base::SnmpStringResponseType)
+        return base::SnmpStringResponse(frame.payload).varbind.storeType();
+    return 0;
+}
+
+} // namespace
+
+LibraryTest::LibraryTest() : facade(vigil::VigilSnmpInterface::instance())
+{
+    qputenv("VIGIL_SERVICE_PORT", QByteArray::number(service.port()));
+}
+
+LibraryTest::~LibraryTest()
+{
+    facade.cleanup();
+}
+
+void LibraryTest::start()
+{
+    facade.init("test");
+    settle();
+}
+
+void LibraryTest::settle()
+{
+    const std::string mark = set(markOid, ++m_mark);
+    facade.sendValue(vigil::Oid::fromStdString("1.3.6.1.4.1.32473." + markOid), m_mark, 0);
+    ASSERT_TRUE(service.waitForFrame([&](const auto& frame) { return describe(frame) == mark; }))
+        << "the library is not connected";
+}
+
+std::vector<std::string> LibraryTest::publications()
+{
+    settle();
+    return publicationsSoFar();
+}
+
+std::vector<std::string> LibraryTest::publicationsSoFar()
+{
+    const std::vector<FakeService::Frame> frames = service.frames();
+    std::vector<std::string> lines;
+    for (; m_reported < frames.size(); ++m_reported) {
+        const std::string line = describe(frames[m_reported]);
+        if (isPublication(line))
+            lines.push_back(line);
+    }
+    return lines;
+}
+
+std::string LibraryTest::validate(const std::string& oid, const std::string& value)
+{
+    ++m_request;
+    service.send(base::SnmpStringType, encodedString(oid, value, m_request), base::Validation);
+    return awaitAnswer();
+}
+
+std::string LibraryTest::validate(const std::string& oid, int value)
+{
+    ++m_request;
+    service.send(base::SnmpIntType, encodedInt(oid, value, m_request), base::Validation);
+    return awaitAnswer();
+}
+
+void LibraryTest::commit(const std::string& oid, const std::string& value)
+{
+    service.send(base::SnmpStringType, encodedString(oid, value), base::PlainValue);
+    validate(markOid, 0); // frames are dealt with in their order
+}
+
+void LibraryTest::commit(const std::string& oid, int value)
+{
+    service.send(base::SnmpIntType, encodedInt(oid, value), base::PlainValue);
+    validate(markOid, 0);
+}
+
+std::string LibraryTest::awaitAnswer()
+{
+    std::string answer;
+    service.waitForFrame([&](const auto& frame) {
+        if (requestNumber(frame) != m_request)
+            return false;
+        answer = describe(frame);
+        return true;
+    });
+    return answer;
+}
+
+} // namespace support
