@@ -1,0 +1,202 @@
+#include "client/CallbackStore.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <vigil/StateInfoCallback.h>
+#include <vigil/ValueChangedCallback.h>
+
+#include "base/Logging.h"
+#include "support/LibraryLog.h"
+
+using support::LibraryLog;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using vigil::Oid;
+
+namespace {
+
+using Calls = std::vector<std::string>;
+
+class RecordingCallback : public vigil::ValueChangedCallback
+{
+public:
+    RecordingCallback(std::string name, Calls& calls) : m_name(std::move(name)), m_calls(calls) {}
+
+    void callbackValueChanged(const Oid& cell, std::string value) override
+    {
+        m_calls.push_back(m_name + ' ' + cell.toStdString() + " \"" + value + '"');
+    }
+    void callbackValueChanged(const Oid& cell, int value) override
+    {
+        m_calls.push_back(m_name + ' ' + cell.toStdString() + ' ' + std::to_string(value));
+    }
+
+private:
+    std::string m_name;
+    Calls& m_calls;
+};
+
+class RecordingStateCallback : public vigil::StateInfoCallback
+{
+public:
+    explicit RecordingStateCallback(std::vector<int>& states) : m_states(states) {}
+    void callbackStateInfo(int state) override { m_states.push_back(state); }
+
+private:
+    std::vector<int>& m_states;
+};
+
+Oid oid(const char* text)
+{
+    return Oid::fromStdString(text);
+}
+
+class CallbackStore : public testing::Test
+{
+protected:
+    ::CallbackStore store;
+    Calls calls;
+    RecordingCallback a{"a", calls};
+    RecordingCallback b{"b", calls};
+};
+
+TEST_F(CallbackStore, ACallbackIsToldOfItsOwnIdentifier)
+{
+    store.registerValueChangedCallback(oid("1.2"), &a);
+    store.notifyAll(oid("1.2"), 7);
+    store.notifyAll(oid("1.2"), std::string("text"));
+    EXPECT_THAT(calls, ElementsAre("a 1.2 7", "a 1.2 \"text\""));
+}
+
+TEST_F(CallbackStore, AncestorsAreToldBeforeTheirDescendants)
+{
+    store.registerValueChangedCallback(oid("1.2.3"), &a);
+    store.registerValueChangedCallback(oid("1"), &b);
+    store.notifyAll(oid("1.2.3"), 7);
+    EXPECT_THAT(calls, ElementsAre("b 1.2.3 7", "a 1.2.3 7"));
+}
+
+TEST_F(CallbackStore, NeitherDescendantsNorSiblingsAreTold)
+{
+    store.registerValueChangedCallback(oid("1.2.3.4"), &a);
+    store.registerValueChangedCallback(oid("1.2.30"), &b);
+    store.notifyAll(oid("1.2.3"), 7);
+    EXPECT_THAT(calls, IsEmpty());
+}
+
+TEST_F(CallbackStore, ASecondRegistrationForAnIdentifierReplacesTheFirst)
+{
+    store.registerValueChangedCallback(oid("1.2"), &a);
+    store.registerValueChangedCallback(oid("1.2"), &b);
+    store.notifyAll(oid("1.2"), 7);
+    EXPECT_THAT(calls, ElementsAre("b 1.2 7"));
+}
+
+TEST_F(CallbackStore, ANullCallbackIsIgnored)
+{
+    store.registerValueChangedCallback(oid("1.2"), &a);
+    store.registerValueChangedCallback(oid("1.2"), nullptr);
+    store.deregisterValueChangedCallback(nullptr);
+    EXPECT_EQ(store.findValueChangedCallback(oid("1.2")), &a);
+}
+
+TEST_F(CallbackStore, DeregisteringAnIdentifierTouchesExactlyThatOne)
+{
+    store.registerValueChangedCallback(oid("1.2"), &a);
+    store.registerValueChangedCallback(oid("1.2.3"), &a);
+    store.deregisterValueChanged(oid("1.2"));
+    store.deregisterValueChanged(oid("1.9"));
+    EXPECT_EQ(store.findValueChangedCallback(oid("1.2")), nullptr);
+    EXPECT_EQ(store.findValueChangedCallback(oid("1.2.3")), &a);
+}
+
+TEST_F(CallbackStore, DeregisteringACallbackRemovesItEverywhereAndNoOther)
+{
+    store.registerValueChangedCallback(oid("1.1"), &a);
+    store.registerValueChangedCallback(oid("1.2"), &b);
+    store.registerValueChangedCallback(oid("1.3"), &a);
+    store.deregisterValueChangedCallback(&a);
+    EXPECT_EQ(store.findValueChangedCallback(oid("1.1")), nullptr);
+    EXPECT_EQ(store.findValueChangedCallback(oid("1.2")), &b);
+    EXPECT_EQ(store.findValueChangedCallback(oid("1.3")), nullptr);
+}
+
+TEST_F(CallbackStore, FindLooksForTheExactIdentifierOnly)
+{
+    store.registerValueChangedCallback(oid("1.2"), &a);
+    EXPECT_EQ(store.findValueChangedCallback(oid("1.2")), &a);
+    EXPECT_EQ(store.findValueChangedCallback(oid("1.2.3")), nullptr);
+    EXPECT_EQ(store.findValueChangedCallback(oid("1")), nullptr);
+}
+
+TEST_F(CallbackStore, TheNullEntryThatFindLeavesBehindIsSkippedByNotifications)
+{
+    EXPECT_EQ(store.findValueChangedCallback(oid("1.2")), nullptr);
+    store.registerValueChangedCallback(oid("1"), &a);
+    store.notifyAll(oid("1.2"), 7);
+    EXPECT_THAT(calls, ElementsAre("a 1.2 7"));
+}
+
+TEST_F(CallbackStore, EveryStateCallbackIsToldOnceHoweverOftenItWasRegistered)
+{
+    std::vector<int> first;
+    std::vector<int> second;
+    RecordingStateCallback one(first);
+    RecordingStateCallback two(second);
+    store.registerStateInfoCallback(&one);
+    store.registerStateInfoCallback(&one);
+    store.registerStateInfoCallback(&two);
+    store.registerStateInfoCallback(nullptr);
+    store.notifyStateInfo(1);
+    EXPECT_THAT(first, ElementsAre(1));
+    EXPECT_THAT(second, ElementsAre(1));
+}
+
+TEST_F(CallbackStore, ADeregisteredStateCallbackIsNotTold)
+{
+    std::vector<int> states;
+    RecordingStateCallback callback(states);
+    store.registerStateInfoCallback(&callback);
+    store.deregisterStateInfoCallback(nullptr);
+    store.deregisterStateInfoCallback(&callback);
+    store.notifyStateInfo(0);
+    EXPECT_THAT(states, IsEmpty());
+}
+
+TEST_F(CallbackStore, NotificationsAreLoggedWithTheCallbacksAddressInDecimals)
+{
+    const LibraryLog log;
+    base::startLogging();
+    store.registerValueChangedCallback(oid("1.2"), &a);
+    store.notifyAll(oid("1.2.3"), -7);
+    store.notifyAll(oid("1.2.3"), std::string("10:20"));
+    store.notifyAll(oid("1.9"), 5);
+    base::stopLogging();
+    const std::string address =
+        std::to_string(reinterpret_cast<std::uintptr_t>(static_cast<vigil::ValueChangedCallback*>(&a)));
+    std::vector<std::string> lines = log.lines();
+    lines.erase(std::remove_if(lines.begin(), lines.end(),
+                               [](const std::string& line) { return line.find("value=") == line.npos; }),
+                lines.end());
+    EXPECT_THAT(lines, ElementsAre("notifyAll(oid=1.2.3, value=-7)",
+                                   address + "->callbackValueChanged(1.2.3, value=-7)",
+                                   "notifyAll(oid=1.2.3, value=10:20)",
+                                   address + "->callbackValueChanged(1.2.3, value=10:20)",
+                                   "notifyAll(oid=1.9, value=5)"));
+}
+
+TEST(ValueChangedCallback, TheBaseClassAcceptsEverythingAndIgnoresEveryChange)
+{
+    vigil::ValueChangedCallback callback;
+    EXPECT_EQ(callback.callbackValidateValue(oid("1"), std::string("x")), 0u);
+    EXPECT_EQ(callback.callbackValidateValue(oid("1"), 5), 0u);
+    callback.callbackValueChanged(oid("1"), std::string("x"));
+    callback.callbackValueChanged(oid("1"), 5);
+}
+
+} // namespace

@@ -1,0 +1,547 @@
+#include "client/VigilSnmp.h"
+
+#include <QDeadlineTimer>
+#include <QSemaphore>
+#include <QThread>
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <thread>
+#include <utility>
+
+#include "base/DataType.h"
+#include "base/SnmpResponse.h"
+#include "client/CallbackStoreLock.h"
+#include "support/LibraryTest.h"
+#include "support/ScriptedCallbacks.h"
+
+using support::encodedInt;
+using support::encodedString;
+using support::Recorder;
+using support::ScriptedCallback;
+using support::ScriptedStateCallback;
+using support::set;
+using support::unset;
+using support::withTrap;
+using testing::ContainsRegex;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using vigil::Oid;
+
+namespace {
+
+Oid below(const std::string& relative)
+{
+    return Oid::fromStdString("1.3.6.1.4.1.32473." + relative);
+}
+
+std::string addressText(const void* pointer)
+{
+    char text[19];
+    std::snprintf(text, sizeof(text), "0x%016llx",
+                  static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(pointer)));
+    return text;
+}
+
+std::string valueCallbackAddress(vigil::ValueChangedCallback& callback)
+{
+    return addressText(&callback);
+}
+
+std::string stateCallbackAddress(vigil::StateInfoCallback& callback)
+{
+    return addressText(&callback);
+}
+
+class VigilSnmp : public support::LibraryTest
+{
+protected:
+    Recorder recorder;
+};
+
+// --- Start and stop
+
+TEST_F(VigilSnmp, AValueSentBeforeInitIsDroppedAndNotReplayedLater)
+{
+    facade.sendValue(below("1"), 5, 0);
+    facade.sendValue(below("2"), "text", 0);
+    facade.unsetOid(below("3"));
+    facade.unsetOidTree(below("4"));
+    start();
+    EXPECT_THAT(publications(), IsEmpty());
+}
+
+TEST_F(VigilSnmp, CallsAfterCleanupDoNothing)
+{
+    start();
+    facade.cleanup();
+    ScriptedCallback callback(recorder);
+    ScriptedStateCallback stateCallback(recorder);
+    facade.sendValue(below("1"), 5, 0);
+    facade.unsetOidTree(below("1"));
+    facade.registerValueChangedCallback(below("1"), &callback);
+    facade.registerStateInfoCallback(&stateCallback);
+    facade.deregisterValueChangedCallback(&callback);
+    facade.deregisterValueChanged(below("1"));
+    facade.deregisterStateInfoCallback(&stateCallback);
+    start();
+    EXPECT_THAT(publications(), IsEmpty());
+}
+
+TEST_F(VigilSnmp, ARegistrationBeforeInitIsNotRememberedNorLogged)
+{
+    ScriptedCallback callback(recorder);
+    facade.registerValueChangedCallback(below("1"), &callback);
+    start();
+    EXPECT_EQ(validate("1", 5), "answer 1 to 1 = 5");
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+    EXPECT_FALSE(log.contains("Register value changed callback"));
+}
+
+TEST_F(VigilSnmp, ASecondInitDoesNothing)
+{
+    start();
+    facade.init("again");
+    settle();
+    EXPECT_EQ(service.connections(), 1);
+    EXPECT_EQ(log.count("[VigilSnmp::init] Initializing"), 1);
+}
+
+TEST_F(VigilSnmp, ASecondCleanupDoesNothing)
+{
+    start();
+    facade.cleanup();
+    const std::size_t lines = log.lines().size();
+    facade.cleanup();
+    EXPECT_EQ(log.lines().size(), lines);
+    EXPECT_EQ(log.count("[VigilSnmp::cleanup] Cleanup."), 1);
+}
+
+TEST_F(VigilSnmp, InitAfterCleanupBuildsEverythingAnewWithAnEmptyCache)
+{
+    ScriptedCallback callback(recorder);
+    start();
+    facade.sendValue(below("1"), 5, 0);
+    facade.registerValueChangedCallback(below("1"), &callback);
+    facade.cleanup();
+    ASSERT_TRUE(service.waitForDisconnections(1));
+    EXPECT_THAT(publicationsSoFar(), ElementsAre(set("1", 5)));
+
+    start();
+    EXPECT_EQ(service.connections(), 2);
+    EXPECT_THAT(publications(), IsEmpty());
+    EXPECT_EQ(validate("1", 5), "answer 1 to 1 = 5");
+    facade.sendValue(below("2"), 6, 0);
+    EXPECT_THAT(publications(), ElementsAre(set("2", 6)));
+}
+
+TEST_F(VigilSnmp, WhatWasPublishedBeforeCleanupGoesOutFirst)
+{
+    start();
+    constexpr int count = 1000;
+    for (int i = 0; i < count; ++i)
+        facade.sendValue(below("1"), i, 0);
+    facade.cleanup();
+    ASSERT_TRUE(service.waitForDisconnections(1));
+    const std::vector<std::string> lines = publicationsSoFar();
+    ASSERT_EQ(lines.size(), static_cast<std::size_t>(count));
+    EXPECT_EQ(lines.back(), set("1", count - 1));
+}
+
+TEST_F(VigilSnmp, TheSharedTablesAndTheStoreLastFromInitToCleanup)
+{
+    ::vigil::VigilSnmp& implementation = vigil::VigilSnmp::instance();
+    EXPECT_EQ(&implementation, &facade);
+    EXPECT_TRUE(implementation.tableManager().expired());
+    EXPECT_FALSE(CallbackStoreLock());
+    start();
+    EXPECT_FALSE(implementation.tableManager().expired());
+    EXPECT_TRUE(CallbackStoreLock());
+    facade.cleanup();
+    EXPECT_TRUE(implementation.tableManager().expired());
+    EXPECT_FALSE(CallbackStoreLock());
+}
+
+TEST_F(VigilSnmp, StartAndStopAreLogged)
+{
+    facade.init("a \xC3\xA4 name");
+    settle();
+    facade.cleanup();
+    const std::string hex = "0x[0-9a-f]{16}";
+    std::string text;
+    for (const std::string& line : log.lines())
+        text += line + '\n';
+    EXPECT_THAT(text, testing::HasSubstr("[VigilSnmp::init] Initializing a \xC3\xA4 name.\n"));
+    EXPECT_THAT(text, ContainsRegex("\\[Client::init\\] Initializing in thread " + hex + "\\.\n"));
+    EXPECT_THAT(text, ContainsRegex("ClientThread::run\\(\\): Event loop started in thread Id " + hex +
+                                    "\\. QThread affinity = " + hex + "\\.\n"));
+    EXPECT_THAT(text, testing::HasSubstr("[Client::onConnected] Connected to snmp service.\n"));
+    EXPECT_THAT(text, testing::HasSubstr("[VigilSnmp::cleanup] Cleanup.\n"));
+    EXPECT_THAT(text, ContainsRegex("ClientThread::run\\(\\): Event loop stopped in thread Id " + hex +
+                                    "\\. QThread affinity = " + hex + "\\.\n"));
+}
+
+TEST_F(VigilSnmp, TheSocketsInformationReachesTheLogItsDebugLinesDoNot)
+{
+    start();
+    EXPECT_TRUE(log.contains("CCS::LOG: connectToHost(127.0.0.1  - port: " + std::to_string(service.port())));
+    EXPECT_FALSE(log.contains("CCS::DEBUG: "));
+}
+
+TEST_F(VigilSnmp, TheSocketsDebugLinesReachTheLogOnDemand)
+{
+    qputenv("VIGIL_LOG_DEBUG", "1");
+    start();
+    EXPECT_TRUE(log.waitFor("CCS::DEBUG: CCS:SEND MSG # 1 --->"));
+    qunsetenv("VIGIL_LOG_DEBUG");
+}
+
+TEST_F(VigilSnmp, ABadServicePortIsReportedAndTheStandardOneUsed)
+{
+    qputenv("VIGIL_SERVICE_PORT", "65536");
+    facade.init("test");
+    EXPECT_TRUE(log.waitFor("VIGIL_SERVICE_PORT is \"65536\""));
+    EXPECT_TRUE(log.waitFor("CCS::LOG: connectToHost(127.0.0.1  - port: 43125)"));
+    EXPECT_EQ(service.connections(), 0);
+}
+
+// --- Publishing
+
+TEST_F(VigilSnmp, OnlyTheTrapArgument1AsksForATrap)
+{
+    start();
+    for (const int useTraps : {1, 0, 2, -1}) {
+        facade.sendValue(below("1"), "text", useTraps);
+        facade.sendValue(below("2"), std::string("text"), useTraps);
+        facade.sendValue(below("3"), 5, useTraps);
+    }
+    const std::string chars = set("1", "text");
+    const std::string string = set("2", "text");
+    const std::string number = set("3", 5);
+    EXPECT_THAT(publications(), ElementsAre(withTrap(chars), withTrap(string), withTrap(number), chars,
+                                            string, number, chars, string, number, chars, string, number));
+}
+
+TEST_F(VigilSnmp, TextsTravelAsUtf8)
+{
+    start();
+    facade.sendValue(below("1"), "\xC3\xA4\xE2\x82\xAC", 0);
+    EXPECT_THAT(publications(), ElementsAre(set("1", "\xC3\xA4\xE2\x82\xAC")));
+}
+
+TEST_F(VigilSnmp, TextAfterANulIsNotSent)
+{
+    start();
+    facade.sendValue(below("1"), std::string("ab\0cd", 5), 0);
+    EXPECT_THAT(publications(), ElementsAre(set("1", "ab")));
+}
+
+TEST_F(VigilSnmp, AnUnsetIsANullValueAndLogsNothing)
+{
+    start();
+    const std::size_t lines = log.lines().size();
+    facade.unsetOid(below("1.2"));
+    EXPECT_THAT(publications(), ElementsAre(unset("1.2")));
+    EXPECT_EQ(log.lines().size(), lines);
+}
+
+TEST_F(VigilSnmp, UnsettingATreeIsLoggedOnlyWhileThereIsAClient)
+{
+    facade.unsetOidTree(below("1"));
+    start();
+    facade.sendValue(below("1.2"), 5, 0);
+    facade.unsetOidTree(below("1"));
+    EXPECT_THAT(publications(), ElementsAre(set("1.2", 5), unset("1")));
+    facade.cleanup();
+    facade.unsetOidTree(below("1"));
+    EXPECT_EQ(log.count("Unset tree "), 1);
+    EXPECT_EQ(log.count("Unset tree 1.3.6.1.4.1.32473.1."), 1);
+}
+
+TEST_F(VigilSnmp, SeveralThreadsMayPublishAtOnceAndNothingIsLost)
+{
+    start();
+    constexpr int threadCount = 4;
+    constexpr int valueCount = 250;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < threadCount; ++t) {
+        threads.emplace_back([this, t] {
+            for (int i = 0; i < valueCount; ++i)
+                facade.sendValue(below(std::to_string(t)), i, 0);
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    std::vector<int> next(threadCount, 0);
+    for (const std::string& line : publications()) {
+        const auto t = static_cast<std::size_t>(line[0] - '0');
+        EXPECT_EQ(line, set(std::to_string(t), next[t]++));
+    }
+    EXPECT_THAT(next, testing::Each(valueCount));
+}
+
+// --- Callbacks
+
+TEST_F(VigilSnmp, RegistrationsAreLoggedWithTheCallbacksAddress)
+{
+    start();
+    ScriptedCallback callback(recorder);
+    ScriptedStateCallback stateCallback(recorder);
+    const std::size_t before = log.lines().size();
+    facade.registerValueChangedCallback(below("1"), &callback);
+    facade.deregisterValueChangedCallback(&callback);
+    facade.deregisterValueChanged(below("1"));
+    facade.registerStateInfoCallback(&stateCallback);
+    facade.deregisterStateInfoCallback(&stateCallback);
+    std::vector<std::string> lines = log.lines();
+    lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(before - 1)); // "" after the last
+    const std::string value = valueCallbackAddress(callback);
+    const std::string state = stateCallbackAddress(stateCallback);
+    EXPECT_THAT(lines, ElementsAre("Register value changed callback " + value + ".",
+                                   "Deregister value changed callback " + value + ".",
+                                   "Deregister value changed for OID 1.3.6.1.4.1.32473.1.",
+                                   "Register state info callback " + state,
+                                   "Deregister state info callback " + state, ""));
+}
+
+TEST_F(VigilSnmp, ACallbackUnderTwoIdentifiersLosesBothRegistrationsAtOnce)
+{
+    start();
+    ScriptedCallback callback(recorder);
+    facade.registerValueChangedCallback(below("1"), &callback);
+    facade.registerValueChangedCallback(below("2"), &callback);
+    EXPECT_EQ(validate("1", 5), "answer 0 to 1 = 5");
+    EXPECT_EQ(validate("2", 5), "answer 0 to 2 = 5");
+    facade.deregisterValueChangedCallback(&callback);
+    EXPECT_EQ(validate("1", 5), "answer 1 to 1 = 5");
+    EXPECT_EQ(validate("2", 5), "answer 1 to 2 = 5");
+}
+
+TEST_F(VigilSnmp, DeregisteringAnIdentifierLeavesTheOthersOfTheCallbackAlone)
+{
+    start();
+    ScriptedCallback callback(recorder);
+    facade.registerValueChangedCallback(below("1"), &callback);
+    facade.registerValueChangedCallback(below("1.1"), &callback);
+    facade.deregisterValueChanged(below("1"));
+    EXPECT_EQ(validate("1", 5), "answer 1 to 1 = 5");
+    EXPECT_EQ(validate("1.1", 5), "answer 0 to 1.1 = 5");
+    facade.deregisterValueChangedCallback(&callback);
+}
+
+TEST_F(VigilSnmp, ACommittedSetReachesAncestorsFirstAndThenTheExactIdentifier)
+{
+    start();
+    ScriptedCallback table(recorder, "table");
+    ScriptedCallback exact(recorder, "cell");
+    facade.registerValueChangedCallback(below("127.3.1.200.4.5.1.2.5"), &exact);
+    facade.registerValueChangedCallback(below("127.3.1.200.4.5"), &table);
+    commit("127.3.1.200.4.5.1.2.5", 2);
+    commit("127.3.1.200.4.5.1.2.5", "text");
+    const std::string oid = "1.3.6.1.4.1.32473.127.3.1.200.4.5.1.2.5";
+    EXPECT_THAT(recorder.lines(),
+                ElementsAre("table changed " + oid + " = 2", "cell changed " + oid + " = 2",
+                            "table changed " + oid + " = \"text\"", "cell changed " + oid + " = \"text\""));
+    EXPECT_TRUE(log.contains("notifyAll(oid=" + oid + ", value=text)"));
+    facade.deregisterValueChangedCallback(&table);
+    facade.deregisterValueChangedCallback(&exact);
+}
+
+TEST_F(VigilSnmp, AValidationAsksTheExactIdentifierOnly)
+{
+    start();
+    ScriptedCallback callback(recorder);
+    facade.registerValueChangedCallback(below("1"), &callback);
+    EXPECT_EQ(validate("1.2", 5), "answer 1 to 1.2 = 5");
+    EXPECT_EQ(validate("1.2", "text"), "answer 1 to 1.2 = \"text\"");
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+    EXPECT_EQ(validate("1", "text"), "answer 0 to 1 = \"text\"");
+    EXPECT_THAT(recorder.lines(), ElementsAre("callback validates 1.3.6.1.4.1.32473.1 = \"text\""));
+    facade.deregisterValueChangedCallback(&callback);
+}
+
+TEST_F(VigilSnmp, TheCallbacksStatusIsPassedOnUnchanged)
+{
+    start();
+    ScriptedCallback callback(recorder);
+    facade.registerValueChangedCallback(below("1"), &callback);
+    for (const unsigned int verdict : {0u, 1u, 2u, 18u, 77u, 4294967295u}) {
+        callback.verdict = verdict;
+        const std::string status = std::to_string(static_cast<int>(verdict));
+        EXPECT_EQ(validate("1", 5), "answer " + status + " to 1 = 5");
+        EXPECT_EQ(validate("1", "x"), "answer " + status + " to 1 = \"x\"");
+    }
+    facade.deregisterValueChangedCallback(&callback);
+}
+
+TEST_F(VigilSnmp, AnAnswerReturnsTheRequestsStoreTypeInsideItsBindingOnly)
+{
+    start();
+    service.send(base::SnmpIntType, encodedInt("1", 5, 4711), base::Validation);
+    service.send(base::SnmpStringType, encodedString("2", "x", -3), base::Validation);
+    using Frame = support::FakeService::Frame;
+    ASSERT_TRUE(service.waitForFrame([](const Frame& f) { return f.header.dataType == 3; }));
+    for (const Frame& frame : service.frames()) {
+        if (frame.header.dataType == base::SnmpIntResponseType) {
+            const base::SnmpIntResponse answer(frame.payload);
+            EXPECT_EQ(answer.varbind.storeType(), 4711);
+            EXPECT_EQ(answer.storeType(), 0);
+            EXPECT_EQ(frame.header.clientCallbackId, 2u);
+        } else if (frame.header.dataType == base::SnmpStringResponseType) {
+            const base::SnmpStringResponse answer(frame.payload);
+            EXPECT_EQ(answer.varbind.storeType(), -3);
+            EXPECT_EQ(answer.storeType(), 0);
+            EXPECT_EQ(frame.header.clientCallbackId, 2u);
+        }
+    }
+}
+
+TEST_F(VigilSnmp, ACallbackMayPublish)
+{
+    start();
+    ScriptedCallback callback(recorder);
+    callback.onCall = [this] { facade.sendValue(below("2"), 6, 0); };
+    facade.registerValueChangedCallback(below("1"), &callback);
+    commit("1", 5);
+    EXPECT_THAT(publications(), ElementsAre(set("2", 6)));
+    facade.deregisterValueChangedCallback(&callback);
+}
+
+TEST_F(VigilSnmp, ACallbackThatThrowsIsLoggedAndTheConnectionLivesOn)
+{
+    start();
+    ScriptedCallback callback(recorder);
+    callback.onCall = [] { throw std::runtime_error("out of luck"); };
+    facade.registerValueChangedCallback(below("1"), &callback);
+    commit("1", 5);
+    EXPECT_EQ(validate("1", 5), "answer 5 to 1 = 5");
+    EXPECT_EQ(validate("2", 5), "answer 1 to 2 = 5");
+    EXPECT_EQ(log.count("out of luck"), 2);
+    EXPECT_EQ(service.connections(), 1);
+    facade.deregisterValueChangedCallback(&callback);
+}
+
+TEST_F(VigilSnmp, DeregistrationWaitsForACallThatIsUnderWay)
+{
+    start();
+    QSemaphore called;
+    QSemaphore goOn;
+    std::atomic<bool> callIsOver{false};
+    ScriptedCallback callback(recorder);
+    callback.onCall = [&] {
+        called.release();
+        goOn.tryAcquire(1, 10000);
+        callIsOver = true;
+    };
+    facade.registerValueChangedCallback(below("1"), &callback);
+    service.send(base::SnmpIntType, encodedInt("1", 5), base::PlainValue);
+    ASSERT_TRUE(called.tryAcquire(1, 10000));
+    bool wasOver = false;
+    std::thread other([&] {
+        facade.deregisterValueChangedCallback(&callback);
+        wasOver = callIsOver;
+    });
+    EXPECT_FALSE(callIsOver);
+    goOn.release();
+    other.join();
+    EXPECT_TRUE(wasOver);
+}
+
+// --- Calls that break the rule
+
+/// What an application must not do inside a callback, and how the log names it.
+struct ForbiddenCall
+{
+    std::string name;
+    std::function<void(vigil::VigilSnmpInterface&, ScriptedCallback&, ScriptedStateCallback&)> call;
+};
+
+const std::vector<ForbiddenCall> forbiddenCalls = {
+    {"registerValueChangedCallback",
+     [](auto& facade, auto& callback, auto&) { facade.registerValueChangedCallback(below("7"), &callback); }},
+    {"deregisterValueChangedCallback",
+     [](auto& facade, auto& callback, auto&) { facade.deregisterValueChangedCallback(&callback); }},
+    {"deregisterValueChanged", [](auto& facade, auto&, auto&) { facade.deregisterValueChanged(below("1")); }},
+    {"registerStateInfoCallback",
+     [](auto& facade, auto&, auto& state) { facade.registerStateInfoCallback(&state); }},
+    {"deregisterStateInfoCallback",
+     [](auto& facade, auto&, auto& state) { facade.deregisterStateInfoCallback(&state); }},
+    {"VigilSnmp::cleanup", [](auto& facade, auto&, auto&) { facade.cleanup(); }},
+};
+
+TEST_F(VigilSnmp, ForbiddenCallsInsideAValueCallbackReturnAtOnceAndAreLogged)
+{
+    start();
+    ScriptedCallback callback(recorder);
+    ScriptedStateCallback stateCallback(recorder);
+    callback.onCall = [&] {
+        for (const ForbiddenCall& forbidden : forbiddenCalls)
+            forbidden.call(facade, callback, stateCallback);
+    };
+    facade.registerValueChangedCallback(below("1"), &callback);
+    EXPECT_EQ(validate("1", 5), "answer 0 to 1 = 5");
+    EXPECT_EQ(validate("1", "x"), "answer 0 to 1 = \"x\"");
+    commit("1", 5);
+    commit("1", "x");
+    EXPECT_EQ(validate("7", 5), "answer 1 to 7 = 5") << "nothing was registered";
+    EXPECT_EQ(recorder.lines().size(), 4u) << "nothing was deregistered";
+    for (const ForbiddenCall& forbidden : forbiddenCalls) {
+        EXPECT_EQ(log.count("___ERROR___ " + forbidden.name + " was called from inside a callback"), 4)
+            << forbidden.name;
+    }
+    facade.deregisterValueChangedCallback(&callback);
+}
+
+// The one test that waits for the library's own retry, so it looks at all that belongs to a reconnection.
+TEST_F(VigilSnmp, AfterALossTheLibraryReconnectsByItselfAndTellsItsStateCallbacks)
+{
+    start();
+    ScriptedCallback callback(recorder);
+    ScriptedStateCallback stateCallback(recorder);
+    stateCallback.onCall = [&] {
+        for (const ForbiddenCall& forbidden : forbiddenCalls)
+            forbidden.call(facade, callback, stateCallback);
+    };
+    facade.registerStateInfoCallback(&stateCallback);
+    facade.sendValue(below("2"), 5, 1);
+    facade.sendValue(below("1"), "text", 1);
+    facade.unsetOid(below("1.5"));
+    ASSERT_EQ(publications().size(), 3u);
+
+    service.closeConnection();
+    ASSERT_TRUE(log.waitFor("[Client::onDisconnected] Disconnected from snmp service."));
+    facade.sendValue(below("3"), 6, 0);
+    ASSERT_TRUE(service.waitForConnections(2));
+    EXPECT_THAT(publications(), ElementsAre(set("1", "text"), unset("1.5"), set("2", 5), set("3", 6)));
+
+    EXPECT_THAT(recorder.lines(), ElementsAre("disconnected", "connected"));
+    for (const ForbiddenCall& forbidden : forbiddenCalls) {
+        EXPECT_EQ(log.count("___ERROR___ " + forbidden.name + " was called from inside a callback"), 2)
+            << forbidden.name;
+    }
+    facade.deregisterStateInfoCallback(&stateCallback);
+}
+
+// --- What the service sends
+
+TEST_F(VigilSnmp, FramesOfUnknownMeaningAreIgnoredWithoutALine)
+{
+    start();
+    ScriptedCallback callback(recorder);
+    facade.registerValueChangedCallback(below("1"), &callback);
+    const std::size_t lines = log.lines().size();
+    service.send(base::SnmpIntType, encodedInt("1", 5), base::ValueWithTrap);
+    service.send(base::SnmpIntType, encodedInt("1", 5), 3);
+    service.send(base::SnmpIntType, encodedInt("1", 5), -1);
+    service.send(base::SnmpIntResponseType, encodedInt("1", 5), base::PlainValue);
+    service.send(base::SnmpStringResponseType, encodedInt("1", 5), base::Validation);
+    service.send(77, "whatever", base::PlainValue);
+    EXPECT_EQ(validate("2", 5), "answer 1 to 2 = 5");
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+    EXPECT_EQ(log.lines().size(), lines);
+    facade.deregisterValueChangedCallback(&callback);
+}
+
+} // namespace
