@@ -14,10 +14,13 @@
 #include "base/SnmpResponse.h"
 #include "client/CallbackStoreLock.h"
 #include "support/LibraryTest.h"
+#include "support/RecordBytes.h"
 #include "support/ScriptedCallbacks.h"
 
 using support::encodedInt;
 using support::encodedString;
+using support::int32Bytes;
+using support::propertyBytes;
 using support::Recorder;
 using support::ScriptedCallback;
 using support::ScriptedStateCallback;
@@ -542,6 +545,96 @@ TEST_F(VigilSnmp, FramesOfUnknownMeaningAreIgnoredWithoutALine)
     EXPECT_THAT(recorder.lines(), IsEmpty());
     EXPECT_EQ(log.lines().size(), lines);
     facade.deregisterValueChangedCallback(&callback);
+}
+
+/// Sends the record as a plain value and to be validated, and sees that the library outlives both.
+class HostileRecord : public support::LibraryTest
+{
+protected:
+    void sendToBothRoads(int dataType, const QByteArray& payload)
+    {
+        service.send(dataType, payload, base::PlainValue);
+        service.send(dataType, payload, base::Validation);
+    }
+
+    void expectTheConnectionToLiveOn()
+    {
+        EXPECT_EQ(validate("2", 5), "answer 1 to 2 = 5");
+        EXPECT_EQ(service.connections(), 1);
+        EXPECT_EQ(service.disconnections(), 0);
+    }
+};
+
+TEST_F(HostileRecord, AMissingPropertyIsLoggedAndTheRecordDropped)
+{
+    start();
+    const QByteArray storeType = propertyBytes(0, int32Bytes(0));
+    const QByteArray value = propertyBytes(2, int32Bytes(5));
+    sendToBothRoads(base::SnmpIntType, storeType + value);
+    sendToBothRoads(base::SnmpStringType, storeType + value);
+    sendToBothRoads(base::SnmpIntType, value);
+    expectTheConnectionToLiveOn();
+    EXPECT_EQ(log.count("Received incomplete structure SnmpInt: Missing property 'Oid'"), 2);
+    EXPECT_EQ(log.count("Received incomplete structure SnmpString: Missing property 'Oid'"), 2);
+    EXPECT_EQ(log.count("Received incomplete structure SnmpInt: Missing property 'StoreType'"), 2);
+    EXPECT_EQ(log.count("notifyAll"), 0);
+}
+
+TEST_F(HostileRecord, ANegativeLengthIsLoggedAndTheRecordDropped)
+{
+    start();
+    const QByteArray storeType = propertyBytes(0, int32Bytes(0));
+    sendToBothRoads(base::SnmpIntType, storeType + propertyBytes(1, -8, QByteArray()));
+    sendToBothRoads(base::SnmpStringType, propertyBytes(-5, -8, int32Bytes(0)) + storeType);
+    expectTheConnectionToLiveOn();
+    EXPECT_EQ(log.count("Received malformed structure SnmpInt: Property length -8"), 2);
+    EXPECT_EQ(log.count("Received malformed structure SnmpString: Property length -8"), 2);
+    EXPECT_EQ(log.count("notifyAll"), 0);
+}
+
+TEST_F(HostileRecord, ATextLengthBeyondTheBytesIsSurvived)
+{
+    start();
+    const QByteArray storeType = propertyBytes(0, int32Bytes(0));
+    for (const qint32 length : {2147483647, -1, -2147483647 - 1, 1000}) {
+        sendToBothRoads(base::SnmpStringType, storeType + propertyBytes(1, int32Bytes(length) + "1.2"));
+        sendToBothRoads(base::SnmpIntType, storeType + propertyBytes(1, int32Bytes(length) + "1.2"));
+    }
+    expectTheConnectionToLiveOn();
+}
+
+TEST_F(HostileRecord, ARecordCutShortAnywhereIsSurvived)
+{
+    start();
+    const QByteArray number = encodedInt("1.2", 5);
+    const QByteArray text = encodedString("1.2", "text");
+    for (int size = 0; size < number.size(); ++size)
+        sendToBothRoads(base::SnmpIntType, number.left(size));
+    for (int size = 0; size < text.size(); ++size)
+        sendToBothRoads(base::SnmpStringType, text.left(size));
+    expectTheConnectionToLiveOn();
+}
+
+TEST_F(HostileRecord, BytesThatAreNoFrameAreThrownAwayAndTheNextFrameIsTaken)
+{
+    start();
+    service.sendRaw(QByteArray(16, 'x'));
+    ASSERT_TRUE(log.waitFor("___Network error detected - resetting buffers___"));
+    expectTheConnectionToLiveOn();
+}
+
+TEST_F(HostileRecord, AFrameLengthThatMakesNoSenseIsHandledLikeABadFrame)
+{
+    start();
+    int errors = 0;
+    for (const char* length :
+         {"0000000000000019", "0000000004000001", "7fffffffffffffff", "ffffffffffffffff"}) {
+        service.sendRaw(QByteArray::fromHex("abba08154711f007") + QByteArray::fromHex(length));
+        ++errors;
+        validate("2", 5);
+        EXPECT_EQ(log.count("___Network error detected - resetting buffers___"), errors) << length;
+    }
+    expectTheConnectionToLiveOn();
 }
 
 } // namespace

@@ -1,0 +1,512 @@
+#include "client/Client.h"
+
+#include <gmock/gmock.h>
+
+#include <QDeadlineTimer>
+#include <QMetaMethod>
+#include <QPointer>
+#include <QThread>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <vigil/VigilSnmpInterface.h>
+
+#include "base/DataType.h"
+#include "base/Logging.h"
+#include "support/FakeService.h"
+#include "support/LibraryLog.h"
+#include "support/Publications.h"
+#include "support/RunUntil.h"
+#include "support/ScriptedCallbacks.h"
+
+using support::encodedInt;
+using support::encodedString;
+using support::FakeService;
+using support::LibraryLog;
+using support::Recorder;
+using support::runUntil;
+using support::ScriptedCallback;
+using support::ScriptedStateCallback;
+using support::set;
+using support::unset;
+using support::withTrap;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+const std::string markOid = "99.99"; // of a value by which the tests see how far the service is
+
+Oid below(const std::string& relative)
+{
+    return Oid::fromStdString("1.3.6.1.4.1.32473." + relative);
+}
+
+/// A client in the thread of the test, so that each of its steps can be taken on its own. The facade is not
+/// started, so there is no callback store.
+class Client : public testing::Test
+{
+protected:
+    Client()
+    {
+        base::startLogging();
+        qputenv("VIGIL_SERVICE_PORT", QByteArray::number(service.port()));
+    }
+
+    ~Client() override
+    {
+        client.reset();
+        base::stopLogging();
+    }
+
+    void startDisconnected()
+    {
+        service.refuseConnections();
+        client->init();
+        service.acceptConnections();
+    }
+
+    void loseConnection()
+    {
+        const int losses = log.count(lossText);
+        service.closeConnection();
+        ASSERT_TRUE(runUntil([&] { return log.count(lossText) > losses; }));
+    }
+
+    /// What the service got since the last call.
+    std::vector<std::string> sent()
+    {
+        const std::string mark = set(markOid, ++m_mark);
+        client->sendValue(below(markOid), m_mark, false);
+        service.waitForFrame([&](const auto& frame) { return support::describe(frame) == mark; });
+        const std::vector<FakeService::Frame> frames = service.frames();
+        std::vector<std::string> lines;
+        for (; m_reported < frames.size(); ++m_reported) {
+            const std::string line = support::describe(frames[m_reported]);
+            if (line.rfind(markOid, 0) != 0)
+                lines.push_back(line);
+        }
+        return lines;
+    }
+
+    /// What the service gets on a new connection.
+    std::vector<std::string> replay()
+    {
+        sent();
+        loseConnection();
+        client->onTimerReconnect();
+        return sent();
+    }
+
+    static constexpr const char* lossText = "[Client::onDisconnected] Disconnected from snmp service.";
+
+    LibraryLog log;
+    FakeService service;
+    std::unique_ptr<::Client> client = std::make_unique<::Client>();
+
+private:
+    std::size_t m_reported = 0;
+    int m_mark = 0;
+};
+
+// --- Life
+
+TEST_F(Client, TheMetaObjectListsSignalAndSlotsInTheirOrder)
+{
+    const QMetaObject& meta = ::Client::staticMetaObject;
+    std::vector<std::string> methods;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+        methods.push_back(meta.method(i).methodSignature().toStdString());
+    EXPECT_THAT(methods,
+                ElementsAre("finished()", "init()", "exit()", "sendValue(Oid,bool,bool)",
+                            "sendValue(Oid,int,bool)", "sendValue(Oid,double,bool)",
+                            "sendValue(Oid,QString,bool)", "resendAll()", "unsetOid(Oid)",
+                            "unsetOidTree(Oid)", "createConnections()", "onConnected()", "onDisconnected()",
+                            "onTimerReconnect()", "receiveData(int,QByteArray&,int)"));
+}
+
+TEST_F(Client, InitConnectsAtOnceAndStartsTheTimerOf5Seconds)
+{
+    client->init();
+    EXPECT_TRUE(service.waitForConnections(1));
+    const auto timers = client->findChildren<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
+    ASSERT_EQ(timers.size(), 1);
+    EXPECT_EQ(timers.front()->interval(), 5000);
+    EXPECT_TRUE(timers.front()->isActive());
+    EXPECT_FALSE(timers.front()->isSingleShot());
+    client->exit();
+    EXPECT_FALSE(timers.front()->isActive());
+}
+
+TEST_F(Client, TheTimerConnectsOnlyWhileThereIsNoConnection)
+{
+    startDisconnected();
+    EXPECT_EQ(service.connections(), 0);
+    client->onTimerReconnect();
+    client->onTimerReconnect();
+    sent();
+    EXPECT_EQ(service.connections(), 1);
+}
+
+TEST_F(Client, ExitClosesTheConnectionAndSaysThatItIsFinished)
+{
+    client->init();
+    bool finished = false;
+    QObject::connect(client.get(), &::Client::finished, [&] { finished = true; });
+    client->exit();
+    EXPECT_TRUE(finished);
+    EXPECT_TRUE(service.waitForDisconnections(1));
+    EXPECT_FALSE(client->sendValue(below("1"), 5, false));
+}
+
+TEST_F(Client, ExitBeforeInitIsHarmless)
+{
+    client->exit();
+    EXPECT_EQ(service.connections(), 0);
+}
+
+TEST_F(Client, DestructionClosesTheConnection)
+{
+    client->init();
+    sent();
+    client.reset();
+    EXPECT_TRUE(service.waitForDisconnections(1));
+}
+
+TEST_F(Client, ConnectionsAndLossesAreLogged)
+{
+    client->init();
+    EXPECT_EQ(log.count("[Client::onConnected] Connected to snmp service."), 1);
+    loseConnection();
+    EXPECT_EQ(log.count("[Client::onDisconnected] Disconnected from snmp service."), 1);
+}
+
+// --- Publishing
+
+TEST_F(Client, AValuePublishedBeforeTheFirstConnectionIsNotSentButCachedForIt)
+{
+    startDisconnected();
+    EXPECT_FALSE(client->sendValue(below("1"), true, false));
+    EXPECT_FALSE(client->sendValue(below("2"), 5, false));
+    EXPECT_FALSE(client->sendValue(below("3"), 0.5, false));
+    EXPECT_FALSE(client->sendValue(below("4"), QStringLiteral("text"), false));
+    client->onTimerReconnect();
+    EXPECT_THAT(sent(), ElementsAre(set("1", 1), set("2", 5), set("3", "0.5"), set("4", "text")));
+}
+
+TEST_F(Client, AValuePublishedWhileConnectedIsSentAtOnce)
+{
+    client->init();
+    EXPECT_TRUE(client->sendValue(below("1"), true, false));
+    EXPECT_TRUE(client->sendValue(below("2"), 5, false));
+    EXPECT_TRUE(client->sendValue(below("3"), 0.5, false));
+    EXPECT_TRUE(client->sendValue(below("4"), QStringLiteral("text"), false));
+    EXPECT_THAT(sent(), ElementsAre(set("1", 1), set("2", 5), set("3", "0.5"), set("4", "text")));
+}
+
+TEST_F(Client, TrueIsSentAs1AndFalseAs2)
+{
+    client->init();
+    client->sendValue(below("1"), true, false);
+    client->sendValue(below("1"), false, false);
+    EXPECT_THAT(sent(), ElementsAre(set("1", 1), set("1", 2)));
+}
+
+TEST_F(Client, DoublesAreSentAsTextsOfSixSignificantDigits)
+{
+    client->init();
+    for (const double value : {0.1, 1234567.0, 123456.0, 1.0 / 3.0, -0.5, 0.0})
+        client->sendValue(below("1"), value, false);
+    EXPECT_THAT(sent(), ElementsAre(set("1", "0.1"), set("1", "1.23457e+06"), set("1", "123456"),
+                                    set("1", "0.333333"), set("1", "-0.5"), set("1", "0")));
+}
+
+TEST_F(Client, AllKindsOfValuesMayAskForATrap)
+{
+    client->init();
+    client->sendValue(below("1"), false, true);
+    client->sendValue(below("2"), 5, true);
+    client->sendValue(below("3"), 0.5, true);
+    client->sendValue(below("4"), QStringLiteral("text"), true);
+    EXPECT_THAT(sent(), ElementsAre(withTrap(set("1", 2)), withTrap(set("2", 5)), withTrap(set("3", "0.5")),
+                                    withTrap(set("4", "text"))));
+}
+
+TEST_F(Client, IdentifiersTravelWithoutWhatTheyShareWithTheEnterprises)
+{
+    client->init();
+    for (const char* oid : {"1.3.6.1.4.1.32473.127.3", "1.3.6.1.2.1.1", "1.3.6.1.4.1.32474", "2.5", "1.3.6"})
+        client->sendValue(Oid::fromStdString(oid), 5, false);
+    client->unsetOid(Oid::fromStdString("1.3.6.1.2.1.1"));
+    EXPECT_THAT(sent(), ElementsAre(set("127.3", 5), set("2.1.1", 5), set("32474", 5), set("2.5", 5),
+                                    set("", 5), unset("2.1.1")));
+}
+
+TEST_F(Client, TextAfterANulIsNotSent)
+{
+    client->init();
+    client->sendValue(below("1"), QString(QLatin1String("ab\0cd", 5)), false);
+    EXPECT_THAT(sent(), ElementsAre(set("1", "ab")));
+}
+
+// --- Replay
+
+TEST_F(Client, AReplaySendsEachIdentifiersLastValueInOidOrderWithoutTraps)
+{
+    client->init();
+    client->sendValue(below("10"), QStringLiteral("old"), true);
+    client->sendValue(below("10"), QStringLiteral("new"), true);
+    client->sendValue(below("9.1"), 0.25, true);
+    client->sendValue(below("9"), 5, true);
+    client->sendValue(below("2"), true, true);
+    client->sendValue(below("1.5"), false, true);
+    client->sendValue(Oid::fromStdString("1.3.6.1.2.1"), 7, true);
+    EXPECT_THAT(replay(), ElementsAre(set("2.1", 7), set("1.5", 2), set("2", 1), set("9", 5),
+                                      set("9.1", "0.25"), set("10", "new")));
+}
+
+TEST_F(Client, AReplayRepeatsUnsets)
+{
+    client->init();
+    client->sendValue(below("2"), 5, false);
+    client->sendValue(below("3"), 6, false);
+    client->unsetOid(below("2"));
+    client->unsetOid(below("1"));
+    EXPECT_THAT(replay(), ElementsAre(unset("1"), unset("2"), set("3", 6)));
+}
+
+TEST_F(Client, AReplayHoldsWhatWasPublishedWhileTheConnectionWasLost)
+{
+    client->init();
+    client->sendValue(below("1"), 5, false);
+    client->sendValue(below("2"), 5, false);
+    sent();
+    loseConnection();
+    EXPECT_FALSE(client->sendValue(below("2"), 6, false));
+    client->unsetOid(below("1"));
+    client->onTimerReconnect();
+    EXPECT_THAT(sent(), ElementsAre(unset("1"), set("2", 6)));
+}
+
+TEST_F(Client, EveryReplayIsTheSame)
+{
+    client->init();
+    client->sendValue(below("1"), true, false);
+    client->sendValue(below("2"), 0.1, false);
+    client->unsetOid(below("3"));
+    const std::vector<std::string> first = replay();
+    EXPECT_THAT(first, ElementsAre(set("1", 1), set("2", "0.1"), unset("3")));
+    EXPECT_EQ(replay(), first);
+}
+
+// --- Trees
+
+TEST_F(Client, UnsettingATreeSendsTheTreesOidOncePerCachedEntry)
+{
+    client->init();
+    client->sendValue(below("1.2.1"), 1, false);
+    client->sendValue(below("1.2.2.7"), 2, false);
+    client->sendValue(below("1.20"), 3, false);
+    client->sendValue(below("1.1"), 4, false);
+    sent();
+    client->unsetOidTree(below("1.2"));
+    EXPECT_THAT(sent(), ElementsAre(unset("1.2"), unset("1.2")));
+}
+
+TEST_F(Client, AfterATreeIsUnsetTheReplayRepeatsTheRemovalInsteadOfTheDescendants)
+{
+    client->init();
+    client->sendValue(below("1.2.1"), 1, false);
+    client->sendValue(below("1.2.2"), 2, false);
+    client->sendValue(below("1.20"), 3, false);
+    client->unsetOidTree(below("1.2"));
+    EXPECT_THAT(replay(), ElementsAre(unset("1.2"), set("1.20", 3)));
+}
+
+TEST_F(Client, TheTreesOwnEntryCountsToo)
+{
+    client->init();
+    client->sendValue(below("1.2"), 1, false);
+    client->sendValue(below("1.2.1"), 2, false);
+    sent();
+    client->unsetOidTree(below("1.2"));
+    EXPECT_THAT(sent(), ElementsAre(unset("1.2"), unset("1.2")));
+    EXPECT_THAT(replay(), ElementsAre(unset("1.2")));
+}
+
+TEST_F(Client, ATreeWithoutDescendantsLeavesNothingInTheCache)
+{
+    client->init();
+    client->sendValue(below("1.2"), 1, false);
+    sent();
+    client->unsetOidTree(below("1.2"));
+    EXPECT_THAT(sent(), ElementsAre(unset("1.2")));
+    EXPECT_THAT(replay(), IsEmpty());
+}
+
+TEST_F(Client, UnsettingATreeWithoutCachedEntriesSendsAndChangesNothing)
+{
+    client->init();
+    client->sendValue(below("1.1"), 1, false);
+    client->sendValue(below("1.3"), 2, false);
+    sent();
+    client->unsetOidTree(below("1.2"));
+    client->unsetOidTree(below("1.1.1"));
+    EXPECT_THAT(sent(), IsEmpty());
+    EXPECT_THAT(replay(), ElementsAre(set("1.1", 1), set("1.3", 2)));
+}
+
+TEST_F(Client, ATreeUnsetWhileDisconnectedIsUnsetByTheNextReplay)
+{
+    startDisconnected();
+    client->sendValue(below("1.2.1"), 1, false);
+    client->sendValue(below("1.2.2"), 2, false);
+    client->unsetOidTree(below("1.2"));
+    client->onTimerReconnect();
+    EXPECT_THAT(sent(), ElementsAre(unset("1.2")));
+}
+
+// --- Without a callback store
+
+TEST_F(Client, TheFirstConnectionMayComeBeforeTheCallbackStore)
+{
+    startDisconnected();
+    client->sendValue(below("1"), 5, false);
+    client->onTimerReconnect();
+    EXPECT_THAT(sent(), ElementsAre(set("1", 5)));
+    loseConnection();
+}
+
+TEST_F(Client, WithoutAStoreCommittedValuesAreDroppedAndValidationsRefused)
+{
+    client->init();
+    service.send(base::SnmpIntType, encodedInt("1", 5), base::PlainValue);
+    service.send(base::SnmpStringType, encodedString("1", "x"), base::PlainValue);
+    service.send(base::SnmpIntType, encodedInt("1", 5), base::Validation);
+    service.send(base::SnmpStringType, encodedString("1", "x"), base::Validation);
+    ASSERT_TRUE(runUntil([&] { return service.frames().size() >= 2; }));
+    EXPECT_THAT(sent(), ElementsAre("answer 1 to 1 = 5", "answer 1 to 1 = \"x\""));
+}
+
+// --- With a callback store
+
+/// The facade is started for its store; its own client talks to a service of its own.
+class ClientWithStore : public testing::Test
+{
+protected:
+    ClientWithStore()
+    {
+        qputenv("VIGIL_SERVICE_PORT", QByteArray::number(otherService.port()));
+        facade.init("test");
+        EXPECT_TRUE(otherService.waitForConnections(1));
+        EXPECT_TRUE(log.waitFor("[Client::onConnected] Connected to snmp service."));
+        qputenv("VIGIL_SERVICE_PORT", QByteArray::number(service.port()));
+        facade.registerStateInfoCallback(&stateCallback);
+    }
+
+    ~ClientWithStore() override
+    {
+        client.reset();
+        facade.deregisterStateInfoCallback(&stateCallback);
+        facade.cleanup();
+    }
+
+    LibraryLog log;
+    FakeService otherService;
+    FakeService service;
+    vigil::VigilSnmpInterface& facade = vigil::VigilSnmpInterface::instance();
+    Recorder recorder;
+    ScriptedStateCallback stateCallback{recorder};
+    std::unique_ptr<::Client> client = std::make_unique<::Client>();
+};
+
+TEST_F(ClientWithStore, StateCallbacksAreToldBeforeTheReplayBegins)
+{
+    stateCallback.onCall = [this] { client->sendValue(below("9"), 9, false); };
+    client->sendValue(below("1"), 1, false);
+    client->init();
+    ASSERT_TRUE(service.waitForFrames(3));
+    std::vector<std::string> lines;
+    for (const FakeService::Frame& frame : service.frames())
+        lines.push_back(support::describe(frame));
+    EXPECT_THAT(lines, ElementsAre(set("9", 9), set("1", 1), set("9", 9)));
+    EXPECT_THAT(recorder.lines(), ElementsAre("connected"));
+}
+
+TEST_F(ClientWithStore, ALossIsToldOnce)
+{
+    client->init();
+    service.closeConnection();
+    ASSERT_TRUE(runUntil([&] { return recorder.lines().size() >= 2; }));
+    EXPECT_THAT(recorder.lines(), ElementsAre("connected", "disconnected"));
+}
+
+TEST_F(ClientWithStore, APeerLostDuringTheReplayIsToldOnceAfterTheReplayHasLetGo)
+{
+    constexpr int valueCount = 20000;
+    constexpr int rounds = 10;
+    for (int i = 0; i < valueCount; ++i)
+        client->sendValue(below("1") + static_cast<unsigned int>(i), i, false);
+    service.refuseConnections();
+    client->init();
+    service.acceptConnections();
+    service.closeAfterFrames(5);
+    std::vector<std::string> expected;
+    int lostInside = 0;
+    for (int round = 0; round < rounds; ++round) {
+        client->onTimerReconnect(); // no event is delivered meanwhile: a write must have found the loss
+        expected.insert(expected.end(), {"connected", "disconnected"});
+        if (recorder.lines() == expected)
+            ++lostInside;
+        ASSERT_TRUE(runUntil([&] { return recorder.lines().size() >= expected.size(); }));
+        EXPECT_EQ(recorder.lines(), expected);
+    }
+    EXPECT_GT(lostInside, 0);
+
+    service.closeAfterFrames(0);
+    const std::size_t before = service.frames().size();
+    client->onTimerReconnect();
+    ASSERT_TRUE(service.waitForFrames(static_cast<int>(before) + valueCount));
+    const std::vector<FakeService::Frame> frames = service.frames();
+    for (std::size_t i = 0; i < valueCount; ++i) {
+        const int value = static_cast<int>(i);
+        ASSERT_EQ(support::describe(frames[before + i]), set("1." + std::to_string(i), value));
+    }
+    expected.push_back("connected");
+    EXPECT_EQ(recorder.lines(), expected);
+}
+
+TEST_F(ClientWithStore, ALossFoundByACallbacksOwnPublishingIsToldAfterTheCallback)
+{
+    client->init();
+    ScriptedCallback callback(recorder);
+    callback.onCall = [this] {
+        service.closeConnection();
+        const QDeadlineTimer deadline(10000);
+        while (client->sendValue(below("2"), 5, false) && !deadline.hasExpired())
+            QThread::yieldCurrentThread();
+        recorder.add("callback over");
+    };
+    facade.registerValueChangedCallback(below("1"), &callback);
+    service.send(base::SnmpIntType, encodedInt("1", 5), base::PlainValue);
+    ASSERT_TRUE(runUntil([&] { return recorder.lines().size() >= 4; }));
+    EXPECT_THAT(recorder.lines(), ElementsAre("connected", "callback changed 1.3.6.1.4.1.32473.1 = 5",
+                                              "callback over", "disconnected"));
+    facade.deregisterValueChangedCallback(&callback);
+}
+
+TEST_F(ClientWithStore, NoConnectionIsMadeFromInsideACallback)
+{
+    client->init();
+    stateCallback.onCall = [this] { client->onTimerReconnect(); };
+    service.closeConnection();
+    ASSERT_TRUE(runUntil([&] { return recorder.lines().size() >= 2; }));
+    EXPECT_EQ(service.connections(), 1);
+    EXPECT_THAT(recorder.lines(), ElementsAre("connected", "disconnected"));
+}
+
+} // namespace
