@@ -402,16 +402,16 @@ protected:
     {
         qputenv("VIGIL_SERVICE_PORT", QByteArray::number(otherService.port()));
         facade.init("test");
-        EXPECT_TRUE(otherService.waitForConnections(1));
-        EXPECT_TRUE(log.waitFor("[Client::onConnected] Connected to snmp service."));
+        facade.sendValue(below(markOid), 1, 0); // goes out when its own client is connected
+        EXPECT_TRUE(otherService.waitForFrames(1));
         qputenv("VIGIL_SERVICE_PORT", QByteArray::number(service.port()));
         facade.registerStateInfoCallback(&stateCallback);
     }
 
     ~ClientWithStore() override
     {
-        client.reset();
         facade.deregisterStateInfoCallback(&stateCallback);
+        client.reset();
         facade.cleanup();
     }
 
@@ -442,6 +442,13 @@ TEST_F(ClientWithStore, ALossIsToldOnce)
     client->init();
     service.closeConnection();
     ASSERT_TRUE(runUntil([&] { return recorder.lines().size() >= 2; }));
+    EXPECT_THAT(recorder.lines(), ElementsAre("connected", "disconnected"));
+}
+
+TEST_F(ClientWithStore, ExitTellsTheStateCallbacksThatTheConnectionIsGone)
+{
+    client->init();
+    client->exit();
     EXPECT_THAT(recorder.lines(), ElementsAre("connected", "disconnected"));
 }
 
