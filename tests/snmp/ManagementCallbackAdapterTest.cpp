@@ -1,0 +1,94 @@
+#include "snmp/ManagementCallbackAdapter.h"
+
+#include <vigil/Oid.h>
+
+#include "snmp/SnmpMgmFuncTable.h"
+#include "support/LibraryTest.h"
+#include "support/RecordingManagementHandler.h"
+
+using support::cell;
+using support::set;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using vigil::Oid;
+
+namespace {
+
+const std::vector<std::string> row = {"app", "hc"};
+
+Oid managementCell(int column)
+{
+    return Oid::fromStdString("1.3.6.1.4.1.32473." + cell(5, column, row));
+}
+
+class ManagementCallbackAdapter : public support::LibraryTest
+{
+protected:
+    support::Recorder recorder;
+    support::RecordingManagementHandler handler{recorder};
+    SnmpMgmFuncTable table;
+    ::ManagementCallbackAdapter adapter{&handler, &table};
+};
+
+TEST_F(ManagementCallbackAdapter, The2RunsTheColumnsFunctionOnceAndTheCellReturnsTo1)
+{
+    start();
+    for (const int column : {1, 2, 3, 4}) {
+        adapter.callbackValueChanged(managementCell(column), 2);
+        EXPECT_THAT(publications(), ElementsAre(set(cell(5, column, row), 1)));
+    }
+    EXPECT_THAT(recorder.lines(), ElementsAre("function 1", "function 2", "function 3", "function 4"));
+}
+
+TEST_F(ManagementCallbackAdapter, AnyOtherNumberOnlyResetsTheCell)
+{
+    start();
+    for (const int value : {5, 1, 0, 3, -2}) {
+        adapter.callbackValueChanged(managementCell(3), value);
+        EXPECT_THAT(publications(), ElementsAre(set(cell(5, 3, row), 1)));
+    }
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+}
+
+TEST_F(ManagementCallbackAdapter, The2OnAnyOtherCellRunsNothingAndResetsIt)
+{
+    start();
+    adapter.callbackValueChanged(managementCell(5), 2);
+    adapter.callbackValueChanged(managementCell(6), 2);
+    adapter.callbackValueChanged(Oid::fromStdString("1.3.6.1.4.1.32473.1"), 2);
+    EXPECT_THAT(publications(), ElementsAre(set(cell(5, 5, row), 1), set(cell(5, 6, row), 1), set("1", 1)));
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+}
+
+TEST_F(ManagementCallbackAdapter, TheEmptyTextRunsFunction5AndIsWrittenBack)
+{
+    start();
+    adapter.callbackValueChanged(managementCell(5), std::string());
+    EXPECT_THAT(recorder.lines(), ElementsAre("function 5 \"\""));
+    EXPECT_THAT(publications(), ElementsAre(set(cell(5, 5, row), "")));
+}
+
+TEST_F(ManagementCallbackAdapter, AnyOtherTextRunsNothingAndIsReplacedByTheEmptyOne)
+{
+    start();
+    adapter.callbackValueChanged(managementCell(5), std::string("run"));
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+    EXPECT_THAT(publications(), ElementsAre(set(cell(5, 5, row), "")));
+}
+
+TEST_F(ManagementCallbackAdapter, TheEmptyTextOnATriggerRunsNothing)
+{
+    start();
+    adapter.callbackValueChanged(managementCell(4), std::string());
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+    EXPECT_THAT(publications(), ElementsAre(set(cell(5, 4, row), "")));
+}
+
+TEST_F(ManagementCallbackAdapter, EveryValidationIsAccepted)
+{
+    EXPECT_EQ(adapter.callbackValidateValue(managementCell(1), 77), 0u);
+    EXPECT_EQ(adapter.callbackValidateValue(managementCell(1), std::string("run")), 0u);
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+}
+
+} // namespace

@@ -1,0 +1,43 @@
+#ifndef VIGIL_SUPPORT_RECORDINGMANAGEMENTHANDLER_H
+#define VIGIL_SUPPORT_RECORDINGMANAGEMENTHANDLER_H
+
+#include <functional>
+#include <string>
+
+#include <vigil/ManagementHandler.h>
+
+#include "support/ScriptedCallbacks.h"
+
+namespace support {
+
+/// Records the functions that are run, as "function 1" or "function 5 "text"", and does what the test wants
+/// done on that occasion. Set onCall before registering it.
+class RecordingManagementHandler : public ManagementHandler
+{
+public:
+    explicit RecordingManagementHandler(Recorder& recorder) : m_recorder(recorder) {}
+
+    std::function<void()> onCall = [] {};
+
+    void managementFunction1() override { record("function 1"); }
+    void managementFunction2() override { record("function 2"); }
+    void managementFunction3() override { record("function 3"); }
+    void managementFunction4() override { record("function 4"); }
+    void managementFunction5(const std::string& argument) override
+    {
+        record("function 5 \"" + argument + '"');
+    }
+
+private:
+    void record(const std::string& line)
+    {
+        m_recorder.add(line);
+        onCall();
+    }
+
+    Recorder& m_recorder;
+};
+
+} // namespace support
+
+#endif
