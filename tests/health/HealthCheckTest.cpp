@@ -1,0 +1,400 @@
+#include <vigil/HealthCheck.h>
+
+#include <vigil/ScalarMetric.h>
+#include <vigil/SimpleMetric.h>
+
+#include "support/CheckPointer.h"
+#include "support/LibraryTest.h"
+#include "support/RecordingManagementHandler.h"
+
+using support::cell;
+using support::CheckPointer;
+using support::makeCheck;
+using support::set;
+using support::unset;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using vigil::HealthStatus;
+using vigil::Range;
+using vigil::Result;
+using vigil::ScalarMetric;
+using vigil::SimpleMetric;
+
+namespace {
+
+const std::vector<std::string> checkRow = {"app", "hc"};
+const std::vector<std::string> metricRow = {"app", "hc", "cpu"};
+
+/// A metric "NAME" whose text is text.
+SimpleMetric* addSimpleMetric(vigil::HealthCheck& check, const char* name, HealthStatus status,
+                              const char* text)
+{
+    SimpleMetric* metric = check.createSimpleMetric(name);
+    metric->setStatus(status);
+    metric->setTemplate(text);
+    return metric;
+}
+
+class HealthCheck : public support::LibraryTest
+{
+protected:
+    std::vector<std::string> resultsOf(const vigil::HealthCheck& check) const
+    {
+        std::vector<Result> results = {Result("left over from before")};
+        check.getResults(results);
+        std::vector<std::string> lines;
+        for (const Result& result : results)
+            lines.push_back(result.getName() + ": " + result.getSummary());
+        return lines;
+    }
+};
+
+// --- Status and summary
+
+TEST_F(HealthCheck, ANewCheckIsUnknownWithAnEmptySummary)
+{
+    const CheckPointer check = makeCheck("app", "hc");
+    EXPECT_EQ(check->getFirstKey(), "app");
+    EXPECT_EQ(check->getSecondKey(), "hc");
+    EXPECT_EQ(check->getDescription(), "");
+    EXPECT_EQ(check->getStatus(), HealthStatus::Unknown);
+    EXPECT_EQ(check->getSummary(), "");
+    EXPECT_THAT(resultsOf(*check), IsEmpty());
+}
+
+TEST_F(HealthCheck, WithoutMetricsAnUpdateGivesUnknownAndTheDescriptionWithItsSeparator)
+{
+    const CheckPointer check = makeCheck("app", "hc");
+    check->setDescription("D");
+    check->update();
+    EXPECT_EQ(check->getStatus(), HealthStatus::Unknown);
+    EXPECT_EQ(check->getSummary(), "D - ");
+}
+
+TEST_F(HealthCheck, TheWorstStatusWinsAndTheSummaryListsWhatIsNotOk)
+{
+    const CheckPointer check = makeCheck("app", "hc");
+    check->setDescription("D");
+    SimpleMetric* a = addSimpleMetric(*check, "a", HealthStatus::Warning, "x");
+    SimpleMetric* b = addSimpleMetric(*check, "b", HealthStatus::Critical, "y");
+    check->update();
+    EXPECT_EQ(check->getStatus(), HealthStatus::Critical);
+    EXPECT_EQ(check->getSummary(), "D - x y");
+
+    a->setStatus(HealthStatus::Ok);
+    check->update();
+    EXPECT_EQ(check->getStatus(), HealthStatus::Critical);
+    EXPECT_EQ(check->getSummary(), "D - y");
+    a->remove();
+    b->remove();
+}
+
+TEST_F(HealthCheck, WhenAllMetricsAreOkTheSummaryIsTheDescriptionAlone)
+{
+    const CheckPointer check = makeCheck("app", "hc");
+    check->setDescription("D");
+    SimpleMetric* metric = addSimpleMetric(*check, "a", HealthStatus::Ok, "x");
+    check->update();
+    EXPECT_EQ(check->getStatus(), HealthStatus::Ok);
+    EXPECT_EQ(check->getSummary(), "D");
+    metric->remove();
+}
+
+TEST_F(HealthCheck, AWarningIsWorseThanAnUnknown)
+{
+    const CheckPointer check = makeCheck("app", "hc");
+    SimpleMetric* a = addSimpleMetric(*check, "a", HealthStatus::Unknown, "x");
+    SimpleMetric* b = addSimpleMetric(*check, "b", HealthStatus::Warning, "y");
+    check->update();
+    EXPECT_EQ(check->getStatus(), HealthStatus::Warning);
+    a->remove();
+    b->remove();
+}
+
+TEST_F(HealthCheck, StatusSummaryAndResultsAreThoseOfTheLastUpdate)
+{
+    const CheckPointer check = makeCheck("app", "hc");
+    SimpleMetric* metric = addSimpleMetric(*check, "a", HealthStatus::Ok, "x");
+    check->update();
+    metric->setStatus(HealthStatus::Critical);
+    metric->setTemplate("y");
+    check->setDescription("new");
+    EXPECT_EQ(check->getStatus(), HealthStatus::Ok);
+    EXPECT_EQ(check->getSummary(), "");
+    EXPECT_THAT(resultsOf(*check), ElementsAre("a: x"));
+    check->update();
+    EXPECT_EQ(check->getStatus(), HealthStatus::Critical);
+    EXPECT_EQ(check->getSummary(), "new - y");
+    EXPECT_THAT(resultsOf(*check), ElementsAre("a: y"));
+    metric->remove();
+}
+
+TEST_F(HealthCheck, TheDescriptionMayBeSetToItself)
+{
+    const CheckPointer check = makeCheck("app", "hc");
+    check->setDescription("D");
+    check->setDescription(check->getDescription());
+    EXPECT_EQ(check->getDescription(), "D");
+}
+
+TEST_F(HealthCheck, ResultsComeInTheByteOrderOfTheMetricsNames)
+{
+    const CheckPointer check = makeCheck("app", "hc");
+    std::vector<SimpleMetric*> metrics;
+    for (const char* name : {"b", "\xC3\xA4", "a", "B"})
+        metrics.push_back(addSimpleMetric(*check, name, HealthStatus::Ok, "x"));
+    check->update();
+    EXPECT_THAT(resultsOf(*check), ElementsAre("B: x", "a: x", "b: x", "\xC3\xA4: x"));
+    for (SimpleMetric* metric : metrics)
+        metric->remove();
+}
+
+// --- Metrics
+
+TEST_F(HealthCheck, ASecondMetricOfANameHidesTheFirstWhichLivesOn)
+{
+    const CheckPointer check = makeCheck("app", "hc");
+    SimpleMetric* older = addSimpleMetric(*check, "a", HealthStatus::Critical, "older");
+    SimpleMetric* newer = addSimpleMetric(*check, "a", HealthStatus::Ok, "newer");
+    check->update();
+    EXPECT_THAT(resultsOf(*check), ElementsAre("a: newer"));
+    EXPECT_EQ(check->getStatus(), HealthStatus::Ok);
+    EXPECT_EQ(older->getName(), "a");
+    EXPECT_EQ(older->getStatus(), HealthStatus::Critical);
+    EXPECT_EQ(older->getHealthCheck(), check.get());
+    newer->remove();
+    older->remove();
+}
+
+TEST_F(HealthCheck, RemovingTheHiddenMetricTakesTheNewerOnesEntryAndRows)
+{
+    start();
+    const CheckPointer check = makeCheck("app", "hc");
+    ScalarMetric* older = check->createScalarMetric("cpu");
+    ScalarMetric* newer = check->createScalarMetric("cpu");
+    publications();
+    older->remove();
+    EXPECT_THAT(publications(), ElementsAre(unset(cell(2, 2, metricRow)), unset(cell(2, 3, metricRow)),
+                                            unset(cell(2, 4, metricRow)), unset(cell(2, 5, metricRow))));
+    check->update();
+    EXPECT_THAT(resultsOf(*check), IsEmpty());
+    EXPECT_EQ(newer->getName(), "cpu");
+    newer->remove();
+}
+
+TEST_F(HealthCheck, ARemovedMetricIsNoLongerEvaluated)
+{
+    const CheckPointer check = makeCheck("app", "hc");
+    SimpleMetric* a = addSimpleMetric(*check, "a", HealthStatus::Ok, "x");
+    SimpleMetric* b = addSimpleMetric(*check, "b", HealthStatus::Critical, "y");
+    b->remove();
+    check->update();
+    EXPECT_THAT(resultsOf(*check), ElementsAre("a: x"));
+    a->remove();
+}
+
+TEST_F(HealthCheck, MetricsOutliveTheirCheck)
+{
+    CheckPointer check = makeCheck("app", "hc");
+    ScalarMetric* scalar = check->createScalarMetric("s");
+    SimpleMetric* simple = check->createSimpleMetric("t");
+    EXPECT_EQ(scalar->getHealthCheck(), check.get());
+    EXPECT_EQ(simple->getHealthCheck(), check.get());
+    check.reset();
+    EXPECT_EQ(scalar->getHealthCheck(), nullptr);
+    EXPECT_EQ(simple->getHealthCheck(), nullptr);
+    scalar->setUnit("%");
+    scalar->setWarningRange(Range::CreateThresholdAbove(5));
+    scalar->setRangeChangeHandler(nullptr);
+    scalar->clearRangeChangeHandler();
+    simple->setInfo("info");
+    EXPECT_EQ(scalar->getUnit(), "%");
+    EXPECT_EQ(scalar->getWarningRange().toString(), "~:5");
+    scalar->remove();
+    simple->remove();
+}
+
+// --- What is published
+
+TEST_F(HealthCheck, TheLifeOfACheckIsPublishedStepByStep)
+{
+    start();
+    CheckPointer check = makeCheck("app", "hc");
+    EXPECT_THAT(publications(), ElementsAre(set(cell(1, 3, checkRow), 3), set(cell(1, 4, checkRow), "")));
+
+    check->setDescription("D");
+    EXPECT_THAT(publications(), IsEmpty());
+
+    ScalarMetric* cpu = check->createScalarMetric("cpu");
+    const std::vector<std::string> noRanges = {
+        set(cell(2, 2, metricRow), ""), set(cell(2, 3, metricRow), "off"), set(cell(2, 4, metricRow), "off")};
+    EXPECT_THAT(publications(),
+                ElementsAre(set(cell(2, 5, metricRow), 0), noRanges[0], noRanges[1], noRanges[2]));
+
+    cpu->setUnit("%");
+    EXPECT_THAT(publications(), ElementsAre(set(cell(2, 2, metricRow), "%"), noRanges[1], noRanges[2]));
+
+    cpu->setWarningRange(Range::CreateThresholdAbove(80));
+    cpu->setCriticalRange(Range::CreateThresholdAbove(95));
+    const std::vector<std::string> row = {set(cell(2, 2, metricRow), "%"), set(cell(2, 3, metricRow), "~:80"),
+                                          set(cell(2, 4, metricRow), "~:95")};
+    EXPECT_THAT(publications(), ElementsAre(row[0], row[1], noRanges[2], row[0], row[1], row[2]));
+
+    cpu->setValue(97.5);
+    cpu->setPerformanceDataEnabled(true);
+    EXPECT_THAT(publications(), IsEmpty());
+
+    check->update();
+    const std::string text = "out of critical range: cpu is 97.5%.";
+    EXPECT_THAT(publications(),
+                ElementsAre(set(cell(1, 3, checkRow), 2), set(cell(1, 4, checkRow), "D - " + text),
+                            set(cell(3, 1, metricRow), 2), set(cell(3, 2, metricRow), text),
+                            set(cell(4, 1, metricRow), "cpu"), set(cell(4, 2, metricRow), "97.5"),
+                            set(cell(4, 3, metricRow), "%"), set(cell(4, 4, metricRow), "~:80"),
+                            set(cell(4, 5, metricRow), "~:95")));
+
+    cpu->remove();
+    std::vector<std::string> removed;
+    for (const int column : {2, 3, 4, 5})
+        removed.push_back(unset(cell(2, column, metricRow)));
+    for (const int column : {1, 2})
+        removed.push_back(unset(cell(3, column, metricRow)));
+    for (const int column : {1, 2, 3, 4, 5})
+        removed.push_back(unset(cell(4, column, metricRow)));
+    EXPECT_EQ(publications(), removed);
+
+    check.reset();
+    ASSERT_TRUE(service.waitForDisconnections(1));
+    EXPECT_THAT(publicationsSoFar(), ElementsAre(unset(cell(1, 3, checkRow)), unset(cell(1, 4, checkRow))));
+}
+
+TEST_F(HealthCheck, DestroyWithdrawsTheRowsOfMetricsThatWereNotRemoved)
+{
+    start();
+    CheckPointer check = makeCheck("app", "hc");
+    ScalarMetric* cpu = check->createScalarMetric("cpu");
+    check->update();
+    publications();
+    check.reset();
+    ASSERT_TRUE(service.waitForDisconnections(1));
+    std::vector<std::string> expected;
+    for (const int column : {2, 3, 4, 5})
+        expected.push_back(unset(cell(2, column, metricRow)));
+    for (const int column : {1, 2})
+        expected.push_back(unset(cell(3, column, metricRow)));
+    for (const int column : {1, 2, 3, 4, 5})
+        expected.push_back(unset(cell(4, column, metricRow)));
+    for (const int column : {3, 4})
+        expected.push_back(unset(cell(1, column, checkRow)));
+    EXPECT_EQ(publicationsSoFar(), expected);
+    cpu->remove();
+}
+
+TEST_F(HealthCheck, AMetricWithoutPerformanceDataIsPublishedWithoutIt)
+{
+    start();
+    const CheckPointer check = makeCheck("app", "hc");
+    ScalarMetric* cpu = check->createScalarMetric("cpu");
+    cpu->setPerformanceDataEnabled(false);
+    publications();
+    check->update();
+    EXPECT_THAT(publications(),
+                ElementsAre(set(cell(1, 3, checkRow), 0), set(cell(1, 4, checkRow), ""),
+                            set(cell(3, 1, metricRow), 0), set(cell(3, 2, metricRow), "cpu is 0.")));
+    cpu->remove();
+}
+
+TEST_F(HealthCheck, PerformanceDataThatIsSwitchedOffLosesItsRowWithTheNextUpdate)
+{
+    start();
+    const CheckPointer check = makeCheck("app", "hc");
+    ScalarMetric* cpu = check->createScalarMetric("cpu");
+    check->update();
+    cpu->setPerformanceDataEnabled(false);
+    publications();
+    check->update();
+    std::vector<std::string> lines = publications();
+    ASSERT_EQ(lines.size(), 9u);
+    lines.erase(lines.begin(), lines.begin() + 4);
+    EXPECT_THAT(lines, ElementsAre(unset(cell(4, 1, metricRow)), unset(cell(4, 2, metricRow)),
+                                   unset(cell(4, 3, metricRow)), unset(cell(4, 4, metricRow)),
+                                   unset(cell(4, 5, metricRow))));
+    cpu->remove();
+}
+
+TEST_F(HealthCheck, AManagementHandlerIsReachedUntilItIsUnregistered)
+{
+    start();
+    support::Recorder recorder;
+    support::RecordingManagementHandler handler(recorder);
+    const CheckPointer check = makeCheck("app", "hc");
+    EXPECT_EQ(validate(cell(5, 3, checkRow), 2), "answer 1 to " + set(cell(5, 3, checkRow), 2));
+    check->registerManagementHandler(&handler);
+    publications();
+    EXPECT_EQ(validate(cell(5, 3, checkRow), 2), "answer 0 to " + set(cell(5, 3, checkRow), 2));
+    commit(cell(5, 3, checkRow), 2);
+    commit(cell(5, 3, checkRow), 5);
+    commit(cell(5, 5, checkRow), "");
+    commit(cell(5, 5, checkRow), "run");
+    EXPECT_THAT(recorder.lines(), ElementsAre("function 3", "function 5 \"\""));
+    EXPECT_THAT(publications(), ElementsAre(set(cell(5, 3, checkRow), 1), set(cell(5, 3, checkRow), 1),
+                                            set(cell(5, 5, checkRow), ""), set(cell(5, 5, checkRow), "")));
+    check->unregisterManagementHandler();
+    commit(cell(5, 3, checkRow), 2);
+    EXPECT_EQ(recorder.lines().size(), 2u);
+}
+
+TEST_F(HealthCheck, AManagementFunctionMayUpdateTheCheck)
+{
+    start();
+    support::Recorder recorder;
+    support::RecordingManagementHandler handler(recorder);
+    const CheckPointer check = makeCheck("app", "hc");
+    handler.onCall = [&] { check->update(); };
+    check->registerManagementHandler(&handler);
+    publications();
+    commit(cell(5, 1, checkRow), 2);
+    EXPECT_THAT(publications(), ElementsAre(set(cell(1, 3, checkRow), 3), set(cell(1, 4, checkRow), " - "),
+                                            set(cell(5, 1, checkRow), 1)));
+    check->unregisterManagementHandler();
+}
+
+// --- The library's life
+
+TEST_F(HealthCheck, TheFirstCheckStartsTheLibraryAndTheLastOneStopsIt)
+{
+    CheckPointer first = makeCheck("app", "1");
+    CheckPointer second = makeCheck("app", "2");
+    EXPECT_TRUE(log.contains("[VigilSnmp::init] Initializing vigilsnmpif."));
+    settle();
+    EXPECT_EQ(service.connections(), 1);
+    first.reset();
+    settle();
+    second.reset();
+    EXPECT_TRUE(service.waitForDisconnections(1));
+    EXPECT_EQ(log.count("[VigilSnmp::cleanup] Cleanup."), 1);
+
+    CheckPointer third = makeCheck("app", "3");
+    settle();
+    EXPECT_EQ(service.connections(), 2);
+    EXPECT_EQ(log.count("[VigilSnmp::init] Initializing vigilsnmpif."), 2);
+}
+
+TEST_F(HealthCheck, AfterTheFacadesCleanupChecksComeAndGoWithoutTouchingAnything)
+{
+    start();
+    CheckPointer first = makeCheck("app", "1");
+    publications();
+    facade.cleanup();
+    CheckPointer second = makeCheck("app", "2");
+    second->createScalarMetric("cpu")->remove();
+    second->update();
+    second.reset();
+    first->update();
+    first.reset();
+    ASSERT_TRUE(service.waitForDisconnections(1));
+    EXPECT_THAT(publicationsSoFar(), IsEmpty());
+    EXPECT_EQ(service.connections(), 1);
+}
+
+} // namespace

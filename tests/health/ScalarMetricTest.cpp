@@ -1,0 +1,259 @@
+#include <vigil/ScalarMetric.h>
+
+#include <cmath>
+
+#include <vigil/HealthCheck.h>
+#include <vigil/Oid.h>
+
+#include "health/HealthCheckImpl.h"
+#include "health/ScalarMetricImpl.h"
+#include "support/CheckPointer.h"
+#include "support/LibraryTest.h"
+#include "support/QtMessages.h"
+#include "support/RecordingRangeHandler.h"
+
+using support::cell;
+using support::CheckPointer;
+using support::makeCheck;
+using support::QtMessages;
+using support::set;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using vigil::HealthStatus;
+using vigil::Range;
+using vigil::Result;
+
+namespace {
+
+const std::vector<std::string> metricRow = {"app", "hc", "cpu"};
+const std::string warningCell = cell(2, 3, metricRow);
+const std::string criticalCell = cell(2, 4, metricRow);
+
+class ScalarMetric : public support::LibraryTest
+{
+protected:
+    ~ScalarMetric() override { metric->remove(); }
+
+    Result evaluated() const
+    {
+        check->update();
+        std::vector<Result> results;
+        check->getResults(results);
+        return results.at(0);
+    }
+
+    Result evaluatedWith(double value) const
+    {
+        metric->setValue(value);
+        return evaluated();
+    }
+
+    support::Recorder recorder;
+    support::RecordingRangeHandler handler{recorder};
+    const CheckPointer check = makeCheck("app", "hc");
+    vigil::ScalarMetric* const metric = check->createScalarMetric("cpu");
+};
+
+// --- Evaluation
+
+TEST_F(ScalarMetric, ANewMetricIsOkWithAValueOf0AndItsRangesAreOff)
+{
+    EXPECT_EQ(metric->getValue(), 0);
+    EXPECT_EQ(metric->getUnit(), "");
+    EXPECT_EQ(metric->getWarningRange().toString(), "off");
+    EXPECT_EQ(metric->getCriticalRange().toString(), "off");
+    const Result result = evaluated();
+    EXPECT_EQ(result.getName(), "cpu");
+    EXPECT_EQ(result.getStatus(), HealthStatus::Ok);
+    EXPECT_EQ(result.getSummary(), "cpu is 0.");
+}
+
+TEST_F(ScalarMetric, ANewMetricsPerformanceDataHasRangesThatAreOff)
+{
+    settle();
+    publications();
+    check->update();
+    std::vector<std::string> lines = publications();
+    ASSERT_EQ(lines.size(), 9u);
+    lines.erase(lines.begin(), lines.begin() + 4);
+    EXPECT_THAT(lines, ElementsAre(set(cell(4, 1, metricRow), "cpu"), set(cell(4, 2, metricRow), "0"),
+                                   set(cell(4, 3, metricRow), ""), set(cell(4, 4, metricRow), "off"),
+                                   set(cell(4, 5, metricRow), "off")));
+}
+
+TEST_F(ScalarMetric, IsJudgedByTheCriticalRangeFirst)
+{
+    metric->setUnit("%");
+    metric->setCriticalRange(Range::CreateThresholdAbove(95));
+    metric->setWarningRange(Range::CreateThresholdAbove(80));
+    EXPECT_EQ(evaluatedWith(50).getStatus(), HealthStatus::Ok);
+    EXPECT_EQ(evaluated().getSummary(), "cpu is 50%.");
+    EXPECT_EQ(evaluatedWith(80).getStatus(), HealthStatus::Ok);
+    EXPECT_EQ(evaluatedWith(85).getStatus(), HealthStatus::Warning);
+    EXPECT_EQ(evaluated().getSummary(), "out of warning range: cpu is 85%.");
+    EXPECT_EQ(evaluatedWith(97.5).getStatus(), HealthStatus::Critical);
+    EXPECT_EQ(evaluated().getSummary(), "out of critical range: cpu is 97.5%.");
+}
+
+TEST_F(ScalarMetric, WithACriticalRangeAloneThereIsNoWarning)
+{
+    metric->setCriticalRange(Range::CreateRange(10, 20));
+    EXPECT_EQ(evaluatedWith(9.99).getStatus(), HealthStatus::Critical);
+    EXPECT_EQ(evaluatedWith(10).getStatus(), HealthStatus::Ok);
+    EXPECT_EQ(evaluatedWith(20).getStatus(), HealthStatus::Ok);
+    EXPECT_EQ(evaluatedWith(20.01).getStatus(), HealthStatus::Critical);
+}
+
+TEST_F(ScalarMetric, ANarrowerCriticalRangeWinsOverTheWarningRange)
+{
+    metric->setCriticalRange(Range::CreateThresholdAbove(10));
+    metric->setWarningRange(Range::CreateThresholdAbove(80));
+    EXPECT_EQ(evaluatedWith(50).getStatus(), HealthStatus::Critical);
+    EXPECT_EQ(evaluatedWith(90).getStatus(), HealthStatus::Critical);
+}
+
+TEST_F(ScalarMetric, ARangeThatIsUnsetMatchesEverything)
+{
+    metric->setCriticalRange(Range());
+    metric->setWarningRange(Range());
+    EXPECT_EQ(evaluatedWith(-1e300).getStatus(), HealthStatus::Ok);
+}
+
+TEST_F(ScalarMetric, ValuesPrintWithSixSignificantDigits)
+{
+    EXPECT_EQ(evaluatedWith(1234567).getSummary(), "cpu is 1.23457e+06.");
+    EXPECT_EQ(evaluatedWith(0.1).getSummary(), "cpu is 0.1.");
+    EXPECT_EQ(evaluatedWith(-2).getSummary(), "cpu is -2.");
+}
+
+TEST_F(ScalarMetric, PlaceholdersInNameAndUnitAreReplacedInTheirOrder)
+{
+    metric->setUnit("{name}{value}");
+    EXPECT_EQ(evaluated().getSummary(), "cpu is 0{name}{value}.");
+    vigil::ScalarMetric* odd = check->createScalarMetric("a {value}{unit}{other}");
+    odd->setUnit(" \xC2\xB5s");
+    EXPECT_EQ(evaluated().getSummary(), "a 0 \xC2\xB5s{other} is 0 \xC2\xB5s.");
+    odd->remove();
+}
+
+TEST_F(ScalarMetric, CreationIsToldOnTheDebugOutput)
+{
+    const QtMessages messages;
+    vigil::ScalarMetric* other = check->createScalarMetric("other");
+    EXPECT_TRUE(messages.all().contains(QStringLiteral("ScalarMetricImpl::ScalarMetricImpl Ctor\n")));
+    other->remove();
+}
+
+TEST_F(ScalarMetric, ValueAndPerformanceSwitchAreNotPushed)
+{
+    settle();
+    publications();
+    metric->setValue(5);
+    metric->setPerformanceDataEnabled(false);
+    EXPECT_THAT(publications(), IsEmpty());
+}
+
+// --- The manager's changes
+
+TEST_F(ScalarMetric, WithoutAHandlerEveryRangeChangeIsRefused)
+{
+    settle();
+    EXPECT_EQ(validate(warningCell, "10:20"), "answer 1 to " + set(warningCell, "10:20"));
+    auto& observer = dynamic_cast<RemoteMetricObserver&>(*metric);
+    EXPECT_FALSE(observer.checkRangeChange(RangeKind::Warning, Range::CreateNoLimit()));
+    observer.onRangeChanged(RangeKind::Warning);
+    EXPECT_EQ(observer.getMetric().getName(), "cpu");
+}
+
+TEST_F(ScalarMetric, AHandlerMakesTheRowWritableAndColumn5ShowsIt)
+{
+    settle();
+    publications();
+    metric->setRangeChangeHandler(&handler);
+    EXPECT_THAT(publications(), ElementsAre(set(cell(2, 5, metricRow), 1)));
+    metric->clearRangeChangeHandler();
+    EXPECT_THAT(publications(), ElementsAre(set(cell(2, 5, metricRow), 0)));
+    EXPECT_EQ(validate(warningCell, "10:20"), "answer 1 to " + set(warningCell, "10:20"));
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+}
+
+TEST_F(ScalarMetric, ACommittedRangeChangesTheMetricWithoutPublishingAnything)
+{
+    settle();
+    metric->setRangeChangeHandler(&handler);
+    metric->setValue(30);
+    publications();
+    EXPECT_EQ(validate(warningCell, "10:20"), "answer 0 to " + set(warningCell, "10:20"));
+    EXPECT_EQ(metric->getWarningRange().toString(), "off");
+    commit(warningCell, "10:20");
+    EXPECT_EQ(metric->getWarningRange().toString(), "10:20");
+    EXPECT_EQ(metric->getCriticalRange().toString(), "off");
+    commit(criticalCell, "~:95");
+    EXPECT_EQ(metric->getCriticalRange().toString(), "~:95");
+    EXPECT_THAT(recorder.lines(),
+                ElementsAre("cpu accepts warning 10:20", "cpu changed warning", "cpu changed critical"));
+    EXPECT_THAT(publications(), IsEmpty());
+    EXPECT_EQ(evaluated().getStatus(), HealthStatus::Warning);
+}
+
+TEST_F(ScalarMetric, ARangeCanBeRepublishedFromInsideRangeChanged)
+{
+    settle();
+    handler.onChanged = [](vigil::ScalarMetric& changed) {
+        changed.setWarningRange(changed.getWarningRange());
+    };
+    metric->setRangeChangeHandler(&handler);
+    publications();
+    commit(warningCell, "10:20");
+    EXPECT_THAT(publications(), ElementsAre(set(cell(2, 2, metricRow), ""), set(warningCell, "10:20"),
+                                            set(criticalCell, "off")));
+}
+
+TEST_F(ScalarMetric, ARangeThatTheHandlerRefusesChangesNothing)
+{
+    settle();
+    handler.accepts = false;
+    metric->setRangeChangeHandler(&handler);
+    const QtMessages messages;
+    EXPECT_EQ(validate(warningCell, "10:20"), "answer 1 to " + set(warningCell, "10:20"));
+    EXPECT_EQ(validate(criticalCell, "abc"), "answer 1 to " + set(criticalCell, "abc"));
+    EXPECT_EQ(metric->getWarningRange().toString(), "off");
+    EXPECT_THAT(recorder.lines(), ElementsAre("cpu accepts warning 10:20"));
+    EXPECT_TRUE(messages.all().contains(
+        QStringLiteral("Client invalidated requested range change. Ignore SET request.\n")));
+}
+
+TEST_F(ScalarMetric, AMetricCreatedAgainUnderItsNameIsNoLongerWritable)
+{
+    settle();
+    metric->setRangeChangeHandler(&handler);
+    vigil::ScalarMetric* newer = check->createScalarMetric("cpu");
+    EXPECT_EQ(validate(warningCell, "10:20"), "answer 1 to " + set(warningCell, "10:20"));
+    commit(warningCell, "10:20");
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+    EXPECT_EQ(metric->getWarningRange().toString(), "off");
+    newer->remove();
+}
+
+TEST_F(ScalarMetric, ARemovedMetricsHandlerIsNotAskedAgain)
+{
+    settle();
+    vigil::ScalarMetric* other = check->createScalarMetric("other");
+    other->setRangeChangeHandler(&handler);
+    other->remove();
+    const std::string otherCell = cell(2, 3, {"app", "hc", "other"});
+    EXPECT_EQ(validate(otherCell, "10:20"), "answer 1 to " + set(otherCell, "10:20"));
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+}
+
+TEST_F(ScalarMetric, IntegersOnItsRowAreAcceptedAndIgnored)
+{
+    settle();
+    metric->setRangeChangeHandler(&handler);
+    EXPECT_EQ(validate(warningCell, 5), "answer 0 to " + set(warningCell, 5));
+    commit(warningCell, 5);
+    EXPECT_EQ(metric->getWarningRange().toString(), "off");
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+}
+
+} // namespace
