@@ -32,9 +32,9 @@ class SimpleMetric;
 /// one stops them.
 ///
 /// Failure: nothing is reported, and nothing blocks on the network: without an SNMP service the values are
-/// kept and published when it appears. registerManagementHandler(), unregisterManagementHandler() and
-/// destroy() do nothing when called from inside one of the library's callbacks, apart from an error line in
-/// the log.
+/// kept and published when it appears. createSimpleMetric(), createScalarMetric(),
+/// registerManagementHandler(), unregisterManagementHandler() and destroy() do nothing when called from
+/// inside one of the library's callbacks, apart from an error line in the log.
 class VIGIL_EXPORT HealthCheck
 {
 public:
@@ -43,6 +43,7 @@ public:
     HealthCheck& operator=(const HealthCheck& other);
 
     /// Create a metric and announce its row. When the name is taken the check sees only the newer metric.
+    /// Null when called from inside one of the library's callbacks.
     virtual SimpleMetric* createSimpleMetric(const std::string& name) = 0;
     virtual ScalarMetric* createScalarMetric(const std::string& name) = 0;
 

@@ -54,11 +54,15 @@ void HealthCheckImpl::destroy()
 
 vigil::SimpleMetric* HealthCheckImpl::createSimpleMetric(const std::string& name)
 {
+    if (CallbackStoreLock::refuseInsideCallback("HealthCheck::createSimpleMetric"))
+        return nullptr;
     return announce(SimpleMetricImpl::create(name, m_store));
 }
 
 vigil::ScalarMetric* HealthCheckImpl::createScalarMetric(const std::string& name)
 {
+    if (CallbackStoreLock::refuseInsideCallback("HealthCheck::createScalarMetric"))
+        return nullptr;
     return announce(ScalarMetricImpl::create(name, m_store));
 }
 

@@ -7,7 +7,6 @@
 #include <vigil/Metric.h>
 #include <vigil/Range.h>
 
-#include "client/CallbackStoreLock.h"
 #include "client/VigilSnmp.h"
 #include "snmp/ManagementCallbackAdapter.h"
 #include "snmp/RangeCallbackAdapter.h"
@@ -84,9 +83,6 @@ void SnmpConnector::addMetric(const std::string& name)
 {
     // A metric of this name may be there already, with a callback that must leave the store before its row
     // goes.
-    if (m_metricTable.hasRowCallback(name) &&
-        CallbackStoreLock::refuseInsideCallback("SnmpConnector::addMetric"))
-        return;
     m_metricTable.removeRowCallback(name);
     m_metricTable.createRow(name);
     m_metricTable.setIntColumn(name, SnmpMetricTable::remoteChangeIndex, 0);
