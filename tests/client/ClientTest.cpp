@@ -4,11 +4,9 @@
 
 #include <QDeadlineTimer>
 #include <QMetaMethod>
-#include <QPointer>
 #include <QThread>
 #include <QTimer>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>

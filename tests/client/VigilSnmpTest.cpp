@@ -1,15 +1,16 @@
 #include "client/VigilSnmp.h"
 
-#include <QDeadlineTimer>
 #include <QSemaphore>
-#include <QThread>
 
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
+#include <stdexcept>
+#include <string>
 #include <thread>
-#include <utility>
+#include <vector>
 
 #include "base/DataType.h"
 #include "base/SnmpResponse.h"

@@ -1,12 +1,9 @@
 #include <vigil/ScalarMetric.h>
 
-#include <cmath>
-
 #include <vigil/HealthCheck.h>
-#include <vigil/Oid.h>
 
-#include "health/HealthCheckImpl.h"
-#include "health/ScalarMetricImpl.h"
+#include "base/DataType.h"
+#include "snmp/RemoteMetricObserver.h"
 #include "support/CheckPointer.h"
 #include "support/LibraryTest.h"
 #include "support/QtMessages.h"
@@ -254,6 +251,26 @@ TEST_F(ScalarMetric, IntegersOnItsRowAreAcceptedAndIgnored)
     commit(warningCell, 5);
     EXPECT_EQ(metric->getWarningRange().toString(), "off");
     EXPECT_THAT(recorder.lines(), IsEmpty());
+}
+
+TEST_F(ScalarMetric, TheManagersChangesMayComeWhileTheApplicationUpdates)
+{
+    settle();
+    handler.onChanged = [](vigil::ScalarMetric& changed) {
+        changed.setWarningRange(changed.getWarningRange());
+    };
+    metric->setRangeChangeHandler(&handler);
+    constexpr int count = 200;
+    for (int i = 0; i < count; ++i) {
+        service.send(base::SnmpStringType, support::encodedString(warningCell, "~:" + std::to_string(i)),
+                     base::PlainValue);
+        metric->setValue(i);
+        metric->setUnit("%");
+        check->update();
+    }
+    commit(warningCell, "10:20");
+    EXPECT_EQ(recorder.lines().size(), static_cast<std::size_t>(count) + 1);
+    EXPECT_EQ(metric->getWarningRange().toString(), "10:20");
 }
 
 } // namespace

@@ -94,6 +94,19 @@ TEST_F(SimpleMetric, ANewMetricsRowIsAnnouncedBeforeItIsFilled)
     other->remove();
 }
 
+// Its template is set in its constructor, before the row is announced.
+TEST_F(SimpleMetric, AMetricCreatedAgainFillsTheOldRowBeforeItIsAnnouncedAnew)
+{
+    settle();
+    publications();
+    vigil::SimpleMetric* newer = check->createSimpleMetric("db");
+    const std::vector<std::string> row = {set(cell(2, 2, metricRow), ""), set(cell(2, 3, metricRow), ""),
+                                          set(cell(2, 4, metricRow), "")};
+    EXPECT_THAT(publications(),
+                ElementsAre(row[0], row[1], row[2], set(cell(2, 5, metricRow), 0), row[0], row[1], row[2]));
+    newer->remove();
+}
+
 TEST_F(SimpleMetric, InfoAndTemplatePushTheRowStatusAndSwitchDoNot)
 {
     settle();
