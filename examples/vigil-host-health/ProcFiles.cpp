@@ -159,6 +159,7 @@ std::vector<Mount> selectDisks(const std::vector<Mount>& mounts)
             known->second = mount;
     }
     std::vector<Mount> disks;
+    disks.reserve(best.size());
     for (const auto& entry : best)
         disks.push_back(entry.second);
     if (disks.empty())
