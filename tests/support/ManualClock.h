@@ -1,0 +1,56 @@
+#ifndef VIGIL_SUPPORT_MANUALCLOCK_H
+#define VIGIL_SUPPORT_MANUALCLOCK_H
+
+#include <QPointer>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <utility>
+
+#include "agent/Clock.h"
+
+namespace support {
+
+/// A clock that stands still until the test moves it.
+class ManualClock : public agent::Clock
+{
+public:
+    qint64 elapsedMs() const override { return m_elapsedMs; }
+    QDateTime nowUtc() const override { return m_start.addMSecs(m_elapsedMs); }
+
+    void callAfter(qint64 delayMs, QObject* context, std::function<void()> call) override
+    {
+        m_calls.emplace(m_elapsedMs + std::max(delayMs, qint64(0)), Call{context, std::move(call)});
+    }
+
+    /// Makes every call that becomes due on the way, in order, at its own time.
+    void advance(qint64 ms)
+    {
+        const qint64 end = m_elapsedMs + ms;
+        while (!m_calls.empty() && m_calls.begin()->first <= end) {
+            const auto due = m_calls.begin();
+            m_elapsedMs = std::max(m_elapsedMs, due->first);
+            const Call call = std::move(due->second);
+            m_calls.erase(due);
+            if (call.context)
+                call.run();
+        }
+        m_elapsedMs = end;
+    }
+
+private:
+    struct Call
+    {
+        QPointer<QObject> context;
+        std::function<void()> run;
+    };
+
+    const QDateTime m_start = QDateTime(QDate(2026, 1, 31), QTime(12, 34, 56), Qt::UTC);
+    qint64 m_elapsedMs = 0;
+    std::multimap<qint64, Call> m_calls;
+};
+
+} // namespace support
+
+#endif
