@@ -1,16 +1,11 @@
 #include "SnmpEngine.h"
 
-#include <QAbstractEventDispatcher>
 #include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
 #include <cstring>
 
-#include <syslog.h>
-
-#include "Log.h"
 #include "NetSnmp.h"
 
 // Part of the agent library, which declares it in no header that is installed.
@@ -25,50 +20,6 @@ constexpr char applicationName[] = "vigil-agent";
 // Without a configuration file: reading from this host, below the enterprise's root.
 const char* const defaultAccess[] = {"rocommunity public 127.0.0.0/8 .1.3.6.1.4.1.32473",
                                      "rocommunity6 public ::1/128 .1.3.6.1.4.1.32473"};
-
-/// The set of descriptors that select() would be given; Net-SNMP knows no other way to name them.
-class DescriptorSet
-{
-public:
-    DescriptorSet() { netsnmp_large_fd_set_init(&m_set, FD_SETSIZE); }
-    ~DescriptorSet() { netsnmp_large_fd_set_cleanup(&m_set); }
-    DescriptorSet(const DescriptorSet&) = delete;
-    DescriptorSet& operator=(const DescriptorSet&) = delete;
-
-    netsnmp_large_fd_set* get() { return &m_set; }
-    void insert(int descriptor) { netsnmp_large_fd_setfd(descriptor, &m_set); }
-    bool contains(int descriptor) { return netsnmp_large_fd_is_set(descriptor, &m_set); }
-
-private:
-    netsnmp_large_fd_set m_set;
-};
-
-QString pendingLine; // Net-SNMP logs some lines in pieces
-
-int writeNetSnmpLog(int, int, void* data, void*)
-{
-    const auto* message = static_cast<const snmp_log_message*>(data);
-    pendingLine += QString::fromUtf8(message->msg);
-    int end = 0;
-    while ((end = pendingLine.indexOf(QLatin1Char('\n'))) >= 0) {
-        const QString line = QStringLiteral("Net-SNMP: %1").arg(pendingLine.left(end));
-        pendingLine.remove(0, end + 1);
-        if (message->priority <= LOG_ERR)
-            log::error(line);
-        else if (message->priority == LOG_WARNING)
-            log::warning(line);
-        else if (message->priority <= LOG_INFO)
-            log::detail([&line]() -> const QString& { return line; });
-    }
-    return 0;
-}
-
-void bridgeLog()
-{
-    snmp_disable_log();
-    snmp_enable_calllog();
-    snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, &writeNetSnmpLog, nullptr);
-}
 
 /// Net-SNMP has no switch for every file that it looks for or leaves behind; directory takes the rest.
 void keepToItself(const QByteArray& directory)
@@ -100,15 +51,11 @@ int readOurConfiguration(int, int, void*, void* configFile)
 
 } // namespace
 
-SnmpEngine::SnmpEngine(const Settings& settings) : m_settings(settings)
-{
-    m_timer.setSingleShot(true);
-    connect(&m_timer, &QTimer::timeout, this, &SnmpEngine::handleTimeout);
-}
+SnmpEngine::SnmpEngine(const Settings& settings) : m_settings(settings) {}
 
 SnmpEngine::~SnmpEngine()
 {
-    unwatchAll();
+    m_eventLoop.stop();
     if (!m_isInitialised)
         return;
     snmp_shutdown(applicationName);
@@ -131,7 +78,7 @@ QString SnmpEngine::initialise()
     QString problem = configurationProblem();
     if (!problem.isEmpty())
         return problem;
-    bridgeLog();
+    NetSnmpEventLoop::bridgeLog();
     keepToItself(QFile::encodeName(m_directory.path()));
     const QByteArray path = QFile::encodeName(QFileInfo(m_settings.configFile).absoluteFilePath());
     char* argument = m_settings.configFile.isEmpty() ? nullptr : strdup(path.constData());
@@ -157,73 +104,8 @@ QString SnmpEngine::listen()
                    "cannot serve on %1: the address is in use, is not one of this host's, or needs "
                    "privileges (a port below 1024)")
             .arg(m_settings.address);
-    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
-            &SnmpEngine::prepareToWait);
+    m_eventLoop.start();
     return QString();
-}
-
-// Asked for anew before every wait: sessions come and go, and a new one may have an old one's number.
-void SnmpEngine::prepareToWait()
-{
-    DescriptorSet wanted;
-    int count = 0;
-    int isUnlimited = 1;
-    timeval limit = {};
-    snmp_select_info2(&count, wanted.get(), &limit, &isUnlimited);
-
-    std::vector<int> descriptors;
-    for (int descriptor = 0; descriptor < count && !m_paused(); ++descriptor) {
-        if (wanted.contains(descriptor))
-            descriptors.push_back(descriptor);
-    }
-    watch(descriptors);
-    if (isUnlimited)
-        m_timer.stop();
-    else
-        m_timer.start(static_cast<int>(limit.tv_sec * 1000 + (limit.tv_usec + 999) / 1000));
-}
-
-void SnmpEngine::watch(const std::vector<int>& descriptors)
-{
-    const bool isUnchanged = std::equal(
-        m_notifiers.begin(), m_notifiers.end(), descriptors.begin(), descriptors.end(),
-        [](const QSocketNotifier* notifier, int descriptor) { return notifier->socket() == descriptor; });
-    if (isUnchanged)
-        return;
-    unwatchAll();
-    for (const int descriptor : descriptors) {
-        auto* notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
-        connect(notifier, &QSocketNotifier::activated, this,
-                [this, descriptor] { handleReadable(descriptor); });
-        m_notifiers.push_back(notifier);
-    }
-}
-
-void SnmpEngine::unwatchAll()
-{
-    for (QSocketNotifier* notifier : m_notifiers) {
-        notifier->setEnabled(false);
-        notifier->deleteLater(); // this may be its own signal
-    }
-    m_notifiers.clear();
-}
-
-void SnmpEngine::handleReadable(int descriptor)
-{
-    if (m_paused())
-        return;
-    DescriptorSet readable;
-    readable.insert(descriptor);
-    snmp_read2(readable.get());
-    netsnmp_check_outstanding_agent_requests();
-    prepareToWait(); // at once: a descriptor that has just been closed must not be polled again
-}
-
-void SnmpEngine::handleTimeout()
-{
-    snmp_timeout();
-    run_alarms();
-    netsnmp_check_outstanding_agent_requests();
 }
 
 } // namespace agent
