@@ -6,9 +6,11 @@
 #include "ApplicationServer.h"
 #include "CellStore.h"
 #include "Options.h"
+#include "ServedCells.h"
 #include "SetCoordinator.h"
 #include "SnmpEngine.h"
 #include "SubtreeHandler.h"
+#include "SystemClock.h"
 
 namespace agent {
 
@@ -26,8 +28,10 @@ public:
 
 private:
     const Options m_options;
+    SystemClock m_clock;
     CellStore m_store;
-    ApplicationServer m_applications{m_store};
+    ServedCells m_cells{m_store, m_clock};
+    ApplicationServer m_applications{m_cells, m_clock};
     SetCoordinator m_coordinator;
     SubtreeHandler m_handler{m_store, m_coordinator};
     SnmpEngine m_engine; // last: goes first, and with it whatever Net-SNMP still holds of the others

@@ -29,12 +29,17 @@ ObjectId identifierOf(const std::string& text)
 
 } // namespace
 
-ApplicationConnection::ApplicationConnection(QTcpSocket* socket, OwnerId owner, QObject* parent)
+ApplicationConnection::ApplicationConnection(QTcpSocket* socket, OwnerId owner, const Clock& clock,
+                                             QObject* parent)
     : QObject(parent),
       m_socket(socket),
-      m_owner(owner),
+      m_clock(clock),
       m_peer(QStringLiteral("%1:%2").arg(socket->peerAddress().toString()).arg(socket->peerPort()))
 {
+    m_info.number = owner;
+    m_info.address = socket->peerAddress();
+    m_info.port = socket->peerPort();
+    m_info.since = clock.nowUtc();
     m_socket->setParent(this);
     m_socket->setReadBufferSize(maxBurst);
     connect(m_socket, &QTcpSocket::readyRead, this, &ApplicationConnection::readFrames);
@@ -43,7 +48,7 @@ ApplicationConnection::ApplicationConnection(QTcpSocket* socket, OwnerId owner, 
 
 QString ApplicationConnection::name() const
 {
-    return QStringLiteral("application %1 (%2)").arg(m_owner).arg(m_peer);
+    return QStringLiteral("application %1 (%2)").arg(m_info.number).arg(m_peer);
 }
 
 void ApplicationConnection::ask(int number, const ObjectId& id, const CellValue& value)
@@ -64,9 +69,13 @@ void ApplicationConnection::readFrames()
     FrameAssembler::Frame frame;
     FrameAssembler::Result result = m_frames.next(frame);
     while (result == FrameAssembler::Result::Complete) {
+        ++m_info.frames;
+        m_info.lastFrame = m_clock.nowUtc();
         const QString problem = recordProblem(frame);
-        if (!problem.isEmpty())
+        if (!problem.isEmpty()) {
+            countRefusal();
             return closeBecause(problem);
+        }
         result = m_frames.next(frame);
     }
     m_frames.discardTaken();
@@ -91,11 +100,12 @@ void ApplicationConnection::handleRecord(const FrameAssembler::Frame& frame)
 {
     const qint64 callbackId = frame.header.clientCallbackId;
     const int dataType = frame.header.dataType;
-    const bool isValue = callbackId == base::PlainValue || callbackId == base::ValueWithTrap;
+    const bool isNotable = callbackId == base::ValueWithTrap;
+    const bool isValue = callbackId == base::PlainValue || isNotable;
     if (isValue && dataType == base::SnmpIntType) {
-        handleInt(frame.payload);
+        handleInt(frame.payload, isNotable);
     } else if (isValue && dataType == base::SnmpStringType) {
-        handleString(frame.payload);
+        handleString(frame.payload, isNotable);
     } else if (callbackId == base::Validation && dataType == base::SnmpIntResponseType) {
         const base::SnmpIntResponse answer(frame.payload);
         emit answerReceived(answer.varbind.storeType(), answer.errorStatus);
@@ -107,20 +117,20 @@ void ApplicationConnection::handleRecord(const FrameAssembler::Frame& frame)
     }
 }
 
-void ApplicationConnection::handleInt(const QByteArray& payload)
+void ApplicationConnection::handleInt(const QByteArray& payload, bool isNotable)
 {
     const base::SnmpInt record(payload);
     const ObjectId id = identifierOf(record.oid);
     if (record.value.isNull())
         emit unsetReceived(id);
     else
-        emit valueReceived(id, record.value.value());
+        emit valueReceived(id, record.value.value(), isNotable);
 }
 
-void ApplicationConnection::handleString(const QByteArray& payload)
+void ApplicationConnection::handleString(const QByteArray& payload, bool isNotable)
 {
     const base::SnmpString record(payload);
-    emit valueReceived(identifierOf(record.oid), record.value);
+    emit valueReceived(identifierOf(record.oid), record.value, isNotable);
 }
 
 void ApplicationConnection::sendBinding(int callbackId, int storeType, const ObjectId& id,

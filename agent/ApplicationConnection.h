@@ -7,6 +7,8 @@
 #include <string>
 
 #include "CellStore.h"
+#include "Clock.h"
+#include "ConnectionInfo.h"
 #include "FrameAssembler.h"
 
 namespace base {
@@ -31,16 +33,23 @@ class ApplicationConnection : public QObject
     Q_OBJECT
 
 public:
-    ApplicationConnection(QTcpSocket* socket, OwnerId owner, QObject* parent);
+    ApplicationConnection(QTcpSocket* socket, OwnerId owner, const Clock& clock, QObject* parent);
 
     /// How messages call the application.
     QString name() const;
+
+    /// All but the number of cells.
+    const ConnectionInfo& info() const { return m_info; }
+
+    /// Counts a record that whoever listens does not serve.
+    void countRefusal() { ++m_info.recordsRefused; }
 
     void ask(int number, const ObjectId& id, const CellValue& value);
     void commit(const ObjectId& id, const CellValue& value);
 
 signals:
-    void valueReceived(const agent::ObjectId& id, const agent::CellValue& value);
+    /// isNotable: the application wishes a notification about the value.
+    void valueReceived(const agent::ObjectId& id, const agent::CellValue& value, bool isNotable);
     void unsetReceived(const agent::ObjectId& tree);
     void answerReceived(int number, int errorStatus);
     void lost();
@@ -49,8 +58,8 @@ private:
     void readFrames();
     QString recordProblem(const FrameAssembler::Frame& frame);
     void handleRecord(const FrameAssembler::Frame& frame);
-    void handleInt(const QByteArray& payload);
-    void handleString(const QByteArray& payload);
+    void handleInt(const QByteArray& payload, bool isNotable);
+    void handleString(const QByteArray& payload, bool isNotable);
     void sendBinding(int callbackId, int storeType, const ObjectId& id, const CellValue& value);
     void sendRecord(int dataType, int callbackId, const base::DbBaseType& record);
     void closeBecause(const QString& problem);
@@ -58,7 +67,8 @@ private:
 
     QTcpSocket* m_socket;
     FrameAssembler m_frames;
-    const OwnerId m_owner;
+    const Clock& m_clock;
+    ConnectionInfo m_info;
     const QString m_peer;
     quint64 m_sentFrames = 0;
     bool m_isClosing = false;

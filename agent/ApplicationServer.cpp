@@ -18,8 +18,9 @@ QString valueText(const CellValue& value)
 
 } // namespace
 
-ApplicationServer::ApplicationServer(CellStore& store) : m_store(store)
+ApplicationServer::ApplicationServer(ServedCells& cells, const Clock& clock) : m_cells(cells), m_clock(clock)
 {
+    connect(&m_cells, &ServedCells::ownerGone, this, [this](OwnerId owner) { m_lost.erase(owner); });
     connect(&m_server, &QTcpServer::newConnection, this, &ApplicationServer::acceptAll);
 }
 
@@ -35,6 +36,19 @@ QString ApplicationServer::address() const
     return QStringLiteral("%1:%2")
         .arg(isIPv6 ? QStringLiteral("[%1]").arg(host.toString()) : host.toString())
         .arg(m_server.serverPort());
+}
+
+std::vector<ConnectionInfo> ApplicationServer::connections() const
+{
+    std::map<OwnerId, ConnectionInfo> all = m_lost;
+    for (const auto& [owner, connection] : m_connections)
+        all[owner] = connection->info();
+    std::vector<ConnectionInfo> list;
+    for (auto& [owner, info] : all) {
+        info.cells = m_cells.store().countOf(owner);
+        list.push_back(std::move(info));
+    }
+    return list;
 }
 
 void ApplicationServer::ask(OwnerId owner, int number, const ObjectId& id, const CellValue& value)
@@ -69,10 +83,12 @@ void ApplicationServer::acceptAll()
 void ApplicationServer::accept(QTcpSocket* socket)
 {
     const OwnerId owner = ++m_lastOwner;
-    auto* connection = new ApplicationConnection(socket, owner, this);
+    auto* connection = new ApplicationConnection(socket, owner, m_clock, this);
     m_connections[owner] = connection;
     connect(connection, &ApplicationConnection::valueReceived, this,
-            [this, owner](const ObjectId& id, const CellValue& value) { storeValue(owner, id, value); });
+            [this, owner](const ObjectId& id, const CellValue& value, bool isNotable) {
+                storeValue(owner, id, value, isNotable);
+            });
     connect(connection, &ApplicationConnection::unsetReceived, this,
             [this, owner](const ObjectId& tree) { unsetTree(owner, tree); });
     connect(connection, &ApplicationConnection::answerReceived, this,
@@ -81,16 +97,20 @@ void ApplicationServer::accept(QTcpSocket* socket)
     log::detail([&] { return QStringLiteral("%1 has connected").arg(connection->name()); });
 }
 
-void ApplicationServer::storeValue(OwnerId owner, const ObjectId& id, const CellValue& value)
+void ApplicationServer::storeValue(OwnerId owner, const ObjectId& id, const CellValue& value, bool isNotable)
 {
-    if (!canBeServed(owner, id))
+    if (!canBeServed(owner, id)) {
+        m_connections.at(owner)->countRefusal();
         return;
+    }
     log::detail(
         [&] { return QStringLiteral("%1: %2 = %3").arg(nameOf(owner), toText(id), valueText(value)); });
-    const std::optional<OwnerId> previous = m_store.set(id, value, owner);
+    const std::optional<OwnerId> previous = m_cells.publish(owner, id, value);
     if (previous)
         log::warning(QStringLiteral("%1 has taken %2 over from %3; two applications publish the same object")
                          .arg(nameOf(owner), toText(id), nameOf(*previous)));
+    if (isNotable)
+        emit valueChanged(id);
 }
 
 bool ApplicationServer::canBeServed(OwnerId owner, const ObjectId& id)
@@ -114,7 +134,7 @@ bool ApplicationServer::canBeServed(OwnerId owner, const ObjectId& id)
 
 void ApplicationServer::unsetTree(OwnerId owner, const ObjectId& tree)
 {
-    const size_t removed = m_store.unsetTree(tree, owner);
+    const size_t removed = m_cells.unset(owner, tree);
     log::detail([&] {
         return QStringLiteral("%1: %2 unset, cells removed: %3")
             .arg(nameOf(owner), toText(tree))
@@ -124,14 +144,21 @@ void ApplicationServer::unsetTree(OwnerId owner, const ObjectId& tree)
 
 void ApplicationServer::remove(OwnerId owner)
 {
-    const size_t removed = m_store.removeAllOf(owner);
+    ApplicationConnection* connection = m_connections.at(owner);
     log::detail([&] {
-        return QStringLiteral("%1 has disconnected, cells removed: %2").arg(nameOf(owner)).arg(removed);
+        return QStringLiteral("%1 has disconnected, cells left behind: %2")
+            .arg(connection->name())
+            .arg(m_cells.store().countOf(owner));
     });
-    m_connections.at(owner)->deleteLater();
+    ConnectionInfo& info = m_lost[owner] = connection->info();
+    info.state = ConnectionInfo::State::Lost;
+    info.since = m_clock.nowUtc();
+    connection->deleteLater();
     m_connections.erase(owner);
     m_refused.erase(m_refused.lower_bound({owner, ObjectId()}),
                     m_refused.lower_bound({owner + 1, ObjectId()}));
+    if (!m_cells.lose(owner))
+        m_lost.erase(owner);
     emit lost(owner);
 }
 

@@ -7,27 +7,32 @@
 
 #include <map>
 #include <set>
+#include <vector>
 
 #include "CellOwners.h"
 #include "CellStore.h"
+#include "Clock.h"
+#include "ConnectionInfo.h"
+#include "ServedCells.h"
 
 namespace agent {
 
 class ApplicationConnection;
 
-/// Accepts the applications of this host and keeps what they publish in the store.
+/// Accepts the applications of this host and hands on what they publish.
 ///
-/// Purpose: one ApplicationConnection for each application. When a connection ends, its cells go.
+/// Purpose: one ApplicationConnection for each application, and what there is to know about it for as long as
+/// it has cells.
 ///
 /// Threads: the agent has one.
-/// Ownership: the store must outlive the server, which owns the connections.
+/// Ownership: cells and clock must outlive the server, which owns the connections.
 /// Failure: what is wrong with one connection ends that one alone.
 class ApplicationServer : public QObject, public CellOwners
 {
     Q_OBJECT
 
 public:
-    explicit ApplicationServer(CellStore& store);
+    ApplicationServer(ServedCells& cells, const Clock& clock);
 
     /// False when the port cannot be had; errorText() says why.
     bool listen(const QHostAddress& host, quint16 port);
@@ -36,27 +41,35 @@ public:
     /// Host and port, as they are now.
     QString address() const;
 
+    /// In the order of their numbers: those that are there, and the lost ones that have cells.
+    std::vector<ConnectionInfo> connections() const;
+
     void ask(OwnerId owner, int number, const ObjectId& id, const CellValue& value) override;
     void commit(OwnerId owner, const ObjectId& id, const CellValue& value) override;
 
 signals:
     void answered(agent::OwnerId owner, int number, int errorStatus);
 
-    /// The owner's cells have left the store.
+    /// The owner can no longer be asked about its cells.
     void lost(agent::OwnerId owner);
+
+    /// A value has arrived for which the application wishes a notification; the cell has it already.
+    void valueChanged(const agent::ObjectId& id);
 
 private:
     void acceptAll();
     void accept(QTcpSocket* socket);
-    void storeValue(OwnerId owner, const ObjectId& id, const CellValue& value);
+    void storeValue(OwnerId owner, const ObjectId& id, const CellValue& value, bool isNotable);
     void unsetTree(OwnerId owner, const ObjectId& tree);
     void remove(OwnerId owner);
     QString nameOf(OwnerId owner) const;
     bool canBeServed(OwnerId owner, const ObjectId& id);
 
     QTcpServer m_server;
-    CellStore& m_store;
+    ServedCells& m_cells;
+    const Clock& m_clock;
     std::map<OwnerId, ApplicationConnection*> m_connections;
+    std::map<OwnerId, ConnectionInfo> m_lost;
     std::set<std::pair<OwnerId, ObjectId>>
         m_refused; // so that each is warned about once, not at every update
     OwnerId m_lastOwner = 0;

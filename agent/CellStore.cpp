@@ -34,28 +34,47 @@ void CellStore::changeValue(const ObjectId& id, CellValue value)
         position->second.value = std::move(value);
 }
 
-size_t CellStore::unsetTree(const ObjectId& tree, OwnerId owner)
+std::vector<ObjectId> CellStore::unsetTree(const ObjectId& tree, OwnerId owner)
 {
+    std::vector<ObjectId> removed;
     const auto owned = m_idsByOwner.find(owner);
     if (owned == m_idsByOwner.end())
-        return 0;
+        return removed;
     OwnedIds& ids = owned->second;
-    const size_t before = ids.size();
     auto position = ids.lower_bound(tree);
     while (position != ids.end() && isInTree(tree, **position)) {
         const auto cell = m_cells.find(**position);
         position = ids.erase(position);
-        m_cells.erase(cell);
+        removed.push_back(std::move(m_cells.extract(cell).key()));
     }
-    const size_t removed = before - ids.size();
     if (ids.empty())
         m_idsByOwner.erase(owned);
     return removed;
 }
 
-size_t CellStore::removeAllOf(OwnerId owner)
+std::vector<ObjectId> CellStore::removeAllOf(OwnerId owner)
 {
     return unsetTree(ObjectId(), owner);
+}
+
+void CellStore::cover(const ObjectId& id, CellValue value)
+{
+    const auto position = m_cells.find(id);
+    if (position != m_cells.end())
+        position->second.cover = std::make_unique<const CellValue>(std::move(value));
+}
+
+void CellStore::uncover(const ObjectId& id)
+{
+    const auto position = m_cells.find(id);
+    if (position != m_cells.end())
+        position->second.cover.reset();
+}
+
+size_t CellStore::countOf(OwnerId owner) const
+{
+    const auto owned = m_idsByOwner.find(owner);
+    return owned == m_idsByOwner.end() ? 0 : owned->second.size();
 }
 
 const Cell* CellStore::find(const ObjectId& id) const

@@ -5,10 +5,12 @@
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "ObjectId.h"
 
@@ -21,14 +23,18 @@ using CellValue = std::variant<int, std::string>;
 
 struct Cell
 {
-    CellValue value;
+    CellValue value; ///< what the owner has published
     OwnerId owner = 0;
+    std::unique_ptr<const CellValue> cover; ///< what the agent knows better
+
+    /// What managers read.
+    const CellValue& served() const { return cover ? *cover : value; }
 };
 
 /// Everything that the applications have published, in the order in which a manager walks it.
 ///
 /// Purpose: maps identifiers to cells. A cell belongs to the last application that wrote it, and only the
-/// owner can take it away.
+/// owner can take it away. The agent can cover a value with another one, which managers read in its place.
 ///
 /// Threads: the agent has one. Ownership: holds its cells by value; pointers to them are good until the next
 /// change.
@@ -38,16 +44,21 @@ public:
     using Cells = std::map<ObjectId, Cell>;
     using Entry = Cells::value_type;
 
-    /// Returns the owner from whom the cell has been taken over, if it had another one.
+    /// Leaves a cover where it is. Returns the owner from whom the cell has been taken over, if it had
+    /// another one.
     std::optional<OwnerId> set(const ObjectId& id, CellValue value, OwnerId owner);
 
     /// Gives an existing cell a new value and leaves it with its owner.
     void changeValue(const ObjectId& id, CellValue value);
 
-    /// Removes the owner's cells at and below tree. Returns how many there were.
-    size_t unsetTree(const ObjectId& tree, OwnerId owner);
+    /// Removes the owner's cells at and below tree. Returns their identifiers.
+    std::vector<ObjectId> unsetTree(const ObjectId& tree, OwnerId owner);
 
-    size_t removeAllOf(OwnerId owner);
+    std::vector<ObjectId> removeAllOf(OwnerId owner);
+
+    /// Both do nothing when there is no such cell.
+    void cover(const ObjectId& id, CellValue value);
+    void uncover(const ObjectId& id);
 
     /// Null when there is no such cell.
     const Cell* find(const ObjectId& id) const;
@@ -59,6 +70,7 @@ public:
     const Entry* findAtOrNext(const ObjectId& id) const;
 
     size_t size() const { return m_cells.size(); }
+    size_t countOf(OwnerId owner) const;
 
 private:
     struct ByTarget

@@ -127,7 +127,7 @@ void SubtreeHandler::handleGet(netsnmp_request_info* requests) const
     for (netsnmp_request_info* request = requests; request; request = request->next) {
         const Cell* cell = m_store.find(objectIdOf(*request->requestvb));
         if (cell)
-            putValue(request->requestvb, cell->value);
+            putValue(request->requestvb, cell->served());
         else
             netsnmp_request_set_error(request, SNMP_NOSUCHINSTANCE);
     }
@@ -143,7 +143,7 @@ void SubtreeHandler::handleGetNext(netsnmp_request_info* requests) const
             continue; // left as it is, Net-SNMP goes on behind the subtree
         const std::vector<oid> name(entry->first.begin(), entry->first.end());
         snmp_set_var_objid(request->requestvb, name.data(), name.size());
-        putValue(request->requestvb, entry->second.value);
+        putValue(request->requestvb, entry->second.served());
     }
 }
 

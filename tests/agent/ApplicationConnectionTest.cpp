@@ -4,6 +4,7 @@
 
 #include "FakeApplication.h"
 #include "agent/ApplicationConnection.h"
+#include "support/ManualClock.h"
 #include "support/RunUntil.h"
 
 using agent::ApplicationConnection;
@@ -19,11 +20,13 @@ protected:
         server.listen(QHostAddress::LocalHost);
         application = std::make_unique<FakeApplication>(server.serverPort());
         server.waitForNewConnection(10'000);
-        connection = std::make_unique<ApplicationConnection>(server.nextPendingConnection(), 1, nullptr);
+        connection =
+            std::make_unique<ApplicationConnection>(server.nextPendingConnection(), 1, clock, nullptr);
         QObject::connect(connection.get(), &ApplicationConnection::lost, connection.get(),
                          [this] { ++losses; });
     }
 
+    support::ManualClock clock;
     QTcpServer server;
     std::unique_ptr<FakeApplication> application;
     std::unique_ptr<ApplicationConnection> connection;

@@ -54,12 +54,12 @@ TEST(CellStore, AnUnsetRemovesTheTreeOfItsSenderAlone)
     store.set({1, 3, 5}, 0, 1);
     store.set({1, 3, 6}, 0, 2);
     store.set({1, 30}, 0, 1);
-    EXPECT_EQ(store.unsetTree({1, 3}, 1), 2u);
+    EXPECT_EQ(store.unsetTree({1, 3}, 1).size(), 2u);
     EXPECT_EQ(store.find({1, 3}), nullptr);
     EXPECT_EQ(store.find({1, 3, 5}), nullptr);
     EXPECT_NE(store.find({1, 3, 6}), nullptr);
     EXPECT_NE(store.find({1, 30}), nullptr);
-    EXPECT_EQ(store.unsetTree({1, 3}, 1), 0u);
+    EXPECT_EQ(store.unsetTree({1, 3}, 1).size(), 0u);
 }
 
 TEST(CellStore, AnUnsetOfACellThatWasTakenOverRemovesNothing)
@@ -67,8 +67,8 @@ TEST(CellStore, AnUnsetOfACellThatWasTakenOverRemovesNothing)
     CellStore store;
     store.set({1}, 0, 1);
     store.set({1}, 0, 2);
-    EXPECT_EQ(store.unsetTree({1}, 1), 0u);
-    EXPECT_EQ(store.unsetTree({1}, 2), 1u);
+    EXPECT_EQ(store.unsetTree({1}, 1).size(), 0u);
+    EXPECT_EQ(store.unsetTree({1}, 2).size(), 1u);
 }
 
 TEST(CellStore, AllCellsOfOneOwnerCanBeRemoved)
@@ -77,8 +77,8 @@ TEST(CellStore, AllCellsOfOneOwnerCanBeRemoved)
     store.set({1}, 0, 1);
     store.set({2}, 0, 2);
     store.set({3}, 0, 1);
-    EXPECT_EQ(store.removeAllOf(1), 2u);
-    EXPECT_EQ(store.removeAllOf(1), 0u);
+    EXPECT_EQ(store.removeAllOf(1).size(), 2u);
+    EXPECT_EQ(store.removeAllOf(1).size(), 0u);
     EXPECT_EQ(store.size(), 1u);
     EXPECT_NE(store.find({2}), nullptr);
 }
@@ -92,4 +92,44 @@ TEST(CellStore, AChangedValueKeepsItsOwner)
     EXPECT_EQ(store.find({1})->owner, 7u);
     store.changeValue({2}, 2);
     EXPECT_EQ(store.size(), 1u);
+}
+
+TEST(CellStore, ACoverIsServedInPlaceOfThePublishedValueUntilItIsTakenAway)
+{
+    CellStore store;
+    store.set({1}, 0, 7);
+    store.cover({1}, 3);
+    store.set({1}, 1, 7);
+    EXPECT_EQ(std::get<int>(store.find({1})->served()), 3);
+    EXPECT_EQ(std::get<int>(store.find({1})->value), 1);
+    store.uncover({1});
+    EXPECT_EQ(std::get<int>(store.find({1})->served()), 1);
+}
+
+TEST(CellStore, ACoverNeedsACell)
+{
+    CellStore store;
+    store.cover({1}, 3);
+    store.uncover({1});
+    EXPECT_EQ(store.size(), 0u);
+}
+
+TEST(CellStore, CountsTheCellsOfEachOwner)
+{
+    CellStore store;
+    store.set({1}, 0, 7);
+    store.set({2}, 0, 7);
+    store.set({2}, 0, 8);
+    EXPECT_EQ(store.countOf(7), 1u);
+    EXPECT_EQ(store.countOf(8), 1u);
+    EXPECT_EQ(store.countOf(9), 0u);
+}
+
+TEST(CellStore, AnUnsetTellsWhichCellsHaveGone)
+{
+    CellStore store;
+    store.set({1, 1}, 0, 7);
+    store.set({1, 2}, 0, 7);
+    store.set({2}, 0, 7);
+    EXPECT_EQ(store.unsetTree({1}, 7), (std::vector<ObjectId>{{1, 1}, {1, 2}}));
 }

@@ -33,6 +33,7 @@ public:
 
     explicit FakeApplication(quint16 port);
 
+    quint16 localPort() const { return m_socket.localPort(); }
     bool isConnected() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
     bool waitForDisconnect();
     void close() { m_socket.disconnectFromHost(); }

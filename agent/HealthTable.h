@@ -1,0 +1,34 @@
+#ifndef VIGIL_AGENT_HEALTHTABLE_H
+#define VIGIL_AGENT_HEALTHTABLE_H
+
+#include <optional>
+
+#include "ObjectId.h"
+
+namespace agent {
+
+/// Where vigilHealthCheckTable has its cells.
+///
+/// Any thread. Failure: none.
+namespace healthTable {
+
+enum class Column : unsigned int { Status = 3, Summary = 4 };
+
+/// The status of a check about which nothing is known.
+constexpr int unknownStatus = 3;
+
+struct Position
+{
+    Column column;
+    ObjectId check; ///< the row's index: the two keys of the check
+};
+
+/// Nothing when id is no cell of the table.
+std::optional<Position> positionOf(const ObjectId& id);
+
+ObjectId cellOf(Column column, const ObjectId& check);
+
+} // namespace healthTable
+} // namespace agent
+
+#endif
