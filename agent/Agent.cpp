@@ -4,8 +4,24 @@
 
 namespace agent {
 
+namespace {
+
+ServedCells::Settings settingsOf(const Options& options)
+{
+    constexpr qint64 second = 1000;
+    constexpr qint64 never = DelayQueue<OwnerId>::never;
+    ServedCells::Settings settings;
+    settings.graceMs = options.graceSeconds * second;
+    settings.forgetMs = options.forgetSeconds > 0 ? options.forgetSeconds * second : never;
+    settings.staleAfterMs = options.staleAfterSeconds > 0 ? options.staleAfterSeconds * second : never;
+    return settings;
+}
+
+} // namespace
+
 Agent::Agent(const Options& options)
     : m_options(options),
+      m_cells(m_store, m_clock, settingsOf(options)),
       m_coordinator(m_store, m_applications, options.setTimeoutMs),
       m_engine({options.standaloneAddress, options.configFile})
 {

@@ -30,7 +30,7 @@ private:
     const Options m_options;
     SystemClock m_clock;
     CellStore m_store;
-    ServedCells m_cells{m_store, m_clock};
+    ServedCells m_cells;
     ApplicationServer m_applications{m_cells, m_clock};
     SetCoordinator m_coordinator;
     SubtreeHandler m_handler{m_store, m_coordinator};

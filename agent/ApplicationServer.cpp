@@ -145,11 +145,15 @@ void ApplicationServer::unsetTree(OwnerId owner, const ObjectId& tree)
 void ApplicationServer::remove(OwnerId owner)
 {
     ApplicationConnection* connection = m_connections.at(owner);
-    log::detail([&] {
-        return QStringLiteral("%1 has disconnected, cells left behind: %2")
-            .arg(connection->name())
-            .arg(m_cells.store().countOf(owner));
-    });
+    const size_t left = m_cells.store().countOf(owner);
+    if (left > 0)
+        log::warning(
+            QStringLiteral("%1 has disconnected and left %2 cells behind; its health checks turn UNKNOWN "
+                           "unless it comes back. An application that ends in order destroys them first")
+                .arg(connection->name())
+                .arg(left));
+    else
+        log::detail([&] { return QStringLiteral("%1 has disconnected").arg(connection->name()); });
     ConnectionInfo& info = m_lost[owner] = connection->info();
     info.state = ConnectionInfo::State::Lost;
     info.since = m_clock.nowUtc();

@@ -44,6 +44,7 @@ public:
     /// In the order of their numbers: those that are there, and the lost ones that have cells.
     std::vector<ConnectionInfo> connections() const;
 
+    bool isConnected(OwnerId owner) const override { return m_connections.count(owner) > 0; }
     void ask(OwnerId owner, int number, const ObjectId& id, const CellValue& value) override;
     void commit(OwnerId owner, const ObjectId& id, const CellValue& value) override;
 

@@ -7,12 +7,14 @@ namespace agent {
 
 /// The way to the applications that own cells, for whoever handles a manager's SET.
 ///
-/// Threads: the agent has one. Failure: nothing is reported; an owner that is gone, or that is lost before it
-/// answers, has lost its cells too.
+/// Threads: the agent has one. Failure: an owner that is lost is neither asked nor told; isConnected() says
+/// so before, and whoever asks hears from the applications' server when it happens after.
 class CellOwners
 {
 public:
     virtual ~CellOwners() = default;
+
+    virtual bool isConnected(OwnerId owner) const = 0;
 
     /// Asks whether the manager may set the cell. The answer carries the same number.
     virtual void ask(OwnerId owner, int number, const ObjectId& id, const CellValue& value) = 0;

@@ -57,6 +57,18 @@ std::vector<ObjectId> CellStore::removeAllOf(OwnerId owner)
     return unsetTree(ObjectId(), owner);
 }
 
+std::vector<ObjectId> CellStore::idsOf(OwnerId owner, const ObjectId& tree) const
+{
+    std::vector<ObjectId> found;
+    const auto owned = m_idsByOwner.find(owner);
+    if (owned == m_idsByOwner.end())
+        return found;
+    const OwnedIds& ids = owned->second;
+    for (auto id = ids.lower_bound(tree); id != ids.end() && isInTree(tree, **id); ++id)
+        found.push_back(**id);
+    return found;
+}
+
 void CellStore::cover(const ObjectId& id, CellValue value)
 {
     const auto position = m_cells.find(id);

@@ -56,6 +56,9 @@ public:
 
     std::vector<ObjectId> removeAllOf(OwnerId owner);
 
+    /// The owner's cells at and below tree.
+    std::vector<ObjectId> idsOf(OwnerId owner, const ObjectId& tree) const;
+
     /// Both do nothing when there is no such cell.
     void cover(const ObjectId& id, CellValue value);
     void uncover(const ObjectId& id);

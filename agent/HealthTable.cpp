@@ -19,10 +19,16 @@ std::optional<Position> positionOf(const ObjectId& id)
     return Position{column, ObjectId(id.begin() + static_cast<std::ptrdiff_t>(columnAt) + 1, id.end())};
 }
 
-ObjectId cellOf(Column column, const ObjectId& check)
+ObjectId column(Column column)
 {
     ObjectId id = entry;
     id.push_back(static_cast<unsigned int>(column));
+    return id;
+}
+
+ObjectId cellOf(Column column, const ObjectId& check)
+{
+    ObjectId id = healthTable::column(column);
     id.insert(id.end(), check.begin(), check.end());
     return id;
 }

@@ -26,6 +26,9 @@ struct Position
 /// Nothing when id is no cell of the table.
 std::optional<Position> positionOf(const ObjectId& id);
 
+/// The tree of all cells of the column.
+ObjectId column(Column column);
+
 ObjectId cellOf(Column column, const ObjectId& check);
 
 } // namespace healthTable

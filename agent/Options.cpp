@@ -34,6 +34,23 @@ struct CommandLine
         QStringLiteral("Wait at most <ms> milliseconds (1 to 60000) for an application's verdict on a SET. "
                        "The default is 900."),
         QStringLiteral("ms"), QStringLiteral("900")};
+    const QCommandLineOption grace{
+        QStringLiteral("grace"),
+        QStringLiteral(
+            "Let the health checks of a lost connection read UNKNOWN after <s> seconds. What its "
+            "application does not publish again goes as long after its return. The default is 10."),
+        QStringLiteral("s"), QStringLiteral("10")};
+    const QCommandLineOption forget{
+        QStringLiteral("forget"),
+        QStringLiteral("Remove what a lost connection has left behind after <s> seconds, 0 for never. The "
+                       "default is 86400, a day."),
+        QStringLiteral("s"), QStringLiteral("86400")};
+    const QCommandLineOption staleAfter{
+        QStringLiteral("stale-after"),
+        QStringLiteral(
+            "Let a health check read UNKNOWN that its application has not updated for <s> seconds. "
+            "The default is 0, never."),
+        QStringLiteral("s"), QStringLiteral("0")};
     const QCommandLineOption verbose{QStringLiteral("verbose"),
                                      QStringLiteral("Also log connections, cells and SETs one by one.")};
 
@@ -41,7 +58,7 @@ struct CommandLine
     {
         parser.setApplicationDescription(
             QStringLiteral("Serves the health that applications on this host publish to SNMP managers."));
-        parser.addOptions({standalone, config, listen, setTimeout, verbose});
+        parser.addOptions({standalone, config, listen, setTimeout, grace, forget, staleAfter, verbose});
     }
 };
 
@@ -79,6 +96,33 @@ QString parseSetTimeout(const QString& value, Options& options)
     return QString();
 }
 
+/// What is wrong with a number that has bounds, or an empty text.
+QString readNumber(const CommandLine& line, const QCommandLineOption& option, int least, int most,
+                   int& number)
+{
+    const QString value = line.parser.value(option);
+    bool isNumber = false;
+    const int read = value.toInt(&isNumber);
+    if (!isNumber || read < least || read > most)
+        return QStringLiteral("--%1 %2: expected a number from %3 to %4")
+            .arg(option.names().constFirst(), value)
+            .arg(least)
+            .arg(most);
+    number = read;
+    return QString();
+}
+
+QString parseTimes(const CommandLine& line, Options& options)
+{
+    constexpr int longest = 365 * 86400;
+    QString problem = readNumber(line, line.grace, 0, longest, options.graceSeconds);
+    if (problem.isEmpty())
+        problem = readNumber(line, line.forget, 0, longest, options.forgetSeconds);
+    if (problem.isEmpty())
+        problem = readNumber(line, line.staleAfter, 0, longest, options.staleAfterSeconds);
+    return problem;
+}
+
 QString parseAddress(const CommandLine& line, Options& options)
 {
     options.standaloneAddress = line.parser.value(line.standalone);
@@ -107,6 +151,8 @@ QString readValues(const CommandLine& line, Options& options)
         problem = parseListen(line.parser.value(line.listen), options);
     if (problem.isEmpty())
         problem = parseSetTimeout(line.parser.value(line.setTimeout), options);
+    if (problem.isEmpty())
+        problem = parseTimes(line, options);
     return problem;
 }
 

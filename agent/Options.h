@@ -26,6 +26,9 @@ struct Options
     QHostAddress listenHost = QHostAddress(QHostAddress::LocalHost);
     quint16 listenPort = defaultPort; ///< 0 for any free one
     int setTimeoutMs = 900;
+    int graceSeconds = 10;     ///< from the loss of a connection to UNKNOWN
+    int forgetSeconds = 86400; ///< from the loss of a connection to the end of its cells; 0 for never
+    int staleAfterSeconds = 0; ///< from the last update of a check to UNKNOWN; 0 for never
     bool isVerbose = false;
 };
 

@@ -3,8 +3,11 @@
 
 #include <QObject>
 
+#include <map>
+
 #include "CellStore.h"
 #include "Clock.h"
+#include "DelayQueue.h"
 #include "HealthTable.h"
 
 namespace agent {
@@ -15,18 +18,34 @@ namespace agent {
 /// than the last thing that the application said about its health. Every change of a cell that an
 /// application makes goes through here, and whoever wants to know about health checks listens here.
 ///
+/// A connection that ends leaves its cells behind unless the application has unset them. After a time of
+/// grace its health checks read UNKNOWN; later the cells are forgotten. Whatever another connection publishes
+/// of them takes their place at once, and ends what is left after another time of grace. A row belongs to
+/// whoever owns its status cell.
+///
+/// A health check that is connected, but whose status cell has not been written for long, reads UNKNOWN too.
+///
 /// Threads: the agent has one. Ownership: store and clock must outlive it. Failure: none.
 class ServedCells : public QObject
 {
     Q_OBJECT
 
 public:
-    ServedCells(CellStore& store, Clock& clock);
+    struct Settings
+    {
+        qint64 graceMs = 10'000;
+        qint64 forgetMs = 86'400'000;                     ///< DelayQueue::never is possible
+        qint64 staleAfterMs = DelayQueue<OwnerId>::never; ///< the silence that is too long
+        size_t maxLost = 256;                             ///< connections whose cells are kept
+    };
+
+    ServedCells(CellStore& store, Clock& clock, const Settings& settings);
 
     /// Returns the connected application from which the cell has been taken over, if there was one.
     std::optional<OwnerId> publish(OwnerId owner, const ObjectId& id, const CellValue& value);
 
-    /// Removes the owner's cells at and below tree. Returns how many there were.
+    /// Removes the owner's cells at and below tree, never those that a lost connection has left behind.
+    /// Returns how many there were.
     size_t unset(OwnerId owner, const ObjectId& tree);
 
     /// The owner's connection has ended. Returns whether it has left cells behind; ownerGone() follows then.
@@ -53,10 +72,26 @@ signals:
     void ownerGone(agent::OwnerId owner);
 
 private:
-    void tellWritten(const ObjectId& id, const CellValue& value);
-    void tellRemoved(const std::vector<ObjectId>& ids);
+    void handleWritten(const healthTable::Position& position);
+    void tellWritten(const healthTable::Position& position, const CellValue& value);
+    void handleRemoved(const std::vector<ObjectId>& ids);
+    void handleTakenOver(OwnerId lost);
+    void overruleLost(OwnerId owner);
+    void overruleSilent(const ObjectId& check, qint64 silentMs);
+    void removeOldest();
+    void removeAllOf(OwnerId lost);
+    void endLoss(OwnerId owner);
+    bool isLost(OwnerId owner) const { return m_lostSince.count(owner) > 0; }
+    bool isOfLost(const ObjectId& cell) const;
 
     CellStore& m_store;
+    Clock& m_clock;
+    const Settings m_settings;
+    std::map<OwnerId, QDateTime> m_lostSince;
+    DelayQueue<OwnerId> m_grace;
+    DelayQueue<OwnerId> m_memory;
+    DelayQueue<OwnerId> m_returns;
+    DelayQueue<ObjectId> m_silence;
 };
 
 } // namespace agent

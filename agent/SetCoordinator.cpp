@@ -33,6 +33,8 @@ int SetCoordinator::check(const SetVarbind& varbind) const
     const Cell* cell = m_store.find(varbind.id);
     if (!cell)
         return SNMP_ERR_NOCREATION;
+    if (!m_owners.isConnected(cell->owner))
+        return SNMP_ERR_RESOURCEUNAVAILABLE;
     if (cell->value.index() != varbind.value.index())
         return SNMP_ERR_WRONGTYPE;
     const std::string* text = std::get_if<std::string>(&varbind.value);

@@ -38,7 +38,8 @@ public:
 
     SetCoordinator(CellStore& store, CellOwners& owners, int timeoutMs);
 
-    /// What the agent itself can say: is there such a cell, and does the value fit it?
+    /// What the agent itself can say: is there such a cell, an application to ask, and does the
+    /// value fit?
     int check(const SetVarbind& varbind) const;
 
     /// Asks the owners of the cells. decided() follows unless drop() comes first.

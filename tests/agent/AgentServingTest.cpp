@@ -140,7 +140,7 @@ TEST_F(AgentServing, TheLastWriterOwnsACellAndTheTakeoverIsLogged)
     EXPECT_EQ(tool.get(full("5.1")), noInstance);
 }
 
-TEST_F(AgentServing, TheCellsOfAnApplicationGoWithItsConnection)
+TEST_F(AgentServing, WhatAnApplicationUnsetsBeforeItClosesIsGone)
 {
     const SnmpTool tool(agent.udpAddress());
     FakeApplication first(agent.applicationPort());
@@ -149,6 +149,7 @@ TEST_F(AgentServing, TheCellsOfAnApplicationGoWithItsConnection)
     second.publish("5.2", 2);
     settle(first, tool);
     settle(second, tool);
+    first.unset("5.1");
     first.close();
     EXPECT_TRUE(tool.waitFor(full("5.1"), noInstance));
     EXPECT_EQ(tool.get(full("5.2")), QStringLiteral("2"));

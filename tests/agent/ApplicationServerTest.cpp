@@ -29,7 +29,7 @@ protected:
 
     agent::CellStore store;
     support::ManualClock clock;
-    agent::ServedCells cells{store, clock};
+    agent::ServedCells cells{store, clock, agent::ServedCells::Settings()};
     ApplicationServer server{cells, clock};
 };
 

@@ -28,6 +28,9 @@ TEST(Options, TheAddressAloneGivesTheDefaults)
     EXPECT_EQ(options.listenHost, QHostAddress(QHostAddress::LocalHost));
     EXPECT_EQ(options.listenPort, 43125);
     EXPECT_EQ(options.setTimeoutMs, 900);
+    EXPECT_EQ(options.graceSeconds, 10);
+    EXPECT_EQ(options.forgetSeconds, 86400);
+    EXPECT_EQ(options.staleAfterSeconds, 0);
     EXPECT_TRUE(options.configFile.isEmpty());
     EXPECT_FALSE(options.isVerbose);
 }
@@ -91,6 +94,25 @@ TEST(Options, ASetTimeoutOutsideItsBoundsIsRefused)
         EXPECT_EQ(problemWith({QStringLiteral("--set-timeout"), QLatin1String(value)}), QString()) << value;
 }
 
+TEST(Options, TheTimesAreSecondsUpToAYear)
+{
+    Options options;
+    QString text;
+    const QStringList arguments{QStringLiteral("--grace"),       QStringLiteral("0"),
+                                QStringLiteral("--forget"),      QStringLiteral("31536000"),
+                                QStringLiteral("--stale-after"), QStringLiteral("60")};
+    ASSERT_EQ(Options::parse(minimum + arguments, options, text), Options::Action::Run);
+    EXPECT_EQ(options.graceSeconds, 0);
+    EXPECT_EQ(options.forgetSeconds, 31536000);
+    EXPECT_EQ(options.staleAfterSeconds, 60);
+    for (const char* option : {"--grace", "--forget", "--stale-after"}) {
+        for (const char* value : {"", "-1", "31536001", "1.5", "10s"}) {
+            const QString problem = problemWith({QLatin1String(option), QLatin1String(value)});
+            EXPECT_TRUE(problem.startsWith(QLatin1String(option))) << option << ' ' << value;
+        }
+    }
+}
+
 TEST(Options, UnknownOptionsAndStrayArgumentsAreRefused)
 {
     EXPECT_FALSE(problemWith({QStringLiteral("--no-such-option")}).isEmpty());
@@ -105,7 +127,8 @@ TEST(Options, HelpAndVersionNeedNothingElse)
     QString text;
     const QString program = minimum.constFirst();
     EXPECT_EQ(Options::parse({program, QStringLiteral("--help")}, options, text), Options::Action::PrintText);
-    for (const char* option : {"--standalone", "--config", "--listen", "--set-timeout", "--verbose"})
+    for (const char* option : {"--standalone", "--config", "--listen", "--set-timeout", "--grace", "--forget",
+                               "--stale-after", "--verbose"})
         EXPECT_TRUE(text.contains(QLatin1String(option))) << option;
     EXPECT_EQ(Options::parse({program, QStringLiteral("--version")}, options, text),
               Options::Action::PrintText);

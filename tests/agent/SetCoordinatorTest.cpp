@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <optional>
+#include <set>
 
 #include "agent/NetSnmp.h"
 #include "agent/SetCoordinator.h"
@@ -21,6 +22,7 @@ constexpr int longTime = 60'000;
 
 struct RecordedOwners : agent::CellOwners
 {
+    bool isConnected(OwnerId owner) const override { return disconnected.count(owner) == 0; }
     void ask(OwnerId owner, int number, const ObjectId&, const CellValue&) override
     {
         asked.push_back(owner);
@@ -28,6 +30,7 @@ struct RecordedOwners : agent::CellOwners
     }
     void commit(OwnerId owner, const ObjectId&, const CellValue&) override { committed.push_back(owner); }
 
+    std::set<OwnerId> disconnected;
     std::vector<OwnerId> asked;
     std::vector<int> numbers;
     std::vector<OwnerId> committed;
@@ -72,6 +75,14 @@ TEST_F(SetCoordinatorTest, ChecksWhatNeedsNoApplication)
     EXPECT_EQ(coordinator.check({{2}, 5}), SNMP_ERR_WRONGTYPE);
     EXPECT_EQ(coordinator.check({{2}, std::string("a\0b", 3)}), SNMP_ERR_WRONGVALUE);
     EXPECT_EQ(coordinator.check({{3}, 5}), SNMP_ERR_NOCREATION);
+}
+
+TEST_F(SetCoordinatorTest, ACellThatALostApplicationHasLeftBehindIsUnavailable)
+{
+    const SetCoordinator coordinator(store, owners, longTime);
+    owners.disconnected.insert(7);
+    EXPECT_EQ(coordinator.check({{1}, 5}), SNMP_ERR_RESOURCEUNAVAILABLE);
+    EXPECT_EQ(coordinator.check({{2}, std::string("text")}), SNMP_ERR_NOERROR);
 }
 
 TEST_F(SetCoordinatorTest, IsDecidedWhenTheLastOwnerHasAccepted)
