@@ -14,6 +14,7 @@ ServedCells::Settings settingsOf(const Options& options)
     settings.graceMs = options.graceSeconds * second;
     settings.forgetMs = options.forgetSeconds > 0 ? options.forgetSeconds * second : never;
     settings.staleAfterMs = options.staleAfterSeconds > 0 ? options.staleAfterSeconds * second : never;
+    settings.maxLost = static_cast<size_t>(options.limits.connections);
     return settings;
 }
 
@@ -22,6 +23,7 @@ ServedCells::Settings settingsOf(const Options& options)
 Agent::Agent(const Options& options)
     : m_options(options),
       m_cells(m_store, m_clock, settingsOf(options)),
+      m_applications(m_cells, m_clock, options.limits),
       m_coordinator(m_store, m_applications, options.setTimeoutMs),
       m_engine({options.standaloneAddress, options.configFile})
 {

@@ -31,7 +31,7 @@ private:
     SystemClock m_clock;
     CellStore m_store;
     ServedCells m_cells;
-    ApplicationServer m_applications{m_cells, m_clock};
+    ApplicationServer m_applications;
     SetCoordinator m_coordinator;
     SubtreeHandler m_handler{m_store, m_coordinator};
     SnmpEngine m_engine; // last: goes first, and with it whatever Net-SNMP still holds of the others

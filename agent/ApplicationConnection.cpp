@@ -3,7 +3,6 @@
 #include <QHostAddress>
 
 #include "Log.h"
-#include "RecordCheck.h"
 #include "base/DataType.h"
 #include "base/SnmpInt.h"
 #include "base/SnmpResponse.h"
@@ -18,21 +17,13 @@ constexpr qint64 maxBurst = 1'048'576;
 
 constexpr qint64 maxUnread = 10'000'000;
 
-/// A record that names no object. Thrown as the decoder throws what it cannot read.
-ObjectId identifierOf(const std::string& text)
-{
-    const std::optional<ObjectId> id = fromRelativeText(text);
-    if (!id)
-        throw QStringLiteral("an identifier is not numeric: %1").arg(QString::fromStdString(text));
-    return *id;
-}
-
 } // namespace
 
-ApplicationConnection::ApplicationConnection(QTcpSocket* socket, OwnerId owner, const Clock& clock,
-                                             QObject* parent)
+ApplicationConnection::ApplicationConnection(QTcpSocket* socket, OwnerId owner, Clock& clock,
+                                             const Limits& limits, QObject* parent)
     : QObject(parent),
       m_socket(socket),
+      m_stream(*this, limits.frameBytes),
       m_clock(clock),
       m_peer(QStringLiteral("%1:%2").arg(socket->peerAddress().toString()).arg(socket->peerPort()))
 {
@@ -65,72 +56,49 @@ void ApplicationConnection::readFrames()
 {
     if (m_isClosing)
         return;
-    m_frames.append(m_socket->readAll());
-    FrameAssembler::Frame frame;
-    FrameAssembler::Result result = m_frames.next(frame);
-    while (result == FrameAssembler::Result::Complete) {
-        ++m_info.frames;
+    const quint64 framesBefore = m_stream.frames();
+    const QString problem = m_stream.receive(m_socket->readAll());
+    m_info.frames = m_stream.frames();
+    if (m_info.frames > framesBefore)
         m_info.lastFrame = m_clock.nowUtc();
-        const QString problem = recordProblem(frame);
-        if (!problem.isEmpty()) {
-            countRefusal();
-            return closeBecause(problem);
-        }
-        result = m_frames.next(frame);
+    if (!problem.isEmpty()) {
+        countRefusal();
+        return closeBecause(problem);
     }
-    m_frames.discardTaken();
-    if (result == FrameAssembler::Result::Malformed)
-        closeBecause(m_frames.problem());
+    watchFrame();
 }
 
-QString ApplicationConnection::recordProblem(const FrameAssembler::Frame& frame)
+/// Half a frame must not take up its memory for ever, however slowly the rest of it trickles in.
+void ApplicationConnection::watchFrame()
 {
-    QString problem = agent::recordProblem(frame.header.dataType, frame.payload);
-    if (!problem.isEmpty())
-        return problem;
-    try {
-        handleRecord(frame);
-    } catch (const QString& message) {
-        return message;
-    }
-    return QString();
+    if (m_isWatched || !m_stream.isInsideFrame())
+        return;
+    m_isWatched = true;
+    m_clock.callAfter(Limits::frameMs, this, [this, frames = m_stream.frames()] {
+        m_isWatched = false;
+        if (m_isClosing)
+            return;
+        if (m_stream.frames() > frames)
+            return watchFrame();
+        if (m_stream.isInsideFrame())
+            closeBecause(
+                QStringLiteral("it has not completed a frame for %1 seconds").arg(Limits::frameMs / 1000));
+    });
 }
 
-void ApplicationConnection::handleRecord(const FrameAssembler::Frame& frame)
+void ApplicationConnection::handleValue(const ObjectId& id, const CellValue& value, bool isNotable)
 {
-    const qint64 callbackId = frame.header.clientCallbackId;
-    const int dataType = frame.header.dataType;
-    const bool isNotable = callbackId == base::ValueWithTrap;
-    const bool isValue = callbackId == base::PlainValue || isNotable;
-    if (isValue && dataType == base::SnmpIntType) {
-        handleInt(frame.payload, isNotable);
-    } else if (isValue && dataType == base::SnmpStringType) {
-        handleString(frame.payload, isNotable);
-    } else if (callbackId == base::Validation && dataType == base::SnmpIntResponseType) {
-        const base::SnmpIntResponse answer(frame.payload);
-        emit answerReceived(answer.varbind.storeType(), answer.errorStatus);
-    } else if (callbackId == base::Validation && dataType == base::SnmpStringResponseType) {
-        const base::SnmpStringResponse answer(frame.payload);
-        emit answerReceived(answer.varbind.storeType(), answer.errorStatus);
-    } else {
-        throw QStringLiteral("data type %1 does not go with callback id %2").arg(dataType).arg(callbackId);
-    }
+    emit valueReceived(id, value, isNotable);
 }
 
-void ApplicationConnection::handleInt(const QByteArray& payload, bool isNotable)
+void ApplicationConnection::handleUnset(const ObjectId& tree)
 {
-    const base::SnmpInt record(payload);
-    const ObjectId id = identifierOf(record.oid);
-    if (record.value.isNull())
-        emit unsetReceived(id);
-    else
-        emit valueReceived(id, record.value.value(), isNotable);
+    emit unsetReceived(tree);
 }
 
-void ApplicationConnection::handleString(const QByteArray& payload, bool isNotable)
+void ApplicationConnection::handleAnswer(int number, int errorStatus)
 {
-    const base::SnmpString record(payload);
-    emit valueReceived(identifierOf(record.oid), record.value, isNotable);
+    emit answerReceived(number, errorStatus);
 }
 
 void ApplicationConnection::sendBinding(int callbackId, int storeType, const ObjectId& id,

@@ -6,10 +6,11 @@
 
 #include <string>
 
+#include "ApplicationStream.h"
 #include "CellStore.h"
 #include "Clock.h"
 #include "ConnectionInfo.h"
-#include "FrameAssembler.h"
+#include "Limits.h"
 
 namespace base {
 class DbBaseType;
@@ -27,13 +28,15 @@ namespace agent {
 /// Ownership: takes the socket.
 ///
 /// Failure: an application that sends what is not a frame or not a record, or that leaves too much unread, is
-/// disconnected with a line in the log. lost() is emitted once, however the connection ended.
-class ApplicationConnection : public QObject
+/// disconnected with a line in the log, and so is one that does not complete a frame in time. lost() is
+/// emitted once, however the connection ended.
+class ApplicationConnection : public QObject, private ApplicationStream::Receiver
 {
     Q_OBJECT
 
 public:
-    ApplicationConnection(QTcpSocket* socket, OwnerId owner, const Clock& clock, QObject* parent);
+    ApplicationConnection(QTcpSocket* socket, OwnerId owner, Clock& clock, const Limits& limits,
+                          QObject* parent);
 
     /// How messages call the application.
     QString name() const;
@@ -48,7 +51,6 @@ public:
     void commit(const ObjectId& id, const CellValue& value);
 
 signals:
-    /// isNotable: the application wishes a notification about the value.
     void valueReceived(const agent::ObjectId& id, const agent::CellValue& value, bool isNotable);
     void unsetReceived(const agent::ObjectId& tree);
     void answerReceived(int number, int errorStatus);
@@ -56,21 +58,22 @@ signals:
 
 private:
     void readFrames();
-    QString recordProblem(const FrameAssembler::Frame& frame);
-    void handleRecord(const FrameAssembler::Frame& frame);
-    void handleInt(const QByteArray& payload, bool isNotable);
-    void handleString(const QByteArray& payload, bool isNotable);
+    void watchFrame();
+    void handleValue(const ObjectId& id, const CellValue& value, bool isNotable) override;
+    void handleUnset(const ObjectId& tree) override;
+    void handleAnswer(int number, int errorStatus) override;
     void sendBinding(int callbackId, int storeType, const ObjectId& id, const CellValue& value);
     void sendRecord(int dataType, int callbackId, const base::DbBaseType& record);
     void closeBecause(const QString& problem);
     void handleDisconnected();
 
     QTcpSocket* m_socket;
-    FrameAssembler m_frames;
-    const Clock& m_clock;
+    ApplicationStream m_stream;
+    Clock& m_clock;
     ConnectionInfo m_info;
     const QString m_peer;
     quint64 m_sentFrames = 0;
+    bool m_isWatched = false;
     bool m_isClosing = false;
 };
 

@@ -7,7 +7,7 @@ namespace agent {
 
 namespace {
 
-constexpr size_t maxRefusedRemembered = 10'000;
+constexpr qint64 acceptAgainMs = 1000;
 
 QString valueText(const CellValue& value)
 {
@@ -18,10 +18,12 @@ QString valueText(const CellValue& value)
 
 } // namespace
 
-ApplicationServer::ApplicationServer(ServedCells& cells, const Clock& clock) : m_cells(cells), m_clock(clock)
+ApplicationServer::ApplicationServer(ServedCells& cells, Clock& clock, const Limits& limits)
+    : m_cells(cells), m_clock(clock), m_limits(limits), m_admission(cells.store(), limits)
 {
     connect(&m_cells, &ServedCells::ownerGone, this, [this](OwnerId owner) { m_lost.erase(owner); });
     connect(&m_server, &QTcpServer::newConnection, this, &ApplicationServer::acceptAll);
+    connect(&m_server, &QTcpServer::acceptError, this, &ApplicationServer::acceptLater);
 }
 
 bool ApplicationServer::listen(const QHostAddress& host, quint16 port)
@@ -76,14 +78,39 @@ void ApplicationServer::commit(OwnerId owner, const ObjectId& id, const CellValu
 
 void ApplicationServer::acceptAll()
 {
-    while (QTcpSocket* socket = m_server.nextPendingConnection())
-        accept(socket);
+    while (QTcpSocket* socket = m_server.nextPendingConnection()) {
+        if (m_connections.size() < static_cast<size_t>(m_limits.connections))
+            accept(socket);
+        else
+            turnAway(socket);
+    }
+}
+
+/// Qt stops listening when a connection cannot be had, which may be for want of descriptors.
+void ApplicationServer::acceptLater()
+{
+    log::warning(
+        QStringLiteral("an application cannot connect: %1. The agent tries again; it may need a higher "
+                       "limit of open files or a lower --max-connections")
+            .arg(m_server.errorString()));
+    m_clock.callAfter(acceptAgainMs, this, [this] { m_server.resumeAccepting(); });
+}
+
+void ApplicationServer::turnAway(QTcpSocket* socket)
+{
+    if (!m_isFullTold)
+        log::warning(QStringLiteral("an application is turned away: %1 are connected, as many as "
+                                    "--max-connections allows. This is not repeated until one of them leaves")
+                         .arg(m_connections.size()));
+    m_isFullTold = true;
+    socket->abort();
+    socket->deleteLater();
 }
 
 void ApplicationServer::accept(QTcpSocket* socket)
 {
     const OwnerId owner = ++m_lastOwner;
-    auto* connection = new ApplicationConnection(socket, owner, m_clock, this);
+    auto* connection = new ApplicationConnection(socket, owner, m_clock, m_limits, this);
     m_connections[owner] = connection;
     connect(connection, &ApplicationConnection::valueReceived, this,
             [this, owner](const ObjectId& id, const CellValue& value, bool isNotable) {
@@ -99,37 +126,32 @@ void ApplicationServer::accept(QTcpSocket* socket)
 
 void ApplicationServer::storeValue(OwnerId owner, const ObjectId& id, const CellValue& value, bool isNotable)
 {
-    if (!canBeServed(owner, id)) {
-        m_connections.at(owner)->countRefusal();
-        return;
-    }
+    QString problem = m_admission.cellProblem(id, value);
+    if (!problem.isEmpty())
+        return refuse(owner, id, problem);
+    problem = m_admission.countProblem(owner, id);
+    if (!problem.isEmpty())
+        return refuse(owner, ObjectId(), problem);
     log::detail(
         [&] { return QStringLiteral("%1: %2 = %3").arg(nameOf(owner), toText(id), valueText(value)); });
     const std::optional<OwnerId> previous = m_cells.publish(owner, id, value);
     if (previous)
-        log::warning(QStringLiteral("%1 has taken %2 over from %3; two applications publish the same object")
-                         .arg(nameOf(owner), toText(id), nameOf(*previous)));
+        m_warnings.warn(
+            owner, id,
+            QStringLiteral("%1 has taken %2 over from %3; two applications publish the same object")
+                .arg(nameOf(owner), toText(id), nameOf(*previous)));
     if (isNotable)
         emit valueChanged(id);
 }
 
-bool ApplicationServer::canBeServed(OwnerId owner, const ObjectId& id)
+/// id is what the problem is about, and empty for the connection as a whole.
+void ApplicationServer::refuse(OwnerId owner, const ObjectId& id, const QString& problem)
 {
-    if (id.size() <= maxArcs && id.size() > enterpriseRoot().size())
-        return true;
-    if (m_refused.size() >= maxRefusedRemembered || !m_refused.insert({owner, id}).second)
-        return false;
-    if (id.size() <= maxArcs)
-        log::warning(QStringLiteral("%1 publishes a value without an identifier; it is not served")
-                         .arg(nameOf(owner)));
-    else
-        log::warning(QStringLiteral("%1 publishes an identifier of %2 arcs, SNMP carries %3; it is not "
-                                    "served, use shorter keys and names: %4")
-                         .arg(nameOf(owner))
-                         .arg(id.size())
-                         .arg(maxArcs)
-                         .arg(toText(id)));
-    return false;
+    m_connections.at(owner)->countRefusal();
+    m_warnings.warn(owner, id, QStringLiteral("%1 %2").arg(nameOf(owner), problem));
+    const Cell* cell = m_cells.store().find(id);
+    if (cell && cell->owner == owner)
+        m_cells.unset(owner, id); // rather no value than one that the application has replaced
 }
 
 void ApplicationServer::unsetTree(OwnerId owner, const ObjectId& tree)
@@ -159,8 +181,8 @@ void ApplicationServer::remove(OwnerId owner)
     info.since = m_clock.nowUtc();
     connection->deleteLater();
     m_connections.erase(owner);
-    m_refused.erase(m_refused.lower_bound({owner, ObjectId()}),
-                    m_refused.lower_bound({owner + 1, ObjectId()}));
+    m_warnings.forget(owner);
+    m_isFullTold = false;
     if (!m_cells.lose(owner))
         m_lost.erase(owner);
     emit lost(owner);

@@ -6,13 +6,15 @@
 #include <QTcpServer>
 
 #include <map>
-#include <set>
 #include <vector>
 
+#include "Admission.h"
 #include "CellOwners.h"
 #include "CellStore.h"
+#include "CellWarnings.h"
 #include "Clock.h"
 #include "ConnectionInfo.h"
+#include "Limits.h"
 #include "ServedCells.h"
 
 namespace agent {
@@ -26,13 +28,14 @@ class ApplicationConnection;
 ///
 /// Threads: the agent has one.
 /// Ownership: cells and clock must outlive the server, which owns the connections.
-/// Failure: what is wrong with one connection ends that one alone.
+/// Failure: what is wrong with one connection ends that one alone. What is beyond the limits is refused with
+/// a warning.
 class ApplicationServer : public QObject, public CellOwners
 {
     Q_OBJECT
 
 public:
-    ApplicationServer(ServedCells& cells, const Clock& clock);
+    ApplicationServer(ServedCells& cells, Clock& clock, const Limits& limits);
 
     /// False when the port cannot be had; errorText() says why.
     bool listen(const QHostAddress& host, quint16 port);
@@ -59,21 +62,25 @@ signals:
 
 private:
     void acceptAll();
+    void acceptLater();
     void accept(QTcpSocket* socket);
+    void turnAway(QTcpSocket* socket);
     void storeValue(OwnerId owner, const ObjectId& id, const CellValue& value, bool isNotable);
     void unsetTree(OwnerId owner, const ObjectId& tree);
     void remove(OwnerId owner);
     QString nameOf(OwnerId owner) const;
-    bool canBeServed(OwnerId owner, const ObjectId& id);
+    void refuse(OwnerId owner, const ObjectId& id, const QString& problem);
 
     QTcpServer m_server;
     ServedCells& m_cells;
-    const Clock& m_clock;
+    Clock& m_clock;
+    const Limits m_limits;
+    const Admission m_admission;
+    CellWarnings m_warnings;
     std::map<OwnerId, ApplicationConnection*> m_connections;
     std::map<OwnerId, ConnectionInfo> m_lost;
-    std::set<std::pair<OwnerId, ObjectId>>
-        m_refused; // so that each is warned about once, not at every update
     OwnerId m_lastOwner = 0;
+    bool m_isFullTold = false;
 };
 
 } // namespace agent

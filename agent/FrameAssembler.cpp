@@ -28,7 +28,9 @@ FrameAssembler::Result FrameAssembler::next(Frame& frame)
 
 void FrameAssembler::discardTaken()
 {
-    m_buffer.remove(0, m_position);
+    if (m_position == 0)
+        return;
+    m_buffer = m_buffer.mid(m_position); // a copy: removing bytes would keep the room of the largest frame
     m_position = 0;
 }
 
@@ -52,6 +54,9 @@ FrameAssembler::Result FrameAssembler::readPrefix()
     case FrameHeader::Prefix::Good:
         break;
     }
+    if (length > static_cast<quint64>(m_maxLength))
+        return malformed(
+            QStringLiteral("a frame has the length %1, --max-frame allows %2").arg(length).arg(m_maxLength));
     m_length = static_cast<int>(length);
     return Result::Complete;
 }

@@ -15,7 +15,7 @@ namespace agent {
 ///
 /// Threads: the agent has one.
 /// Failure: the bytes are not trusted. What cannot be a frame ends the stream: next() says Malformed from
-/// then on, and problem() why. No more than one frame of the permitted size is ever held.
+/// then on, and problem() why. No more than one frame of the permitted size and one burst are ever held.
 class FrameAssembler
 {
 public:
@@ -27,6 +27,11 @@ public:
 
     enum class Result { Complete, Incomplete, Malformed };
 
+    /// maxLength limits what follows the length field of a frame.
+    explicit FrameAssembler(int maxLength = static_cast<int>(base::FrameHeader::maxLength))
+        : m_maxLength(maxLength)
+    {}
+
     void append(const QByteArray& bytes) { m_buffer += bytes; }
 
     /// Takes the next frame out.
@@ -34,6 +39,12 @@ public:
 
     /// Gives back the room of the frames that have been taken; call it once per burst.
     void discardTaken();
+
+    /// The number of frames that have been taken out.
+    quint64 count() const { return m_lastCounter; }
+
+    /// True when a frame has begun whose end has not come.
+    bool isInsideFrame() const { return m_length > 0 || available() > 0; }
 
     const QString& problem() const { return m_problem; }
 
@@ -43,6 +54,7 @@ private:
     Result readPrefix();
     Result malformed(const QString& problem);
 
+    const int m_maxLength;
     QByteArray m_buffer;
     int m_position = 0;
     int m_length = 0; // of the frame whose prefix has been read, else 0

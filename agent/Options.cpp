@@ -51,6 +51,25 @@ struct CommandLine
             "Let a health check read UNKNOWN that its application has not updated for <s> seconds. "
             "The default is 0, never."),
         QStringLiteral("s"), QStringLiteral("0")};
+    const QCommandLineOption maxConnections{
+        QStringLiteral("max-connections"),
+        QStringLiteral("Turn applications away beyond <n> at one time (1 to 10000). The default is 256."),
+        QStringLiteral("n"), QStringLiteral("256")};
+    const QCommandLineOption maxCells{
+        QStringLiteral("max-cells"),
+        QStringLiteral("Refuse values beyond <n> cells of one application. The default is 100000."),
+        QStringLiteral("n"), QStringLiteral("100000")};
+    const QCommandLineOption maxText{
+        QStringLiteral("max-text"),
+        QStringLiteral("Refuse texts of more than <n> bytes. The default, and the most that SNMP carries, is "
+                       "65535."),
+        QStringLiteral("n"), QStringLiteral("65535")};
+    const QCommandLineOption maxFrame{
+        QStringLiteral("max-frame"),
+        QStringLiteral(
+            "Disconnect an application that sends a frame of more than <n> bytes. The default, and "
+            "the most, is 67108864 (64 MiB)."),
+        QStringLiteral("n"), QStringLiteral("67108864")};
     const QCommandLineOption verbose{QStringLiteral("verbose"),
                                      QStringLiteral("Also log connections, cells and SETs one by one.")};
 
@@ -58,7 +77,8 @@ struct CommandLine
     {
         parser.setApplicationDescription(
             QStringLiteral("Serves the health that applications on this host publish to SNMP managers."));
-        parser.addOptions({standalone, config, listen, setTimeout, grace, forget, staleAfter, verbose});
+        parser.addOptions({standalone, config, listen, setTimeout, grace, forget, staleAfter, maxConnections,
+                           maxCells, maxText, maxFrame, verbose});
     }
 };
 
@@ -123,6 +143,20 @@ QString parseTimes(const CommandLine& line, Options& options)
     return problem;
 }
 
+QString parseLimits(const CommandLine& line, Limits& limits)
+{
+    constexpr int leastFrame = 1024;
+    const Limits most;
+    QString problem = readNumber(line, line.maxConnections, 1, 10'000, limits.connections);
+    if (problem.isEmpty())
+        problem = readNumber(line, line.maxCells, 1, 10'000'000, limits.cells);
+    if (problem.isEmpty())
+        problem = readNumber(line, line.maxText, 1, most.textBytes, limits.textBytes);
+    if (problem.isEmpty())
+        problem = readNumber(line, line.maxFrame, leastFrame, most.frameBytes, limits.frameBytes);
+    return problem;
+}
+
 QString parseAddress(const CommandLine& line, Options& options)
 {
     options.standaloneAddress = line.parser.value(line.standalone);
@@ -153,6 +187,8 @@ QString readValues(const CommandLine& line, Options& options)
         problem = parseSetTimeout(line.parser.value(line.setTimeout), options);
     if (problem.isEmpty())
         problem = parseTimes(line, options);
+    if (problem.isEmpty())
+        problem = parseLimits(line, options.limits);
     return problem;
 }
 

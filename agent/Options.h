@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include "Limits.h"
+
 namespace agent {
 
 /// What the command line asks for.
@@ -29,6 +31,7 @@ struct Options
     int graceSeconds = 10;     ///< from the loss of a connection to UNKNOWN
     int forgetSeconds = 86400; ///< from the loss of a connection to the end of its cells; 0 for never
     int staleAfterSeconds = 0; ///< from the last update of a check to UNKNOWN; 0 for never
+    Limits limits;
     bool isVerbose = false;
 };
 

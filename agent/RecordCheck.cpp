@@ -33,6 +33,9 @@ const Layout stringResponseLayout{
 constexpr int lengthSize = 4;
 constexpr int propertyHeaderSize = 8;
 
+// No record has as many. Millions of empty ones would hold everybody up.
+constexpr int maxProperties = 100;
+
 qint32 readInt(const QByteArray& bytes, int position)
 {
     return qFromBigEndian<qint32>(bytes.constData() + position);
@@ -89,8 +92,11 @@ QString layoutProblem(const Layout& layout, const QByteArray& bytes)
 {
     Layout missing = layout;
     int position = 0;
+    int count = 0;
     qint32 previousTag = std::numeric_limits<qint32>::min();
     while (position < bytes.size()) {
+        if (++count > maxProperties)
+            return QStringLiteral("a record has more than %1 properties").arg(maxProperties);
         if (bytes.size() - position < propertyHeaderSize)
             return QStringLiteral("a property's header is cut short");
         const qint32 tag = readInt(bytes, position);

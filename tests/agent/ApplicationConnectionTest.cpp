@@ -4,6 +4,8 @@
 
 #include "FakeApplication.h"
 #include "agent/ApplicationConnection.h"
+#include "base/FrameHeader.h"
+#include "base/SnmpInt.h"
 #include "support/ManualClock.h"
 #include "support/RunUntil.h"
 
@@ -20,8 +22,8 @@ protected:
         server.listen(QHostAddress::LocalHost);
         application = std::make_unique<FakeApplication>(server.serverPort());
         server.waitForNewConnection(10'000);
-        connection =
-            std::make_unique<ApplicationConnection>(server.nextPendingConnection(), 1, clock, nullptr);
+        connection = std::make_unique<ApplicationConnection>(server.nextPendingConnection(), 1, clock,
+                                                             agent::Limits(), nullptr);
         QObject::connect(connection.get(), &ApplicationConnection::lost, connection.get(),
                          [this] { ++losses; });
     }
@@ -91,4 +93,41 @@ TEST_F(ApplicationConnectionTest, TheLossOfAConnectionIsToldOnce)
     EXPECT_TRUE(support::runUntil([&] { return losses == 1; }));
     EXPECT_TRUE(application->waitForDisconnect());
     EXPECT_EQ(losses, 1);
+}
+
+TEST_F(ApplicationConnectionTest, AFrameThatIsNotCompletedInTimeEndsTheConnection)
+{
+    application->sendBytes(QByteArray::fromHex("abba0815"));
+    ASSERT_TRUE(support::runUntil([&] { return clock.pendingCalls() == 1; }));
+    clock.advance(agent::Limits::frameMs - 1);
+    EXPECT_EQ(losses, 0);
+    clock.advance(1);
+    EXPECT_TRUE(support::runUntil([&] { return losses == 1; }));
+}
+
+TEST_F(ApplicationConnectionTest, FramesThatAreCompletedInTimeMayGoOnForEver)
+{
+    base::SnmpInt record;
+    record.oid = "5.1";
+    QByteArray payload;
+    record.serialize(payload);
+    QByteArray bytes;
+    for (quint64 counter = 1; counter <= 4; ++counter) {
+        base::FrameHeader header;
+        header.messageCounter = counter;
+        bytes += header.toBytes(payload.size()) + payload;
+    }
+    const int size = bytes.size() / 4;
+    application->sendBytes(bytes.left(size / 2));
+    ASSERT_TRUE(support::runUntil([&] { return clock.pendingCalls() == 1; }));
+    for (int frame = 1; frame <= 3; ++frame) {
+        clock.advance(agent::Limits::frameMs / 2);
+        application->sendBytes(bytes.mid(frame * size - size / 2, size));
+        ASSERT_TRUE(support::runUntil([&] { return connection->info().frames == quint64(frame); }));
+    }
+    application->sendBytes(bytes.mid(4 * size - size / 2));
+    ASSERT_TRUE(support::runUntil([&] { return connection->info().frames == 4; }));
+    clock.advance(10 * agent::Limits::frameMs);
+    EXPECT_EQ(losses, 0);
+    EXPECT_EQ(clock.pendingCalls(), 0u);
 }

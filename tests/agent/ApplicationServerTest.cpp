@@ -22,6 +22,15 @@ protected:
     void SetUp() override { ASSERT_TRUE(server.listen(QHostAddress::LocalHost, 0)); }
 
     quint16 port() const { return server.address().section(QLatin1Char(':'), -1).toUShort(); }
+    static agent::Limits limits()
+    {
+        agent::Limits limits;
+        limits.connections = 3;
+        limits.cells = 4;
+        limits.textBytes = 10;
+        return limits;
+    }
+
     bool waitForCells(size_t count)
     {
         return runUntil([&] { return store.size() == count; });
@@ -30,7 +39,7 @@ protected:
     agent::CellStore store;
     support::ManualClock clock;
     agent::ServedCells cells{store, clock, agent::ServedCells::Settings()};
-    ApplicationServer server{cells, clock};
+    ApplicationServer server{cells, clock, limits()};
 };
 
 } // namespace
@@ -57,6 +66,55 @@ TEST_F(ApplicationServerTest, TellsWhatThereIsToKnowAboutAConnection)
     EXPECT_EQ(info.frames, 3u);
     EXPECT_EQ(info.recordsRefused, 0u);
     EXPECT_EQ(info.lastFrame, clock.nowUtc());
+}
+
+TEST_F(ApplicationServerTest, TurnsAwayWhoeverComesBeyondTheLimitUntilSomebodyLeaves)
+{
+    std::vector<std::unique_ptr<FakeApplication>> applications;
+    for (int i = 0; i < 3; ++i)
+        applications.push_back(std::make_unique<FakeApplication>(port()));
+    ASSERT_TRUE(runUntil([&] { return server.connections().size() == 3; }));
+    FakeApplication tooMany(port());
+    EXPECT_TRUE(tooMany.waitForDisconnect());
+    applications[0]->publish("5.1", 1);
+    ASSERT_TRUE(waitForCells(1));
+    EXPECT_EQ(server.connections().size(), 3u);
+
+    applications.pop_back();
+    ASSERT_TRUE(runUntil([&] { return server.connections().size() == 2; }));
+    FakeApplication next(port());
+    next.publish("5.2", 1);
+    EXPECT_TRUE(waitForCells(2));
+}
+
+TEST_F(ApplicationServerTest, RefusesCellsBeyondTheLimitAndGoesOnWithTheOthers)
+{
+    FakeApplication application(port());
+    FakeApplication other(port());
+    for (const char* oid : {"5.1", "5.2", "5.3", "5.4", "5.5", "5.6"})
+        application.publish(oid, 1);
+    application.publish("5.1", 2);
+    other.publish("5.7", 1);
+    ASSERT_TRUE(waitForCells(5));
+    ASSERT_TRUE(runUntil([&] { return std::get<int>(store.find(firstCell)->value) == 2; }));
+    EXPECT_EQ(server.connections()[0].cells, 4u);
+    EXPECT_EQ(server.connections()[0].recordsRefused, 2u);
+
+    application.unset("5.2");
+    application.publish("5.5", 1);
+    EXPECT_TRUE(runUntil([&] { return store.find({1, 3, 6, 1, 4, 1, 32473, 5, 5}) != nullptr; }));
+}
+
+TEST_F(ApplicationServerTest, ATextThatIsTooLongTakesTheCellAwayUntilItIsShorter)
+{
+    FakeApplication application(port());
+    application.publish("5.1", std::string("0123456789"));
+    ASSERT_TRUE(waitForCells(1));
+    application.publish("5.1", std::string("0123456789a"));
+    EXPECT_TRUE(waitForCells(0));
+    application.publish("5.1", std::string("short"));
+    EXPECT_TRUE(waitForCells(1));
+    EXPECT_TRUE(application.isConnected());
 }
 
 TEST_F(ApplicationServerTest, ARecordThatIsNotServedIsCountedAsRefused)

@@ -111,3 +111,32 @@ TEST(FrameAssembler, AGapOrARepetitionInTheNumbersEndsTheStream)
         EXPECT_EQ(assembler.next(frame), Result::Malformed) << counter;
     }
 }
+
+TEST(FrameAssembler, AFrameBeyondTheLimitEndsTheStreamBeforeItsBytesCome)
+{
+    FrameAssembler assembler(100);
+    FrameAssembler::Frame frame;
+    assembler.append(frameBytes(1, QByteArray(74, 'x')));
+    EXPECT_EQ(assembler.next(frame), Result::Complete);
+    assembler.append(prefix(101));
+    EXPECT_EQ(assembler.next(frame), Result::Malformed);
+    EXPECT_TRUE(assembler.problem().contains(QStringLiteral("--max-frame")));
+}
+
+TEST(FrameAssembler, KnowsWhetherTheRestOfAFrameIsStillToCome)
+{
+    FrameAssembler assembler;
+    FrameAssembler::Frame frame;
+    const QByteArray bytes = frameBytes(1, "payload");
+    EXPECT_FALSE(assembler.isInsideFrame());
+    for (const int size : {1, 15, 16, 42, bytes.size() - 1}) {
+        FrameAssembler begun;
+        begun.append(bytes.left(size));
+        EXPECT_EQ(begun.next(frame), Result::Incomplete);
+        EXPECT_TRUE(begun.isInsideFrame()) << size;
+    }
+    assembler.append(bytes);
+    EXPECT_EQ(assembler.next(frame), Result::Complete);
+    EXPECT_FALSE(assembler.isInsideFrame());
+    EXPECT_EQ(assembler.count(), 1u);
+}

@@ -31,6 +31,10 @@ TEST(Options, TheAddressAloneGivesTheDefaults)
     EXPECT_EQ(options.graceSeconds, 10);
     EXPECT_EQ(options.forgetSeconds, 86400);
     EXPECT_EQ(options.staleAfterSeconds, 0);
+    EXPECT_EQ(options.limits.connections, 256);
+    EXPECT_EQ(options.limits.cells, 100'000);
+    EXPECT_EQ(options.limits.textBytes, 65'535);
+    EXPECT_EQ(options.limits.frameBytes, 64 * 1024 * 1024);
     EXPECT_TRUE(options.configFile.isEmpty());
     EXPECT_FALSE(options.isVerbose);
 }
@@ -113,6 +117,34 @@ TEST(Options, TheTimesAreSecondsUpToAYear)
     }
 }
 
+TEST(Options, TheLimitsHaveBoundsOfTheirOwn)
+{
+    struct Case
+    {
+        const char* option;
+        const char* least;
+        const char* most;
+        const char* tooMany;
+        int agent::Limits::*limit;
+    };
+    const Case cases[] = {{"--max-connections", "1", "10000", "10001", &agent::Limits::connections},
+                          {"--max-cells", "1", "10000000", "10000001", &agent::Limits::cells},
+                          {"--max-text", "1", "65535", "65536", &agent::Limits::textBytes},
+                          {"--max-frame", "1024", "67108864", "67108865", &agent::Limits::frameBytes}};
+    for (const Case& each : cases) {
+        const QString option = QLatin1String(each.option);
+        for (const char* value : {each.least, each.most}) {
+            Options options;
+            QString text;
+            const QStringList arguments = minimum + QStringList{option, QLatin1String(value)};
+            ASSERT_EQ(Options::parse(arguments, options, text), Options::Action::Run) << qPrintable(text);
+            EXPECT_EQ(options.limits.*each.limit, std::stoi(value));
+        }
+        for (const char* value : {"", "0", "-1", "many", each.tooMany})
+            EXPECT_TRUE(problemWith({option, QLatin1String(value)}).startsWith(option)) << value;
+    }
+}
+
 TEST(Options, UnknownOptionsAndStrayArgumentsAreRefused)
 {
     EXPECT_FALSE(problemWith({QStringLiteral("--no-such-option")}).isEmpty());
@@ -127,8 +159,9 @@ TEST(Options, HelpAndVersionNeedNothingElse)
     QString text;
     const QString program = minimum.constFirst();
     EXPECT_EQ(Options::parse({program, QStringLiteral("--help")}, options, text), Options::Action::PrintText);
-    for (const char* option : {"--standalone", "--config", "--listen", "--set-timeout", "--grace", "--forget",
-                               "--stale-after", "--verbose"})
+    for (const char* option :
+         {"--standalone", "--config", "--listen", "--set-timeout", "--grace", "--forget", "--stale-after",
+          "--max-connections", "--max-cells", "--max-text", "--max-frame", "--verbose"})
         EXPECT_TRUE(text.contains(QLatin1String(option))) << option;
     EXPECT_EQ(Options::parse({program, QStringLiteral("--version")}, options, text),
               Options::Action::PrintText);

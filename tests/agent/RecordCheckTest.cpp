@@ -166,3 +166,13 @@ TEST(RecordCheck, UnknownDataTypesAreRefused)
     for (const int dataType : {-1, 4, 32767})
         EXPECT_FALSE(recordProblem(dataType, encoded(intRecord())).isEmpty()) << dataType;
 }
+
+TEST(RecordCheck, ARecordOfCountlessPropertiesIsNotReadToItsEnd)
+{
+    QByteArray bytes = encoded(intRecord());
+    for (int i = 0; i < 97; ++i)
+        bytes += QByteArray::fromHex("0000000900000000");
+    EXPECT_EQ(recordProblem(base::SnmpIntType, bytes), QString());
+    bytes += QByteArray::fromHex("0000000900000000");
+    EXPECT_FALSE(recordProblem(base::SnmpIntType, bytes).isEmpty());
+}

@@ -24,6 +24,8 @@ public:
         m_calls.emplace(m_elapsedMs + std::max(delayMs, qint64(0)), Call{context, std::move(call)});
     }
 
+    size_t pendingCalls() const { return m_calls.size(); }
+
     /// Makes every call that becomes due on the way, in order, at its own time.
     void advance(qint64 ms)
     {
