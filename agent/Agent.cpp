@@ -25,7 +25,7 @@ Agent::Agent(const Options& options)
       m_cells(m_store, m_clock, settingsOf(options)),
       m_applications(m_cells, m_clock, options.limits),
       m_coordinator(m_store, m_applications, options.setTimeoutMs),
-      m_engine({options.standaloneAddress, options.configFile})
+      m_engine({options.standaloneAddress, options.configFile, options.agentxAddress, options.subtree})
 {
     QObject::connect(&m_applications, &ApplicationServer::answered, &m_coordinator,
                      &SetCoordinator::handleAnswer);
@@ -38,9 +38,9 @@ QString Agent::start()
     QString problem = m_engine.initialise();
     if (!problem.isEmpty())
         return problem;
-    if (!m_handler.registerSubtree())
-        return QStringLiteral("Net-SNMP refuses the subtree");
-    problem = m_engine.listen();
+    if (!m_handler.registerSubtree(m_options.subtree))
+        return QStringLiteral("Net-SNMP refuses the subtree %1").arg(toText(m_options.subtree));
+    problem = m_engine.start();
     if (!problem.isEmpty())
         return problem;
     if (!m_applications.listen(m_options.listenHost, m_options.listenPort))
@@ -48,7 +48,8 @@ QString Agent::start()
             .arg(m_options.listenHost.toString())
             .arg(m_options.listenPort)
             .arg(m_applications.errorText());
-    log::info(QStringLiteral("serving SNMP on %1").arg(m_options.standaloneAddress));
+    if (m_options.isStandalone())
+        log::info(QStringLiteral("serving SNMP on %1").arg(m_options.standaloneAddress));
     log::info(QStringLiteral("listening for applications on %1").arg(m_applications.address()));
     return QString();
 }

@@ -10,4 +10,6 @@
 
 #include <net-snmp/agent/net-snmp-agent-includes.h>
 
+#include <net-snmp/agent/agent_callbacks.h>
+
 #endif

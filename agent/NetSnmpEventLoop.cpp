@@ -88,6 +88,11 @@ void NetSnmpEventLoop::stop()
 // Asked for anew before every wait: sessions come and go, and a new one may have an old one's number.
 void NetSnmpEventLoop::prepareToWait()
 {
+    if (m_paused()) {
+        unwatchAll();
+        m_timer.stop();
+        return;
+    }
     DescriptorSet wanted;
     int count = 0;
     int isUnlimited = 1;
@@ -95,7 +100,7 @@ void NetSnmpEventLoop::prepareToWait()
     snmp_select_info2(&count, wanted.get(), &limit, &isUnlimited);
 
     std::vector<int> descriptors;
-    for (int descriptor = 0; descriptor < count && !m_paused(); ++descriptor) {
+    for (int descriptor = 0; descriptor < count; ++descriptor) {
         if (wanted.contains(descriptor))
             descriptors.push_back(descriptor);
     }
@@ -144,6 +149,8 @@ void NetSnmpEventLoop::handleReadable(int descriptor)
 
 void NetSnmpEventLoop::handleTimeout()
 {
+    if (m_paused())
+        return;
     snmp_timeout();
     run_alarms();
     netsnmp_check_outstanding_agent_requests();

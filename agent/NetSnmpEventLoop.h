@@ -32,8 +32,12 @@ public:
     void start();
     void stop();
 
-    /// While paused says true nothing is read. Net-SNMP would queue a request behind the waiting SET in any
-    /// case; left in the kernel, it cannot lose the TCP session that its answer needs.
+    /// A descriptor may have been closed and its number given to another: what is known of them is worth
+    /// nothing any more.
+    void watchAnew() { unwatchAll(); }
+
+    /// While paused says true nothing is read and nothing else happens. Net-SNMP would queue a request behind
+    /// the waiting SET in any case; left in the kernel, it cannot lose the TCP session that its answer needs.
     void setPaused(std::function<bool()> paused) { m_paused = std::move(paused); }
 
 private:

@@ -2,8 +2,31 @@
 
 #include <algorithm>
 #include <charconv>
+#include <string_view>
 
 namespace agent {
+
+namespace {
+
+bool appendArcs(std::string_view text, ObjectId& id)
+{
+    const char* position = text.data();
+    const char* const end = position + text.size();
+    while (true) {
+        unsigned int arc = 0;
+        const auto [next, failure] = std::from_chars(position, end, arc);
+        if (failure != std::errc())
+            return false;
+        id.push_back(arc);
+        if (next == end)
+            return true;
+        if (*next != '.')
+            return false;
+        position = next + 1;
+    }
+}
+
+} // namespace
 
 const ObjectId& enterpriseRoot()
 {
@@ -14,22 +37,18 @@ const ObjectId& enterpriseRoot()
 std::optional<ObjectId> fromRelativeText(const std::string& text)
 {
     ObjectId id = enterpriseRoot();
-    if (text.empty())
-        return id;
-    const char* position = text.data();
-    const char* const end = position + text.size();
-    while (true) {
-        unsigned int arc = 0;
-        const auto [next, failure] = std::from_chars(position, end, arc);
-        if (failure != std::errc())
-            return std::nullopt;
-        id.push_back(arc);
-        if (next == end)
-            return id;
-        if (*next != '.')
-            return std::nullopt;
-        position = next + 1;
-    }
+    if (!text.empty() && !appendArcs(text, id))
+        return std::nullopt;
+    return id;
+}
+
+std::optional<ObjectId> fromFullText(const std::string& text)
+{
+    const bool hasLeadingDot = !text.empty() && text.front() == '.';
+    ObjectId id;
+    if (!appendArcs(std::string_view(text).substr(hasLeadingDot ? 1 : 0), id))
+        return std::nullopt;
+    return id;
 }
 
 std::string toRelativeText(const ObjectId& id)

@@ -25,6 +25,10 @@ constexpr size_t maxArcs = 128;
 /// text is anything else than numbers between dots, or a number is above 4294967295.
 std::optional<ObjectId> fromRelativeText(const std::string& text);
 
+/// The identifier that a full dotted text names, a leading dot allowed. Nothing when the text is anything
+/// else.
+std::optional<ObjectId> fromFullText(const std::string& text);
+
 /// The dotted text of id relative to the root. id lies below the root.
 std::string toRelativeText(const ObjectId& id);
 

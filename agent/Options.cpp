@@ -2,6 +2,7 @@
 
 #include <QCommandLineParser>
 
+#include "NetSnmp.h"
 #include "base/BuildInfo.h"
 
 namespace agent {
@@ -15,12 +16,23 @@ struct CommandLine
     const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption standalone{
         QStringLiteral("standalone"),
-        QStringLiteral("Serve SNMP on <address>, for example udp:127.0.0.1:1161, or a list of addresses "
-                       "separated by commas; tcp: suits large tables."),
+        QStringLiteral("Serve SNMP on <address> instead of joining snmpd, for example udp:127.0.0.1:1161, or "
+                       "a list of addresses separated by commas; tcp: suits large tables."),
         QStringLiteral("address")};
+    const QCommandLineOption agentx{
+        QStringLiteral("agentx"),
+        QStringLiteral("Join the snmpd that has its AgentX socket at <address>, a path or tcp:host:port. The "
+                       "default is " NETSNMP_AGENTX_SOCKET "."),
+        QStringLiteral("address")};
+    const QCommandLineOption subtree{
+        QStringLiteral("subtree"),
+        QStringLiteral("Serve what lies at and below <oid> alone, in numbers. The default is "
+                       "1.3.6.1.4.1.32473; anything narrower lies below it."),
+        QStringLiteral("oid")};
     const QCommandLineOption config{
         QStringLiteral("config"),
-        QStringLiteral("Take access control from <file>, in Net-SNMP's own directives (rocommunity, rouser, "
+        QStringLiteral("With --standalone: take access control from <file>, in Net-SNMP's own directives "
+                       "(rocommunity, rouser, "
                        "createUser, view ...) with object identifiers in numbers. Without it the community "
                        "\"public\" may read from this host, and nothing may be written."),
         QStringLiteral("file")};
@@ -31,8 +43,8 @@ struct CommandLine
         QStringLiteral("host:port"), QStringLiteral("127.0.0.1:43125")};
     const QCommandLineOption setTimeout{
         QStringLiteral("set-timeout"),
-        QStringLiteral("Wait at most <ms> milliseconds (1 to 60000) for an application's verdict on a SET. "
-                       "The default is 900."),
+        QStringLiteral("Wait at most <ms> milliseconds (1 to 999, with --standalone to 60000) for an "
+                       "application's verdict on a SET. The default is 900."),
         QStringLiteral("ms"), QStringLiteral("900")};
     const QCommandLineOption grace{
         QStringLiteral("grace"),
@@ -77,8 +89,8 @@ struct CommandLine
     {
         parser.setApplicationDescription(
             QStringLiteral("Serves the health that applications on this host publish to SNMP managers."));
-        parser.addOptions({standalone, config, listen, setTimeout, grace, forget, staleAfter, maxConnections,
-                           maxCells, maxText, maxFrame, verbose});
+        parser.addOptions({agentx, standalone, subtree, config, listen, setTimeout, grace, forget, staleAfter,
+                           maxConnections, maxCells, maxText, maxFrame, verbose});
     }
 };
 
@@ -112,6 +124,11 @@ QString parseSetTimeout(const QString& value, Options& options)
     const int milliseconds = value.toInt(&isNumber);
     if (!isNumber || milliseconds < 1 || milliseconds > 60000)
         return QStringLiteral("--set-timeout %1: expected milliseconds from 1 to 60000").arg(value);
+    if (!options.isStandalone() && milliseconds >= 1000)
+        return QStringLiteral(
+                   "--set-timeout %1: behind snmpd it must stay below 1000, since snmpd gives up a "
+                   "subagent that has not answered within a second")
+            .arg(value);
     options.setTimeoutMs = milliseconds;
     return QString();
 }
@@ -157,17 +174,44 @@ QString parseLimits(const CommandLine& line, Limits& limits)
     return problem;
 }
 
-QString parseAddress(const CommandLine& line, Options& options)
+QString parseStandalone(const QString& value, Options& options)
 {
-    options.standaloneAddress = line.parser.value(line.standalone);
-    if (!line.parser.isSet(line.standalone))
-        return QStringLiteral("--standalone ADDRESS is required, for example "
-                              "--standalone udp:127.0.0.1:1161");
-    const QStringList addresses = options.standaloneAddress.split(QLatin1Char(','));
+    const QStringList addresses = value.split(QLatin1Char(','));
     for (const QString& address : addresses) {
         if (address.trimmed().isEmpty())
-            return QStringLiteral("--standalone %1: an address is empty").arg(options.standaloneAddress);
+            return QStringLiteral("--standalone %1: an address is empty").arg(value);
     }
+    options.standaloneAddress = value;
+    return QString();
+}
+
+QString parseRole(const CommandLine& line, Options& options)
+{
+    const bool isStandalone = line.parser.isSet(line.standalone);
+    if (isStandalone && line.parser.isSet(line.agentx))
+        return QStringLiteral("--standalone and --agentx exclude each other: serve SNMP here or join snmpd");
+    options.agentxAddress = line.parser.value(line.agentx);
+    if (line.parser.isSet(line.agentx) && options.agentxAddress.trimmed().isEmpty())
+        return QStringLiteral("--agentx: the address is empty");
+    options.configFile = line.parser.value(line.config);
+    if (line.parser.isSet(line.config) && !isStandalone)
+        return QStringLiteral("--config goes with --standalone; behind snmpd, access is what snmpd's own "
+                              "configuration says");
+    if (line.parser.isSet(line.config) && options.configFile.isEmpty())
+        return QStringLiteral("--config: the file name is empty");
+    return isStandalone ? parseStandalone(line.parser.value(line.standalone), options) : QString();
+}
+
+QString parseSubtree(const CommandLine& line, Options& options)
+{
+    if (!line.parser.isSet(line.subtree))
+        return QString();
+    const QString value = line.parser.value(line.subtree);
+    const std::optional<ObjectId> subtree = fromFullText(value.toStdString());
+    if (!subtree || !isInTree(enterpriseRoot(), *subtree) || subtree->size() > maxArcs)
+        return QStringLiteral("--subtree %1: expected numbers between dots, %2 or something below it")
+            .arg(value, toText(enterpriseRoot()));
+    options.subtree = *subtree;
     return QString();
 }
 
@@ -177,10 +221,9 @@ QString readValues(const CommandLine& line, Options& options)
     if (!stray.isEmpty())
         return QStringLiteral("unexpected argument %1").arg(stray.constFirst());
     options.isVerbose = line.parser.isSet(line.verbose);
-    options.configFile = line.parser.value(line.config);
-    if (line.parser.isSet(line.config) && options.configFile.isEmpty())
-        return QStringLiteral("--config: the file name is empty");
-    QString problem = parseAddress(line, options);
+    QString problem = parseRole(line, options);
+    if (problem.isEmpty())
+        problem = parseSubtree(line, options);
     if (problem.isEmpty())
         problem = parseListen(line.parser.value(line.listen), options);
     if (problem.isEmpty())

@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include "Limits.h"
+#include "ObjectId.h"
 
 namespace agent {
 
@@ -23,8 +24,12 @@ struct Options
     /// or the error.
     static Action parse(const QStringList& arguments, Options& options, QString& text);
 
-    QString standaloneAddress; ///< one or more listening addresses in Net-SNMP's notation
+    bool isStandalone() const { return !standaloneAddress.isEmpty(); }
+
+    QString standaloneAddress; ///< one or more listening addresses in Net-SNMP's notation; empty: subagent
+    QString agentxAddress;     ///< of the host's snmpd; empty for Net-SNMP's default
     QString configFile;        ///< empty for none
+    ObjectId subtree = enterpriseRoot(); ///< what is served: the root or part of it
     QHostAddress listenHost = QHostAddress(QHostAddress::LocalHost);
     quint16 listenPort = defaultPort; ///< 0 for any free one
     int setTimeoutMs = 900;

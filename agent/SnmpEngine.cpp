@@ -51,12 +51,20 @@ int readOurConfiguration(int, int, void*, void* configFile)
 
 } // namespace
 
-SnmpEngine::SnmpEngine(const Settings& settings) : m_settings(settings) {}
+SnmpEngine::SnmpEngine(const Settings& settings) : m_settings(settings)
+{
+    if (isStandalone())
+        return;
+    m_link = std::make_unique<MasterLink>(m_settings.agentxAddress, m_settings.subtree);
+    QObject::connect(m_link.get(), &MasterLink::sessionChanged, &m_eventLoop, &NetSnmpEventLoop::watchAnew);
+}
 
 SnmpEngine::~SnmpEngine()
 {
     m_eventLoop.stop();
-    if (!m_isInitialised)
+    if (m_link)
+        m_link->prepareToEnd();
+    if (!m_isRunning)
         return;
     snmp_shutdown(applicationName);
     shutdown_agent();
@@ -68,8 +76,6 @@ QString SnmpEngine::configurationProblem() const
     if (!m_settings.configFile.isEmpty() && !file.open(QIODevice::ReadOnly))
         return QStringLiteral("cannot read the configuration file %1: %2")
             .arg(m_settings.configFile, file.errorString());
-    if (!m_directory.isValid())
-        return QStringLiteral("cannot create a temporary directory: %1").arg(m_directory.errorString());
     return QString();
 }
 
@@ -78,34 +84,50 @@ QString SnmpEngine::initialise()
     QString problem = configurationProblem();
     if (!problem.isEmpty())
         return problem;
+    if (!m_directory.isValid())
+        return QStringLiteral("cannot create a temporary directory: %1").arg(m_directory.errorString());
     NetSnmpEventLoop::bridgeLog();
     keepToItself(QFile::encodeName(m_directory.path()));
-    const QByteArray path = QFile::encodeName(QFileInfo(m_settings.configFile).absoluteFilePath());
-    char* argument = m_settings.configFile.isEmpty() ? nullptr : strdup(path.constData());
-    snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, &readOurConfiguration,
-                           argument); // which Net-SNMP frees
-    netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, 0);
+    netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, isStandalone() ? 0 : 1);
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_DONT_LOG_TCPWRAPPERS_CONNECTS, 1);
     add_to_init_list(QByteArray("!smux").data()); // it would listen on a port that nobody asked for
     if (init_agent(applicationName) != 0)
         return QStringLiteral("Net-SNMP cannot be initialised");
-    init_vacm_conf();
-    init_snmp(applicationName);
-    m_isInitialised = true;
+    if (m_link)
+        m_link->start();
+    else
+        takeConfiguration();
     return QString();
+}
+
+void SnmpEngine::takeConfiguration()
+{
+    const QByteArray path = QFile::encodeName(QFileInfo(m_settings.configFile).absoluteFilePath());
+    char* argument = m_settings.configFile.isEmpty() ? nullptr : strdup(path.constData());
+    snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, &readOurConfiguration,
+                           argument); // which Net-SNMP frees
+    init_vacm_conf();
+}
+
+QString SnmpEngine::start()
+{
+    m_isRunning = true;
+    init_snmp(applicationName);
+    const QString problem = isStandalone() ? listen() : QString();
+    if (problem.isEmpty())
+        m_eventLoop.start();
+    return problem;
 }
 
 QString SnmpEngine::listen()
 {
     netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS,
-                          m_settings.address.toLocal8Bit().constData());
-    if (init_master_agent() != 0)
-        return QStringLiteral(
-                   "cannot serve on %1: the address is in use, is not one of this host's, or needs "
-                   "privileges (a port below 1024)")
-            .arg(m_settings.address);
-    m_eventLoop.start();
-    return QString();
+                          m_settings.standaloneAddress.toLocal8Bit().constData());
+    if (init_master_agent() == 0)
+        return QString();
+    return QStringLiteral("cannot serve on %1: the address is in use, is not one of this host's, or needs "
+                          "privileges (a port below 1024)")
+        .arg(m_settings.standaloneAddress);
 }
 
 } // namespace agent

@@ -5,26 +5,32 @@
 #include <QTemporaryDir>
 
 #include <functional>
+#include <memory>
 
+#include "MasterLink.h"
 #include "NetSnmpEventLoop.h"
+#include "ObjectId.h"
 
 namespace agent {
 
 /// The Net-SNMP agent library as this agent uses it: its configuration, its role, its addresses.
 ///
-/// Purpose: nothing outside the given configuration is read and nothing is left behind on disk, so that the
-/// agent does the same on every host.
+/// Purpose: either an SNMP agent of its own or, by default, a subagent of the host's snmpd. Nothing outside
+/// the given configuration is read and nothing is left behind on disk, so that the agent does the same on
+/// every host.
 ///
 /// Threads: Net-SNMP is not safe for threads; everything stays on the thread of the event loop.
 /// Ownership: Net-SNMP's state is global, so there can be one engine in a process.
-/// Failure: initialise() and listen() say in text why the agent cannot serve.
+/// Failure: initialise() and start() say in text why the agent cannot serve.
 class SnmpEngine
 {
 public:
     struct Settings
     {
-        QString address;    ///< listening addresses, comma-separated
-        QString configFile; ///< empty: the built-in read-only access from this host
+        QString standaloneAddress; ///< listening addresses, comma-separated; empty: joins the host's snmpd
+        QString configFile;        ///< standalone; empty: the built-in read-only access from this host
+        QString agentxAddress;     ///< of the host's snmpd; empty: Net-SNMP's default
+        ObjectId subtree;          ///< what is registered there
     };
 
     explicit SnmpEngine(const Settings& settings);
@@ -32,22 +38,27 @@ public:
     SnmpEngine(const SnmpEngine&) = delete;
     SnmpEngine& operator=(const SnmpEngine&) = delete;
 
-    /// Reads the configuration. Returns what is wrong, or an empty text.
+    /// Makes Net-SNMP ready for handlers. Returns what is wrong, or an empty text.
     QString initialise();
 
-    /// Opens the addresses. Returns what is wrong, or an empty text. Handlers are registered before it.
-    QString listen();
+    /// Handlers are registered before it. Reads the configuration and opens the addresses, or joins snmpd now
+    /// or later. Returns what is wrong, or an empty text.
+    QString start();
 
     /// See NetSnmpEventLoop.
     void setPaused(std::function<bool()> paused) { m_eventLoop.setPaused(std::move(paused)); }
 
 private:
+    bool isStandalone() const { return !m_settings.standaloneAddress.isEmpty(); }
     QString configurationProblem() const;
+    void takeConfiguration();
+    QString listen();
 
     const Settings m_settings;
     QTemporaryDir m_directory;
     NetSnmpEventLoop m_eventLoop;
-    bool m_isInitialised = false;
+    std::unique_ptr<MasterLink> m_link; // null when standalone
+    bool m_isRunning = false;
 };
 
 } // namespace agent

@@ -77,9 +77,9 @@ SubtreeHandler::~SubtreeHandler()
         netsnmp_free_delegated_cache(cache);
 }
 
-bool SubtreeHandler::registerSubtree()
+bool SubtreeHandler::registerSubtree(const ObjectId& root)
 {
-    const ObjectId& root = enterpriseRoot();
+    m_root = root;
     const std::vector<oid> rootOid(root.begin(), root.end());
     netsnmp_handler_registration* registration = netsnmp_create_handler_registration(
         "vigil", &SubtreeHandler::handle, rootOid.data(), rootOid.size(), HANDLER_CAN_RWRITE);
@@ -137,8 +137,11 @@ void SubtreeHandler::handleGetNext(netsnmp_request_info* requests) const
 {
     for (netsnmp_request_info* request = requests; request; request = request->next) {
         const ObjectId asked = objectIdOf(*request->requestvb);
-        const CellStore::Entry* entry =
-            request->inclusive ? m_store.findAtOrNext(asked) : m_store.findNext(asked);
+        const CellStore::Entry* entry = nullptr;
+        if (asked < m_root) // Net-SNMP checks what lies behind the subtree, not what lies before it
+            entry = m_store.findAtOrNext(m_root);
+        else
+            entry = request->inclusive ? m_store.findAtOrNext(asked) : m_store.findNext(asked);
         if (!entry)
             continue; // left as it is, Net-SNMP goes on behind the subtree
         const std::vector<oid> name(entry->first.begin(), entry->first.end());

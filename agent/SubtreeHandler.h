@@ -11,7 +11,7 @@
 
 namespace agent {
 
-/// Answers a manager's requests below the enterprise's root from the store.
+/// Answers a manager's requests below one root from the store.
 ///
 /// Purpose: the one handler that Net-SNMP calls for the whole subtree. GET and GETNEXT are answered at once.
 /// A SET runs through Net-SNMP's phases: the first reserve phase checks what can be checked here, the second
@@ -30,7 +30,7 @@ public:
     ~SubtreeHandler() override;
 
     /// Takes the subtree. Net-SNMP's agent must be initialised. False when it refuses.
-    bool registerSubtree();
+    bool registerSubtree(const ObjectId& root);
 
     /// True while a SET waits for applications.
     bool isWaiting() const { return !m_delegated.empty(); }
@@ -49,6 +49,7 @@ private:
 
     const CellStore& m_store;
     SetCoordinator& m_coordinator;
+    ObjectId m_root;
     std::map<SetCoordinator::Key, netsnmp_delegated_cache*> m_delegated;
 };
 

@@ -261,3 +261,18 @@ TEST(AgentAccess, ConfiguredSnmpV3UsersMayWhatTheConfigurationSays)
         0)
         << "a configuration replaces the built-in access";
 }
+
+TEST(AgentServingASubtree, NothingOutsideItIsServed)
+{
+    AgentProcess agent({QStringLiteral("--subtree"), QStringLiteral("1.3.6.1.4.1.32473.5")});
+    ASSERT_TRUE(agent.start()) << agent.log().constData();
+    FakeApplication application(agent.applicationPort());
+    for (const char* cell : {"4.1", "5.1", "5.2", "6.1"})
+        application.publish(cell, 1);
+    const SnmpTool tool(agent.udpAddress());
+    EXPECT_TRUE(tool.waitFor(full("5.2"), QStringLiteral("1")));
+    EXPECT_EQ(tool.walk(root),
+              (QStringList{full("5.1") + QStringLiteral(" 1"), full("5.2") + QStringLiteral(" 1"),
+                           full("5.2") + QLatin1Char(' ') + pastTheEnd}));
+    EXPECT_TRUE(tool.get(full("6.1")).startsWith(QStringLiteral("No Such")));
+}

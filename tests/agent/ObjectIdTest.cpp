@@ -28,6 +28,14 @@ TEST(ObjectId, AnythingButNumbersBetweenDotsIsRefused)
         EXPECT_FALSE(fromRelativeText(text)) << text;
 }
 
+TEST(ObjectId, AFullTextMayBeginWithADot)
+{
+    EXPECT_EQ(agent::fromFullText("1.3.6"), (ObjectId{1, 3, 6}));
+    EXPECT_EQ(agent::fromFullText(".1.3.6"), (ObjectId{1, 3, 6}));
+    for (const char* text : {"", ".", "..1", "1.", "1..3", "a", "1.3.6 "})
+        EXPECT_EQ(agent::fromFullText(text), std::nullopt) << text;
+}
+
 TEST(ObjectId, TextsComeBackAsTheyWere)
 {
     EXPECT_EQ(agent::toRelativeText(*fromRelativeText("127.0.4294967273")), "127.0.4294967273");

@@ -17,6 +17,14 @@ QString problemWith(const QStringList& arguments)
     return Options::parse(minimum + arguments, options, text) == Options::Action::Fail ? text : QString();
 }
 
+/// The same without --standalone.
+QString parseSubagent(const QStringList& arguments, Options& options)
+{
+    QString text;
+    const QStringList all = QStringList{minimum.constFirst()} + arguments;
+    return Options::parse(all, options, text) == Options::Action::Fail ? text : QString();
+}
+
 } // namespace
 
 TEST(Options, TheAddressAloneGivesTheDefaults)
@@ -55,12 +63,64 @@ TEST(Options, EveryOptionIsRead)
     EXPECT_TRUE(options.isVerbose);
 }
 
-TEST(Options, TheAddressIsRequired)
+TEST(Options, TheRoleIsASubagentUnlessStandaloneIsAskedFor)
 {
     Options options;
     QString text;
-    EXPECT_EQ(Options::parse({QStringLiteral("vigil-agent")}, options, text), Options::Action::Fail);
-    EXPECT_TRUE(text.contains(QStringLiteral("--standalone ADDRESS is required"))) << qPrintable(text);
+    ASSERT_EQ(Options::parse({QStringLiteral("vigil-agent")}, options, text), Options::Action::Run);
+    EXPECT_FALSE(options.isStandalone());
+    EXPECT_EQ(options.agentxAddress, QString());
+    EXPECT_EQ(options.subtree, agent::enterpriseRoot());
+    EXPECT_EQ(options.setTimeoutMs, 900);
+    ASSERT_EQ(Options::parse(minimum, options, text), Options::Action::Run);
+    EXPECT_TRUE(options.isStandalone());
+}
+
+TEST(Options, TheAddressOfSnmpdIsRead)
+{
+    Options options;
+    ASSERT_EQ(parseSubagent({QStringLiteral("--agentx"), QStringLiteral("/a/master")}, options), QString());
+    EXPECT_EQ(options.agentxAddress, QStringLiteral("/a/master"));
+    EXPECT_FALSE(parseSubagent({QStringLiteral("--agentx"), QStringLiteral(" ")}, options).isEmpty());
+}
+
+TEST(Options, WhatBelongsToTheOtherRoleIsRefused)
+{
+    Options options;
+    EXPECT_TRUE(problemWith({QStringLiteral("--agentx"), QStringLiteral("/a/master")})
+                    .contains(QStringLiteral("exclude each other")));
+    EXPECT_TRUE(parseSubagent({QStringLiteral("--config"), QStringLiteral("/a/b.conf")}, options)
+                    .contains(QStringLiteral("--config goes with --standalone")));
+}
+
+TEST(Options, BehindSnmpdTheSetTimeoutStaysBelowSnmpdsOwn)
+{
+    Options options;
+    ASSERT_EQ(parseSubagent({QStringLiteral("--set-timeout"), QStringLiteral("999")}, options), QString());
+    EXPECT_EQ(options.setTimeoutMs, 999);
+    const QString problem = parseSubagent({QStringLiteral("--set-timeout"), QStringLiteral("1000")}, options);
+    EXPECT_TRUE(problem.contains(QStringLiteral("behind snmpd it must stay below 1000")))
+        << qPrintable(problem);
+}
+
+TEST(Options, ASubtreeLiesAtOrBelowTheEnterprise)
+{
+    Options options;
+    QString text;
+    for (const char* value : {"1.3.6.1.4.1.32473", ".1.3.6.1.4.1.32473.127.3", "1.3.6.1.4.1.32473.0"}) {
+        const QStringList arguments{QStringLiteral("--subtree"), QLatin1String(value)};
+        ASSERT_EQ(Options::parse(minimum + arguments, options, text), Options::Action::Run) << value;
+    }
+    EXPECT_EQ(options.subtree, (agent::ObjectId{1, 3, 6, 1, 4, 1, 32473, 0}));
+    for (const char* value :
+         {"", ".", "1.3.6.1.4.1", "1.3.6.1.4.1.32474", "1.3.6.1.4.1.324730", "127.3", "1.3.6.1.4.1.32473.",
+          "1.3.6.1.4.1.32473..1", "enterprises.32473", "1.3.6.1.4.1.32473.4294967296"}) {
+        const QString problem = problemWith({QStringLiteral("--subtree"), QLatin1String(value)});
+        EXPECT_TRUE(problem.contains(QStringLiteral("--subtree"))) << value << ": " << qPrintable(problem);
+    }
+    const QString longest = QStringLiteral("1.3.6.1.4.1.32473") + QStringLiteral(".1").repeated(121);
+    EXPECT_EQ(problemWith({QStringLiteral("--subtree"), longest}), QString());
+    EXPECT_FALSE(problemWith({QStringLiteral("--subtree"), longest + QStringLiteral(".1")}).isEmpty());
 }
 
 TEST(Options, AnEmptyAddressIsRefused)
@@ -159,9 +219,9 @@ TEST(Options, HelpAndVersionNeedNothingElse)
     QString text;
     const QString program = minimum.constFirst();
     EXPECT_EQ(Options::parse({program, QStringLiteral("--help")}, options, text), Options::Action::PrintText);
-    for (const char* option :
-         {"--standalone", "--config", "--listen", "--set-timeout", "--grace", "--forget", "--stale-after",
-          "--max-connections", "--max-cells", "--max-text", "--max-frame", "--verbose"})
+    for (const char* option : {"--agentx", "--standalone", "--subtree", "--config", "--listen",
+                               "--set-timeout", "--grace", "--forget", "--stale-after", "--max-connections",
+                               "--max-cells", "--max-text", "--max-frame", "--verbose"})
         EXPECT_TRUE(text.contains(QLatin1String(option))) << option;
     EXPECT_EQ(Options::parse({program, QStringLiteral("--version")}, options, text),
               Options::Action::PrintText);

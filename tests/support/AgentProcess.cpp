@@ -19,6 +19,10 @@ const QByteArray readyText = "listening for applications on 127.0.0.1:";
 
 AgentProcess::AgentProcess(const QStringList& arguments) : m_arguments(arguments) {}
 
+AgentProcess::AgentProcess(const QString& agentxAddress, const QStringList& arguments)
+    : m_arguments(arguments), m_agentxAddress(agentxAddress)
+{}
+
 AgentProcess::~AgentProcess()
 {
     if (m_process.state() == QProcess::NotRunning)
@@ -42,12 +46,11 @@ bool AgentProcess::start()
 bool AgentProcess::startOnce()
 {
     m_log.clear();
-    m_snmpPort = freePort();
-    m_process.start(QStringLiteral(VIGIL_AGENT_PROGRAM),
-                    QStringList{QStringLiteral("--standalone"),
-                                udpAddress() + QLatin1Char(',') + tcpAddress(), QStringLiteral("--listen"),
-                                QStringLiteral("127.0.0.1:0")} +
-                        m_arguments);
+    m_process.start(
+        QStringLiteral(VIGIL_AGENT_PROGRAM),
+        roleArguments() +
+            QStringList{QStringLiteral("--listen"), QStringLiteral("127.0.0.1:%1").arg(m_applicationPort)} +
+            m_arguments);
     const auto isReadyOrOver = [this] {
         const int ready = log().indexOf(readyText);
         return (ready >= 0 && log().indexOf('\n', ready) > 0) || m_process.state() == QProcess::NotRunning;
@@ -61,15 +64,23 @@ bool AgentProcess::startOnce()
     return m_applicationPort != 0;
 }
 
+QStringList AgentProcess::roleArguments()
+{
+    if (!m_agentxAddress.isEmpty())
+        return {QStringLiteral("--agentx"), m_agentxAddress};
+    m_snmpPort = freePort();
+    return {QStringLiteral("--standalone"), udpAddress() + QLatin1Char(',') + tcpAddress()};
+}
+
 const QByteArray& AgentProcess::log()
 {
     m_log += m_process.readAllStandardError();
     return m_log;
 }
 
-bool AgentProcess::waitForLog(const QByteArray& text)
+bool AgentProcess::waitForLog(const QByteArray& text, int times)
 {
-    return runUntil([&] { return log().contains(text); });
+    return runUntil([&] { return log().count(text) >= times; });
 }
 
 int AgentProcess::stop()
@@ -81,14 +92,20 @@ int AgentProcess::stop()
     return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
 }
 
+bool AgentProcess::kill()
+{
+    m_process.kill();
+    return runUntil([this] { return m_process.state() == QProcess::NotRunning; });
+}
+
 void AgentProcess::suspend()
 {
-    kill(static_cast<pid_t>(m_process.processId()), SIGSTOP);
+    ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP);
 }
 
 void AgentProcess::resume()
 {
-    kill(static_cast<pid_t>(m_process.processId()), SIGCONT);
+    ::kill(static_cast<pid_t>(m_process.processId()), SIGCONT);
 }
 
 AgentProcess::Outcome AgentProcess::run(const QStringList& arguments)

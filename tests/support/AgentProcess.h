@@ -11,7 +11,8 @@ namespace support {
 /// A real vigil-agent on free ports of its own, for as long as the object lives.
 ///
 /// Purpose: end-to-end tests start one, connect applications to applicationPort() and send managers' requests
-/// to udpAddress() or tcpAddress().
+/// to udpAddress() or tcpAddress(), or to the snmpd that it has joined. Started again, it has the same
+/// applicationPort().
 ///
 /// Threads: one with an event loop. Failure: start() returns false; log() holds what the agent said.
 class AgentProcess
@@ -19,6 +20,10 @@ class AgentProcess
 public:
     /// Arguments in addition to the addresses.
     explicit AgentProcess(const QStringList& arguments = {QStringLiteral("--verbose")});
+
+    /// One that joins the snmpd with this AgentX address. It is ready when applications may come, whether or
+    /// not snmpd runs.
+    AgentProcess(const QString& agentxAddress, const QStringList& arguments);
     ~AgentProcess();
 
     /// Comes back when the agent is ready to serve.
@@ -31,10 +36,13 @@ public:
 
     /// What the agent has written to standard error so far.
     const QByteArray& log();
-    bool waitForLog(const QByteArray& text);
+    bool waitForLog(const QByteArray& text, int times = 1);
 
     /// Ends the agent in order. Returns its exit code, -1 when it crashed or did not end.
     int stop();
+
+    /// Ends it as a crash would. False when it does not end.
+    bool kill();
 
     /// Stops and continues the process, as a debugger would.
     void suspend();
@@ -56,8 +64,10 @@ public:
 
 private:
     bool startOnce();
+    QStringList roleArguments();
 
-    QStringList m_arguments;
+    const QStringList m_arguments;
+    const QString m_agentxAddress;
     QProcess m_process;
     QByteArray m_log;
     quint16 m_snmpPort = 0;

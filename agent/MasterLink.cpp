@@ -1,0 +1,225 @@
+#include "MasterLink.h"
+
+#include <utility>
+#include <vector>
+
+#include <sys/socket.h>
+
+#include "Log.h"
+
+// Part of the agent library, which declares it in no header that is installed.
+extern "C" int subagent_open_master_session(void);
+
+namespace agent {
+
+namespace {
+
+// RFC 2741 and how Net-SNMP tells its sessions apart; its installed headers leave both out.
+constexpr long agentxVersion = 193;
+constexpr int registerCommand = 3;
+constexpr int pingCommand = 13;
+constexpr int responseCommand = 18;
+constexpr int defaultPriority = 127;
+constexpr long notOpenError = 257;
+
+constexpr int stepMs = 1000;
+
+// How long the agent stands still at most while it opens and while it closes a session with a snmpd that does
+// not answer; the event loop has to wait for both.
+constexpr long openTimeoutUs = 500'000;
+constexpr long closeTimeoutUs = 200'000;
+
+// Nothing waits for these answers, and one that is given up is still on its way.
+constexpr long answerTimeoutUs = 10'000'000;
+
+} // namespace
+
+MasterLink::MasterLink(const QString& address, const ObjectId& subtree)
+    : m_address(address.isEmpty() ? QStringLiteral(NETSNMP_AGENTX_SOCKET) : address), m_subtree(subtree)
+{
+    m_timer.setInterval(stepMs);
+    connect(&m_timer, &QTimer::timeout, this, &MasterLink::takeStep);
+}
+
+void MasterLink::start()
+{
+    // No pings and no reconnecting of Net-SNMP's own.
+    netsnmp_ds_set_int(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_AGENTX_PING_INTERVAL, 0);
+    netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_NO_CONNECTION_WARNINGS, 1);
+    netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_X_SOCKET,
+                          m_address.toLocal8Bit().constData());
+    snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_SESSION_INIT, &handleSessionCreated, this);
+    snmp_register_callback(SNMP_CALLBACK_APPLICATION, SNMPD_CALLBACK_INDEX_START, &handleOpened, this);
+    snmp_register_callback(SNMP_CALLBACK_APPLICATION, SNMPD_CALLBACK_INDEX_STOP, &handleClosed, this);
+    m_timer.start();
+    QTimer::singleShot(0, this, &MasterLink::takeStep);
+}
+
+void MasterLink::prepareToEnd()
+{
+    m_timer.stop();
+    // At its shutdown Net-SNMP frees what is registered with a callback.
+    snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_SESSION_INIT, &handleSessionCreated, this,
+                             1);
+    snmp_unregister_callback(SNMP_CALLBACK_APPLICATION, SNMPD_CALLBACK_INDEX_START, &handleOpened, this, 1);
+    snmp_unregister_callback(SNMP_CALLBACK_APPLICATION, SNMPD_CALLBACK_INDEX_STOP, &handleClosed, this, 1);
+    if (m_session)
+        m_session->timeout = closeTimeoutUs;
+}
+
+QString MasterLink::statusText() const
+{
+    switch (m_state) {
+    case State::Waiting:
+        return QStringLiteral("waiting for snmpd at %1").arg(m_address);
+    case State::Registering:
+        return QStringLiteral("registering %1 with snmpd at %2").arg(toText(m_subtree), m_address);
+    case State::Serving:
+        return QStringLiteral("serving %1 through snmpd at %2").arg(toText(m_subtree), m_address);
+    }
+    return QString();
+}
+
+int MasterLink::handleSessionCreated(int, int, void* session, void*)
+{
+    auto* created = static_cast<netsnmp_session*>(session);
+    if (created->version == agentxVersion) {
+        created->timeout = openTimeoutUs;
+        created->retries = 0;
+    }
+    return SNMPERR_SUCCESS;
+}
+
+int MasterLink::handleOpened(int, int, void* session, void* self)
+{
+    auto* link = static_cast<MasterLink*>(self);
+    link->m_session = static_cast<netsnmp_session*>(session);
+    link->m_session->timeout = answerTimeoutUs;
+    link->m_asked = 0;
+    link->m_isProblemTold = false;
+    link->change(State::Registering);
+    QTimer::singleShot(0, link, &MasterLink::takeStep);
+    emit link->sessionChanged();
+    return SNMPERR_SUCCESS;
+}
+
+int MasterLink::handleClosed(int, int, void*, void* self)
+{
+    auto* link = static_cast<MasterLink*>(self);
+    link->m_session = nullptr;
+    if (link->m_state == State::Serving)
+        log::warning(
+            QStringLiteral(
+                "the connection to snmpd at %1 is lost; all values are kept, and the agent joins again "
+                "as soon as snmpd is back")
+                .arg(link->m_address));
+    link->m_isProblemTold = true;
+    link->change(State::Waiting);
+    emit link->sessionChanged();
+    return SNMPERR_SUCCESS;
+}
+
+void MasterLink::takeStep()
+{
+    if (!m_session)
+        tryToJoin();
+    else if (m_asked == 0)
+        ask(m_state == State::Serving ? pingCommand : registerCommand);
+}
+
+void MasterLink::tryToJoin()
+{
+    if (subagent_open_master_session() == 0 || m_isProblemTold)
+        return;
+    m_isProblemTold = true;
+    log::warning(
+        QStringLiteral(
+            "cannot join snmpd at %1; see that it runs, that its configuration says \"master agentx\", "
+            "and that this user may open its socket. The agent tries again every second")
+            .arg(m_address));
+}
+
+void MasterLink::ask(int command)
+{
+    netsnmp_pdu* question = snmp_pdu_create(command);
+    question->sessid = m_session->sessid;
+    question->time = 0;
+    if (command == registerCommand) {
+        const std::vector<oid> subtree(m_subtree.begin(), m_subtree.end());
+        question->priority = defaultPriority;
+        snmp_add_null_var(question, subtree.data(), subtree.size());
+    }
+    m_asked = command;
+    if (snmp_async_send(m_session, question, &handleAnswer, this) == 0) {
+        snmp_free_pdu(question);
+        hangUp();
+    }
+}
+
+int MasterLink::handleAnswer(int operation, netsnmp_session*, int, netsnmp_pdu* answer, void* self)
+{
+    auto* link = static_cast<MasterLink*>(self);
+    const int asked = std::exchange(link->m_asked, 0);
+    if (operation == NETSNMP_CALLBACK_OP_TIMED_OUT)
+        link->handleSilence();
+    else if (operation != NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE || answer->command != responseCommand)
+        return 1;
+    else if (asked == registerCommand)
+        link->handleRegistration(answer->errstat);
+    else
+        link->handlePing(answer->errstat);
+    return 1;
+}
+
+void MasterLink::handleRegistration(long error)
+{
+    if (error == SNMP_ERR_NOERROR) {
+        m_isProblemTold = false;
+        change(State::Serving);
+        log::info(statusText());
+    } else if (error == notOpenError) {
+        hangUp();
+    } else if (!m_isProblemTold) {
+        m_isProblemTold = true;
+        log::warning(QStringLiteral(
+                         "snmpd at %1 refuses to register %2 (AgentX error %3); most likely another subagent "
+                         "has it, or snmpd has not noticed yet that this agent's last run is over. The agent "
+                         "tries again every second; if this stays, end the other subagent or use --subtree")
+                         .arg(m_address, toText(m_subtree))
+                         .arg(error));
+    }
+}
+
+void MasterLink::handlePing(long error)
+{
+    m_isProblemTold = false;
+    if (error != SNMP_ERR_NOERROR)
+        hangUp();
+}
+
+void MasterLink::handleSilence()
+{
+    if (!m_isProblemTold)
+        log::warning(QStringLiteral(
+                         "snmpd at %1 does not answer; managers get no values until it does or is restarted")
+                         .arg(m_address));
+    m_isProblemTold = true;
+    if (m_state == State::Registering)
+        hangUp(); // the answer may still come, and after another question nobody could tell to which
+}
+
+/// Net-SNMP finds the connection closed, as if snmpd had ended, and does what is to be done then.
+void MasterLink::hangUp()
+{
+    netsnmp_transport* transport = snmp_sess_transport(snmp_sess_pointer(m_session));
+    if (transport)
+        shutdown(transport->sock, SHUT_RDWR);
+}
+
+void MasterLink::change(State state)
+{
+    m_state = state;
+    emit statusChanged();
+}
+
+} // namespace agent
