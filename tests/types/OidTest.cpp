@@ -157,6 +157,18 @@ TEST(Oid, PiecesAreReadInBaseTen)
     EXPECT_EQ(reprinted("010.08"), "10.8");
 }
 
+TEST(Oid, BlanksAndASignAroundAnArcAreRead)
+{
+    EXPECT_EQ(reprinted(" 1 . 3\t.+6"), "1.3.6");
+    EXPECT_EQ(reprinted("1 3.6"), "6");
+}
+
+TEST(Oid, DigitsOfOtherScriptsAndNulBytesAreNoArcs)
+{
+    EXPECT_EQ(reprinted("1.\xD9\xA1.3"), "1.3");
+    EXPECT_EQ(reprinted(std::string("1.2\0.3", 6)), "1.3");
+}
+
 TEST(Oid, TextWithoutAnyArcGivesTheInvalidOid)
 {
     EXPECT_FALSE(oid("").isValid());

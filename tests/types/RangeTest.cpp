@@ -2,9 +2,12 @@
 
 #include <vigil/Range.h>
 
+#include <QLocale>
+
 #include <cmath>
 #include <limits>
 #include <string>
+#include <type_traits>
 
 using vigil::Range;
 
@@ -69,6 +72,8 @@ static_assert(static_cast<int>(Range::RangeMode::Normal) == 1, "binary interface
 static_assert(static_cast<int>(Range::RangeMode::Inverse) == 2, "binary interface");
 static_assert(static_cast<int>(Range::RangeMode::Unset) == 3, "binary interface");
 static_assert(sizeof(Range::RangeMode) == 4, "binary interface");
+static_assert(std::has_virtual_destructor_v<Range>, "binary interface");
+static_assert(!std::is_constructible_v<Range, double, double, Range::RangeMode>, "the factories are the way");
 
 TEST(Range, TheDefaultOneIsNotEnabledAndPrintsAsTheEmptyText)
 {
@@ -269,6 +274,25 @@ TEST(Range, TextThatIsNoNumberIsAnError)
         EXPECT_FALSE(isRange(text)) << text;
 }
 
+TEST(Range, GroupedDigitsForeignDigitsAndNulBytesAreErrors)
+{
+    for (const char* text : {"1,000", "1.000.000", "\xD9\xA1\xD9\xA0", "1\xFF"})
+        EXPECT_FALSE(isRange(text)) << text;
+    EXPECT_FALSE(isRange(std::string("10\0", 3)));
+    EXPECT_FALSE(isRange(std::string("off\0", 4)));
+    EXPECT_FALSE(isRange(std::string(1, '\0')));
+}
+
+TEST(Range, NumbersAreReadAndWrittenWithAPointInEveryLocale)
+{
+    const QLocale before;
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    EXPECT_EQ(Range::CreateRange(1.5, 1234.5).toString(), "1.5:1234.5");
+    expectNormal(parsed("1.5:1234.5"), 1.5, 1234.5);
+    EXPECT_FALSE(isRange("1,5"));
+    QLocale::setDefault(before);
+}
+
 TEST(Range, AnAtSignAloneIsAnError)
 {
     EXPECT_FALSE(isRange("@"));
@@ -352,6 +376,7 @@ TEST(Range, NumbersPrintWithSixSignificantDigits)
     EXPECT_EQ(Range::CreateRange(-1.5, 2.5).toString(), "-1.5:2.5");
     EXPECT_EQ(Range::CreateRange(0, 123456.0).toString(), "123456");
     EXPECT_EQ(Range::CreateRange(0, 1.0000001).toString(), "1");
+    EXPECT_EQ(Range::CreateRange(-1234567.0, 0).toString(), "-1.23457e+06:0");
 }
 
 TEST(Range, DigitsBeyondTheSixthAreLostOnTheWayThroughText)

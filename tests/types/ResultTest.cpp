@@ -3,6 +3,7 @@
 #include <vigil/Result.h>
 
 #include <string>
+#include <type_traits>
 
 using vigil::HealthStatus;
 using vigil::Result;
@@ -12,6 +13,7 @@ static_assert(static_cast<int>(HealthStatus::Warning) == 1, "what a manager read
 static_assert(static_cast<int>(HealthStatus::Critical) == 2, "what a manager reads");
 static_assert(static_cast<int>(HealthStatus::Unknown) == 3, "what a manager reads");
 static_assert(sizeof(HealthStatus) == 4, "binary interface");
+static_assert(std::has_virtual_destructor_v<Result>, "binary interface");
 
 TEST(Result, TheDefaultOneIsUnknownWithoutNameOrSummary)
 {

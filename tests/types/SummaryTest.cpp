@@ -100,6 +100,12 @@ TEST(Summary, AnEmptyProblemTextStillTakesItsPlace)
     EXPECT_EQ(Summary().summarizeProblems(DescribedCheck("disk"), list), "disk - b  c");
 }
 
+TEST(Summary, ABlankWithinATextOrADescriptionStays)
+{
+    const auto list = entries({{HealthStatus::Warning, " b "}, {HealthStatus::Warning, "c\n"}});
+    EXPECT_EQ(Summary().summarizeProblems(DescribedCheck(" disk "), list), " disk  -  b  c\n");
+}
+
 TEST(Summary, TextsStayUtf8)
 {
     const auto list = entries({{HealthStatus::Warning, "40 \xC2\xB0"
