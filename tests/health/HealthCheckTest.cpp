@@ -166,6 +166,38 @@ TEST_F(HealthCheck, ASecondMetricOfANameHidesTheFirstWhichLivesOn)
     older->remove();
 }
 
+// The metric keeps its name as UTF-8; row, entry and removal have to agree on what has become of it.
+TEST_F(HealthCheck, ANameThatIsNotUtf8IsTheSameBrokenNameEverywhere)
+{
+    start();
+    const CheckPointer check = makeCheck("app", "hc");
+    publications();
+    ScalarMetric* metric = check->createScalarMetric("\xE9");
+    const std::string replacementCharacter = "\xEF\xBF\xBD";
+    EXPECT_EQ(metric->getName(), replacementCharacter);
+    EXPECT_EQ(publications().size(), 4u);
+    check->update();
+    EXPECT_THAT(resultsOf(*check),
+                ElementsAre(replacementCharacter + ": " + replacementCharacter + " is 0."));
+    metric->remove();
+    check->update();
+    EXPECT_THAT(resultsOf(*check), IsEmpty());
+}
+
+TEST_F(HealthCheck, EmptyKeysAndNamesAreKeysAndNames)
+{
+    start();
+    const CheckPointer check = makeCheck("", "");
+    ScalarMetric* metric = check->createScalarMetric("");
+    EXPECT_THAT(publications(),
+                ElementsAre(set(cell(1, 3, {"", ""}), 3), set(cell(1, 4, {"", ""}), ""),
+                            set(cell(2, 5, {"", "", ""}), 0), set(cell(2, 2, {"", "", ""}), ""),
+                            set(cell(2, 3, {"", "", ""}), "off"), set(cell(2, 4, {"", "", ""}), "off")));
+    check->update();
+    EXPECT_THAT(resultsOf(*check), ElementsAre(":  is 0."));
+    metric->remove();
+}
+
 TEST_F(HealthCheck, RemovingTheHiddenMetricTakesTheNewerOnesEntryAndRows)
 {
     start();
@@ -342,6 +374,24 @@ TEST_F(HealthCheck, AManagementHandlerIsReachedUntilItIsUnregistered)
     check->unregisterManagementHandler();
     commit(cell(5, 3, checkRow), 2);
     EXPECT_EQ(recorder.lines().size(), 2u);
+}
+
+TEST_F(HealthCheck, StatusResultsAndNumbersAreReadOnlyForTheManager)
+{
+    start();
+    support::Recorder recorder;
+    support::RecordingManagementHandler handler(recorder);
+    const CheckPointer check = makeCheck("app", "hc");
+    check->registerManagementHandler(&handler);
+    ScalarMetric* cpu = check->createScalarMetric("cpu");
+    check->update();
+    for (const std::string& oid : {cell(1, 3, checkRow), cell(1, 4, checkRow), cell(3, 1, metricRow),
+                                   cell(3, 2, metricRow), cell(4, 1, metricRow), cell(4, 5, metricRow)}) {
+        EXPECT_EQ(validate(oid, 1), "answer 1 to " + set(oid, 1));
+        EXPECT_EQ(validate(oid, "text"), "answer 1 to " + set(oid, "text"));
+    }
+    check->unregisterManagementHandler();
+    cpu->remove();
 }
 
 TEST_F(HealthCheck, AManagementFunctionMayUpdateTheCheck)

@@ -9,6 +9,8 @@
 #include "support/QtMessages.h"
 #include "support/RecordingRangeHandler.h"
 
+#include <limits>
+
 using support::cell;
 using support::CheckPointer;
 using support::makeCheck;
@@ -116,6 +118,26 @@ TEST_F(ScalarMetric, ARangeThatIsUnsetMatchesEverything)
     EXPECT_EQ(evaluatedWith(-1e300).getStatus(), HealthStatus::Ok);
 }
 
+TEST_F(ScalarMetric, AValueThatWasNeverSetIsJudgedAs0)
+{
+    metric->setCriticalRange(Range::CreateThresholdBelow(1));
+    EXPECT_EQ(evaluated().getStatus(), HealthStatus::Critical);
+    EXPECT_EQ(evaluated().getSummary(), "out of critical range: cpu is 0.");
+}
+
+TEST_F(ScalarMetric, ANaNCountsAsInsideARangeAndAnInfinityAsOutside)
+{
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const double notANumber = std::numeric_limits<double>::quiet_NaN();
+    metric->setCriticalRange(Range::CreateRange(10, 20));
+    EXPECT_EQ(evaluatedWith(notANumber).getStatus(), HealthStatus::Ok);
+    EXPECT_EQ(evaluated().getSummary(), "cpu is nan.");
+    EXPECT_EQ(evaluatedWith(infinity).getSummary(), "out of critical range: cpu is inf.");
+    EXPECT_EQ(evaluatedWith(-infinity).getSummary(), "out of critical range: cpu is -inf.");
+    metric->setCriticalRange(Range::CreateInverseRange(10, 20));
+    EXPECT_EQ(evaluatedWith(notANumber).getStatus(), HealthStatus::Critical);
+}
+
 TEST_F(ScalarMetric, ValuesPrintWithSixSignificantDigits)
 {
     EXPECT_EQ(evaluatedWith(1234567).getSummary(), "cpu is 1.23457e+06.");
@@ -172,6 +194,30 @@ TEST_F(ScalarMetric, AHandlerMakesTheRowWritableAndColumn5ShowsIt)
     EXPECT_THAT(publications(), ElementsAre(set(cell(2, 5, metricRow), 0)));
     EXPECT_EQ(validate(warningCell, "10:20"), "answer 1 to " + set(warningCell, "10:20"));
     EXPECT_THAT(recorder.lines(), IsEmpty());
+}
+
+TEST_F(ScalarMetric, ASecondHandlerTakesThePlaceOfTheFirst)
+{
+    settle();
+    support::Recorder secondRecorder;
+    support::RecordingRangeHandler second(secondRecorder);
+    metric->setRangeChangeHandler(&handler);
+    metric->setRangeChangeHandler(&second);
+    EXPECT_EQ(validate(warningCell, "10:20"), "answer 0 to " + set(warningCell, "10:20"));
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+    EXPECT_THAT(secondRecorder.lines(), ElementsAre("cpu accepts warning 10:20"));
+    metric->clearRangeChangeHandler();
+}
+
+TEST_F(ScalarMetric, ANullHandlerRefusesEveryChangeThoughColumn5Shows1)
+{
+    settle();
+    publications();
+    metric->setRangeChangeHandler(nullptr);
+    EXPECT_THAT(publications(), ElementsAre(set(cell(2, 5, metricRow), 1)));
+    EXPECT_EQ(validate(warningCell, "10:20"), "answer 1 to " + set(warningCell, "10:20"));
+    commit(warningCell, "10:20"); // which no manager gets past the validation
+    EXPECT_EQ(metric->getWarningRange().toString(), "10:20");
 }
 
 TEST_F(ScalarMetric, ACommittedRangeChangesTheMetricWithoutPublishingAnything)
