@@ -2,7 +2,6 @@
 
 #include <vigil/ValueChangedCallback.h>
 
-#include <cstdint>
 #include <limits>
 
 #include "client/CallbackStore.h"
@@ -52,13 +51,18 @@ void SnmpTable<Key>::onTableEvent()
 // --- Identifiers
 
 template <typename Key>
+unsigned int SnmpTable<Key>::makeLengthArc(std::uint64_t length)
+{
+    if (length > (std::numeric_limits<std::uint32_t>::max)())
+        throw "makeVarLenStringOid(): id length exceeds uint32 limit.";
+    return static_cast<unsigned int>(length);
+}
+
+template <typename Key>
 Oid SnmpTable<Key>::makeVarLenStringOid(const std::string& id)
 {
-    if (std::uint64_t{id.size()} > (std::numeric_limits<std::uint32_t>::max)())
-        throw "makeVarLenStringOid(): id length exceeds uint32 limit.";
-    std::vector<unsigned int> arcs;
+    std::vector<unsigned int> arcs = {makeLengthArc(id.size())};
     arcs.reserve(id.size() + 1);
-    arcs.push_back(static_cast<unsigned int>(id.size()));
     for (const char byte : id)
         arcs.push_back(static_cast<unsigned int>(static_cast<signed char>(byte)));
     return Oid::fromAsnOid(static_cast<unsigned int>(arcs.size()), arcs.data());

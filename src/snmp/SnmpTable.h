@@ -1,6 +1,7 @@
 #ifndef VIGIL_SNMP_SNMPTABLE_H
 #define VIGIL_SNMP_SNMPTABLE_H
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -45,6 +46,10 @@ public:
     /// The index of a text: its length, then its bytes as signed characters, which sends bytes from 0x80 up
     /// to the far end of the arcs. Throws a text when id has more than 4294967295 bytes.
     static vigil::Oid makeVarLenStringOid(const std::string& id);
+
+    /// The first arc of makeVarLenStringOid(), for a text of that many bytes. On its own so that its limit
+    /// can be tested without a text of 4 GiB.
+    static unsigned int makeLengthArc(std::uint64_t length);
 
     vigil::Oid indexOid(const Key& key) const;
 

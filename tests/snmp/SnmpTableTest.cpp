@@ -1,5 +1,6 @@
 #include "snmp/SnmpTable.h"
 
+#include <cstdint>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -92,6 +93,18 @@ TEST_F(SnmpTable, BytesFrom0x80AreSignExtended)
     EXPECT_EQ(indexText("\xFF"), "1.4294967295");
 }
 
+TEST_F(SnmpTable, ATextTooLongForItsLengthArcThrowsAText)
+{
+    constexpr std::uint64_t longest = 4294967295u;
+    EXPECT_EQ(SnmpMetricTable::makeLengthArc(longest), 4294967295u);
+    try {
+        SnmpMetricTable::makeLengthArc(longest + 1);
+        FAIL() << "nothing was thrown";
+    } catch (const char* text) {
+        EXPECT_STREQ(text, "makeVarLenStringOid(): id length exceeds uint32 limit.");
+    }
+}
+
 TEST_F(SnmpTable, TheIndexOfAPairIsThatOfItsTextsOneAfterTheOther)
 {
     EXPECT_EQ(SnmpHealthCheckTable().indexOid({"a", "bc"}).toStdString(), "1.97.2.98.99");
@@ -145,6 +158,21 @@ TEST_F(SnmpTable, ANewRowWritesNothing)
     EXPECT_TRUE(metrics.hasRow("m"));
     EXPECT_FALSE(metrics.hasRow("n"));
     EXPECT_THAT(publications(), IsEmpty());
+}
+
+TEST_F(SnmpTable, ARowMadeAnewLosesItsCallbackAndWritesNothing)
+{
+    start();
+    metrics.createRow("m");
+    bool isGone = false;
+    metrics.setRowCallback("m", std::make_unique<CallbackWithLastWords>([&] { isGone = true; }));
+    metrics.createRow("m");
+    EXPECT_TRUE(isGone);
+    EXPECT_TRUE(metrics.hasRow("m"));
+    EXPECT_FALSE(metrics.hasRowCallback("m"));
+    EXPECT_THAT(publications(), IsEmpty());
+    for (const int column : {2, 3, 4, 5}) // the store was not told
+        facade.deregisterValueChanged(below(cell(2, column, {"app", "hc", "m"})));
 }
 
 TEST_F(SnmpTable, NothingIsWrittenToARowThatDoesNotExist)
@@ -282,6 +310,16 @@ TEST_F(SnmpTable, AHealthCheckRowIsStatusAndSummary)
     EXPECT_THAT(publications(),
                 ElementsAre(set(cell(1, 3, {"app", "hc"}), 2), set(cell(1, 4, {"app", "hc"}), "bad")));
     EXPECT_THAT(debugTexts(messages), ElementsAre("set SnmpHealthCheckTable row for  app hc"));
+}
+
+TEST_F(SnmpTable, DebugTextsShowKeysAndNamesAsUtf8)
+{
+    const QtMessages messages;
+    SnmpHealthCheckTable().setRow({"T\xC3\xBCr", ""}, 2, "bad");
+    metrics.createRow("\xC2\xB5");
+    metrics.setRow("\xC2\xB5", "", "", "");
+    EXPECT_THAT(debugTexts(messages), ElementsAre("set SnmpHealthCheckTable row for  T\xC3\xBCr ",
+                                                  "set SnmpMetricTable row for  \xC2\xB5"));
 }
 
 TEST_F(SnmpTable, AMetricRowIsUnitWarningRangeAndCriticalRange)
