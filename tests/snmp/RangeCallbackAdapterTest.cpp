@@ -125,6 +125,32 @@ TEST_F(RangeCallbackAdapter, ATextForAnyOtherCellIsRefusedSilently)
     EXPECT_THAT(debugTexts(), IsEmpty());
 }
 
+TEST_F(RangeCallbackAdapter, TheTextIsLookedAtBeforeTheCell)
+{
+    EXPECT_EQ(validate(2, "\xC3\xA4"), 1u);
+    adapter.callbackValueChanged(metricCell(2), std::string("abc"));
+    EXPECT_THAT(observer.calls, IsEmpty());
+    EXPECT_THAT(debugTexts(),
+                ElementsAre("Invalid range string [ \xC3\xA4 ] from remote SNMP manager. Ignore SET request.",
+                            "RangeCallbackAdapter::callbackValueChanged: Bad range format string."));
+}
+
+TEST_F(RangeCallbackAdapter, TheEmptyTextAndOffAreRangesToo)
+{
+    EXPECT_EQ(validate(3, ""), 0u);
+    EXPECT_EQ(validate(4, "off"), 0u);
+    EXPECT_THAT(observer.calls, ElementsAre("check warning ", "check critical off"));
+    EXPECT_THAT(debugTexts(), IsEmpty());
+}
+
+TEST_F(RangeCallbackAdapter, TheSameColumnOfAnotherTableIsNoRange)
+{
+    const Oid result = Oid::fromStdString("1.3.6.1.4.1.32473." + cell(3, 3, {"app", "hc", "m"}));
+    EXPECT_EQ(adapter.callbackValidateValue(result, std::string("10:20")), 1u);
+    adapter.callbackValueChanged(result, std::string("10:20"));
+    EXPECT_THAT(observer.calls, IsEmpty());
+}
+
 TEST_F(RangeCallbackAdapter, TextThatIsNoRangeButCommittedIsLoggedAndChangesNothing)
 {
     adapter.callbackValueChanged(metricCell(3), std::string("abc"));

@@ -1,5 +1,6 @@
 #include "snmp/SnmpConnector.h"
 
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -249,9 +250,12 @@ TEST_F(SnmpConnector, AnUpdatePublishesTheCheckAndThenEachResultInTheListsOrder)
 
 TEST_F(SnmpConnector, NumbersArePublishedAsTextsOfSixSignificantDigits)
 {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const double notANumber = std::numeric_limits<double>::quiet_NaN();
     startWithConnector();
     const std::vector<std::pair<double, std::string>> cases = {
-        {0.1, "0.1"}, {1234567.0, "1.23457e+06"}, {1.0 / 3.0, "0.333333"}, {-2.5, "-2.5"}, {1e21, "1e+21"}};
+        {0.1, "0.1"},    {1234567.0, "1.23457e+06"}, {1.0 / 3.0, "0.333333"}, {-2.5, "-2.5"},
+        {1e21, "1e+21"}, {5e-324, "4.94066e-324"},   {notANumber, "nan"},     {-infinity, "-inf"}};
     for (const auto& [value, text] : cases) {
         connector->updateResults(listOf(resultWithNumber("m", value)));
         EXPECT_THAT(publications(), Contains(set(cell(4, 2, metricRow), text)));
