@@ -42,8 +42,9 @@ public:
     HealthCheck(const HealthCheck& other);
     HealthCheck& operator=(const HealthCheck& other);
 
-    /// Create a metric and announce its row. When the name is taken the check sees only the newer metric.
-    /// Null when called from inside one of the library's callbacks.
+    /// Create a metric and announce its row. The name is UTF-8. When it is taken the check sees only the
+    /// newer metric, and a range handler of the older one is asked no more. Null when called from inside one
+    /// of the library's callbacks.
     virtual SimpleMetric* createSimpleMetric(const std::string& name) = 0;
     virtual ScalarMetric* createScalarMetric(const std::string& name) = 0;
 
@@ -55,8 +56,8 @@ public:
     virtual void setDescription(const std::string& description) = 0;
     virtual std::string getDescription() const = 0;
 
-    /// Publishes the management row and routes the manager's triggers to handler, which is not owned and must
-    /// be unregistered before it is destroyed.
+    /// Publishes the management row and routes the manager's triggers to handler, in place of an earlier one.
+    /// It is not owned and must be unregistered before it is destroyed. With null the triggers do nothing.
     virtual void registerManagementHandler(ManagementHandler* handler) = 0;
 
     /// When it returns, no call of the handler is under way and none will come. The row stays.

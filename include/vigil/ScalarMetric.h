@@ -16,7 +16,8 @@ class HealthCheck;
 ///
 /// Purpose: measured quantities. At every HealthCheck::update() the value is CRITICAL when it is outside the
 /// critical range, else WARNING when it is outside the warning range, else OK. Both ranges are off at
-/// creation and the value is 0. The text reads "NAME is VALUEUNIT." with six significant digits.
+/// creation and the value is 0. The text reads "NAME is VALUEUNIT." with six significant digits, behind "out
+/// of critical range: " or "out of warning range: " when it is outside one. For NaN see Range::match().
 ///
 /// Units: value and ranges share the unit of setUnit(), whatever it is ("%", " MB", …).
 ///
@@ -49,8 +50,8 @@ public:
     /// Whether the value is also published as a row of the performance data table. On at creation.
     virtual void setPerformanceDataEnabled(bool enabled) = 0;
 
-    /// Lets the manager change the ranges, with the handler's consent. Not owned; clear it before destroying
-    /// it.
+    /// Lets the manager change the ranges, with the consent of handler, which takes the place of an earlier
+    /// one. Not owned; clear it before destroying it. With null every change is refused.
     virtual void setRangeChangeHandler(RangeChangeHandler* handler) = 0;
 
     /// From now on every change by the manager is refused. When it returns, no call of the handler is under

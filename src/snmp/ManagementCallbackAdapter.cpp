@@ -19,14 +19,14 @@ ManagementCallbackAdapter::ManagementCallbackAdapter(ManagementHandler* handler,
 
 void ManagementCallbackAdapter::callbackValueChanged(const Oid& cell, int value)
 {
-    if (value == execute)
+    if (m_handler && value == execute)
         trigger(m_table->columnIndexOrNone(cell));
     VigilSnmpInterface::instance().sendValue(cell, idle, 0);
 }
 
 void ManagementCallbackAdapter::callbackValueChanged(const Oid& cell, std::string text)
 {
-    if (text.empty() && m_table->columnIndexOrNone(cell) == SnmpMgmFuncTable::commandIndex)
+    if (m_handler && text.empty() && m_table->columnIndexOrNone(cell) == SnmpMgmFuncTable::commandIndex)
         m_handler->managementFunction5(text);
     VigilSnmpInterface::instance().sendValue(cell, std::string(), 0);
 }

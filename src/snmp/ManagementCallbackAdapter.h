@@ -9,7 +9,8 @@ class SnmpMgmFuncTable;
 /// Turns the manager's SETs of a management row into calls of the application's handler.
 ///
 /// Every SET is accepted, and the cell returns to its idle value at once, whatever was set: 1 for the
-/// triggers, the empty text for the command. Only 2, and the empty text, do anything.
+/// triggers, the empty text for the command. Only 2, and the empty text, do anything; without a handler
+/// nothing does.
 ///
 /// Threads: called on the client thread. Ownership: owned by the management row, owns neither handler nor
 /// table.

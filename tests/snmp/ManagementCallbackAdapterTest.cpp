@@ -84,6 +84,15 @@ TEST_F(ManagementCallbackAdapter, TheEmptyTextOnATriggerRunsNothing)
     EXPECT_THAT(publications(), ElementsAre(set(cell(5, 4, row), "")));
 }
 
+TEST_F(ManagementCallbackAdapter, WithoutAHandlerEveryCellIsOnlyReset)
+{
+    start();
+    ::ManagementCallbackAdapter withoutHandler(nullptr, &table);
+    withoutHandler.callbackValueChanged(managementCell(1), 2);
+    withoutHandler.callbackValueChanged(managementCell(5), std::string());
+    EXPECT_THAT(publications(), ElementsAre(set(cell(5, 1, row), 1), set(cell(5, 5, row), "")));
+}
+
 TEST_F(ManagementCallbackAdapter, EveryValidationIsAccepted)
 {
     EXPECT_EQ(adapter.callbackValidateValue(managementCell(1), 77), 0u);
