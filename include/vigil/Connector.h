@@ -20,7 +20,8 @@ struct ResultEntry;
 /// the class is exported so that tests and tools of the library's users can name it. Applications have no
 /// occasion to call it.
 ///
-/// Threads: called on the thread that drives the health check.
+/// Threads: called on the thread that drives the health check; updateMetric() and updateResults() also on the
+/// library's client thread, when an application publishes from inside a callback.
 ///
 /// Ownership: owned by its health check. Observers and handlers are not owned.
 ///

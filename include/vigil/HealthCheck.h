@@ -21,7 +21,9 @@ class SimpleMetric;
 ///
 /// The two keys identify the check for the manager, and they and the metric's name are part of the row's
 /// object identifier, one arc per byte. An identifier has at most 128 arcs: first key, second key and metric
-/// name may have about 110 bytes together, or the row cannot be seen by a manager.
+/// name may have about 110 bytes together, or the row cannot be seen by a manager. Keep them ASCII: the arcs
+/// of bytes from 0x80 up are sign-extended (4294967168 to 4294967295), and no manager turns those back into
+/// text.
 ///
 /// Threads: createHealthCheck() and all operations belong to one application thread; no locks. Checks may be
 /// driven from several threads when the application sees to it that only one is inside the library's check
@@ -82,7 +84,8 @@ protected:
 };
 
 /// Creates a health check, and with the first one of the process starts the library. Returns null when memory
-/// runs out. The keys are UTF-8 and may not contain a NUL byte that is to be seen by anybody.
+/// runs out. The keys are UTF-8. Do not give two checks the same keys: they would share their rows, and the
+/// first one to be destroyed takes them away from the other, its management handler included.
 VIGIL_EXPORT HealthCheck* createHealthCheck(const std::string& firstKey, const std::string& secondKey);
 
 } // namespace vigil

@@ -14,7 +14,9 @@
 /// Threads: called on the library's client thread, one call at a time in the whole process, while the library
 /// holds the lock of its callback registry. Return quickly; hand long work to a thread of your own.
 /// Registering, clearing or removing anything of the library from inside is not possible; it is refused with
-/// an error line in the log.
+/// an error line in the log. HealthCheck::update() may be called when no other thread is inside the check; a
+/// lock that sees to this must not be held while a handler is unregistered or a check destroyed, which waits
+/// for the call under way.
 ///
 /// Ownership: belongs to the application; HealthCheck::unregisterManagementHandler() comes before its
 /// destruction.

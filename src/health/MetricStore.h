@@ -21,7 +21,8 @@ class RemoteMetricObserver;
 /// Purpose: knows the metrics by name and the results of the last update, and hands the metrics' news on to
 /// the check's connector.
 ///
-/// Threads: that of the health check; notifyChanged() also the client thread.
+/// Threads: that of the health check; notifyChanged() and evaluateAll() also the client thread, when an
+/// application publishes from inside a callback. No lock: the application keeps the threads apart.
 ///
 /// Ownership: owned by the check alone; metrics hold weak references, so that they outlive it. Owns no
 /// metric: a metric owns itself.

@@ -300,6 +300,36 @@ TEST_F(HealthCheck, TheLifeOfACheckIsPublishedStepByStep)
     EXPECT_THAT(publicationsSoFar(), ElementsAre(unset(cell(1, 3, checkRow)), unset(cell(1, 4, checkRow))));
 }
 
+TEST_F(HealthCheck, AKeyMayHoldANulByteAndBytesBeyondAscii)
+{
+    start();
+    const CheckPointer check = makeCheck(std::string("a\0b", 3), "\xC3\xA4");
+    const std::string index = ".3.97.0.98.2.4294967235.4294967204";
+    EXPECT_THAT(publications(),
+                ElementsAre(set("127.3.1.200.4.1.1.3" + index, 3), set("127.3.1.200.4.1.1.4" + index, "")));
+}
+
+TEST_F(HealthCheck, TheFirstOfTwoChecksWithTheSameKeysTakesTheirRowsAlong)
+{
+    start();
+    support::Recorder recorder;
+    support::RecordingManagementHandler handler(recorder);
+    CheckPointer first = makeCheck("app", "hc");
+    const CheckPointer second = makeCheck("app", "hc");
+    second->registerManagementHandler(&handler);
+    publications();
+    first.reset();
+    std::vector<std::string> removed = {unset(cell(1, 3, checkRow)), unset(cell(1, 4, checkRow))};
+    for (const int column : {1, 2, 3, 4, 5})
+        removed.push_back(unset(cell(5, column, checkRow)));
+    EXPECT_EQ(publications(), removed);
+    commit(cell(5, 1, checkRow), 2);
+    EXPECT_THAT(recorder.lines(), IsEmpty());
+    second->update();
+    EXPECT_THAT(publications(), ElementsAre(set(cell(1, 3, checkRow), 3), set(cell(1, 4, checkRow), " - ")));
+    second->unregisterManagementHandler();
+}
+
 TEST_F(HealthCheck, DestroyWithdrawsTheRowsOfMetricsThatWereNotRemoved)
 {
     start();
