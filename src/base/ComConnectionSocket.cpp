@@ -294,15 +294,17 @@ void ComConnectionSocket::slot_computeReceivedData()
 {
     if (m_inEventProcessing || availableBytes() < m_expectedLength)
         return;
-    if (m_expectedLength == 0 && !beginFrame())
+    Next next = m_expectedLength == 0 ? beginFrame() : Next::Frame;
+    if (next != Next::Frame || availableBytes() < m_expectedLength)
         return;
 
-    // Whoever receives a frame may close this connection or open another one. Then the buffer is empty.
-    while (availableBytes() >= m_expectedLength) {
+    // Whoever receives a frame may open another connection. Then the buffer is empty.
+    while (next == Next::Frame && availableBytes() >= m_expectedLength) {
         takeFrame();
-        if (!beginFrame())
-            break;
+        next = beginFrame();
     }
+    if (next == Next::Junk)
+        return;
     discardConsumedBytes();
     yieldToEventLoop();
 }
@@ -312,21 +314,21 @@ quint64 ComConnectionSocket::availableBytes() const
     return static_cast<quint64>(m_receiveBuffer.size() - m_readPosition);
 }
 
-/// Reads the prefix of the next frame. False when it has not arrived yet, or is none.
-bool ComConnectionSocket::beginFrame()
+/// Reads the prefix of the next frame, once all of it has arrived.
+ComConnectionSocket::Next ComConnectionSocket::beginFrame()
 {
     if (availableBytes() < FrameHeader::prefixSize) {
         m_expectedLength = 0;
         discardConsumedBytes();
-        return false;
+        return Next::Nothing;
     }
     const QByteArray prefix = m_receiveBuffer.mid(m_readPosition, FrameHeader::prefixSize);
     m_readPosition += FrameHeader::prefixSize;
     if (FrameHeader::readPrefix(prefix, m_expectedLength) != FrameHeader::Prefix::Good) {
         resetAfterNetworkError();
-        return false;
+        return Next::Junk;
     }
-    return true;
+    return Next::Frame;
 }
 
 /// Takes the frame whose prefix was read, all of which has arrived, and hands its payload on.

@@ -111,8 +111,10 @@ private:
     bool writeFrame(QByteArray frame);
     void countSentFrame();
 
+    enum class Next { Frame, Nothing, Junk }; // what the received bytes go on with
+
     quint64 availableBytes() const;
-    bool beginFrame();
+    Next beginFrame();
     void takeFrame();
     bool isExpectedCounter(quint64 previous);
     void checkUpdateCounter();

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <QHostAddress>
+#include <QMetaMethod>
 #include <QPointer>
 #include <QTcpSocket>
 #include <QTimer>
@@ -14,12 +15,14 @@
 
 #include "base/SnmpString.h"
 #include "support/FakeService.h"
+#include "support/MatchesPattern.h"
 #include "support/QtMessages.h"
 #include "support/RunUntil.h"
 
 using base::ConnectionSettings;
 using base::FrameHeader;
 using support::FakeService;
+using support::MatchesPattern;
 using support::QtMessages;
 using support::runUntil;
 using testing::ElementsAre;
@@ -175,6 +178,27 @@ protected:
     std::function<void()> onReceived;
     std::unique_ptr<base::ComConnectionSocket> socket;
 };
+
+TEST_F(ComConnectionSocket, TheMetaObjectListsSignalsAndSlotsInTheirOrder)
+{
+    const QMetaObject& meta = base::ComConnectionSocket::staticMetaObject;
+    std::vector<std::string> methods;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        const QMetaMethod method = meta.method(i);
+        const bool isPrivate = method.access() == QMetaMethod::Private;
+        methods.push_back((isPrivate ? "private " : "") + method.methodSignature().toStdString());
+    }
+    EXPECT_THAT(methods, ElementsAre("signal_connected()", "signal_disconnected()",
+                                     "signal_disconnectInfo(QString,uint,QString)",
+                                     "signal_loggingMessage(QString,bool)", "signal_logMessage(QString)",
+                                     "signal_errorMessage(QString)", "signal_debugMessage(QString)",
+                                     "signal_sigdb_dataReceived(int,QByteArray&,int)",
+                                     "slot_setSendUpdateMessageCounter(qulonglong)",
+                                     "private slot_currentConnectionDisconnected()",
+                                     "private slot_readDataFromSocket()", "private slot_readyRead()",
+                                     "private slot_computeReceivedData()",
+                                     "slot_sendSerializedData(QByteArray,int,int)"));
+}
 
 // Connecting
 
@@ -562,8 +586,7 @@ TEST_F(ComConnectionSocket, EveryTenThousandthFrameOfTheProcessIsReported)
     for (int i = 0; i < 10000; ++i)
         ASSERT_TRUE(socket->sendSerializedData(nullptr, 0, 0));
     ASSERT_EQ(messages.all().size(), 1);
-    EXPECT_TRUE(messages.all()[0].startsWith("Overall data sent ( x10000 ) "))
-        << messages.all()[0].toStdString();
+    EXPECT_THAT(messages.all()[0].toStdString(), MatchesPattern("Overall data sent \\( x10000 \\) [1-9]"));
 }
 
 // Receiving
@@ -972,6 +995,35 @@ TEST_F(ComConnectionSocket, OtherEventsRunDuringAReadOnceAQuarterSecondHasPassed
     EXPECT_TRUE(otherEventRan);
 }
 
+TEST_F(ComConnectionSocket, NoOtherEventsRunWhileAFrameIsIncomplete)
+{
+    connectToService();
+    letTheYieldComeDue();
+
+    bool otherEventRan = false;
+    QMetaObject::invokeMethod(
+        socket.get(), [&] { otherEventRan = true; }, Qt::QueuedConnection);
+    service.sendRaw(frame(1, "a").left(20));
+    ASSERT_TRUE(socket->socket()->waitForReadyRead(10000));
+    ASSERT_EQ(socket->socket()->bytesAvailable(), 0);
+    EXPECT_FALSE(otherEventRan);
+}
+
+TEST_F(ComConnectionSocket, NoOtherEventsRunAfterAWrongMagic)
+{
+    connectToService();
+    letTheYieldComeDue();
+
+    const QtMessages messages;
+    bool otherEventRan = false;
+    QMetaObject::invokeMethod(
+        socket.get(), [&] { otherEventRan = true; }, Qt::QueuedConnection);
+    service.sendRaw(frame(1, "a") + junk);
+    ASSERT_TRUE(socket->socket()->waitForReadyRead(10000));
+    ASSERT_THAT(errors(), ElementsAre("___Network error detected - resetting buffers___"));
+    EXPECT_FALSE(otherEventRan);
+}
+
 TEST_F(ComConnectionSocket, NothingIsReadWhileOtherEventsRun)
 {
     connectToService();
@@ -1018,7 +1070,8 @@ TEST_F(ComConnectionSocket, TheConnectionMayBeClosedWhileOtherEventsRun)
     EXPECT_THAT(payloads(), ElementsAre("a", "read as ever"));
 }
 
-// The object and its QTcpSocket, both in the middle of a read, used to be destroyed by the events that were let through.
+// The object and its QTcpSocket, both in the middle of a read, used to be destroyed by the events that were
+// let through.
 TEST_F(ComConnectionSocket, TheObjectMayBeDisposedOfWhileOtherEventsRun)
 {
     connectToService();
