@@ -21,8 +21,8 @@ namespace base {
 /// Threads: none of its own.
 ///
 /// Failure: the bytes come from a peer and are not trusted. readRequired() throws its tag, an int, when a
-/// later property comes first; a length or count that makes no sense throws a QString. Nothing is allocated
-/// beyond the size of the bytes that are really there.
+/// later property comes first; a length or count that makes no sense throws a QString. What is allocated is
+/// in proportion to the bytes that are really there.
 class PropertyReader
 {
 public:
@@ -79,11 +79,9 @@ private:
         const int count = readCount();
         if (count == 0)
             return;
-        target.clear();
-        for (int i = 0; i < count; ++i) {
-            target.emplace_back();
-            readValue(target.back());
-        }
+        target.resize(static_cast<std::size_t>(count));
+        for (Record& element : target)
+            readValue(element);
     }
 
     QDataStream m_stream;

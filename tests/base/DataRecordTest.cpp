@@ -602,6 +602,19 @@ TEST(SnmpVector, DecodingElementsReplacesTheOldOnes)
     EXPECT_EQ(encoded(record), encoded(other));
 }
 
+TEST(SnmpVector, ElementsCutShortKeepWhatTheirPlaceInTheVectorHeld)
+{
+    SnmpIntVector record;
+    record.elements = {intBinding("1", 1), intBinding("2", 2), intBinding("3", 3)};
+    record.decode(storeType +
+                  propertyBytes(1, int32Bytes(2) + nestedBytes(storeType) + nestedBytes(storeType + oneTwo)));
+    ASSERT_EQ(record.elements.size(), 2u);
+    EXPECT_EQ(record.elements[0].oid, "1");
+    EXPECT_EQ(record.elements[0].value.value(), 1);
+    EXPECT_EQ(record.elements[1].oid, "1.2");
+    EXPECT_EQ(record.elements[1].value.value(), 2);
+}
+
 TEST(SnmpVector, TheVectorPropertyIsOptional)
 {
     const SnmpIntVector record(storeType + propertyBytes(5, "later"));
