@@ -171,7 +171,7 @@ bool KwLogFile::openFirstFile()
 
 bool KwLogFile::openNextFile(const QString& reason)
 {
-    m_fileIndex = m_fileIndex + 1 >= m_maxFiles ? 0 : m_fileIndex + 1;
+    m_fileIndex = m_fileIndex >= m_maxFiles - 1 ? 0 : m_fileIndex + 1; // the number came from a file name
     m_file = std::make_unique<QFile>(
         QStringLiteral("%1/%2_%3.log").arg(m_directory, m_filePrefix, QString::number(m_fileIndex)));
     m_file->open(QIODevice::ReadWrite | QIODevice::Truncate);

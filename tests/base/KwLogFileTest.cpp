@@ -255,6 +255,13 @@ TEST_F(KwLogFile, AfterTheHighestNumberComesZero)
     EXPECT_EQ(written(), QStringList("test_0.log"));
 }
 
+TEST_F(KwLogFile, AfterANumberBeyondTheRingComesZero)
+{
+    directory.putOld("test_2147483647.log", 1);
+    open();
+    EXPECT_EQ(written(), QStringList("test_0.log"));
+}
+
 TEST_F(KwLogFile, AFullRingDeletesItsOldestFileWhenItHasNoNumber)
 {
     directory.putOld("test_old.log", 100);
