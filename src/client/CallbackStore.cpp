@@ -6,6 +6,7 @@
 #include <QString>
 
 #include "base/Logging.h"
+#include "client/GuardedCall.h"
 
 using vigil::Oid;
 using vigil::StateInfoCallback;
@@ -59,7 +60,7 @@ void CallbackStore::deregisterStateInfoCallback(StateInfoCallback* cb)
 void CallbackStore::notifyStateInfo(int state)
 {
     for (StateInfoCallback* callback : m_stateInfoCallbacks)
-        callback->callbackStateInfo(state);
+        callGuarded("callbackStateInfo", [&] { callback->callbackStateInfo(state); });
 }
 
 void CallbackStore::notifyAll(const Oid& oid, int value)
@@ -84,7 +85,7 @@ void CallbackStore::notifyAllOf(const Oid& oid, const Value& value)
         const QString address = QString::number(reinterpret_cast<quintptr>(callback));
         base::writeLog(
             QStringLiteral("%1->callbackValueChanged(%2, value=%3)").arg(address, oidText, valueText));
-        callback->callbackValueChanged(oid, value);
+        callGuarded("callbackValueChanged", [&, told = callback] { told->callbackValueChanged(oid, value); });
     }
 }
 

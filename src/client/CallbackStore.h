@@ -23,7 +23,7 @@ class ValueChangedCallback;
 ///
 /// Ownership: owns no callback.
 ///
-/// Failure: null callbacks are ignored.
+/// Failure: null callbacks are ignored. One that throws is logged, and the next one is called.
 class CallbackStore
 {
 public:

@@ -14,6 +14,7 @@
 #include "base/SnmpString.h"
 #include "client/CallbackStore.h"
 #include "client/CallbackStoreLock.h"
+#include "client/GuardedCall.h"
 #include "client/ServiceAddress.h"
 
 using vigil::ValueChangedCallback;
@@ -50,19 +51,14 @@ const std::string& valueOf(const base::SnmpString& record)
     return record.value;
 }
 
-/// Asks the callback. One that throws, against its contract, must not take the process with it.
 template <typename Value>
 unsigned int verdictOf(ValueChangedCallback* callback, const Oid& oid, const Value& value)
 {
     if (!callback)
         return noCallback;
-    try {
-        return callback->callbackValidateValue(oid, value);
-    } catch (const std::exception& error) {
-        base::writeLog(
-            QStringLiteral("___ERROR___ A validation callback threw: %1").arg(QLatin1String(error.what())));
-        return genErr;
-    }
+    unsigned int verdict = genErr;
+    callGuarded("callbackValidateValue", [&] { verdict = callback->callbackValidateValue(oid, value); });
+    return verdict;
 }
 
 } // namespace
@@ -291,8 +287,9 @@ void Client::receiveData(int dataType, QByteArray& data, int callbackId)
         dispatch(dataType, data, callbackId);
     } catch (const QString& message) {
         base::writeLog(message);
-    } catch (const std::exception& error) {
-        base::writeLog(QStringLiteral("___ERROR___ A callback threw: %1").arg(QLatin1String(error.what())));
+    } catch (const std::exception& error) { // out of memory: the next record may be smaller
+        base::writeLog(QStringLiteral("___ERROR___ A received record was dropped: %1")
+                           .arg(QString::fromLocal8Bit(error.what())));
     }
     reportDeferredLoss();
 }

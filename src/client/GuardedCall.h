@@ -1,0 +1,30 @@
+#ifndef VIGIL_CLIENT_GUARDEDCALL_H
+#define VIGIL_CLIENT_GUARDEDCALL_H
+
+#include <QString>
+
+#include <exception>
+
+#include "base/Logging.h"
+
+/// Runs a call into the application. What it throws, against its contract, must neither take the process with
+/// it nor keep anybody else from being called: it becomes an error line in the log. False when it threw.
+template <typename Call>
+bool callGuarded(const char* callback, Call call)
+{
+    const auto report = [callback](const char* what) {
+        base::writeLog(QStringLiteral("___ERROR___ %1 threw: %2")
+                           .arg(QLatin1String(callback), QString::fromLocal8Bit(what)));
+    };
+    try {
+        call();
+        return true;
+    } catch (const std::exception& error) {
+        report(error.what());
+    } catch (...) {
+        report("something that is no std::exception");
+    }
+    return false;
+}
+
+#endif
