@@ -68,11 +68,14 @@ public slots:
 private slots:
     void receiveData(int dataType, QByteArray& data, int callbackId);
 
+protected:
+    /// Sends one entry of the cache.
+    void resend(const Oid& oid, const QVariant& value);
+
 private:
     bool isGivingUp() const;
     bool sendInt(const Oid& oid, int value, bool useTraps);
     bool sendString(const Oid& oid, const QString& value, bool useTraps);
-    void resend(const Oid& oid, const QVariant& value);
     void connectLog();
 
     void dispatch(int dataType, const QByteArray& data, int callbackId);

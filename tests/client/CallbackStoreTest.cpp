@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,14 @@ public:
 private:
     std::string m_name;
     Calls& m_calls;
+};
+
+class ThrowingCallback : public vigil::ValueChangedCallback, public vigil::StateInfoCallback
+{
+public:
+    void callbackValueChanged(const Oid&, std::string) override { throw std::runtime_error("out of luck"); }
+    void callbackValueChanged(const Oid&, int) override { throw 5; }
+    void callbackStateInfo(int) override { throw std::runtime_error("out of order"); }
 };
 
 class RecordingStateCallback : public vigil::StateInfoCallback
@@ -155,6 +164,57 @@ TEST_F(CallbackStore, EveryStateCallbackIsToldOnceHoweverOftenItWasRegistered)
     store.notifyStateInfo(1);
     EXPECT_THAT(first, ElementsAre(1));
     EXPECT_THAT(second, ElementsAre(1));
+}
+
+TEST_F(CallbackStore, StateCallbacksAreToldInTheOrderOfTheirAddresses)
+{
+    std::vector<int> order;
+    struct Numbered : vigil::StateInfoCallback
+    {
+        void callbackStateInfo(int) override { order->push_back(number); }
+        std::vector<int>* order = nullptr;
+        int number = 0;
+    };
+    Numbered callbacks[5];
+    for (const int number : {3, 0, 4, 2, 1}) {
+        callbacks[number].order = &order;
+        callbacks[number].number = number;
+        store.registerStateInfoCallback(&callbacks[number]);
+    }
+    store.notifyStateInfo(0);
+    EXPECT_THAT(order, ElementsAre(0, 1, 2, 3, 4));
+}
+
+TEST_F(CallbackStore, ACallbackThatThrowsIsLoggedAndTheNextOneIsTold)
+{
+    const LibraryLog log;
+    base::startLogging();
+    ThrowingCallback throwing;
+    store.registerValueChangedCallback(oid("1"), &throwing);
+    store.registerValueChangedCallback(oid("1.2"), &a);
+    store.notifyAll(oid("1.2"), 7);
+    store.notifyAll(oid("1.2"), std::string("text"));
+    EXPECT_THAT(calls, ElementsAre("a 1.2 7", "a 1.2 \"text\""));
+    EXPECT_EQ(log.count("___ERROR___ callbackValueChanged threw: something that is no std::exception"), 1);
+    EXPECT_EQ(log.count("___ERROR___ callbackValueChanged threw: out of luck"), 1);
+    base::stopLogging();
+}
+
+TEST_F(CallbackStore, AStateCallbackThatThrowsIsLoggedAndTheOthersAreTold)
+{
+    const LibraryLog log;
+    base::startLogging();
+    std::vector<int> states;
+    RecordingStateCallback before(states);
+    ThrowingCallback throwing;
+    RecordingStateCallback after(states);
+    store.registerStateInfoCallback(&before);
+    store.registerStateInfoCallback(&throwing);
+    store.registerStateInfoCallback(&after);
+    store.notifyStateInfo(1);
+    EXPECT_THAT(states, ElementsAre(1, 1));
+    EXPECT_EQ(log.count("___ERROR___ callbackStateInfo threw: out of order"), 1);
+    base::stopLogging();
 }
 
 TEST_F(CallbackStore, ADeregisteredStateCallbackIsNotTold)

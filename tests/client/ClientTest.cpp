@@ -2,12 +2,14 @@
 
 #include <gmock/gmock.h>
 
+#include <QDate>
 #include <QDeadlineTimer>
 #include <QMetaMethod>
 #include <QThread>
 #include <QTimer>
 
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -117,14 +119,18 @@ TEST_F(Client, TheMetaObjectListsSignalAndSlotsInTheirOrder)
 {
     const QMetaObject& meta = ::Client::staticMetaObject;
     std::vector<std::string> methods;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
-        methods.push_back(meta.method(i).methodSignature().toStdString());
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        const QMetaMethod method = meta.method(i);
+        const bool isPrivate = method.access() == QMetaMethod::Private;
+        const std::string type = method.returnType() == QMetaType::Bool ? "bool " : "";
+        methods.push_back((isPrivate ? "private " : "") + type + method.methodSignature().toStdString());
+    }
     EXPECT_THAT(methods,
-                ElementsAre("finished()", "init()", "exit()", "sendValue(Oid,bool,bool)",
-                            "sendValue(Oid,int,bool)", "sendValue(Oid,double,bool)",
-                            "sendValue(Oid,QString,bool)", "resendAll()", "unsetOid(Oid)",
+                ElementsAre("finished()", "init()", "exit()", "bool sendValue(Oid,bool,bool)",
+                            "bool sendValue(Oid,int,bool)", "bool sendValue(Oid,double,bool)",
+                            "bool sendValue(Oid,QString,bool)", "resendAll()", "unsetOid(Oid)",
                             "unsetOidTree(Oid)", "createConnections()", "onConnected()", "onDisconnected()",
-                            "onTimerReconnect()", "receiveData(int,QByteArray&,int)"));
+                            "onTimerReconnect()", "private receiveData(int,QByteArray&,int)"));
 }
 
 TEST_F(Client, InitConnectsAtOnceAndStartsTheTimerOf5Seconds)
@@ -175,9 +181,12 @@ TEST_F(Client, DestructionClosesTheConnection)
     EXPECT_TRUE(service.waitForDisconnections(1));
 }
 
-TEST_F(Client, ConnectionsAndLossesAreLogged)
+TEST_F(Client, InitConnectionsAndLossesAreLogged)
 {
     client->init();
+    EXPECT_EQ(log.count("[Client::init] Initializing in thread " +
+                        base::toHexString(QThread::currentThread()).toStdString() + "."),
+              1);
     EXPECT_EQ(log.count("[Client::onConnected] Connected to snmp service."), 1);
     loseConnection();
     EXPECT_EQ(log.count("[Client::onDisconnected] Disconnected from snmp service."), 1);
@@ -288,6 +297,19 @@ TEST_F(Client, AReplayHoldsWhatWasPublishedWhileTheConnectionWasLost)
     client->unsetOid(below("1"));
     client->onTimerReconnect();
     EXPECT_THAT(sent(), ElementsAre(unset("1"), set("2", 6)));
+}
+
+TEST_F(Client, ACachedValueOfAnUnknownKindIsReportedInsteadOfSent)
+{
+    struct OpenClient : ::Client
+    {
+        using ::Client::resend;
+    };
+    OpenClient open;
+    open.resend(below("1"), QVariant(QByteArray("bytes")));
+    open.resend(below("2"), QVariant(QDate()));
+    EXPECT_EQ(log.count("Invalid datatype 12."), 1);
+    EXPECT_EQ(log.count("Invalid datatype 14."), 1);
 }
 
 TEST_F(Client, EveryReplayIsTheSame)
@@ -433,6 +455,16 @@ TEST_F(ClientWithStore, StateCallbacksAreToldBeforeTheReplayBegins)
         lines.push_back(support::describe(frame));
     EXPECT_THAT(lines, ElementsAre(set("9", 9), set("1", 1), set("9", 9)));
     EXPECT_THAT(recorder.lines(), ElementsAre("connected"));
+}
+
+TEST_F(ClientWithStore, AStateCallbackThatThrowsDoesNotKeepTheReplayBack)
+{
+    stateCallback.onCall = [] { throw std::runtime_error("out of luck"); };
+    client->sendValue(below("1"), 1, false);
+    client->init();
+    ASSERT_TRUE(service.waitForFrames(1));
+    EXPECT_EQ(support::describe(service.frames()[0]), set("1", 1));
+    EXPECT_TRUE(log.contains("___ERROR___ callbackStateInfo threw: out of luck"));
 }
 
 TEST_F(ClientWithStore, ALossIsToldOnce)

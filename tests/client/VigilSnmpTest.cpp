@@ -1,6 +1,8 @@
 #include "client/VigilSnmp.h"
 
+#include <QCoreApplication>
 #include <QSemaphore>
+#include <QThread>
 
 #include <algorithm>
 #include <atomic>
@@ -13,6 +15,7 @@
 #include <vector>
 
 #include "base/DataType.h"
+#include "base/Logging.h"
 #include "base/SnmpResponse.h"
 #include "client/CallbackStoreLock.h"
 #include "support/EnvironmentVariable.h"
@@ -143,6 +146,21 @@ TEST_F(VigilSnmp, InitAfterCleanupBuildsEverythingAnewWithAnEmptyCache)
     EXPECT_THAT(publications(), ElementsAre(set("2", 6)));
 }
 
+TEST_F(VigilSnmp, TheProcessHasTheLibrarysApplicationObjectFromInitToCleanup)
+{
+    EXPECT_EQ(QCoreApplication::instance(), nullptr);
+    start();
+    ASSERT_NE(QCoreApplication::instance(), nullptr);
+    EXPECT_TRUE(QCoreApplication::arguments().isEmpty());
+    const QThread* runner = QCoreApplication::instance()->thread();
+    const std::string affinity = base::toHexString(runner).toStdString();
+    EXPECT_EQ(log.count(" QThread affinity = " + affinity + "."), 1);
+    EXPECT_FALSE(log.contains("[Client::init] Initializing in thread " + affinity));
+    facade.cleanup();
+    EXPECT_EQ(QCoreApplication::instance(), nullptr);
+    EXPECT_EQ(log.count(" QThread affinity = " + affinity + "."), 2);
+}
+
 TEST_F(VigilSnmp, WhatWasPublishedBeforeCleanupGoesOutFirst)
 {
     start();
@@ -172,7 +190,7 @@ TEST_F(VigilSnmp, TheSharedTablesAndTheStoreLastFromInitToCleanup)
 
 TEST_F(VigilSnmp, StartAndStopAreLogged)
 {
-    facade.init("a \xC3\xA4 name");
+    facade.init(std::string("a \xC3\xA4 name\0and more", 17)); // logged as a C string
     settle();
     facade.cleanup();
     const std::string hex = "0x[0-9a-f]{16}";
@@ -428,7 +446,11 @@ TEST_F(VigilSnmp, ACallbackThatThrowsIsLoggedAndTheConnectionLivesOn)
     commit("1", 5);
     EXPECT_EQ(validate("1", 5), "answer 5 to 1 = 5");
     EXPECT_EQ(validate("2", 5), "answer 1 to 2 = 5");
-    EXPECT_EQ(log.count("out of luck"), 2);
+    callback.onCall = [] { throw 5; };
+    EXPECT_EQ(validate("1", "x"), "answer 5 to 1 = \"x\"");
+    EXPECT_EQ(log.count("___ERROR___ callbackValueChanged threw: out of luck"), 1);
+    EXPECT_EQ(log.count("___ERROR___ callbackValidateValue threw: out of luck"), 1);
+    EXPECT_EQ(log.count("___ERROR___ callbackValidateValue threw: something that is no std::exception"), 1);
     EXPECT_EQ(service.connections(), 1);
     facade.deregisterValueChangedCallback(&callback);
 }
