@@ -37,7 +37,7 @@ std::unique_ptr<ApplicationRunner> ApplicationRunner::start()
     runner->m_thread = platform::Thread::start([self = runner.get()] { return self->run(); });
     if (!runner->m_thread)
         return nullptr;
-    while (!runner->m_running.tryAcquire(1, startPollMs)) {
+    while (!runner->m_control->running.tryAcquire(1, startPollMs)) {
         if (runner->isGone())
             return nullptr;
     }
@@ -63,7 +63,7 @@ int ApplicationRunner::run()
     if (!m_stopRequested)
         runLoop();
     base::stopLogging();
-    m_running.release(); // nobody shall wait for a loop that will not come
+    m_control->running.release(); // nobody shall wait for a loop that will not come
     return 0;
 }
 
@@ -78,11 +78,11 @@ std::unique_ptr<QCoreApplication> ApplicationRunner::createApplication()
 /// place.
 void ApplicationRunner::runLoopBesideHost()
 {
-    const auto watch = QObject::connect(QCoreApplication::instance(), &QObject::destroyed, [this] {
-        if (QEventLoop* loop = m_loop)
-            loop->quit();
-        m_running.tryAcquire(1, takeOverTimeoutMs);
-    });
+    const auto handOver = [control = m_control] {
+        control->quit();
+        control->running.tryAcquire(1, takeOverTimeoutMs);
+    };
+    const auto watch = QObject::connect(QCoreApplication::instance(), &QObject::destroyed, handOver);
     runLoop();
     QObject::disconnect(watch);
 }
@@ -92,20 +92,32 @@ void ApplicationRunner::runLoop()
     QEventLoop loop;
     // Said from inside the loop: an order to quit that came before it runs would be lost.
     const auto sayRunning = [this, &loop] {
-        m_loop = &loop;
-        m_running.release();
+        m_control->setLoop(&loop);
+        m_control->running.release();
         if (m_stopRequested)
             loop.quit();
     };
     QMetaObject::invokeMethod(&loop, sayRunning, Qt::QueuedConnection);
     loop.exec();
-    m_loop = nullptr;
+    m_control->setLoop(nullptr);
 }
 
 bool ApplicationRunner::stop(int timeoutMs)
 {
     m_stopRequested = true;
-    if (QEventLoop* loop = m_loop)
-        loop->quit();
+    m_control->quit();
     return !m_thread->isCurrent() && m_thread->join(timeoutMs);
+}
+
+void ApplicationRunner::LoopControl::quit()
+{
+    const base::MutexLock lock(m_mutex);
+    if (m_loop)
+        m_loop->quit();
+}
+
+void ApplicationRunner::LoopControl::setLoop(QEventLoop* newLoop)
+{
+    const base::MutexLock lock(m_mutex);
+    m_loop = newLoop;
 }

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <memory>
 
+#include "base/ThreadSafety.h"
 #include "platform/Platform.h"
 
 QT_BEGIN_NAMESPACE
@@ -63,12 +64,25 @@ private:
     void runLoop();
     void runLoopBesideHost();
 
+    /// What other threads reach the loop by. Shared, since the host's destructor may wait here while the
+    /// runner is being stopped and destroyed.
+    struct LoopControl
+    {
+        void quit();
+        void setLoop(QEventLoop* newLoop);
+
+        QSemaphore running; // released whenever a loop has begun to run, and at the end
+
+    private:
+        base::Mutex m_mutex; // held while the loop is told to quit, so that it is there to hear it
+        QEventLoop* m_loop VIGIL_GUARDED_BY(m_mutex) = nullptr;
+    };
+
     std::unique_ptr<platform::Thread> m_thread;
     QThread* m_qtThread = nullptr;
     NoArguments m_arguments;
-    std::atomic<QEventLoop*> m_loop{nullptr};
+    const std::shared_ptr<LoopControl> m_control = std::make_shared<LoopControl>();
     std::atomic<bool> m_stopRequested{false};
-    QSemaphore m_running; // released whenever a loop has begun to run, and at the end
 };
 
 #endif

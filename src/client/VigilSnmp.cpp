@@ -38,6 +38,19 @@ QString toText(const Oid& oid)
     return QString::fromStdString(oid.toStdString());
 }
 
+/// Puts the client's exit into its queue; done is released once it has run. What it returns expires when the
+/// call has run or was dropped.
+std::weak_ptr<void> queueExit(Client* client, const std::shared_ptr<QSemaphore>& done)
+{
+    const auto life = std::make_shared<char>();
+    const auto exit = [client, done, life] {
+        client->exit();
+        done->release();
+    };
+    QMetaObject::invokeMethod(client, exit, Qt::QueuedConnection);
+    return life;
+}
+
 } // namespace
 
 VigilSnmpInterface::VigilSnmpInterface() = default;
@@ -161,16 +174,14 @@ bool VigilSnmp::runClientExit(Client* client, int timeoutMs)
         return false;
     }
     const auto done = std::make_shared<QSemaphore>();
-    QMetaObject::invokeMethod(
-        client,
-        [client, done] {
-            client->exit();
-            done->release();
-        },
-        Qt::QueuedConnection);
+    std::weak_ptr<void> call = queueExit(client, done);
     const QDeadlineTimer deadline(timeoutMs); // negative: never
     const QDeadlineTimer drained(timeoutMs < 0 ? noLimit : drainTimeoutAtExitMs);
     while (!done->tryAcquire(1, aliveCheckMs)) {
+        // Qt drops calls that come up while the process has no application object: between the host's and the
+        // one that takes its place.
+        if (call.expired() && done->available() == 0)
+            call = queueExit(client, done);
         if (drained.hasExpired())
             m_clientThread->requestInterruption();
         if (deadline.hasExpired() || m_runner->isGone())

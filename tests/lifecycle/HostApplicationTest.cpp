@@ -36,6 +36,11 @@ TEST(HostWithAnApplicationObject, ChecksThatOutliveItStillPublishAndTakeTheirCel
     EXPECT_TRUE(host.log().last().endsWith(QLatin1String(", Application termination")));
 }
 
+TEST(HostWithAnApplicationObject, MayDestroyItWhileAnotherThreadDestroysTheLastCheck)
+{
+    expectOrderlyEnd("application-beside-checks");
+}
+
 TEST(HostWithAnApplicationObject, MayEndWithChecksThatOutliveIt)
 {
     expectOrderlyEnd("application-gone-at-exit");

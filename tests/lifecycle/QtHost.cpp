@@ -86,6 +86,23 @@ int applicationBeforeItsChecks(int& argc, char** argv)
     return QCoreApplication::instance() ? 1 : 0;
 }
 
+/// The last check and the application object end at the same time, in any order.
+int applicationBesideItsChecks(int& argc, char** argv)
+{
+    constexpr int rounds = 20;
+    for (int round = 0; round < rounds; ++round) {
+        auto application = std::make_unique<QCoreApplication>(argc, argv);
+        vigil::HealthCheck* check = makeCheck();
+        std::thread other([check] { check->destroy(); });
+        application.reset();
+        other.join();
+        if (QCoreApplication::instance())
+            return 1;
+    }
+    sayLeaving();
+    return 0;
+}
+
 int applicationGoneAtExit(int& argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
@@ -125,6 +142,7 @@ int main(int argc, char** argv)
         {"own-loop", ownLoopRunsOn},
         {"application-after", applicationAfterTheLibrary},
         {"application-before-checks", applicationBeforeItsChecks},
+        {"application-beside-checks", applicationBesideItsChecks},
         {"application-gone-at-exit", applicationGoneAtExit},
         {"quit-with-live-check", quitsWhileACheckLives},
         {"check-in-thread", checkInAnotherThread},
