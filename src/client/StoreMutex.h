@@ -18,7 +18,7 @@ public:
         m_holder = std::this_thread::get_id();
     }
 
-    /// False when the lock could not be had within timeoutMs milliseconds.
+    /// False when the lock could not be had within timeoutMs milliseconds; negative means without limit.
     bool tryLock(int timeoutMs)
     {
         if (!m_mutex.tryLock(timeoutMs))

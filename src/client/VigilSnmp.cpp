@@ -23,15 +23,16 @@ namespace vigil {
 namespace {
 
 constexpr int threadEndTimeoutMs = 5000;
-constexpr int storeLockTimeoutMs = 300;
 constexpr int aliveCheckMs = 20;
+
+constexpr int noLimit = -1;
 
 // At the end of the process waiting has limits. An attempt to connect, which cannot be interrupted, takes up
 // to 5 s.
 constexpr int clientTimeoutAtExitMs = 6000;
 constexpr int drainTimeoutAtExitMs = 2000;
+constexpr int storeTimeoutAtExitMs = 300;
 constexpr int runnerTimeoutAtExitMs = 1000;
-constexpr int noLimit = -1;
 
 QString toText(const Oid& oid)
 {
@@ -63,10 +64,9 @@ VigilSnmpInterface& VigilSnmpInterface::instance()
 VigilSnmp& VigilSnmp::instance()
 {
     // Statics of the application may be destroyed after those of the library and still release their checks,
-    // so this object must never be: it stands in storage of its own, without a destructor call.
-    alignas(VigilSnmp) static unsigned char storage[sizeof(VigilSnmp)];
-    static VigilSnmp* const facade = new (storage) VigilSnmp;
-    return *facade;
+    // so this object must never be.
+    static base::NeverDestroyed<VigilSnmp> facade;
+    return facade.get();
 }
 
 // --- Start
@@ -114,7 +114,7 @@ void VigilSnmp::startClient()
 void VigilSnmp::cleanup()
 {
     if (!CallbackStoreLock::refuseInsideCallback("VigilSnmp::cleanup"))
-        stop(noLimit, noLimit);
+        stop({noLimit, noLimit, noLimit});
 }
 
 /// Runs when the library is unloaded or the process ends. Then it may be on any thread, even inside a
@@ -123,11 +123,11 @@ void VigilSnmp::cleanupAtExit()
 {
     VigilSnmp& facade = instance();
     facade.muteCallbacks();
-    facade.stop(clientTimeoutAtExitMs, runnerTimeoutAtExitMs);
+    facade.stop({clientTimeoutAtExitMs, storeTimeoutAtExitMs, runnerTimeoutAtExitMs});
     facade.m_outOfUse = true;
 }
 
-void VigilSnmp::stop(int clientTimeoutMs, int runnerTimeoutMs)
+void VigilSnmp::stop(const Limits& limits)
 {
     if (!m_initialised)
         return;
@@ -135,8 +135,8 @@ void VigilSnmp::stop(int clientTimeoutMs, int runnerTimeoutMs)
     if (m_runner->isGone()) // and with it every other thread, with any lock they held: touch nothing
         return abandon();
     base::writeLog(QStringLiteral("[VigilSnmp::cleanup] Cleanup."));
-    const bool clientStopped = stopClient(clientTimeoutMs) && releaseShared();
-    const bool runnerStopped = m_runner->stop(runnerTimeoutMs);
+    const bool clientStopped = stopClient(limits.clientMs) && releaseShared(limits.storeMs);
+    const bool runnerStopped = m_runner->stop(limits.runnerMs);
     if (!runnerStopped)
         base::stopLogging(); // which the runner would have done
     if (!clientStopped || !runnerStopped)
@@ -205,26 +205,27 @@ bool VigilSnmp::endClientThread()
 /// handler runs, so nobody is called any more. A replay holds the lock; it is given up then.
 void VigilSnmp::muteCallbacks()
 {
-    if (!m_initialised || m_runner->isGone() || m_storeMutex.isHeldByThisThread() || releaseStore())
+    if (!m_initialised || m_runner->isGone() || m_storeMutex.isHeldByThisThread() ||
+        releaseStore(storeTimeoutAtExitMs))
         return;
     m_clientThread->requestInterruption();
-    releaseStore();
+    releaseStore(storeTimeoutAtExitMs);
 }
 
 /// False when somebody will not let go of the store.
-bool VigilSnmp::releaseStore()
+bool VigilSnmp::releaseStore(int timeoutMs)
 {
-    if (!m_storeMutex.tryLock(storeLockTimeoutMs))
+    if (!m_storeMutex.tryLock(timeoutMs))
         return false;
     m_callbackStore.reset();
     m_storeMutex.unlock();
     return true;
 }
 
-bool VigilSnmp::releaseShared()
+bool VigilSnmp::releaseShared(int storeTimeoutMs)
 {
     m_tableManager.reset();
-    return releaseStore();
+    return releaseStore(storeTimeoutMs);
 }
 
 /// Leaves behind what a thread that could not be stopped may still use.

@@ -73,16 +73,24 @@ private:
     VigilSnmp() = default;
     ~VigilSnmp() = default;
 
+    /// How long a stop waits for each of its steps, in milliseconds; negative means without limit.
+    struct Limits
+    {
+        int clientMs;
+        int storeMs;
+        int runnerMs;
+    };
+
     static void cleanupAtExit();
 
     void startClient();
-    void stop(int clientTimeoutMs, int runnerTimeoutMs);
+    void stop(const Limits& limits);
     bool stopClient(int timeoutMs);
     bool runClientExit(Client* client, int timeoutMs);
     bool endClientThread();
     void muteCallbacks();
-    bool releaseStore();
-    bool releaseShared();
+    bool releaseStore(int timeoutMs);
+    bool releaseShared(int storeTimeoutMs);
     void abandon();
 
     Client* currentClient();

@@ -1,6 +1,7 @@
 #include "client/VigilSnmp.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QSemaphore>
 #include <QThread>
 
@@ -186,6 +187,34 @@ TEST_F(VigilSnmp, TheSharedTablesAndTheStoreLastFromInitToCleanup)
     facade.cleanup();
     EXPECT_TRUE(implementation.tableManager().expired());
     EXPECT_FALSE(CallbackStoreLock());
+}
+
+// A thread held up for longer than the end of a process may wait used to put the library out of use for good.
+TEST_F(VigilSnmp, CleanupWaitsForWhoeverUsesTheStore)
+{
+    service.refuseConnections(); // or the client would need the store to tell of its loss
+    facade.init("test");
+    std::atomic<bool> isHeld{false};
+    std::atomic<bool> isReleased{false};
+    std::thread slow([&] {
+        const CallbackStoreLock store;
+        isHeld = true;
+        EXPECT_TRUE(log.waitFor("Event loop stopped"));
+        const QDeadlineTimer longerThanAnExitWaits(500);
+        while (!longerThanAnExitWaits.hasExpired())
+            std::this_thread::yield();
+        isReleased = true;
+    });
+    while (!isHeld)
+        std::this_thread::yield();
+    facade.cleanup();
+    EXPECT_TRUE(isReleased);
+    slow.join();
+
+    service.acceptConnections();
+    start();
+    facade.sendValue(below("1"), 5, 0);
+    EXPECT_THAT(publications(), ElementsAre(set("1", 5)));
 }
 
 TEST_F(VigilSnmp, StartAndStopAreLogged)
