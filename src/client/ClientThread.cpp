@@ -15,6 +15,13 @@ std::atomic<std::thread::id> clientThreadId{};
 
 } // namespace
 
+/// Whoever else hears of the start, the client among them, is already to find itself on a client thread.
+ClientThread::ClientThread()
+{
+    const auto takeId = [] { clientThreadId = std::this_thread::get_id(); };
+    connect(this, &QThread::started, this, takeId, Qt::DirectConnection);
+}
+
 bool ClientThread::isCurrent()
 {
     return clientThreadId == std::this_thread::get_id();
@@ -22,7 +29,6 @@ bool ClientThread::isCurrent()
 
 void ClientThread::run()
 {
-    clientThreadId = std::this_thread::get_id();
     logEventLoop("started");
     exec();
     logEventLoop("stopped");

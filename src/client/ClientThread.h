@@ -12,9 +12,9 @@ class ClientThread : public QThread
     Q_OBJECT
 
 public:
-    using QThread::QThread;
+    ClientThread();
 
-    /// True on a client thread.
+    /// True on a client thread, from its start to the end of its event loop.
     static bool isCurrent();
 
 protected:
