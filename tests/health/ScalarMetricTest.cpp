@@ -209,6 +209,21 @@ TEST_F(ScalarMetric, ASecondHandlerTakesThePlaceOfTheFirst)
     metric->clearRangeChangeHandler();
 }
 
+TEST_F(ScalarMetric, AClearedHandlerIsForgottenAlsoByAMetricThatOutlivesItsCheck)
+{
+    CheckPointer otherCheck = makeCheck("app", "other");
+    vigil::ScalarMetric* survivor = otherCheck->createScalarMetric("survivor");
+    survivor->setRangeChangeHandler(&handler);
+    otherCheck.reset();
+    auto& observer = dynamic_cast<RemoteMetricObserver&>(*survivor);
+    EXPECT_TRUE(observer.checkRangeChange(RangeKind::Warning, Range::CreateRange(10, 20)));
+    survivor->clearRangeChangeHandler();
+    EXPECT_FALSE(observer.checkRangeChange(RangeKind::Warning, Range::CreateRange(10, 20)));
+    observer.onRangeChanged(RangeKind::Warning);
+    EXPECT_THAT(recorder.lines(), ElementsAre("survivor accepts warning 10:20"));
+    survivor->remove();
+}
+
 TEST_F(ScalarMetric, ANullHandlerRefusesEveryChangeThoughColumn5Shows1)
 {
     settle();
