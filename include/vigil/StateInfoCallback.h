@@ -11,12 +11,12 @@ namespace vigil {
 /// on it: the library reconnects and publishes again by itself.
 ///
 /// Threads: called on the library's client thread, one call at a time in the whole process, while the library
-/// holds the lock of its callback registry. Return quickly. Registering or deregistering anything from inside
-/// is not possible; it is refused with an error line in the log.
+/// holds the lock of its callback registry. Return quickly, and run no event loop inside. Registering or
+/// deregistering anything from inside is not possible; it is refused with an error line in the log.
 ///
 /// Ownership: belongs to the application, which deregisters it before destroying it.
 ///
-/// Failure: must not throw.
+/// Failure: must not throw. What is thrown all the same goes to the log.
 class VIGIL_EXPORT StateInfoCallback
 {
 public:
