@@ -8,6 +8,7 @@
 #include <string>
 
 #include "base/Logging.h"
+#include "base/NeverDestroyed.h"
 #include "client/NetworkWarmUp.h"
 
 namespace {
@@ -31,9 +32,18 @@ private:
 
 } // namespace
 
-std::unique_ptr<ApplicationRunner> ApplicationRunner::start()
+/// The runner that runs beside a host's application object. A function that Qt calls in that object's
+/// destructor has no argument to find it by.
+struct ApplicationRunner::HostWatch
+{
+    base::Mutex mutex;
+    std::shared_ptr<LoopControl> control VIGIL_GUARDED_BY(mutex);
+};
+
+std::unique_ptr<ApplicationRunner> ApplicationRunner::start(PauseClient pauseClient)
 {
     std::unique_ptr<ApplicationRunner> runner(new ApplicationRunner);
+    runner->m_control->pauseClient = std::move(pauseClient);
     runner->m_thread = platform::Thread::start([self = runner.get()] { return self->run(); });
     if (!runner->m_thread)
         return nullptr;
@@ -78,13 +88,46 @@ std::unique_ptr<QCoreApplication> ApplicationRunner::createApplication()
 /// place.
 void ApplicationRunner::runLoopBesideHost()
 {
-    const auto handOver = [control = m_control] {
-        control->quit();
-        control->running.tryAcquire(1, takeOverTimeoutMs);
-    };
-    const auto watch = QObject::connect(QCoreApplication::instance(), &QObject::destroyed, handOver);
+    setHostWatch(m_control);
+    qAddPostRoutine(&ApplicationRunner::hostBeginsToLeave);
+    const auto watch = QObject::connect(QCoreApplication::instance(), &QObject::destroyed,
+                                        [control = m_control] { hostHasLeft(*control); });
     runLoop();
     QObject::disconnect(watch);
+    qRemovePostRoutine(&ApplicationRunner::hostBeginsToLeave);
+    setHostWatch(nullptr);
+}
+
+ApplicationRunner::HostWatch& ApplicationRunner::hostWatch()
+{
+    static base::NeverDestroyed<HostWatch> watch;
+    return watch.get();
+}
+
+void ApplicationRunner::setHostWatch(const std::shared_ptr<LoopControl>& control)
+{
+    const base::MutexLock lock(hostWatch().mutex);
+    hostWatch().control = control;
+}
+
+/// Runs at the beginning of the destructor, while events are still delivered.
+void ApplicationRunner::hostBeginsToLeave()
+{
+    std::shared_ptr<LoopControl> control;
+    {
+        const base::MutexLock lock(hostWatch().mutex);
+        control = hostWatch().control;
+    }
+    if (control)
+        control->pauseClient(control->pause);
+}
+
+/// Runs at its end, when there is no application object any more.
+void ApplicationRunner::hostHasLeft(LoopControl& control)
+{
+    control.quit();
+    control.running.tryAcquire(1, takeOverTimeoutMs);
+    control.pause->over.release();
 }
 
 void ApplicationRunner::runLoop()

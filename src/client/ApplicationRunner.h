@@ -4,6 +4,7 @@
 #include <QSemaphore>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 #include "base/ThreadSafety.h"
@@ -20,7 +21,8 @@ QT_END_NAMESPACE
 /// Purpose: Qt delivers no event in a process without an application object. Most hosts have none, so the
 /// library brings one. In a host that has its own, the runner runs a plain event loop beside it; should the
 /// host's go while the library is in use, the runner puts one of its own in its place before the host's
-/// destructor returns. The log is open as long as the loop runs.
+/// destructor returns. Between the two Qt drops every event instead of delivering it, so the client thread is
+/// paused meanwhile. The log is open as long as the loop runs.
 ///
 /// Threads: start() and stop() belong to the facade's init() and cleanup().
 ///
@@ -30,8 +32,17 @@ QT_END_NAMESPACE
 class ApplicationRunner
 {
 public:
-    /// Returns when the event loop runs.
-    static std::unique_ptr<ApplicationRunner> start();
+    /// The client thread's rest while the process has no application object.
+    struct Pause
+    {
+        QSemaphore begun; // released by the client thread when it rests
+        QSemaphore over;  // released when it may go on
+    };
+    using PauseClient = std::function<void(const std::shared_ptr<Pause>&)>;
+
+    /// Returns when the event loop runs. pauseClient makes the client thread begin the pause; it is called in
+    /// the host's thread.
+    static std::unique_ptr<ApplicationRunner> start(PauseClient pauseClient);
 
     ~ApplicationRunner();
     ApplicationRunner(const ApplicationRunner&) = delete;
@@ -50,6 +61,9 @@ public:
     bool stop(int timeoutMs);
 
 private:
+    struct LoopControl;
+    struct HostWatch;
+
     ApplicationRunner() = default;
 
     /// QCoreApplication keeps references to both, so they must outlive it.
@@ -63,6 +77,11 @@ private:
     std::unique_ptr<QCoreApplication> createApplication();
     void runLoop();
     void runLoopBesideHost();
+    static void hostBeginsToLeave();
+    static void hostHasLeft(LoopControl& control);
+
+    static HostWatch& hostWatch();
+    static void setHostWatch(const std::shared_ptr<LoopControl>& control);
 
     /// What other threads reach the loop by. Shared, since the host's destructor may wait here while the
     /// runner is being stopped and destroyed.
@@ -72,6 +91,8 @@ private:
         void setLoop(QEventLoop* newLoop);
 
         QSemaphore running; // released whenever a loop has begun to run, and at the end
+        PauseClient pauseClient;
+        const std::shared_ptr<Pause> pause = std::make_shared<Pause>();
 
     private:
         base::Mutex m_mutex; // held while the loop is told to quit, so that it is there to hear it

@@ -24,6 +24,8 @@ namespace {
 
 constexpr int threadEndTimeoutMs = 5000;
 constexpr int aliveCheckMs = 20;
+constexpr int pauseTimeoutMs = 5000;
+constexpr int maxPauseMs = 10000;
 
 constexpr int noLimit = -1;
 
@@ -78,7 +80,7 @@ void VigilSnmp::init(const std::string& name)
     // Qt leaves traces in threads of the process, so its libraries have to stay when this one is unloaded.
     platform::pinModule(&QObject::staticMetaObject);
     platform::pinModule(&QAbstractSocket::staticMetaObject);
-    m_runner = ApplicationRunner::start();
+    m_runner = ApplicationRunner::start([this](const auto& pause) { pauseClient(pause); });
     if (!m_runner)
         return;
     m_oidTypeId = qRegisterMetaType<Oid>("Oid");
@@ -107,6 +109,23 @@ void VigilSnmp::startClient()
     }
     m_initialised = true;
     m_clientThread->start(QThread::InheritPriority);
+}
+
+/// Returns when the client rests, or will not come to it: a callback or an attempt to connect takes its time.
+/// Calls that were put into its queue before are dealt with, later ones wait there.
+void VigilSnmp::pauseClient(const std::shared_ptr<ApplicationRunner::Pause>& pause)
+{
+    const auto rest = [pause] {
+        pause->begun.release();
+        pause->over.tryAcquire(1, maxPauseMs);
+    };
+    {
+        const base::MutexLock lock(m_clientMutex);
+        if (!m_client)
+            return;
+        QMetaObject::invokeMethod(m_client, rest, Qt::QueuedConnection);
+    }
+    pause->begun.tryAcquire(1, pauseTimeoutMs);
 }
 
 // --- Stop

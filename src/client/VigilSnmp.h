@@ -84,6 +84,7 @@ private:
     static void cleanupAtExit();
 
     void startClient();
+    void pauseClient(const std::shared_ptr<ApplicationRunner::Pause>& pause);
     void stop(const Limits& limits);
     bool stopClient(int timeoutMs);
     bool runClientExit(Client* client, int timeoutMs);

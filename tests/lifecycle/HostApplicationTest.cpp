@@ -41,6 +41,22 @@ TEST(HostWithAnApplicationObject, MayDestroyItWhileAnotherThreadDestroysTheLastC
     expectOrderlyEnd("application-beside-checks");
 }
 
+// What the client's thread took out of its queue while there was no application object used to be lost.
+TEST(HostWithAnApplicationObject, NothingIsLostThatIsOnItsWayWhenItGoes)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(QT_HOST), {QStringLiteral("application-gone-while-publishing")},
+                     service.port());
+    int missing = 0;
+    for (int i = 1999; i >= 0 && missing == 0; --i) {
+        if (!service.waitForText("value " + QByteArray::number(i) + ";"))
+            ++missing;
+    }
+    EXPECT_EQ(missing, 0);
+    host.say(QStringLiteral("go"));
+    EXPECT_EQ(host.exitCode(), 0);
+}
+
 TEST(HostWithAnApplicationObject, MayEndWithChecksThatOutliveIt)
 {
     expectOrderlyEnd("application-gone-at-exit");

@@ -86,6 +86,24 @@ int applicationBeforeItsChecks(int& argc, char** argv)
     return QCoreApplication::instance() ? 1 : 0;
 }
 
+/// Many values are on their way to the client when the application object goes.
+int applicationGoneWhilePublishing(int& argc, char** argv)
+{
+    constexpr unsigned int valueCount = 2000;
+    const vigil::Oid root = vigil::Oid::fromStdString("1.3.6.1.4.1.32473.5");
+    auto application = std::make_unique<QCoreApplication>(argc, argv);
+    vigil::VigilSnmpInterface& library = vigil::VigilSnmpInterface::instance();
+    library.init("host");
+    for (unsigned int i = 0; i < valueCount; ++i)
+        library.sendValue(root + i, "value " + std::to_string(i) + ";", 0);
+    application.reset();
+    std::string line;
+    std::getline(std::cin, line);
+    sayLeaving();
+    library.cleanup();
+    return 0;
+}
+
 /// The last check and the application object end at the same time, in any order.
 int applicationBesideItsChecks(int& argc, char** argv)
 {
@@ -143,6 +161,7 @@ int main(int argc, char** argv)
         {"application-after", applicationAfterTheLibrary},
         {"application-before-checks", applicationBeforeItsChecks},
         {"application-beside-checks", applicationBesideItsChecks},
+        {"application-gone-while-publishing", applicationGoneWhilePublishing},
         {"application-gone-at-exit", applicationGoneAtExit},
         {"quit-with-live-check", quitsWhileACheckLives},
         {"check-in-thread", checkInAnotherThread},
