@@ -49,9 +49,23 @@ QString Agent::start()
             .arg(m_options.listenPort)
             .arg(m_applications.errorText());
     if (m_options.isStandalone())
-        log::info(QStringLiteral("serving SNMP on %1").arg(m_options.standaloneAddress));
+        log::info(m_engine.statusText());
     log::info(QStringLiteral("listening for applications on %1").arg(m_applications.address()));
     return QString();
+}
+
+void Agent::reload()
+{
+    const QString problem = m_engine.reload();
+    if (problem.isEmpty())
+        log::info(QStringLiteral("the configuration file %1 has been read again").arg(m_options.configFile));
+    else
+        log::warning(QStringLiteral("nothing is changed on SIGHUP: %1").arg(problem));
+}
+
+void Agent::setStatusListener(const std::function<void(const QString&)>& listener)
+{
+    m_engine.setStatusListener(listener);
 }
 
 } // namespace agent

@@ -3,6 +3,8 @@
 
 #include <QString>
 
+#include <functional>
+
 #include "ApplicationServer.h"
 #include "CellStore.h"
 #include "Options.h"
@@ -25,6 +27,12 @@ public:
 
     /// Returns what is wrong, or an empty text. Nothing is served before the event loop runs.
     QString start();
+
+    /// Takes a changed configuration over, and says in the log what came of it.
+    void reload();
+
+    /// See SnmpEngine.
+    void setStatusListener(const std::function<void(const QString&)>& listener);
 
 private:
     const Options m_options;

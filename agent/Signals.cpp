@@ -13,19 +13,19 @@ namespace {
 int pipeEnds[2] = {-1, -1};
 
 // Little is allowed in a signal handler; writing to a pipe is.
-extern "C" void wakeEventLoop(int)
+extern "C" void wakeEventLoop(int signalNumber)
 {
     const int savedError = errno;
-    const char byte = 0;
+    const char byte = static_cast<char>(signalNumber);
     [[maybe_unused]] const ssize_t written = write(pipeEnds[1], &byte, 1);
     errno = savedError;
 }
 
-void handle(int signalNumber, void (*handler)(int))
+void handle(int signalNumber, void (*handler)(int), int flags = SA_RESTART)
 {
     struct sigaction action = {};
     action.sa_handler = handler;
-    action.sa_flags = SA_RESTART;
+    action.sa_flags = flags;
     sigemptyset(&action.sa_mask);
     sigaction(signalNumber, &action, nullptr);
 }
@@ -39,17 +39,23 @@ Signals::Signals()
         return;
     m_notifier = std::make_unique<QSocketNotifier>(pipeEnds[0], QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] {
-        char bytes[16];
-        while (read(pipeEnds[0], bytes, sizeof bytes) > 0) {
+        char byte = 0;
+        while (read(pipeEnds[0], &byte, 1) > 0) {
+            if (byte == SIGHUP)
+                emit reloadRequested();
+            else
+                emit endRequested();
         }
-        emit endRequested();
     });
-    handle(SIGTERM, wakeEventLoop);
-    handle(SIGINT, wakeEventLoop);
+    handle(SIGHUP, wakeEventLoop);
+    // Whatever the process is waiting for, such as a connection to a host that is not there, it is to stop.
+    handle(SIGTERM, wakeEventLoop, 0);
+    handle(SIGINT, wakeEventLoop, 0);
 }
 
 Signals::~Signals()
 {
+    handle(SIGHUP, SIG_DFL);
     handle(SIGTERM, SIG_DFL);
     handle(SIGINT, SIG_DFL);
     m_notifier.reset();

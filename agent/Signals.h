@@ -8,10 +8,10 @@
 
 namespace agent {
 
-/// SIGTERM and SIGINT as an event of the event loop.
+/// SIGTERM, SIGINT and SIGHUP as events of the event loop.
 ///
-/// Threads: one object, on the main thread. Failure: without a pipe the two signals end the process at once,
-/// as they do by default.
+/// Threads: one object, on the main thread. Failure: without a pipe the signals end the process at once, as
+/// they do by default.
 class Signals : public QObject
 {
     Q_OBJECT
@@ -21,7 +21,8 @@ public:
     ~Signals() override;
 
 signals:
-    void endRequested();
+    void endRequested();    ///< SIGTERM, SIGINT
+    void reloadRequested(); ///< SIGHUP
 
 private:
     std::unique_ptr<QSocketNotifier> m_notifier;

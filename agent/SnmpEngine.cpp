@@ -119,6 +119,33 @@ QString SnmpEngine::start()
     return problem;
 }
 
+QString SnmpEngine::reload()
+{
+    if (m_settings.configFile.isEmpty())
+        return QStringLiteral("there is no configuration file to read again: %1")
+            .arg(isStandalone()
+                     ? QStringLiteral("the agent was started without --config")
+                     : QStringLiteral("behind snmpd, access and notifications are configured there"));
+    const QString problem = configurationProblem();
+    if (problem.isEmpty())
+        update_config();
+    return problem;
+}
+
+QString SnmpEngine::statusText() const
+{
+    return m_link ? m_link->statusText()
+                  : QStringLiteral("serving SNMP on %1").arg(m_settings.standaloneAddress);
+}
+
+void SnmpEngine::setStatusListener(const std::function<void(const QString&)>& listener)
+{
+    listener(statusText());
+    if (m_link)
+        QObject::connect(m_link.get(), &MasterLink::statusChanged, m_link.get(),
+                         [this, listener] { listener(statusText()); });
+}
+
 QString SnmpEngine::listen()
 {
     netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS,

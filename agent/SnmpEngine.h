@@ -45,6 +45,13 @@ public:
     /// or later. Returns what is wrong, or an empty text.
     QString start();
 
+    /// Reads the configuration file again. Returns what is wrong, or an empty text; then all is as it was.
+    QString reload();
+
+    /// One line about how things stand, for whoever looks after the agent; also called at every change.
+    QString statusText() const;
+    void setStatusListener(const std::function<void(const QString&)>& listener);
+
     /// See NetSnmpEventLoop.
     void setPaused(std::function<bool()> paused) { m_eventLoop.setPaused(std::move(paused)); }
 

@@ -5,6 +5,7 @@
 #include "Agent.h"
 #include "Log.h"
 #include "Options.h"
+#include "ServiceManager.h"
 #include "Signals.h"
 
 int main(int argc, char** argv)
@@ -28,13 +29,18 @@ int main(int argc, char** argv)
 
     agent::Signals signalWatch;
     QObject::connect(&signalWatch, &agent::Signals::endRequested, &application, &QCoreApplication::quit);
+    agent::ServiceManager serviceManager;
     agent::Agent agent(options);
     const QString problem = agent.start();
     if (!problem.isEmpty()) {
         agent::log::error(problem);
         return 1;
     }
+    QObject::connect(&signalWatch, &agent::Signals::reloadRequested, &application, [&] { agent.reload(); });
+    agent.setStatusListener([&](const QString& status) { serviceManager.tellStatus(status); });
+    serviceManager.tellReady();
     const int exitCode = QCoreApplication::exec();
+    serviceManager.tellStopping();
     agent::log::info(QStringLiteral("ending"));
     return exitCode;
 }

@@ -98,6 +98,11 @@ bool AgentProcess::kill()
     return runUntil([this] { return m_process.state() == QProcess::NotRunning; });
 }
 
+void AgentProcess::reload()
+{
+    ::kill(static_cast<pid_t>(m_process.processId()), SIGHUP);
+}
+
 void AgentProcess::suspend()
 {
     ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP);

@@ -44,6 +44,9 @@ public:
     /// Ends it as a crash would. False when it does not end.
     bool kill();
 
+    /// Sends SIGHUP.
+    void reload();
+
     /// Stops and continues the process, as a debugger would.
     void suspend();
     void resume();

@@ -1,0 +1,12 @@
+#include "ServiceNotify.h"
+
+namespace agent::serviceNotify {
+
+void tell(const char*) {}
+
+std::chrono::microseconds watchdogInterval()
+{
+    return std::chrono::microseconds(0);
+}
+
+} // namespace agent::serviceNotify

@@ -1,0 +1,35 @@
+#ifndef VIGIL_SUPPORT_NOTIFYSOCKET_H
+#define VIGIL_SUPPORT_NOTIFYSOCKET_H
+
+#include <QByteArray>
+#include <QString>
+#include <QTemporaryDir>
+
+namespace support {
+
+/// The service manager's end of the socket that NOTIFY_SOCKET names.
+///
+/// Threads: one with an event loop. Failure: a socket that cannot be had receives nothing.
+class NotifySocket
+{
+public:
+    NotifySocket();
+    ~NotifySocket();
+    NotifySocket(const NotifySocket&) = delete;
+    NotifySocket& operator=(const NotifySocket&) = delete;
+
+    QString path() const { return m_directory.filePath(QStringLiteral("notify")); }
+
+    /// Everything received so far, one line for each message.
+    const QByteArray& received();
+    bool waitFor(const QByteArray& line, int times = 1);
+
+private:
+    const QTemporaryDir m_directory;
+    int m_descriptor = -1;
+    QByteArray m_received;
+};
+
+} // namespace support
+
+#endif
