@@ -39,12 +39,14 @@ QString Agent::start()
     if (!problem.isEmpty())
         return problem;
     if (!m_handler.registerSubtree(m_options.subtree))
-        return QStringLiteral("Net-SNMP refuses the subtree %1").arg(toText(m_options.subtree));
+        return QStringLiteral("Net-SNMP refuses the subtree %1; what it says above is the reason")
+            .arg(toText(m_options.subtree));
     problem = m_engine.start();
     if (!problem.isEmpty())
         return problem;
     if (!m_applications.listen(m_options.listenHost, m_options.listenPort))
-        return QStringLiteral("cannot listen for applications on %1:%2: %3")
+        return QStringLiteral("cannot listen for applications on %1:%2: %3. End the other agent, or choose "
+                              "another port with --listen")
             .arg(m_options.listenHost.toString())
             .arg(m_options.listenPort)
             .arg(m_applications.errorText());

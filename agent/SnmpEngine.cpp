@@ -74,7 +74,8 @@ QString SnmpEngine::configurationProblem() const
 {
     QFile file(m_settings.configFile);
     if (!m_settings.configFile.isEmpty() && !file.open(QIODevice::ReadOnly))
-        return QStringLiteral("cannot read the configuration file %1: %2")
+        return QStringLiteral("cannot read the configuration file %1: %2. See that it is there and that this "
+                              "user may read it")
             .arg(m_settings.configFile, file.errorString());
     return QString();
 }
@@ -85,14 +86,16 @@ QString SnmpEngine::initialise()
     if (!problem.isEmpty())
         return problem;
     if (!m_directory.isValid())
-        return QStringLiteral("cannot create a temporary directory: %1").arg(m_directory.errorString());
+        return QStringLiteral(
+                   "cannot create a temporary directory: %1. Make room, or name another place with TMPDIR")
+            .arg(m_directory.errorString());
     NetSnmpEventLoop::bridgeLog();
     keepToItself(QFile::encodeName(m_directory.path()));
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, isStandalone() ? 0 : 1);
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_DONT_LOG_TCPWRAPPERS_CONNECTS, 1);
     add_to_init_list(QByteArray("!smux").data()); // it would listen on a port that nobody asked for
     if (init_agent(applicationName) != 0)
-        return QStringLiteral("Net-SNMP cannot be initialised");
+        return QStringLiteral("Net-SNMP cannot be initialised; what it says above is the reason");
     if (m_link)
         m_link->start();
     else

@@ -30,6 +30,18 @@ install(FILES ${PROJECT_BINARY_DIR}/vigilConfig.cmake ${PROJECT_BINARY_DIR}/vigi
 
 if(VIGIL_BUILD_AGENT)
   install(TARGETS vigil-agent RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES ${PROJECT_SOURCE_DIR}/packaging/snmpd.conf.d/vigil.conf
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}/snmpd.conf.d)
+  if(SYSTEMD_FOUND) # without, the agent could not tell systemd that it is ready
+    configure_file(${PROJECT_SOURCE_DIR}/packaging/vigil-agent.service.in
+      ${PROJECT_BINARY_DIR}/packaging/vigil-agent.service @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/packaging/vigil-agent.service DESTINATION lib/systemd/system)
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/vigil-agent.sysusers DESTINATION lib/sysusers.d
+      RENAME vigil-agent.conf)
+  endif()
+  if(TARGET vigil-agent-man)
+    install(FILES ${PROJECT_BINARY_DIR}/docs/vigil-agent.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8)
+  endif()
 endif()
 if(VIGIL_BUILD_EXAMPLES)
   install(TARGETS vigil-host-health RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
@@ -44,6 +56,8 @@ install(FILES
   ${PROJECT_SOURCE_DIR}/README.md
   ${PROJECT_SOURCE_DIR}/CHANGELOG.md
   ${PROJECT_SOURCE_DIR}/docs/architecture.md
+  ${PROJECT_SOURCE_DIR}/docs/operations.md
+  ${PROJECT_SOURCE_DIR}/docs/vigil-agent.8.md
   ${PROJECT_SOURCE_DIR}/docs/wire-protocol.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}

@@ -79,7 +79,8 @@ protected:
         return clock.elapsed();
     }
 
-    SnmpdProcess snmpd{"agentXTimeout 1\nagentXRetries 0\n", {QStringLiteral("-Dagentx/master")}};
+    SnmpdProcess snmpd{SnmpdProcess::openToThisHost() + "agentXTimeout 1\nagentXRetries 0\n",
+                       {QStringLiteral("-Dagentx/master")}};
     std::unique_ptr<AgentProcess> agent;
     std::unique_ptr<FakeApplication> application;
 };

@@ -30,6 +30,12 @@ SnmpdProcess::~SnmpdProcess()
         kill();
 }
 
+QByteArray SnmpdProcess::openToThisHost()
+{
+    return "rocommunity public 127.0.0.1\n"
+           "rwcommunity private 127.0.0.1\n";
+}
+
 bool SnmpdProcess::start()
 {
     for (int attempt = 0; attempt < 10; ++attempt) {
@@ -51,8 +57,6 @@ bool SnmpdProcess::startOnce()
         return false;
     file.write("agentaddress " + udpAddress().toUtf8() +
                "\n"
-               "rocommunity public 127.0.0.1\n"
-               "rwcommunity private 127.0.0.1\n"
                "master agentx\n"
                "agentXSocket unix:" +
                QFile::encodeName(agentxAddress()) + '\n' + m_directives);

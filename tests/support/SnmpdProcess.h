@@ -12,15 +12,17 @@ namespace support {
 /// A real snmpd on a free port, with an AgentX socket, a configuration and folders of its own, for as long as
 /// the object lives. It can be ended and started again at the same addresses.
 ///
-/// Anyone on this host may read it with the community "public" and write it with "private".
-///
 /// Threads: one with an event loop. Failure: start() returns false; log() holds what snmpd said.
 class SnmpdProcess
 {
 public:
-    /// directives in addition to those that the tests need, arguments likewise.
-    explicit SnmpdProcess(const QByteArray& directives = QByteArray(), const QStringList& arguments = {});
+    /// Directives in addition to its addresses, and arguments in addition to those that make it read nothing
+    /// else.
+    explicit SnmpdProcess(const QByteArray& directives = openToThisHost(), const QStringList& arguments = {});
     ~SnmpdProcess();
+
+    /// The community "public" may read, "private" may write.
+    static QByteArray openToThisHost();
 
     /// Comes back when snmpd is ready to serve.
     bool start();
