@@ -1,0 +1,179 @@
+#include "fuzz/ReceivePath.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+
+#include "agent/Admission.h"
+#include "agent/ApplicationStream.h"
+#include "agent/ServedCells.h"
+#include "support/ManualClock.h"
+
+using agent::CellValue;
+using agent::ObjectId;
+using agent::OwnerId;
+
+namespace {
+
+agent::Limits smallLimits()
+{
+    agent::Limits limits;
+    limits.cells = 20;
+    limits.textBytes = 50;
+    limits.frameBytes = 5000;
+    return limits;
+}
+
+agent::ServedCells::Settings smallSettings()
+{
+    agent::ServedCells::Settings settings;
+    settings.graceMs = 10;
+    settings.forgetMs = 200;
+    settings.staleAfterMs = 50;
+    settings.maxLost = 2;
+    return settings;
+}
+
+/// The agent without sockets and SNMP: one application after the other.
+class Receiver : public agent::ApplicationStream::Receiver
+{
+public:
+    Receiver() { connect(); }
+
+    void receive(const QByteArray& bytes)
+    {
+        if (!m_stream->receive(bytes).isEmpty())
+            reconnect();
+    }
+
+    void sendFrame(int dataType, int callbackId, const QByteArray& payload)
+    {
+        base::FrameHeader header;
+        header.dataType = static_cast<qint16>(dataType);
+        header.clientCallbackId = callbackId;
+        header.messageCounter = m_stream->frames() + 1;
+        receive(header.toBytes(payload.size()) + payload);
+    }
+
+    void reconnect()
+    {
+        m_cells.lose(m_owner);
+        connect();
+    }
+
+    void letTimePass(int ms) { m_clock.advance(ms); }
+
+    void handleValue(const ObjectId& id, const CellValue& value, bool) override
+    {
+        if (!m_admission.cellProblem(id, value).isEmpty())
+            m_cells.unset(m_owner, id);
+        else if (m_admission.countProblem(m_owner, id).isEmpty())
+            m_cells.publish(m_owner, id, value);
+    }
+
+    void handleUnset(const ObjectId& tree) override { m_cells.unset(m_owner, tree); }
+    void handleAnswer(int, int) override {}
+
+    /// Walks as a manager does. What is wrong is not a matter of the input.
+    void checkCells() const
+    {
+        size_t count = 0;
+        std::map<OwnerId, size_t> countByOwner;
+        ObjectId last;
+        for (const auto* entry = m_store.findNext({}); entry; entry = m_store.findNext(last)) {
+            const auto& [id, cell] = *entry;
+            require(last < id && id.size() <= agent::maxArcs);
+            require(!cell.cover || agent::healthTable::positionOf(id));
+            const std::string* text = std::get_if<std::string>(&cell.value);
+            require(!text || text->size() <= static_cast<size_t>(m_limits.textBytes));
+            last = id;
+            ++count;
+            ++countByOwner[cell.owner];
+        }
+        require(count == m_store.size() && countByOwner.size() <= smallSettings().maxLost + 1);
+        for (const auto& [owner, cells] : countByOwner)
+            require(cells == m_store.countOf(owner) && cells <= static_cast<size_t>(m_limits.cells));
+    }
+
+private:
+    static void require(bool holds)
+    {
+        if (!holds)
+            std::abort();
+    }
+
+    void connect()
+    {
+        ++m_owner;
+        m_stream = std::make_unique<agent::ApplicationStream>(*this, m_limits.frameBytes);
+    }
+
+    const agent::Limits m_limits = smallLimits();
+    support::ManualClock m_clock;
+    agent::CellStore m_store;
+    agent::ServedCells m_cells{m_store, m_clock, smallSettings()};
+    const agent::Admission m_admission{m_store, m_limits};
+    OwnerId m_owner = 0;
+    std::unique_ptr<agent::ApplicationStream> m_stream;
+};
+
+/// Reads the input from its beginning; at its end everything is 0 or empty.
+class Input
+{
+public:
+    explicit Input(const QByteArray& bytes) : m_bytes(bytes) {}
+
+    bool isAtEnd() const { return m_position >= m_bytes.size(); }
+    int byte() { return isAtEnd() ? 0 : static_cast<std::uint8_t>(m_bytes[m_position++]); }
+
+    QByteArray take(int count)
+    {
+        const QByteArray bytes = m_bytes.mid(m_position, count);
+        m_position += bytes.size();
+        return bytes;
+    }
+
+private:
+    const QByteArray m_bytes;
+    int m_position = 0;
+};
+
+void feedBytes(Receiver& receiver, Input& input, int pieceSize)
+{
+    while (!input.isAtEnd())
+        receiver.receive(input.take(pieceSize));
+}
+
+void feedSteps(Receiver& receiver, Input& input)
+{
+    while (!input.isAtEnd()) {
+        const int step = input.byte() % 8;
+        if (step == 6) {
+            receiver.letTimePass(input.byte());
+        } else if (step == 7) {
+            receiver.reconnect();
+        } else {
+            const int callbackId = input.byte();
+            const int size = input.byte();
+            receiver.sendFrame(step, callbackId, input.take(size));
+        }
+        receiver.checkCells();
+    }
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    Input input(QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size)));
+    Receiver receiver;
+    const int kind = input.byte();
+    if (kind % 2 == 0)
+        feedBytes(receiver, input, std::max(kind, 1));
+    else
+        feedSteps(receiver, input);
+    receiver.checkCells();
+    receiver.letTimePass(1000);
+    receiver.checkCells();
+    return 0;
+}
