@@ -172,3 +172,70 @@ TEST_F(AgentConnections, AValueWithANotificationSetsTheCellToo)
     offender->sendFrame(base::SnmpIntType, base::ValueWithTrap, intPayload("2.2"));
     EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".2.2"), QStringLiteral("7")));
 }
+
+TEST_F(AgentConnections, AFloodOfUnsetsHoldsNobodyUp)
+{
+    base::SnmpInt nothing;
+    nothing.oid = "2";
+    QByteArray payload;
+    nothing.serialize(payload);
+    constexpr quint64 floodSize = 100'000;
+    QByteArray flood;
+    for (quint64 counter = 2; counter < floodSize; ++counter)
+        flood += frame(counter, payload);
+    offender->sendBytes(flood);
+    bystander->publish("1.2", 12);
+    EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".1.2"), QStringLiteral("12")));
+    EXPECT_EQ(tool->get(root + QStringLiteral(".1.1")), QStringLiteral("1"));
+    EXPECT_TRUE(offender->isConnected());
+}
+
+TEST_F(AgentConnections, LargeFramesThatNeverEndHoldNobodyUp)
+{
+    QByteArray beginning = frame(1, QByteArray(1'000'000, 'x'));
+    qToBigEndian<qint64>(64 * 1024 * 1024, beginning.data() + 8);
+    std::vector<std::unique_ptr<FakeApplication>> halves;
+    for (int i = 0; i < 20; ++i) {
+        halves.push_back(std::make_unique<FakeApplication>(agent.applicationPort()));
+        halves.back()->sendBytes(beginning);
+    }
+    bystander->publish("1.2", 12);
+    EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".1.2"), QStringLiteral("12")));
+}
+
+TEST_F(AgentConnections, EveryConnectionWithGarbageCostsOneLineOfTheLog)
+{
+    constexpr int attempts = 50;
+    for (int i = 0; i < attempts; ++i) {
+        FakeApplication stranger(agent.applicationPort());
+        stranger.sendBytes(QByteArray(64, 'x'));
+        ASSERT_TRUE(stranger.waitForDisconnect());
+    }
+    EXPECT_EQ(agent.log().count("is disconnected: "), attempts);
+    EXPECT_TRUE(bystander->isConnected());
+    EXPECT_EQ(tool->get(root + QStringLiteral(".1.1")), QStringLiteral("1"));
+}
+
+TEST(AgentLimits, ReachTheAgentFromTheCommandLine)
+{
+    AgentProcess agent({QStringLiteral("--max-connections"), QStringLiteral("2"),
+                        QStringLiteral("--max-cells"), QStringLiteral("3"), QStringLiteral("--max-text"),
+                        QStringLiteral("4"), QStringLiteral("--max-frame"), QStringLiteral("1024")});
+    ASSERT_TRUE(agent.start()) << agent.log().constData();
+    FakeApplication first(agent.applicationPort());
+    FakeApplication second(agent.applicationPort());
+    for (const char* oid : {"1.1", "1.2", "1.3", "1.4", "1.5"})
+        first.publish(oid, 1);
+    first.publish("1.1", std::string("hello"));
+    EXPECT_TRUE(agent.waitForLog("more than the 3 cells that --max-cells allows"));
+    EXPECT_TRUE(agent.waitForLog("a text of 5 bytes, --max-text allows 4"));
+
+    FakeApplication third(agent.applicationPort());
+    EXPECT_TRUE(third.waitForDisconnect());
+    EXPECT_TRUE(agent.waitForLog("as many as --max-connections allows"));
+    second.publish("2.1", std::string(1000, 'x'));
+    EXPECT_TRUE(second.waitForDisconnect());
+    EXPECT_TRUE(agent.waitForLog("--max-frame allows 1024"));
+    EXPECT_TRUE(first.isConnected());
+    EXPECT_EQ(agent.log().count("warning"), 4) << agent.log().constData();
+}
