@@ -31,9 +31,11 @@ foreach(file LICENSE README.md examples/hello_health.cpp)
     message(FATAL_ERROR "${file} is not installed")
   endif()
 endforeach()
-if(NOT EXISTS ${prefix}/share/snmp/mibs/VIGIL-MIB.txt)
-  message(FATAL_ERROR "The MIB is not installed")
-endif()
+foreach(module VIGIL-MIB VIGIL-AGENT-MIB)
+  if(NOT EXISTS ${prefix}/share/snmp/mibs/${module}.txt)
+    message(FATAL_ERROR "${module} is not installed")
+  endif()
+endforeach()
 
 run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${build} -G ${GENERATOR}
   -D CMAKE_BUILD_TYPE=${CONFIG}
