@@ -7,6 +7,7 @@
 
 #include "ApplicationServer.h"
 #include "CellStore.h"
+#include "Notifications.h"
 #include "Options.h"
 #include "ServedCells.h"
 #include "SetCoordinator.h"
@@ -40,6 +41,7 @@ private:
     CellStore m_store;
     ServedCells m_cells;
     ApplicationServer m_applications;
+    Notifications m_notifications{m_cells, m_applications, m_clock};
     SetCoordinator m_coordinator;
     SubtreeHandler m_handler{m_store, m_coordinator};
     SnmpEngine m_engine; // last: goes first, and with it whatever Net-SNMP still holds of the others

@@ -1,7 +1,6 @@
 #include "SnmpTool.h"
 
 #include <QProcess>
-#include <QProcessEnvironment>
 #include <QTemporaryDir>
 
 #include "RunUntil.h"
@@ -11,17 +10,6 @@ namespace support {
 namespace {
 
 constexpr int toolDeadlineMs = 50'000;
-
-/// The tools read no configuration of the user who runs the tests and leave none behind.
-QProcessEnvironment toolEnvironment(const QString& privateDirectory)
-{
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("MIBDIRS"), QStringLiteral(VIGIL_MIBDIRS));
-    environment.remove(QStringLiteral("MIBS"));
-    environment.insert(QStringLiteral("SNMPCONFPATH"), privateDirectory);
-    environment.insert(QStringLiteral("SNMP_PERSISTENT_DIR"), privateDirectory);
-    return environment;
-}
 
 } // namespace
 
@@ -34,14 +22,24 @@ QStringList SnmpTool::community(const QString& name)
     return {QStringLiteral("-v2c"), QStringLiteral("-c"), name};
 }
 
+QProcessEnvironment SnmpTool::environment(const QString& privateDirectory)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("MIBDIRS"), QStringLiteral(VIGIL_MIBDIRS));
+    environment.remove(QStringLiteral("MIBS"));
+    environment.insert(QStringLiteral("SNMPCONFPATH"), privateDirectory);
+    environment.insert(QStringLiteral("SNMP_PERSISTENT_DIR"), privateDirectory);
+    return environment;
+}
+
 SnmpTool::Result SnmpTool::run(const QString& program, const QStringList& operands,
                                const QStringList& options) const
 {
     static const QTemporaryDir privateDirectory;
     QProcess process;
-    process.setProcessEnvironment(toolEnvironment(privateDirectory.path()));
-    process.start(program, QStringList{QStringLiteral("-m"), QStringLiteral("VIGIL-MIB")} + m_credentials +
-                               options + QStringList{m_address} + operands);
+    process.setProcessEnvironment(environment(privateDirectory.path()));
+    process.start(program, QStringList{QStringLiteral("-m"), QStringLiteral("VIGIL-AGENT-MIB")} +
+                               m_credentials + options + QStringList{m_address} + operands);
     if (!runUntil([&] { return process.state() == QProcess::NotRunning; }, toolDeadlineMs)) {
         process.kill();
         process.waitForFinished();

@@ -1,6 +1,7 @@
 #ifndef VIGIL_SUPPORT_SNMPTOOL_H
 #define VIGIL_SUPPORT_SNMPTOOL_H
 
+#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
@@ -8,7 +9,8 @@
 
 namespace support {
 
-/// A manager: runs Net-SNMP's command line tools against one address, with the names of VIGIL-MIB.
+/// A manager: runs Net-SNMP's command line tools against one address, with the names of VIGIL-MIB
+/// and VIGIL-AGENT-MIB.
 ///
 /// Threads: one with an event loop, which keeps running while a tool runs, so that fake applications of the
 /// same test can answer. Failure: a tool that cannot be run or does not end gives the exit code -1.
@@ -27,6 +29,10 @@ public:
 
     static QStringList community(const QString& name);
     static QStringList readOnlyCommunity() { return community(QStringLiteral("public")); }
+
+    /// For programs of Net-SNMP: they find all modules, read no configuration of the user who runs the tests
+    /// and leave none behind.
+    static QProcessEnvironment environment(const QString& privateDirectory);
 
     /// program OPTIONS credentials address operands
     Result run(const QString& program, const QStringList& operands, const QStringList& options = {}) const;
