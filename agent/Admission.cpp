@@ -14,6 +14,10 @@ QString Admission::identifierProblem(const ObjectId& id) const
 {
     if (id.size() <= enterpriseRoot().size())
         return QStringLiteral("publishes a value without an identifier; it is not served");
+    if (isInTree(agentMibRoot(), id))
+        return QStringLiteral("publishes %1, which is among the agent's own objects; it is not served, use "
+                              "another identifier")
+            .arg(shortText(id));
     if (id.size() <= maxArcs)
         return QString();
     return QStringLiteral(

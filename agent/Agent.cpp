@@ -41,6 +41,10 @@ QString Agent::start()
     if (!m_handler.registerSubtree(m_options.subtree))
         return QStringLiteral("Net-SNMP refuses the subtree %1; what it says above is the reason")
             .arg(toText(m_options.subtree));
+    if (!m_agentMib.registerObjects())
+        return QStringLiteral(
+                   "Net-SNMP refuses the agent's own objects at %1; a --subtree cannot be among them")
+            .arg(toText(agentMibRoot()));
     problem = m_engine.start();
     if (!problem.isEmpty())
         return problem;

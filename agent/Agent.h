@@ -5,6 +5,7 @@
 
 #include <functional>
 
+#include "AgentMib.h"
 #include "ApplicationServer.h"
 #include "CellStore.h"
 #include "Notifications.h"
@@ -44,6 +45,7 @@ private:
     Notifications m_notifications{m_cells, m_applications, m_clock};
     SetCoordinator m_coordinator;
     SubtreeHandler m_handler{m_store, m_coordinator};
+    AgentMib m_agentMib{m_clock, m_store, m_applications, m_coordinator, m_notifications};
     SnmpEngine m_engine; // last: goes first, and with it whatever Net-SNMP still holds of the others
 };
 

@@ -34,6 +34,12 @@ const ObjectId& enterpriseRoot()
     return root;
 }
 
+const ObjectId& agentMibRoot()
+{
+    static const ObjectId root{1, 3, 6, 1, 4, 1, 32473, 127, 3, 1, 200, 5};
+    return root;
+}
+
 std::optional<ObjectId> fromRelativeText(const std::string& text)
 {
     ObjectId id = enterpriseRoot();

@@ -18,6 +18,9 @@ using ObjectId = std::vector<unsigned int>;
 /// The subtree that the agent serves; identifiers travel on the application's connection relative to it.
 const ObjectId& enterpriseRoot();
 
+/// The part of it that is the agent's own, where applications cannot publish.
+const ObjectId& agentMibRoot();
+
 /// The most arcs that SNMP carries in one identifier.
 constexpr size_t maxArcs = 128;
 

@@ -51,6 +51,7 @@ SetCoordinator::Key SetCoordinator::begin(std::vector<SetVarbind> varbinds)
         const OwnerId owner = cell ? cell->owner : 0;
         transaction.questions.push_back({std::move(varbind), owner, nextNumber(), false});
     }
+    ++m_counts.forwarded;
     for (const Question& question : transaction.questions)
         m_owners.ask(question.owner, question.number, question.varbind.id, question.varbind.value);
     QTimer::singleShot(m_timeoutMs, Qt::PreciseTimer, this, [this, key] { refuseUnanswered(key); });
@@ -97,6 +98,8 @@ void SetCoordinator::handleAnswer(OwnerId owner, int number, int errorStatus)
         if (question == questions.end() || transaction.isDecided)
             continue;
         question->isAnswered = true;
+        if (errorStatus != SNMP_ERR_NOERROR)
+            ++m_counts.refused;
         const bool isLast = std::all_of(questions.begin(), questions.end(),
                                         [](const Question& each) { return each.isAnswered; });
         if (errorStatus != SNMP_ERR_NOERROR || isLast)
@@ -147,6 +150,7 @@ void SetCoordinator::refuseUnanswered(Key key)
     if (transaction == m_transactions.end() || transaction->second.isDecided)
         return;
     const std::vector<Question>& questions = transaction->second.questions;
+    ++m_counts.timedOut;
     const auto open = std::find_if(questions.begin(), questions.end(),
                                    [](const Question& question) { return !question.isAnswered; });
     log::warning(

@@ -36,6 +36,14 @@ class SetCoordinator : public QObject
 public:
     using Key = quint64;
 
+    /// SETs since the start.
+    struct Counts
+    {
+        quint64 forwarded = 0; ///< to applications
+        quint64 refused = 0;   ///< of these, by an application
+        quint64 timedOut = 0;  ///< of these, for want of an answer
+    };
+
     SetCoordinator(CellStore& store, CellOwners& owners, int timeoutMs);
 
     /// What the agent itself can say: is there such a cell, an application to ask, and does the
@@ -52,6 +60,8 @@ public:
     void commit(Key key);
 
     void drop(Key key);
+
+    const Counts& counts() const { return m_counts; }
 
     void handleAnswer(OwnerId owner, int number, int errorStatus);
     void handleLost(OwnerId owner);
@@ -83,6 +93,7 @@ private:
     CellOwners& m_owners;
     const int m_timeoutMs;
     std::map<Key, Transaction> m_transactions;
+    Counts m_counts;
     Key m_lastKey = 0;
     int m_lastNumber = 0;
 };

@@ -90,8 +90,11 @@ TEST_F(AgentServing, NothingElseThanTheEnterpriseIsServed)
     const SnmpTool tool(agent.udpAddress());
     FakeApplication application(agent.applicationPort());
     settle(application, tool);
-    EXPECT_EQ(tool.walk(QStringLiteral(".1")),
-              (QStringList{full("999.1") + QStringLiteral(" 1"), full("999.1 ") + pastTheEnd}));
+    QStringList lines = tool.walk(QStringLiteral(".1"));
+    const QString ownObjects = full("127.3.1.200.5.");
+    while (!lines.isEmpty() && lines.constFirst().startsWith(ownObjects))
+        lines.removeFirst();
+    EXPECT_EQ(lines, (QStringList{full("999.1") + QStringLiteral(" 1"), full("999.1 ") + pastTheEnd}));
 }
 
 TEST_F(AgentServing, ANullValueRemovesTheCellAndEverythingBelowIt)

@@ -77,8 +77,7 @@ vigilMgmFuncTrigger1."app"."hc" = idle
 vigilMgmFuncTrigger2."app"."hc" = idle
 vigilMgmFuncTrigger3."app"."hc" = idle
 vigilMgmFuncTrigger4."app"."hc" = idle
-vigilMgmFuncCommand."app"."hc" = 
-vigilMgmFuncCommand."app"."hc" = No more variables left in this MIB View (It is past the end of the MIB tree))"));
+vigilMgmFuncCommand."app"."hc" =)"));
 }
 
 TEST(VigilMib, SnmptablePrintsNamesAndNothingElse)
