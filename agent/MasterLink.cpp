@@ -73,7 +73,8 @@ QString MasterLink::statusText() const
     case State::Waiting:
         return QStringLiteral("waiting for snmpd at %1").arg(m_address);
     case State::Registering:
-        return QStringLiteral("registering %1 with snmpd at %2").arg(toText(m_subtree), m_address);
+    case State::RegisteringOwnObjects:
+        return QStringLiteral("registering %1 with snmpd at %2").arg(toText(treeToRegister()), m_address);
     case State::Serving:
         return QStringLiteral("serving %1 through snmpd at %2").arg(toText(m_subtree), m_address);
     }
@@ -145,7 +146,8 @@ void MasterLink::ask(int command)
     question->sessid = m_session->sessid;
     question->time = 0;
     if (command == registerCommand) {
-        const std::vector<oid> subtree(m_subtree.begin(), m_subtree.end());
+        const ObjectId& tree = treeToRegister();
+        const std::vector<oid> subtree(tree.begin(), tree.end());
         question->priority = defaultPriority;
         snmp_add_null_var(question, subtree.data(), subtree.size());
     }
@@ -171,12 +173,20 @@ int MasterLink::handleAnswer(int operation, netsnmp_session*, int, netsnmp_pdu* 
     return 1;
 }
 
+const ObjectId& MasterLink::treeToRegister() const
+{
+    return m_state == State::RegisteringOwnObjects ? agentMibRoot() : m_subtree;
+}
+
 void MasterLink::handleRegistration(long error)
 {
-    if (error == SNMP_ERR_NOERROR) {
-        m_isProblemTold = false;
-        change(State::Serving);
-        log::info(statusText());
+    if (m_state == State::RegisteringOwnObjects) {
+        handleOwnRegistration(error);
+    } else if (error == SNMP_ERR_NOERROR && isInTree(m_subtree, agentMibRoot())) {
+        serve();
+    } else if (error == SNMP_ERR_NOERROR) {
+        change(State::RegisteringOwnObjects);
+        takeStep();
     } else if (error == notOpenError) {
         hangUp();
     } else if (!m_isProblemTold) {
@@ -188,6 +198,27 @@ void MasterLink::handleRegistration(long error)
                          .arg(m_address, toText(m_subtree))
                          .arg(error));
     }
+}
+
+/// Only one agent can have them; another one serves its applications all the same.
+void MasterLink::handleOwnRegistration(long error)
+{
+    if (error == notOpenError)
+        return hangUp();
+    if (error != SNMP_ERR_NOERROR && !std::exchange(m_isOwnProblemTold, true))
+        log::warning(QStringLiteral("snmpd at %1 refuses to register this agent's own objects at %2 (AgentX "
+                                    "error %3); most likely another vigil-agent has registered its own. "
+                                    "Managers do not see this agent's, but all that its applications publish")
+                         .arg(m_address, toText(agentMibRoot()))
+                         .arg(error));
+    serve();
+}
+
+void MasterLink::serve()
+{
+    m_isProblemTold = false;
+    change(State::Serving);
+    log::info(statusText());
 }
 
 void MasterLink::handlePing(long error)
@@ -204,7 +235,7 @@ void MasterLink::handleSilence()
                          "snmpd at %1 does not answer; managers get no values until it does or is restarted")
                          .arg(m_address));
     m_isProblemTold = true;
-    if (m_state == State::Registering)
+    if (m_state != State::Serving)
         hangUp(); // the answer may still come, and after another question nobody could tell to which
 }
 

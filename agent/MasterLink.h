@@ -12,10 +12,11 @@ namespace agent {
 
 /// The AgentX session with the host's snmpd, and the subtree that is registered in it.
 ///
-/// Purpose: joins, registers, finds out when the session is lost or worth nothing any more, and joins again,
-/// for as long as it lives. Net-SNMP could do that itself, but it would neither notice that a registration is
-/// refused nor keep from waiting, with everything else of the agent, for a snmpd that hangs. So it is told
-/// not to; it opens and closes sessions, and what goes through them is sent from here.
+/// Purpose: joins, registers (the agent's own objects, too, when they lie outside of the subtree), finds out
+/// when the session is lost or worth nothing any more, and joins again, for as long as it lives. Net-SNMP
+/// could do that itself, but it would neither notice that a registration is refused nor keep from waiting,
+/// with everything else of the agent, for a snmpd that hangs. So it is told not to; it opens and closes
+/// sessions, and what goes through them is sent from here.
 ///
 /// Threads: the agent has one.
 /// Ownership: Net-SNMP's state is global: one object in a process. start() goes between init_agent() and
@@ -43,7 +44,7 @@ signals:
     void statusChanged();
 
 private:
-    enum class State { Waiting, Registering, Serving };
+    enum class State { Waiting, Registering, RegisteringOwnObjects, Serving };
 
     static int handleSessionCreated(int, int, void* session, void* self);
     static int handleOpened(int, int, void* session, void* self);
@@ -54,7 +55,10 @@ private:
     void takeStep();
     void tryToJoin();
     void ask(int command);
+    const ObjectId& treeToRegister() const;
     void handleRegistration(long error);
+    void handleOwnRegistration(long error);
+    void serve();
     void handlePing(long error);
     void handleSilence();
     void hangUp();
@@ -66,6 +70,7 @@ private:
     State m_state = State::Waiting;
     int m_asked = 0; ///< the command that has not been answered yet
     bool m_isProblemTold = false;
+    bool m_isOwnProblemTold = false;
     QTimer m_timer;
 };
 
