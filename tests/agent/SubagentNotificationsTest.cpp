@@ -36,11 +36,10 @@ QString changed(const char* status, const char* previous, const char* summary)
 class SubagentNotifications : public testing::Test
 {
 protected:
-    void start(const char* directive)
+    void start(const QByteArray& directive)
     {
         ASSERT_TRUE(receiver.start()) << receiver.log().constData();
-        snmpd = std::make_unique<SnmpdProcess>(QByteArray(directive) + ' ' + receiver.address().toLatin1() +
-                                               '\n');
+        snmpd = std::make_unique<SnmpdProcess>(directive + ' ' + receiver.address().toLatin1() + '\n');
         ASSERT_TRUE(snmpd->start()) << snmpd->log().constData();
         agent =
             std::make_unique<AgentProcess>(snmpd->agentxAddress(), QStringList{QStringLiteral("--verbose")});
@@ -60,7 +59,8 @@ protected:
         return changes;
     }
 
-    SnmptrapdProcess receiver;
+    SnmptrapdProcess receiver{
+        "createUser -e 0x8000000001736e6d7064 vigilTrap SHA trapPassword AES trapSecret\n"};
     std::unique_ptr<SnmpdProcess> snmpd;
     std::unique_ptr<AgentProcess> agent;
     std::unique_ptr<FakeApplication> application;
@@ -109,4 +109,14 @@ TEST_F(SubagentNotifications, AreLostWithoutHarmWhileSnmpdIsAway)
     EXPECT_TRUE(agent->waitForLog("no receiver, lost"));
     ASSERT_TRUE(snmpd->start());
     EXPECT_TRUE(SnmpTool(snmpd->udpAddress()).waitFor(sent, QStringLiteral("0")));
+}
+
+TEST_F(SubagentNotifications, ReachASecureReceiverWhenSnmpdHasItsUser)
+{
+    start("exactEngineID 0x8000000001736e6d7064\n"
+          "createUser vigilTrap SHA trapPassword AES trapSecret\n"
+          "trapsess -v 3 -u vigilTrap -l authPriv -a SHA -A trapPassword -x AES -X trapSecret");
+    write(*application, 2, "m is high");
+    EXPECT_THAT(waitForChanges(1), ElementsAre(changed("critical", "unknown", "m is high")))
+        << receiver.log().constData() << snmpd->log().constData();
 }
