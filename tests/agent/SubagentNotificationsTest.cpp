@@ -39,7 +39,8 @@ protected:
     void start(const QByteArray& directive)
     {
         ASSERT_TRUE(receiver.start()) << receiver.log().constData();
-        snmpd = std::make_unique<SnmpdProcess>(directive + ' ' + receiver.address().toLatin1() + '\n');
+        snmpd = std::make_unique<SnmpdProcess>(SnmpdProcess::openToThisHost() + directive + ' ' +
+                                               receiver.address().toLatin1() + '\n');
         ASSERT_TRUE(snmpd->start()) << snmpd->log().constData();
         agent =
             std::make_unique<AgentProcess>(snmpd->agentxAddress(), QStringList{QStringLiteral("--verbose")});
