@@ -1,0 +1,19 @@
+# vigil_runtime_dlls: the DLLs of Qt and of the compiler that programs for Windows need beside them. They are copied to
+# where the programs are built, so that these can be started there.
+
+set(vigil_runtime_dlls "")
+foreach(target Qt5::Core Qt5::Network)
+  get_target_property(dll ${target} IMPORTED_LOCATION_RELEASE)
+  list(APPEND vigil_runtime_dlls ${dll})
+endforeach()
+foreach(name libgcc_s_seh-1.dll libstdc++-6.dll libwinpthread-1.dll)
+  execute_process(
+    COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
+    OUTPUT_VARIABLE dll
+    OUTPUT_STRIP_TRAILING_WHITESPACE)
+  get_filename_component(dll ${dll} ABSOLUTE)
+  if(EXISTS ${dll})
+    list(APPEND vigil_runtime_dlls ${dll})
+  endif()
+endforeach()
+file(COPY ${vigil_runtime_dlls} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})

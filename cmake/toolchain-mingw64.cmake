@@ -1,0 +1,22 @@
+# Builds for Windows x86-64 on a Unix system, with the MinGW-w64 cross compiler whose threads are POSIX threads (the
+# other kind has no std::thread). Libraries for Windows are looked for in CMAKE_PREFIX_PATH, never among the system's
+# own. What was built is run by Wine.
+
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+
+set(mingw_target x86_64-w64-mingw32)
+find_program(MINGW_C_COMPILER NAMES ${mingw_target}-gcc-posix ${mingw_target}-gcc REQUIRED)
+find_program(MINGW_CXX_COMPILER NAMES ${mingw_target}-g++-posix ${mingw_target}-g++ REQUIRED)
+set(CMAKE_C_COMPILER ${MINGW_C_COMPILER})
+set(CMAKE_CXX_COMPILER ${MINGW_CXX_COMPILER})
+set(CMAKE_RC_COMPILER ${mingw_target}-windres)
+
+set(CMAKE_FIND_ROOT_PATH /usr/${mingw_target} ${CMAKE_PREFIX_PATH})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+# A prefix, Wine's word for a Windows machine, for each build folder: the user's own is not touched.
+set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine ${CMAKE_BINARY_DIR}/wine)
