@@ -30,23 +30,15 @@ public:
     /// True once the system has no such thread any more, whatever ended it.
     virtual bool hasEnded() const = 0;
 
+    /// False in a forked child of the process that started the thread.
+    virtual bool isOfThisProcess() const = 0;
+
     /// True on the thread itself.
     virtual bool isCurrent() const = 0;
 
     /// Waits until the thread has ended, at most timeoutMs milliseconds, without limit when negative. Returns
     /// whether it has ended.
     virtual bool join(int timeoutMs) = 0;
-};
-
-/// A way to ask later whether a thread that somebody else manages is still there.
-class ThreadProbe
-{
-public:
-    /// A probe of the calling thread. Null when the system refuses.
-    static std::unique_ptr<ThreadProbe> ofCurrentThread();
-
-    virtual ~ThreadProbe() = default;
-    virtual bool hasEnded() const = 0;
 };
 
 /// The system's id of the calling thread.

@@ -21,22 +21,6 @@ pid_t kernelThreadId()
     return static_cast<pid_t>(syscall(SYS_gettid));
 }
 
-/// Signal 0 goes to nobody; it only asks. The process id makes the answer right in a forked child, too, which
-/// has none of its parent's threads.
-bool threadExists(pid_t threadId)
-{
-    return syscall(SYS_tgkill, getpid(), threadId, 0) == 0;
-}
-
-class LinuxThreadProbe : public ThreadProbe
-{
-public:
-    bool hasEnded() const override { return !threadExists(m_threadId); }
-
-private:
-    const pid_t m_threadId = kernelThreadId();
-};
-
 class LinuxThread : public Thread
 {
 public:
@@ -55,7 +39,9 @@ public:
         return m_started;
     }
 
-    bool hasEnded() const override { return m_joined || getpid() != m_process; }
+    bool hasEnded() const override { return m_joined || !isOfThisProcess(); }
+
+    bool isOfThisProcess() const override { return getpid() == m_process; }
 
     bool isCurrent() const override { return !hasEnded() && pthread_equal(pthread_self(), m_thread) != 0; }
 
@@ -122,11 +108,6 @@ std::unique_ptr<Thread> Thread::start(std::function<int()> routine)
     if (!thread->start(std::move(routine)))
         return nullptr;
     return thread;
-}
-
-std::unique_ptr<ThreadProbe> ThreadProbe::ofCurrentThread()
-{
-    return std::make_unique<LinuxThreadProbe>();
 }
 
 std::uint32_t currentThreadId()

@@ -6,6 +6,8 @@
 #endif
 #include <windows.h>
 
+#include <utility>
+
 namespace platform {
 
 namespace {
@@ -15,60 +17,93 @@ bool isSignalled(HANDLE handle)
     return WaitForSingleObject(handle, 0) == WAIT_OBJECT_0;
 }
 
-class WindowsThreadProbe : public ThreadProbe
+/// A handle of the system's, closed at the end.
+class Handle
 {
 public:
-    explicit WindowsThreadProbe(HANDLE handle) : m_handle(handle) {}
-    ~WindowsThreadProbe() override { CloseHandle(m_handle); }
-    WindowsThreadProbe(const WindowsThreadProbe&) = delete;
-    WindowsThreadProbe& operator=(const WindowsThreadProbe&) = delete;
-
-    bool hasEnded() const override { return isSignalled(m_handle); }
-
-private:
-    const HANDLE m_handle;
-};
-
-class WindowsThread : public Thread
-{
-public:
-    WindowsThread() = default;
-    WindowsThread(const WindowsThread&) = delete;
-    WindowsThread& operator=(const WindowsThread&) = delete;
-
-    ~WindowsThread() override
+    explicit Handle(HANDLE handle = nullptr) : m_handle(handle) {}
+    Handle(Handle&& other) noexcept : m_handle(std::exchange(other.m_handle, nullptr)) {}
+    Handle& operator=(Handle&& other) noexcept
+    {
+        std::swap(m_handle, other.m_handle);
+        return *this;
+    }
+    ~Handle()
     {
         if (m_handle)
             CloseHandle(m_handle);
     }
 
-    bool start(std::function<int()> routine)
+    HANDLE get() const { return m_handle; }
+
+    Handle duplicate() const
     {
-        auto argument = std::make_unique<std::function<int()>>(std::move(routine));
-        m_handle = CreateThread(nullptr, 0, &WindowsThread::run, argument.get(), 0, &m_id);
-        if (m_handle)
-            static_cast<void>(argument.release()); // now the thread's
-        return m_handle != nullptr;
+        HANDLE copy = nullptr;
+        DuplicateHandle(GetCurrentProcess(), m_handle, GetCurrentProcess(), &copy, 0, FALSE,
+                        DUPLICATE_SAME_ACCESS);
+        return Handle(copy);
     }
 
-    bool hasEnded() const override { return isSignalled(m_handle); }
+private:
+    HANDLE m_handle;
+};
+
+/// While the library is being unloaded, the system lets no thread end before that is over, so waiting for the
+/// thread itself would be in vain. There its routine's return has to do, and a moment for the last
+/// instructions behind it.
+class WindowsThread : public Thread
+{
+public:
+    bool start(std::function<int()> routine)
+    {
+        m_returned = Handle(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+        auto task = std::make_unique<Task>(Task{std::move(routine), m_returned.duplicate()});
+        m_thread = Handle(CreateThread(nullptr, 0, &WindowsThread::run, task.get(), 0, &m_id));
+        if (m_thread.get())
+            static_cast<void>(task.release()); // now the thread's
+        return m_thread.get() != nullptr;
+    }
+
+    bool hasEnded() const override { return isSignalled(m_thread.get()); }
+
+    bool isOfThisProcess() const override { return true; }
 
     bool isCurrent() const override { return GetCurrentThreadId() == m_id; }
 
     bool join(int timeoutMs) override
     {
+        const HANDLE ends[] = {m_thread.get(), m_returned.get()};
         const DWORD limit = timeoutMs < 0 ? INFINITE : static_cast<DWORD>(timeoutMs);
-        return WaitForSingleObject(m_handle, limit) == WAIT_OBJECT_0;
+        const DWORD end = WaitForMultipleObjects(2, ends, FALSE, limit);
+        if (end == WAIT_OBJECT_0 + 1)
+            WaitForSingleObject(m_thread.get(), lastInstructionsMs);
+        return end == WAIT_OBJECT_0 || end == WAIT_OBJECT_0 + 1;
     }
 
 private:
+    static constexpr DWORD lastInstructionsMs = 100;
+
+    struct Task
+    {
+        std::function<int()> routine;
+        Handle returned;
+    };
+
     static DWORD WINAPI run(LPVOID argument)
     {
-        const std::unique_ptr<std::function<int()>> routine(static_cast<std::function<int()>*>(argument));
-        return static_cast<DWORD>((*routine)());
+        Handle returned;
+        int result = 0;
+        {
+            const std::unique_ptr<Task> task(static_cast<Task*>(argument));
+            result = task->routine();
+            returned = std::move(task->returned);
+        }
+        SetEvent(returned.get());
+        return static_cast<DWORD>(result);
     }
 
-    HANDLE m_handle = nullptr;
+    Handle m_thread;
+    Handle m_returned;
     DWORD m_id = 0;
 };
 
@@ -94,12 +129,6 @@ std::unique_ptr<Thread> Thread::start(std::function<int()> routine)
     if (!thread->start(std::move(routine)))
         return nullptr;
     return thread;
-}
-
-std::unique_ptr<ThreadProbe> ThreadProbe::ofCurrentThread()
-{
-    HANDLE handle = OpenThread(SYNCHRONIZE, FALSE, GetCurrentThreadId());
-    return handle ? std::make_unique<WindowsThreadProbe>(handle) : nullptr;
 }
 
 std::uint32_t currentThreadId()
