@@ -16,6 +16,7 @@ namespace {
 
 constexpr int writeIntervalMs = 6000;
 constexpr qint64 maxStartRecordSize = 10000; // bytes
+constexpr const char* terminationReason = "Application termination";
 
 QString packageName()
 {
@@ -32,6 +33,11 @@ QString headerText(const QString& reason)
     const QString localTime = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm"));
     return QStringLiteral("%1 Package %2, version %3, local time %4.")
         .arg(reason, packageName(), QLatin1String(buildInfo::version()), localTime);
+}
+
+QString lastLine(const QString& reason)
+{
+    return QStringLiteral("%1, %2\n").arg(timeStamp(), reason);
 }
 
 /// Tells whether files can be written in directory, by writing the note that the log was started. A relative
@@ -230,16 +236,36 @@ bool KwLogFile::closeFile(const char* reason)
 {
     if (!m_file)
         return false;
-    write(QStringLiteral("%1, %2\n").arg(timeStamp(), QString::fromUtf8(reason)));
+    write(lastLine(QString::fromUtf8(reason)));
     m_file.reset();
     return true;
+}
+
+bool KwLogFile::shutdownWithoutOtherThreads()
+{
+    if (!m_bufferMutex.tryLock())
+        return appendLastLine();
+    const bool closed = closeFile(terminationReason);
+    m_bufferMutex.unlock();
+    return closed;
+}
+
+/// A thread that is no more was writing, and the open file is in whatever state it left it in. A file object
+/// of its own does not touch that.
+bool KwLogFile::appendLastLine() const
+{
+    if (!m_file)
+        return false;
+    QFile file(m_file->fileName());
+    return file.open(QIODevice::Append) &&
+           file.write(lastLine(QLatin1String(terminationReason)).toUtf8()) > 0;
 }
 
 bool KwLogFile::shutdown()
 {
     delete m_writeTimer;
     m_writeTimer = nullptr;
-    return closeLogFile("Application termination");
+    return closeLogFile(terminationReason);
 }
 
 void KwLogFile::slot_TimerWriteFile()

@@ -67,6 +67,10 @@ public:
     /// Ends the timer and closes the file.
     bool shutdown();
 
+    /// Writes the last line in a process that has lost its other threads, one of which may have had the lock,
+    /// which nobody will ever give back.
+    bool shutdownWithoutOtherThreads();
+
 private slots:
     void slot_TimerWriteFile();
 
@@ -75,6 +79,7 @@ private:
     int numberOf(const QString& fileName, bool& isNumber) const;
     bool openFirstFile();
     bool openNextFile(const QString& reason) VIGIL_REQUIRES(m_bufferMutex);
+    bool appendLastLine() const VIGIL_NO_THREAD_SAFETY_ANALYSIS;
     bool closeFile(const char* reason) VIGIL_REQUIRES(m_bufferMutex);
     bool checkSize();
     void write(const QString& text) VIGIL_REQUIRES(m_bufferMutex);

@@ -18,6 +18,11 @@ bool stopLogging()
     return KwLogFile::instance().shutdown();
 }
 
+bool stopLoggingWithoutOtherThreads()
+{
+    return KwLogFile::instance().shutdownWithoutOtherThreads();
+}
+
 bool writeLog(const QString& text)
 {
     KwLogFile& log = KwLogFile::instance();

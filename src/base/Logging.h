@@ -13,6 +13,9 @@ namespace base {
 bool startLogging();
 bool stopLogging();
 
+/// Ends the log in a process that has lost its other threads.
+bool stopLoggingWithoutOtherThreads();
+
 /// Writes one line at once. Before startLogging() and after stopLogging() the line is dropped.
 bool writeLog(const QString& text);
 

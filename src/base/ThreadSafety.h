@@ -13,6 +13,7 @@
 #define VIGIL_GUARDED_BY(mutex) VIGIL_THREAD_ANNOTATION(guarded_by(mutex))
 #define VIGIL_REQUIRES(mutex) VIGIL_THREAD_ANNOTATION(requires_capability(mutex))
 #define VIGIL_EXCLUDES(mutex) VIGIL_THREAD_ANNOTATION(locks_excluded(mutex))
+#define VIGIL_NO_THREAD_SAFETY_ANALYSIS VIGIL_THREAD_ANNOTATION(no_thread_safety_analysis)
 
 namespace base {
 
@@ -21,6 +22,7 @@ class VIGIL_THREAD_ANNOTATION(capability("mutex")) Mutex
 {
 public:
     void lock() VIGIL_THREAD_ANNOTATION(acquire_capability()) { m_mutex.lock(); }
+    bool tryLock() VIGIL_THREAD_ANNOTATION(try_acquire_capability(true)) { return m_mutex.tryLock(); }
     void unlock() VIGIL_THREAD_ANNOTATION(release_capability()) { m_mutex.unlock(); }
 
 private:

@@ -55,6 +55,9 @@ public:
     /// forked child) without being asked by stop().
     bool isGone() const { return m_thread->hasEnded(); }
 
+    /// False in a forked child, whose parent goes on.
+    bool isOfThisProcess() const { return m_thread->isOfThisProcess(); }
+
     /// Ends the event loop and waits for the thread, at most timeoutMs milliseconds, without limit when
     /// negative. Returns false when the thread still runs. Called from the runner's own thread it does not
     /// wait.

@@ -151,8 +151,8 @@ void VigilSnmp::stop(const Limits& limits)
     if (!m_initialised)
         return;
     m_initialised = false;
-    if (m_runner->isGone()) // and with it every other thread, with any lock they held: touch nothing
-        return abandon();
+    if (m_runner->isGone()) // and with it every other thread, with any lock they held
+        return abandonWithoutThreads();
     base::writeLog(QStringLiteral("[VigilSnmp::cleanup] Cleanup."));
     const bool clientStopped = stopClient(limits.clientMs) && releaseShared(limits.storeMs);
     const bool runnerStopped = m_runner->stop(limits.runnerMs);
@@ -209,12 +209,17 @@ bool VigilSnmp::runClientExit(Client* client, int timeoutMs)
     return true;
 }
 
-/// A QThread that still runs must not be deleted: Qt would end the process.
+/// A QThread that still runs must not be deleted: Qt would end the process. The waiting is done in short
+/// steps because each asks Qt first whether the thread is done with its work, which is all that can be had
+/// while the library is being unloaded from a Windows process.
 bool VigilSnmp::endClientThread()
 {
     m_clientThread->quit();
-    if (!m_clientThread->wait(threadEndTimeoutMs))
-        return false;
+    const QDeadlineTimer deadline(threadEndTimeoutMs);
+    while (!m_clientThread->wait(aliveCheckMs)) {
+        if (deadline.hasExpired())
+            return false;
+    }
     delete m_clientThread;
     m_clientThread = nullptr;
     return true;
@@ -245,6 +250,15 @@ bool VigilSnmp::releaseShared(int storeTimeoutMs)
 {
     m_tableManager.reset();
     return releaseStore(storeTimeoutMs);
+}
+
+/// Touches nothing but the log, which must not lack its last line, and that only if the file is not the one
+/// of a parent process.
+void VigilSnmp::abandonWithoutThreads()
+{
+    if (m_runner->isOfThisProcess())
+        base::stopLoggingWithoutOtherThreads();
+    abandon();
 }
 
 /// Leaves behind what a thread that could not be stopped may still use.

@@ -92,6 +92,7 @@ private:
     void muteCallbacks();
     bool releaseStore(int timeoutMs);
     bool releaseShared(int storeTimeoutMs);
+    void abandonWithoutThreads();
     void abandon();
 
     Client* currentClient();
