@@ -14,6 +14,8 @@ HostProcess::HostProcess(const QString& program, const QStringList& arguments, i
     // Hosts that end with checks alive leave memory behind on purpose. Leaks are looked for in the other
     // tests.
     environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
+    if (HOSTS_WAIT_FOR_REST)
+        environment.insert(QStringLiteral("VIGIL_TEST_HOST_WAITS"), QStringLiteral("1"));
     m_process.setProcessEnvironment(environment);
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.start(program, arguments);
@@ -28,7 +30,8 @@ HostProcess::~HostProcess()
 void HostProcess::readOutput()
 {
     QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    m_output += m_process.readAllStandardOutput();
+    m_output +=
+        m_process.readAllStandardOutput().replace('\r', ""); // before line feeds, where the system has that
 }
 
 bool HostProcess::waitForLine(const QString& line, int timeoutMs)
@@ -48,11 +51,34 @@ void HostProcess::say(const QString& line)
     m_process.write(line.toUtf8() + '\n');
 }
 
+/// At rest is who has written nothing to the log for a while since the client thread began to run.
+void HostProcess::waitForRest()
+{
+    constexpr int restMs = 300;
+    QElapsedTimer timer;
+    QElapsedTimer unchanged;
+    timer.start();
+    unchanged.start();
+    QStringList before;
+    while (timer.elapsed() < startLimitMs && unchanged.elapsed() < restMs) {
+        readOutput();
+        const QStringList now = log();
+        if (now != before || now.filter(QLatin1String("Event loop started")).isEmpty())
+            unchanged.restart();
+        before = now;
+    }
+}
+
 int HostProcess::exitCode()
 {
-    waitForLine(QStringLiteral("leaving"), startLimitMs);
+    if (HOSTS_WAIT_FOR_REST && waitForLine(QStringLiteral("ready"))) {
+        waitForRest();
+        say(QStringLiteral("go"));
+    }
     QElapsedTimer timer;
     timer.start();
+    waitForLine(QStringLiteral("leaving"), startLimitMs);
+    m_startingMs = timer.restart();
     while (m_process.state() != QProcess::NotRunning && timer.elapsed() < limitMs)
         readOutput();
     m_leavingMs = timer.elapsed();

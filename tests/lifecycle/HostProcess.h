@@ -19,7 +19,10 @@ public:
     /// What a host does before may take this long on a busy machine.
     static constexpr int startLimitMs = 30000;
 
-    /// Starts program with arguments; the library connects to servicePort.
+    /// Starts program with arguments; the library connects to servicePort. On Windows the host begins to end
+    /// only when the library's threads have come to rest. Ending the process ends them wherever they are;
+    /// under Wine, a thread that is ended inside a call of the window system keeps that system's lock, for
+    /// which Qt waits at the very end. (Windows itself ends no thread there.)
     HostProcess(const QString& program, const QStringList& arguments, int servicePort);
     ~HostProcess();
 
@@ -32,6 +35,12 @@ public:
     /// killed.
     int exitCode();
 
+    /// Whether it has ended, in whatever way, without having to be killed. For after exitCode().
+    bool endedByItself() const { return m_process.state() == QProcess::NotRunning; }
+
+    /// How long the host took to come to the line "leaving".
+    qint64 startingMs() const { return m_startingMs; }
+
     /// How long the host took from the line "leaving" to its end.
     qint64 leavingMs() const { return m_leavingMs; }
 
@@ -42,10 +51,12 @@ public:
 
 private:
     void readOutput();
+    void waitForRest();
 
     QTemporaryDir m_logDirectory;
     QProcess m_process;
     QByteArray m_output;
+    qint64 m_startingMs = 0;
     qint64 m_leavingMs = 0;
 };
 

@@ -13,12 +13,11 @@
 #include <string>
 #include <thread>
 
-namespace {
+#include "lifecycle/HostSteps.h"
 
-void sayLeaving()
-{
-    std::cout << "leaving" << std::endl;
-}
+using host::sayLeaving;
+
+namespace {
 
 vigil::HealthCheck* makeCheck()
 {

@@ -2,14 +2,16 @@
 
 #include <vigil/vigil.h>
 
-extern "C" __attribute__((visibility("default"))) void start()
+#include "unloadable_plugin_export.h"
+
+extern "C" UNLOADABLE_PLUGIN_EXPORT void start()
 {
     vigil::HealthCheck* check = vigil::createHealthCheck("plugin", "check");
     check->createScalarMetric("metric");
     check->update();
 }
 
-extern "C" __attribute__((visibility("default"))) void startAndStop()
+extern "C" UNLOADABLE_PLUGIN_EXPORT void startAndStop()
 {
     vigil::createHealthCheck("plugin", "check")->destroy();
 }

@@ -1,40 +1,24 @@
 // Loads the plugin, uses the function that its second argument names, and unloads it, twice. Ends with 1 when
-// the plugin cannot be used and with 2 when the library is still there afterwards.
+// the plugin cannot be used and with 2 when the library, a file of the name in the third argument, is still
+// there afterwards.
 
-#include <dlfcn.h>
-#include <unistd.h>
-
-#include <fstream>
 #include <iostream>
-#include <string>
 #include <thread>
+
+#include "lifecycle/Module.h"
 
 namespace {
 
-bool isMapped(const std::string& name)
-{
-    std::ifstream maps("/proc/self/maps");
-    std::string line;
-    while (std::getline(maps, line)) {
-        if (line.find(name) != std::string::npos)
-            return true;
-    }
-    return false;
-}
-
 bool useOnce(const char* path, const char* function)
 {
-    void* plugin = dlopen(path, RTLD_NOW | RTLD_LOCAL);
-    if (!plugin) {
-        std::cerr << dlerror() << std::endl;
+    void* plugin = module::load(path);
+    if (!plugin)
         return false;
-    }
-    const auto use = reinterpret_cast<void (*)()>(dlsym(plugin, function));
-    if (!use)
-        return false;
-    use();
-    dlclose(plugin);
-    return true;
+    const auto use = module::function(plugin, function);
+    if (use)
+        use();
+    module::unload(plugin);
+    return use != nullptr;
 }
 
 } // namespace
@@ -48,7 +32,7 @@ int main(int, char** arguments)
         for (int i = 0; i < 2 && result == 0; ++i) {
             if (!useOnce(arguments[1], arguments[2]))
                 result = 1;
-            else if (isMapped("libvigil.so"))
+            else if (module::isLoaded(arguments[3]))
                 result = 2;
         }
     }).join();

@@ -1,0 +1,24 @@
+#ifndef VIGIL_TESTS_LIFECYCLE_HOSTSTEPS_H
+#define VIGIL_TESTS_LIFECYCLE_HOSTSTEPS_H
+
+#include <cstdlib>
+#include <iostream>
+#include <string>
+
+namespace host {
+
+/// Says that the host begins to end. If the test has asked for it, the host says "ready" before and waits for
+/// a line.
+inline void sayLeaving()
+{
+    if (std::getenv("VIGIL_TEST_HOST_WAITS")) {
+        std::string line;
+        std::cout << "ready" << std::endl;
+        std::getline(std::cin, line);
+    }
+    std::cout << "leaving" << std::endl;
+}
+
+} // namespace host
+
+#endif

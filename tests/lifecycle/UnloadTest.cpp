@@ -1,0 +1,45 @@
+#include <gtest/gtest.h>
+
+#include "lifecycle/HostProcess.h"
+#include "lifecycle/SilentServices.h"
+
+namespace {
+
+QStringList usePlugin(const char* function)
+{
+    return {QStringLiteral(UNLOADABLE_PLUGIN), QLatin1String(function), QStringLiteral(LIBRARY_FILE)};
+}
+
+} // namespace
+
+TEST(Unload, StopsTheLibraryWithAChecksLeftAliveAndCanBeRepeated)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(UNLOADING_HOST), usePlugin("start"), service.port());
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_EQ(host.log().filter(QLatin1String(", Application termination")).size(), 2);
+}
+
+TEST(Unload, WithAChecksLeftAliveComesBackWhenNobodyListens)
+{
+    HostProcess host(QStringLiteral(UNLOADING_HOST), usePlugin("start"), refusingPort());
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_LT(host.startingMs(), HostProcess::limitMs);
+}
+
+TEST(Unload, WithAChecksLeftAliveComesBackWhenTheServiceNeverReads)
+{
+    const NeverReadingService service;
+    HostProcess host(QStringLiteral(UNLOADING_HOST), usePlugin("start"), service.port());
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_LT(host.startingMs(), HostProcess::limitMs);
+}
+
+TEST(Unload, LeavesNothingBehindAfterAWholeLife)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(UNLOADING_HOST), usePlugin("startAndStop"), service.port());
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_LT(host.startingMs(), HostProcess::limitMs);
+    EXPECT_EQ(host.log().filter(QLatin1String(", Application termination")).size(), 2);
+}

@@ -1,0 +1,98 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "lifecycle/HostProcess.h"
+#include "lifecycle/SilentServices.h"
+
+namespace {
+
+std::string nameOf(const testing::TestParamInfo<const char*>& way)
+{
+    std::string name = way.param;
+    name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
+    return name;
+}
+
+bool endsWithTermination(const HostProcess& host)
+{
+    const QStringList log = host.log();
+    return !log.isEmpty() && log.last().endsWith(QLatin1String(", Application termination"));
+}
+
+} // namespace
+
+// --- In order
+
+class WindowsExit : public testing::TestWithParam<const char*>
+{
+protected:
+    static void expectOrderlyEnd(int servicePort)
+    {
+        HostProcess host(QStringLiteral(WINDOWS_HOST), {QLatin1String(GetParam())}, servicePort);
+        EXPECT_EQ(host.exitCode(), 0) << qPrintable(host.output());
+        EXPECT_TRUE(endsWithTermination(host)) << qPrintable(host.log().join(QLatin1Char('\n')));
+    }
+};
+
+TEST_P(WindowsExit, ComesBackWhileTheServiceReads)
+{
+    const ReadingService service;
+    expectOrderlyEnd(service.port());
+}
+
+TEST_P(WindowsExit, ComesBackWhenNobodyListens)
+{
+    expectOrderlyEnd(refusingPort());
+}
+
+TEST_P(WindowsExit, ComesBackWhenTheServiceNeverReads)
+{
+    const NeverReadingService service;
+    expectOrderlyEnd(service.port());
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, WindowsExit, testing::Values("exit-process", "exit-process-in-thread"),
+                         nameOf);
+
+TEST(WindowsExitWithLocksHeld, ComesBackAndLeavesTheLastLine)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(WINDOWS_HOST), {QStringLiteral("exit-process-while-locked")},
+                     service.port());
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_TRUE(endsWithTermination(host));
+}
+
+// --- Not in order: the process has to end, and not as if all were well
+
+class WindowsCrash : public testing::TestWithParam<const char*>
+{
+protected:
+    static void expectEnd(int servicePort)
+    {
+        HostProcess host(QStringLiteral(WINDOWS_HOST), {QLatin1String(GetParam())}, servicePort);
+        EXPECT_NE(host.exitCode(), 0);
+        EXPECT_TRUE(host.endedByItself());
+    }
+};
+
+TEST_P(WindowsCrash, EndsTheProcessWhileTheServiceReads)
+{
+    const ReadingService service;
+    expectEnd(service.port());
+}
+
+TEST_P(WindowsCrash, EndsTheProcessWhenNobodyListens)
+{
+    expectEnd(refusingPort());
+}
+
+TEST_P(WindowsCrash, EndsTheProcessWhenTheServiceNeverReads)
+{
+    const NeverReadingService service;
+    expectEnd(service.port());
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, WindowsCrash, testing::Values("throw", "crash"), nameOf);

@@ -1,0 +1,92 @@
+// A host that ends in the ways that only Windows has. Its first argument says which; it prints "leaving" when
+// it begins to.
+
+#include <vigil/vigil.h>
+
+#include <windows.h>
+
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "lifecycle/HostSteps.h"
+
+namespace {
+
+void makeCheck()
+{
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    check->createScalarMetric("metric");
+    check->update();
+    host::sayLeaving();
+}
+
+/// From outside of what the compiler can see to be wrong.
+int* volatile nowhere = nullptr;
+
+int exitProcess()
+{
+    makeCheck();
+    ExitProcess(0);
+}
+
+int exitProcessInAnotherThread()
+{
+    makeCheck();
+    std::thread([] { ExitProcess(0); }).detach();
+    Sleep(INFINITE);
+    return 1;
+}
+
+class Ignore : public vigil::StateInfoCallback
+{
+public:
+    void callbackStateInfo(int) override {}
+};
+
+/// Each of these calls takes the lock of the callback store and that of the log, so that threads are ended
+/// with both in their hands.
+int exitProcessWhileThreadsHoldLocks()
+{
+    makeCheck();
+    for (int i = 0; i < 8; ++i) {
+        std::thread([] {
+            Ignore callback;
+            for (;;) {
+                vigil::VigilSnmpInterface::instance().registerStateInfoCallback(&callback);
+                vigil::VigilSnmpInterface::instance().deregisterStateInfoCallback(&callback);
+            }
+        }).detach();
+    }
+    Sleep(200);
+    ExitProcess(0);
+}
+
+int throwOutOfMain()
+{
+    makeCheck();
+    throw std::runtime_error("nobody catches this");
+}
+
+int crash()
+{
+    makeCheck();
+    *nowhere = 1;
+    return 0;
+}
+
+} // namespace
+
+int main(int, char** arguments)
+{
+    static const std::map<std::string, std::function<int()>> ways = {
+        {"exit-process", exitProcess},
+        {"exit-process-in-thread", exitProcessInAnotherThread},
+        {"exit-process-while-locked", exitProcessWhileThreadsHoldLocks},
+        {"throw", throwOutOfMain},
+        {"crash", crash},
+    };
+    return ways.at(arguments[1])();
+}
