@@ -28,6 +28,10 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/vigilConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/vigilConfig.cmake ${PROJECT_BINARY_DIR}/vigilConfigVersion.cmake
   DESTINATION ${vigil_package_dir})
 
+if(vigil_runtime_dlls)
+  install(FILES ${vigil_runtime_dlls} DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+
 if(VIGIL_BUILD_AGENT)
   install(TARGETS vigil-agent RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(FILES ${PROJECT_SOURCE_DIR}/packaging/snmpd.conf.d/vigil.conf

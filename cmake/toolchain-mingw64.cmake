@@ -18,5 +18,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# A prefix, Wine's word for a Windows machine, for each build folder: the user's own is not touched.
-set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine ${CMAKE_BINARY_DIR}/wine)
+# A prefix, Wine's word for a Windows machine, for each build folder, unless WINEPREFIX names one.
+set(wine_prefix $ENV{WINEPREFIX})
+if(NOT wine_prefix)
+  set(wine_prefix ${CMAKE_BINARY_DIR}/wine)
+endif()
+set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine ${wine_prefix})

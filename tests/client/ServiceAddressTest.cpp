@@ -57,6 +57,8 @@ TEST_F(ServiceAddress, WhatIsNoPortIsReportedAndIgnored)
 TEST_F(ServiceAddress, AnEmptyVariableIsReportedToo)
 {
     qputenv(variable, "");
+    if (!qEnvironmentVariableIsSet(variable))
+        GTEST_SKIP() << "this system has no empty variables";
     EXPECT_EQ(serviceAddress().port, 43125);
     EXPECT_EQ(log.count("___ERROR___ VIGIL_SERVICE_PORT is \"\""), 1);
 }

@@ -1,6 +1,6 @@
 # Run by CTest, see CMakeLists.txt.
 function(expect_end code stream text)
-  execute_process(COMMAND ${PROGRAM} ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE stdout ERROR_VARIABLE stderr)
+  execute_process(COMMAND ${EMULATOR} ${PROGRAM} ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE stdout ERROR_VARIABLE stderr)
   string(FIND "${${stream}}" "${text}" position)
   if(NOT result EQUAL ${code} OR position EQUAL -1)
     message(FATAL_ERROR "${PROGRAM} ${ARGN} ended with ${result} and wrote\n${stdout}${stderr}")

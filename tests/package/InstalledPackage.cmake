@@ -37,16 +37,24 @@ foreach(module VIGIL-MIB VIGIL-AGENT-MIB)
   endif()
 endforeach()
 
+if(TOOLCHAIN)
+  set(tools -D CMAKE_TOOLCHAIN_FILE=${TOOLCHAIN})
+  list(GET EMULATOR -1 wine_prefix)
+  set(ENV{WINEPREFIX} ${wine_prefix}) # to make a new one takes long
+else()
+  set(tools -D CMAKE_CXX_COMPILER=${COMPILER})
+endif()
 run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${build} -G ${GENERATOR}
   -D CMAKE_BUILD_TYPE=${CONFIG}
-  -D CMAKE_CXX_COMPILER=${COMPILER}
+  ${tools}
   -D CMAKE_CXX_FLAGS=${FLAGS}
   -D CMAKE_PREFIX_PATH=${prefix})
 run(${CMAKE_COMMAND} --build ${build} --config ${CONFIG})
 
 # Nobody listens on port 1: the program must run without a service, too.
 set(ENV{VIGIL_SERVICE_PORT} 1)
-set(ENV{VIGIL_LOG_DIR} ${WORK_DIR}/log)
+set(ENV{VIGIL_LOG_DIR} ${DRIVE}${WORK_DIR}/log)
+set(ENV{WINEPATH} ${DRIVE}${prefix}/bin) # what PATH is on Windows itself
 run(${CMAKE_CTEST_COMMAND} --test-dir ${build} -C ${CONFIG} --output-on-failure)
 
 if(NOT EXISTS ${WORK_DIR}/log)
