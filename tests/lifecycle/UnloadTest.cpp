@@ -43,3 +43,16 @@ TEST(Unload, LeavesNothingBehindAfterAWholeLife)
     EXPECT_LT(host.startingMs(), HostProcess::limitMs);
     EXPECT_EQ(host.log().filter(QLatin1String(", Application termination")).size(), 2);
 }
+
+TEST(SharedLibrary, ServesTwoModulesOfOneProcessUntilTheLastOfThemGoes)
+{
+    const ReadingService service;
+    HostProcess host(
+        QStringLiteral(SHARING_HOST),
+        {QStringLiteral(UNLOADABLE_PLUGIN), QStringLiteral(OTHER_PLUGIN), QStringLiteral(LIBRARY_FILE)},
+        service.port());
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_TRUE(service.waitForText("other_plugin"));
+    EXPECT_EQ(host.log().filter(QLatin1String(": Application started.")).size(), 1);
+    EXPECT_EQ(host.log().filter(QLatin1String(", Application termination")).size(), 1);
+}

@@ -1,17 +1,18 @@
-// A plugin that uses the library, as applications have them.
+// A plugin that uses the library, as applications have them. PLUGIN_NAME is the first key of its checks.
 
 #include <vigil/vigil.h>
 
-#include "unloadable_plugin_export.h"
+#include "plugin_export.h"
 
-extern "C" UNLOADABLE_PLUGIN_EXPORT void start()
+extern "C" PLUGIN_EXPORT void start()
 {
-    vigil::HealthCheck* check = vigil::createHealthCheck("plugin", "check");
+    vigil::HealthCheck* check = vigil::createHealthCheck(PLUGIN_NAME, "check");
+    check->setDescription(PLUGIN_NAME);
     check->createScalarMetric("metric");
     check->update();
 }
 
-extern "C" UNLOADABLE_PLUGIN_EXPORT void startAndStop()
+extern "C" PLUGIN_EXPORT void startAndStop()
 {
-    vigil::createHealthCheck("plugin", "check")->destroy();
+    vigil::createHealthCheck(PLUGIN_NAME, "check")->destroy();
 }
