@@ -469,18 +469,23 @@ protected:
 
     ~KwLogFileDirectory() override { QDir::setCurrent(previousCurrent); }
 
-    void SetUp() override
-    {
-        if (QDir::isAbsolutePath(QStringLiteral("C:/OrvanData")))
-            GTEST_SKIP() << "the product's own directories can be had on this system";
-    }
-
     QString inTemp(const char* name) const { return directory.path(QLatin1String(name)); }
 
     LogDirectory directory;
     EnvironmentVariable logDir;
     EnvironmentVariable temp;
     QString previousCurrent;
+};
+
+/// What is left where there are no drives. LogDirectoryOnDrivesTest.cpp has the rest of the list.
+class KwLogFileDirectoryWithoutDrives : public KwLogFileDirectory
+{
+protected:
+    void SetUp() override
+    {
+        if (QDir::isAbsolutePath(QStringLiteral("C:/OrvanData")))
+            GTEST_SKIP() << "this system has drives";
+    }
 };
 
 namespace {
@@ -504,39 +509,39 @@ TEST_F(KwLogFileDirectory, InitTakesTheDefaultDirectoryUnlessOneIsSet)
     EXPECT_TRUE(QFile::exists(wanted + "/test_0.log"));
 }
 
-TEST_F(KwLogFileDirectory, ARelativeVigilLogDirIsSkipped)
+TEST_F(KwLogFileDirectoryWithoutDrives, ARelativeVigilLogDirIsSkipped)
 {
     const EnvironmentVariable variable("VIGIL_LOG_DIR", "relative/logs");
     EXPECT_EQ(base::KwLogFile::defaultDirectory(), inTemp("OrvanData/Logging/kw-vigil-snmp-client"));
     EXPECT_FALSE(QDir(inTemp("relative")).exists());
 }
 
-TEST_F(KwLogFileDirectory, AnUnusableVigilLogDirIsSkipped)
+TEST_F(KwLogFileDirectoryWithoutDrives, AnUnusableVigilLogDirIsSkipped)
 {
     directory.put("obstacle", "a file where a directory should be");
     const EnvironmentVariable variable("VIGIL_LOG_DIR", QFile::encodeName(inTemp("obstacle/logs")));
     EXPECT_EQ(base::KwLogFile::defaultDirectory(), inTemp("OrvanData/Logging/kw-vigil-snmp-client"));
 }
 
-TEST_F(KwLogFileDirectory, NoDriveFolderAppearsWhereThereAreNoDrives)
+TEST_F(KwLogFileDirectoryWithoutDrives, NoDriveFolderAppearsWhereThereAreNoDrives)
 {
     base::KwLogFile::defaultDirectory();
     EXPECT_FALSE(QDir(inTemp("D:")).exists());
     EXPECT_FALSE(QDir(inTemp("C:")).exists());
 }
 
-TEST_F(KwLogFileDirectory, TheTemporaryDirectoryFollowsWithTheProductsFolder)
+TEST_F(KwLogFileDirectoryWithoutDrives, TheTemporaryDirectoryFollowsWithTheProductsFolder)
 {
     EXPECT_EQ(base::KwLogFile::defaultDirectory(), inTemp("OrvanData/Logging/kw-vigil-snmp-client"));
 }
 
-TEST_F(KwLogFileDirectory, ThenTheTemporaryDirectoryWithThePackagesFolder)
+TEST_F(KwLogFileDirectoryWithoutDrives, ThenTheTemporaryDirectoryWithThePackagesFolder)
 {
     directory.put("OrvanData", "in the way");
     EXPECT_EQ(base::KwLogFile::defaultDirectory(), inTemp("kw-vigil-snmp-client"));
 }
 
-TEST_F(KwLogFileDirectory, AtLastTheTemporaryDirectoryItselfUntested)
+TEST_F(KwLogFileDirectoryWithoutDrives, AtLastTheTemporaryDirectoryItselfUntested)
 {
     directory.put("OrvanData", "in the way");
     directory.put("kw-vigil-snmp-client", "in the way");
@@ -574,7 +579,7 @@ TEST_F(KwLogFileDirectory, AStartRecordOfExactlyTheLimitIsContinued)
     EXPECT_GT(directory.content(startRecord).size(), 10000);
 }
 
-TEST_F(KwLogFileDirectory, ADirectoryWhoseStartRecordCannotBeWrittenIsSkipped)
+TEST_F(KwLogFileDirectoryWithoutDrives, ADirectoryWhoseStartRecordCannotBeWrittenIsSkipped)
 {
     const EnvironmentVariable variable("VIGIL_LOG_DIR", QFile::encodeName(inTemp("logs")));
     QDir().mkpath(inTemp("logs/kw-vigil-snmp-client_start")); // a directory in the record's place
