@@ -15,6 +15,7 @@ ServedCells::Settings settingsOf(const Options& options)
     settings.forgetMs = options.forgetSeconds > 0 ? options.forgetSeconds * second : never;
     settings.staleAfterMs = options.staleAfterSeconds > 0 ? options.staleAfterSeconds * second : never;
     settings.maxLost = static_cast<size_t>(options.limits.connections);
+    settings.maxLostCells = 10 * static_cast<size_t>(options.limits.cells);
     return settings;
 }
 

@@ -100,9 +100,17 @@ bool ServedCells::lose(OwnerId owner)
     m_lostSince[owner] = m_clock.nowUtc();
     m_grace.restart(owner);
     m_memory.restart(owner);
-    if (m_lostSince.size() > m_settings.maxLost)
+    while (m_lostSince.size() > 1 && keepsTooMuch())
         removeOldest();
     return true;
+}
+
+bool ServedCells::keepsTooMuch() const
+{
+    size_t cells = 0;
+    for (const auto& [owner, since] : m_lostSince)
+        cells += m_store.countOf(owner);
+    return m_lostSince.size() > m_settings.maxLost || cells > m_settings.maxLostCells;
 }
 
 void ServedCells::removeOldest()
@@ -111,10 +119,11 @@ void ServedCells::removeOldest()
         std::min_element(m_lostSince.begin(), m_lostSince.end(),
                          [](const auto& left, const auto& right) { return left.second < right.second; });
     const OwnerId owner = oldest->first;
-    log::warning(QStringLiteral("more than %1 lost connections have left cells behind; those of application "
-                                "%2 are removed. Find out which application keeps crashing")
-                     .arg(m_settings.maxLost)
-                     .arg(owner));
+    log::warning(
+        QStringLiteral("%1 lost connections have left cells behind, which is too many; those of application "
+                       "%2 are removed. Find out which application keeps crashing")
+            .arg(m_lostSince.size())
+            .arg(owner));
     removeAllOf(owner);
 }
 

@@ -37,6 +37,7 @@ public:
         qint64 forgetMs = 86'400'000;                     ///< DelayQueue::never is possible
         qint64 staleAfterMs = DelayQueue<OwnerId>::never; ///< the silence that is too long
         size_t maxLost = 256;                             ///< connections whose cells are kept
+        size_t maxLostCells = 1'000'000;                  ///< that all of them keep
     };
 
     ServedCells(CellStore& store, Clock& clock, const Settings& settings);
@@ -78,6 +79,7 @@ private:
     void handleTakenOver(OwnerId lost);
     void overruleLost(OwnerId owner);
     void overruleSilent(const ObjectId& check, qint64 silentMs);
+    bool keepsTooMuch() const;
     void removeOldest();
     void removeAllOf(OwnerId lost);
     void endLoss(OwnerId owner);

@@ -321,6 +321,22 @@ TEST_F(LostConnection, MakesRoomForLaterOnesTheLongestLostFirst)
     EXPECT_EQ(served(), "0 all is well");
 }
 
+TEST_F(LostConnection, MakesRoomWhenAllOfThemKeepTooManyCells)
+{
+    ServedCells::Settings narrow = settings();
+    narrow.maxLostCells = 5;
+    agent::CellStore otherStore;
+    ServedCells otherCells(otherStore, clock, narrow);
+    for (unsigned int cell = 0; cell < 9; ++cell)
+        otherCells.publish(cell / 3, {1, cell}, 1);
+    otherCells.lose(0);
+    EXPECT_EQ(otherStore.size(), 9u);
+    clock.advance(1);
+    otherCells.lose(1);
+    EXPECT_EQ(otherStore.size(), 6u);
+    EXPECT_EQ(otherStore.countOf(0), 0u);
+}
+
 TEST_F(LostConnection, OfAnApplicationThatPublishedTheColumnItselfDoesNoHarm)
 {
     cells.publish(5, agent::healthTable::column(Column::Status), 1);
