@@ -5,10 +5,12 @@
 
 #include <sys/socket.h>
 
+#include "CallDeadline.h"
 #include "Log.h"
 
-// Part of the agent library, which declares it in no header that is installed.
+// Parts of the agent library, which declares them in no header that is installed.
 extern "C" int subagent_open_master_session(void);
+extern "C" int subagent_startup(int, int, void*, void*);
 
 namespace agent {
 
@@ -24,9 +26,10 @@ constexpr long notOpenError = 257;
 
 constexpr int stepMs = 1000;
 
-// How long the agent stands still at most while it opens and while it closes a session with a snmpd that does
-// not answer; the event loop has to wait for both.
-constexpr long openTimeoutUs = 500'000;
+// How long the agent stands still at most while it connects to a snmpd that does not accept, opens a session
+// that is not answered, or closes one; the event loop has to wait for all three.
+constexpr std::chrono::milliseconds joinDeadline(300);
+constexpr long openTimeoutUs = 300'000;
 constexpr long closeTimeoutUs = 200'000;
 
 // Nothing waits for these answers, and one that is given up is still on its way.
@@ -43,7 +46,9 @@ MasterLink::MasterLink(const QString& address, const ObjectId& subtree)
 
 void MasterLink::start()
 {
-    // No pings and no reconnecting of Net-SNMP's own.
+    // No pings, no connecting and no reconnecting of Net-SNMP's own.
+    snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_POST_READ_CONFIG, &subagent_startup,
+                             nullptr, 0);
     netsnmp_ds_set_int(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_AGENTX_PING_INTERVAL, 0);
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_NO_CONNECTION_WARNINGS, 1);
     netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_X_SOCKET,
@@ -130,6 +135,7 @@ void MasterLink::takeStep()
 
 void MasterLink::tryToJoin()
 {
+    const CallDeadline deadline(joinDeadline);
     if (subagent_open_master_session() == 0 || m_isProblemTold)
         return;
     m_isProblemTold = true;

@@ -16,11 +16,11 @@ namespace agent {
 /// when the session is lost or worth nothing any more, and joins again, for as long as it lives. Net-SNMP
 /// could do that itself, but it would neither notice that a registration is refused nor keep from waiting,
 /// with everything else of the agent, for a snmpd that hangs. So it is told not to; it opens and closes
-/// sessions, and what goes through them is sent from here.
+/// sessions when it is told, and what goes through them is sent from here.
 ///
 /// Threads: the agent has one.
 /// Ownership: Net-SNMP's state is global: one object in a process. start() goes between init_agent() and
-/// init_snmp(), which joins for the first time; prepareToEnd() goes before snmp_shutdown().
+/// init_snmp(), prepareToEnd() before snmp_shutdown().
 /// Failure: there is none that lasts. The log has one line for each change, not one for each attempt.
 class MasterLink : public QObject
 {

@@ -37,8 +37,10 @@ if(VIGIL_BUILD_AGENT)
   install(FILES ${PROJECT_SOURCE_DIR}/packaging/snmpd.conf.d/vigil.conf
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/snmpd.conf.d)
   if(SYSTEMD_FOUND) # without, the agent could not tell systemd that it is ready
-    configure_file(${PROJECT_SOURCE_DIR}/packaging/vigil-agent.service.in
-      ${PROJECT_BINARY_DIR}/packaging/vigil-agent.service @ONLY)
+    install(CODE "
+      set(VIGIL_AGENT \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/vigil-agent\") # known only now
+      configure_file(\"${PROJECT_SOURCE_DIR}/packaging/vigil-agent.service.in\"
+        \"${PROJECT_BINARY_DIR}/packaging/vigil-agent.service\" @ONLY)")
     install(FILES ${PROJECT_BINARY_DIR}/packaging/vigil-agent.service DESTINATION lib/systemd/system)
     install(FILES ${PROJECT_SOURCE_DIR}/packaging/vigil-agent.sysusers DESTINATION lib/sysusers.d
       RENAME vigil-agent.conf)

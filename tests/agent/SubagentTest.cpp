@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
+#include <QLocalSocket>
 #include <QProcess>
 
 #include <iostream>
@@ -261,6 +262,28 @@ TEST_F(Subagent, ApplicationsAreServedWhileSnmpdHangs)
     snmpd.resume();
     EXPECT_TRUE(manager().waitFor(full("5.3"), QStringLiteral("3")));
     EXPECT_EQ(agent->log().count(serving), 1) << "the session has outlived it";
+}
+
+TEST_F(Subagent, ApplicationsAreServedWhileSnmpdAcceptsNoConnection)
+{
+    ASSERT_TRUE(snmpd.start()) << snmpd.log().constData();
+    snmpd.suspend();
+    std::vector<std::unique_ptr<QLocalSocket>> queue; // as much as snmpd's socket takes, and more
+    for (int i = 0; i < 50; ++i) {
+        queue.push_back(std::make_unique<QLocalSocket>());
+        queue.back()->connectToServer(snmpd.agentxAddress());
+    }
+    startAgent();
+    ASSERT_TRUE(agent->waitForLog("cannot join snmpd"));
+    EXPECT_TRUE(agent->waitForLog("5.1 = 1"));
+    for (int i = 2; i < 5; ++i) { // however often it tries to join in between
+        application->publish("5.1", i);
+        EXPECT_TRUE(agent->waitForLog("5.1 = " + QByteArray::number(i)));
+    }
+    queue.clear();
+    snmpd.resume();
+    EXPECT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("4"))) << agent->log().constData();
+    EXPECT_LT(stopMs(), 1'000);
 }
 
 TEST_F(Subagent, SnmpdKilledDuringASetDoesNoHarm)
