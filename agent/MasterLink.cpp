@@ -5,6 +5,7 @@
 
 #include <sys/socket.h>
 
+#include "BoundedSend.h"
 #include "CallDeadline.h"
 #include "Log.h"
 
@@ -101,6 +102,7 @@ int MasterLink::handleOpened(int, int, void* session, void* self)
     auto* link = static_cast<MasterLink*>(self);
     link->m_session = static_cast<netsnmp_session*>(session);
     link->m_session->timeout = answerTimeoutUs;
+    boundSends(*snmp_sess_transport(snmp_sess_pointer(link->m_session)));
     link->m_asked = 0;
     link->m_isProblemTold = false;
     link->change(State::Registering);

@@ -7,6 +7,8 @@
 #include <iostream>
 
 #include "FakeApplication.h"
+#include "base/DataType.h"
+#include "base/SnmpString.h"
 #include "support/AgentProcess.h"
 #include "support/RunUntil.h"
 #include "support/SnmpTool.h"
@@ -262,6 +264,24 @@ TEST_F(Subagent, ApplicationsAreServedWhileSnmpdHangs)
     snmpd.resume();
     EXPECT_TRUE(manager().waitFor(full("5.3"), QStringLiteral("3")));
     EXPECT_EQ(agent->log().count(serving), 1) << "the session has outlived it";
+}
+
+TEST_F(Subagent, NotificationsThatSnmpdDoesNotTakeHoldUpNothing)
+{
+    startAll();
+    snmpd.suspend();
+    base::SnmpString record;
+    record.oid = "5.9";
+    record.value = std::string(60'000, 'x');
+    QByteArray payload;
+    record.serialize(payload);
+    for (int i = 0; i < 200; ++i)
+        application->sendFrame(base::SnmpStringType, base::ValueWithTrap, payload);
+    application->publish("5.3", 3);
+    EXPECT_TRUE(agent->waitForLog("5.3 = 3"));
+    snmpd.resume();
+    EXPECT_TRUE(manager().waitFor(full("5.3"), QStringLiteral("3")));
+    EXPECT_LT(stopMs(), 1'000);
 }
 
 TEST_F(Subagent, ApplicationsAreServedWhileSnmpdAcceptsNoConnection)
