@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QUdpSocket>
 
@@ -10,10 +11,13 @@
 #include "base/SnmpInt.h"
 #include "base/SnmpString.h"
 #include "support/AgentProcess.h"
+#include "support/ApplicationProcess.h"
+#include "support/RunUntil.h"
 #include "support/SnmpTool.h"
 #include "support/SnmptrapdProcess.h"
 
 using support::AgentProcess;
+using support::ApplicationProcess;
 using support::FakeApplication;
 using support::SnmpTool;
 using support::SnmptrapdProcess;
@@ -65,6 +69,13 @@ QString changed(const char* status, const char* previous, const char* summary)
         .arg(QLatin1String(status), QLatin1String(previous), QLatin1String(summary));
 }
 
+QString withoutTimes(QString notification)
+{
+    return notification.replace(
+        QRegularExpression(QStringLiteral("\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d")),
+        QStringLiteral("TIME"));
+}
+
 class AgentNotifications : public testing::Test
 {
 protected:
@@ -104,6 +115,67 @@ TEST_F(AgentNotifications, AChangeAndTheRecoveryArriveAsTraps)
     EXPECT_THAT(
         receiver.waitForNotifications(2),
         ElementsAre(changed("critical", "ok", "m is high"), changed("ok", "critical", "all is well again")));
+    EXPECT_EQ(
+        SnmpTool(agent->udpAddress()).get(QStringLiteral("VIGIL-AGENT-MIB::vigilAgentNotificationsSent.0")),
+        QStringLiteral("2"));
+}
+
+TEST_F(AgentNotifications, AKilledApplicationAndItsReturnAreNews)
+{
+    startAgent(QStringLiteral("trap2sink ") + receiver.address(),
+               {QStringLiteral("--grace"), QStringLiteral("1")});
+    ApplicationProcess application(agent->applicationPort());
+    ASSERT_TRUE(application.start());
+    application.publish(1);
+    ASSERT_TRUE(SnmpTool(agent->udpAddress()).waitFor(ApplicationProcess::valueName(), QStringLiteral("1")));
+    ASSERT_TRUE(application.kill());
+    ASSERT_EQ(receiver.waitForNotifications(1).size(), 1) << agent->log().constData();
+    EXPECT_EQ(withoutTimes(receiver.notifications()[0]),
+              QStringLiteral("snmpTrapOID.0 = vigilHealthStatusChanged; "
+                             "vigilHealthCheckStatus.\"test\".\"application\" = unknown; "
+                             "vigilHealthCheckPreviousStatus.0 = ok; "
+                             "vigilHealthCheckSummary.\"test\".\"application\" = "
+                             "No connection to the application since TIME UTC."));
+
+    ASSERT_TRUE(application.start());
+    application.publish(2);
+    ASSERT_EQ(receiver.waitForNotifications(2).size(), 2) << agent->log().constData();
+    EXPECT_TRUE(receiver.notifications()[1].startsWith(
+        QStringLiteral("snmpTrapOID.0 = vigilHealthStatusChanged; "
+                       "vigilHealthCheckStatus.\"test\".\"application\" = ok; "
+                       "vigilHealthCheckPreviousStatus.0 = unknown; ")))
+        << qPrintable(receiver.notifications()[1]);
+}
+
+TEST_F(AgentNotifications, SilenceIsNews)
+{
+    startAgent(QStringLiteral("trap2sink ") + receiver.address(),
+               {QStringLiteral("--stale-after"), QStringLiteral("1")});
+    FakeApplication application(agent->applicationPort());
+    write(application, 0, "all is well");
+    ASSERT_EQ(receiver.waitForNotifications(1).size(), 1) << agent->log().constData();
+    EXPECT_EQ(withoutTimes(receiver.notifications()[0]),
+              changed("unknown", "ok", "No update since TIME UTC."));
+    EXPECT_TRUE(support::runUntil([&] {
+        write(application, 0, "all is well again");
+        return receiver.notifications().size() >= 2;
+    }));
+    EXPECT_EQ(receiver.notifications().value(1), changed("ok", "unknown", "all is well again"));
+}
+
+TEST_F(AgentNotifications, AnApplicationThatEndsInOrderIsNoNews)
+{
+    startAgent(QStringLiteral("trap2sink ") + receiver.address(),
+               {QStringLiteral("--grace"), QStringLiteral("0")});
+    FakeApplication application(agent->applicationPort());
+    write(application, 0, "all is well");
+    application.unset("127.3.1.200.4");
+    application.close();
+    EXPECT_TRUE(agent->waitForLog("has disconnected"));
+    FakeApplication other(agent->applicationPort());
+    publishWithNotification(other, "5.1", 1);
+    EXPECT_THAT(receiver.waitForNotifications(1),
+                ElementsAre(QStringLiteral("snmpTrapOID.0 = vigilValueChanged; exampleEnterprise.5.1 = 1")));
 }
 
 TEST_F(AgentNotifications, AValueWithANotificationArrivesWithItsIdentifierAndType)
