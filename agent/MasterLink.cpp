@@ -5,9 +5,9 @@
 
 #include <sys/socket.h>
 
-#include "BoundedSend.h"
 #include "CallDeadline.h"
 #include "Log.h"
+#include "MasterStream.h"
 
 // Parts of the agent library, which declares them in no header that is installed.
 extern "C" int subagent_open_master_session(void);
@@ -102,7 +102,7 @@ int MasterLink::handleOpened(int, int, void* session, void* self)
     auto* link = static_cast<MasterLink*>(self);
     link->m_session = static_cast<netsnmp_session*>(session);
     link->m_session->timeout = answerTimeoutUs;
-    boundSends(*snmp_sess_transport(snmp_sess_pointer(link->m_session)));
+    takeOverStream(*snmp_sess_transport(snmp_sess_pointer(link->m_session)));
     link->m_asked = 0;
     link->m_isProblemTold = false;
     link->change(State::Registering);

@@ -320,7 +320,7 @@ TEST_F(Subagent, SnmpdKilledDuringASetDoesNoHarm)
         set.waitForFinished();
     }
     EXPECT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1"))) << agent->log().constData();
-    EXPECT_EQ(agent->stop(), 0);
+    EXPECT_EQ(agent->stop(), 0) << agent->log().constData();
 }
 
 TEST_F(Subagent, SigtermTakesTheSubtreeAwayWithinASecond)

@@ -1,4 +1,4 @@
-#include "BoundedSend.h"
+#include "MasterStream.h"
 
 #include <QElapsedTimer>
 
@@ -38,11 +38,24 @@ int sendOrGiveUp(netsnmp_transport* transport, const void* data, int size, void*
     return size;
 }
 
+/// A stream has no sender's address to tell: address stays empty.
+int receive(netsnmp_transport* transport, void* data, int size, void** address, int* addressLength)
+{
+    *address = nullptr;
+    *addressLength = 0;
+    ssize_t received = -1;
+    do {
+        received = recv(transport->sock, data, static_cast<size_t>(size), MSG_DONTWAIT);
+    } while (received < 0 && errno == EINTR);
+    return static_cast<int>(received);
+}
+
 } // namespace
 
-void boundSends(netsnmp_transport& transport)
+void takeOverStream(netsnmp_transport& transport)
 {
     transport.f_send = &sendOrGiveUp;
+    transport.f_recv = &receive;
 }
 
 } // namespace agent
