@@ -83,15 +83,21 @@ protected:
 
     void startAgent(const QString& directives, const QStringList& arguments = {})
     {
-        QFile file(m_directory.filePath(QStringLiteral("agent.conf")));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("rocommunity public 127.0.0.1\n" + directives.toUtf8() + '\n');
-        file.close();
+        writeConfiguration(directives);
         agent = std::make_unique<AgentProcess>(
-            QStringList{QStringLiteral("--verbose"), QStringLiteral("--config"), file.fileName()} +
+            QStringList{QStringLiteral("--verbose"), QStringLiteral("--config"), configuration()} +
             arguments);
         ASSERT_TRUE(agent->start()) << agent->log().constData();
     }
+
+    void writeConfiguration(const QString& directives)
+    {
+        QFile file(configuration());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("rocommunity public 127.0.0.1\n" + directives.toUtf8() + '\n');
+    }
+
+    QString configuration() const { return m_directory.filePath(QStringLiteral("agent.conf")); }
 
     SnmptrapdProcess receiver;
     std::unique_ptr<AgentProcess> agent;
@@ -200,6 +206,23 @@ TEST_F(AgentNotifications, AnInformArrivesOnce)
     write(application, 0, "all is well");
     EXPECT_THAT(receiver.waitForNotifications(2), ElementsAre(changed("critical", "unknown", "m is high"),
                                                               changed("ok", "critical", "all is well")));
+}
+
+TEST_F(AgentNotifications, AConfigurationThatIsReadAgainReplacesTheReceivers)
+{
+    startAgent(QStringLiteral("trap2sink ") + receiver.address());
+    SnmptrapdProcess other;
+    ASSERT_TRUE(other.start()) << other.log().constData();
+    writeConfiguration(QStringLiteral("trap2sink ") + other.address());
+    agent->reload();
+    ASSERT_TRUE(agent->waitForLog("has been read again")) << agent->log().constData();
+    FakeApplication application(agent->applicationPort());
+    write(application, 2, "m is high");
+    write(application, 0, "all is well");
+    EXPECT_THAT(other.waitForNotifications(2), ElementsAre(changed("critical", "unknown", "m is high"),
+                                                           changed("ok", "critical", "all is well")));
+    EXPECT_THAT(receiver.notifications(), testing::IsEmpty());
+    EXPECT_EQ(agent->stop(), 0);
 }
 
 TEST_F(AgentNotifications, AReceiverThatDoesNotAnswerInformsHoldsNobodyUp)
