@@ -1,5 +1,6 @@
 # vigil_runtime_dlls: the DLLs of Qt and of the compiler that programs for Windows need beside them. They are copied to
-# where the programs are built, so that these can be started there.
+# where the programs are built, so that these can be started there. vigil_runtime_licences: their licences, each as
+# "name to install it by=file".
 
 set(vigil_runtime_dlls "")
 foreach(target Qt5::Core Qt5::Network)
@@ -17,3 +18,19 @@ foreach(name libgcc_s_seh-1.dll libstdc++-6.dll libwinpthread-1.dll)
   endif()
 endforeach()
 file(COPY ${vigil_runtime_dlls} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+
+get_filename_component(qt_prefix ${Qt5Core_DIR}/../../.. ABSOLUTE)
+set(vigil_runtime_licences "")
+foreach(licence
+    qt-LGPL-3.txt=${qt_prefix}/LICENSE.LGPL3
+    qt-GPL-3.txt=${qt_prefix}/LICENSE.GPL3
+    qt-copyright.txt=/usr/share/doc/qtbase5-dev/copyright
+    gcc-copyright.txt=/usr/share/doc/gcc-mingw-w64-x86-64-posix-runtime/copyright
+    mingw-w64-copyright.txt=/usr/share/doc/mingw-w64-x86-64-dev/copyright)
+  string(REGEX REPLACE ".*=" "" file ${licence})
+  if(EXISTS ${file})
+    list(APPEND vigil_runtime_licences ${licence})
+  else()
+    message(STATUS "${file} not found: packages will lack a licence")
+  endif()
+endforeach()

@@ -1,0 +1,45 @@
+include(${CMAKE_CURRENT_LIST_DIR}/Steps.cmake)
+
+file(REMOVE_RECURSE ${WORK_DIR})
+run(${CPACK} --config ${BUILD_DIR}/CPackConfig.cmake -C ${CONFIG} -B ${WORK_DIR}/packages)
+
+set(folder ${WORK_DIR}/unpacked)
+file(ARCHIVE_EXTRACT INPUT ${WORK_DIR}/packages/vigil-1.0.0-win64.zip DESTINATION ${folder})
+set(prefix ${folder}/vigil-1.0.0-win64)
+set(documents ${prefix}/share/doc/vigil)
+foreach(dll vigil Qt5Core Qt5Network libgcc_s_seh-1 libstdc++-6 libwinpthread-1)
+  expect_files(${prefix}/bin/${dll}.dll)
+endforeach()
+expect_files(
+  ${prefix}/lib/libvigil.dll.a
+  ${prefix}/include/vigil/vigil.h
+  ${prefix}/share/snmp/mibs/VIGIL-MIB.txt
+  ${documents}/README.md
+  ${documents}/LICENSE
+  ${documents}/building.md
+  ${documents}/third-party/THIRD-PARTY.md
+  ${documents}/third-party/qt-LGPL-3.txt
+  ${documents}/third-party/qt-GPL-3.txt
+  ${documents}/third-party/qt-copyright.txt
+  ${documents}/third-party/gcc-copyright.txt
+  ${documents}/third-party/mingw-w64-copyright.txt)
+
+# The examples, from source and as they come.
+set(build ${WORK_DIR}/build)
+configure(${documents}/examples ${build} ${prefix})
+run(${CMAKE_COMMAND} --build ${build} --config ${CONFIG})
+prepare_environment(${prefix})
+run(${EMULATOR} ${build}/hello_health.exe)
+if(NOT output MATCHES "Hello, health - out of warning range: seconds is 5 s\\.")
+  message(FATAL_ERROR "hello_health printed\n${output}")
+endif()
+file(GLOB log_files ${WORK_DIR}/log/*.log)
+if(NOT log_files)
+  message(FATAL_ERROR "hello_health left no log")
+endif()
+
+set(ENV{WINEPATH} "") # programs find what is beside them
+run(${EMULATOR} ${prefix}/bin/hello_health.exe)
+run(${EMULATOR} ${prefix}/bin/vigil-host-health.exe --help)
+
+file(REMOVE_RECURSE ${WORK_DIR})
