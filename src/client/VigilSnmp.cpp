@@ -166,7 +166,7 @@ void VigilSnmp::stop(const Limits& limits)
 
 bool VigilSnmp::stopClient(int timeoutMs)
 {
-    return runClientExit(takeClient(), timeoutMs) && endClientThread();
+    return runClientExit(takeClient(), timeoutMs) && endClientThread(timeoutMs);
 }
 
 Client* VigilSnmp::currentClient()
@@ -209,14 +209,16 @@ bool VigilSnmp::runClientExit(Client* client, int timeoutMs)
     return true;
 }
 
-/// A QThread that still runs must not be deleted: Qt would end the process. The waiting is done in short
-/// steps because each asks Qt first whether the thread is done with its work, which is all that can be had
-/// while the library is being unloaded from a Windows process.
-bool VigilSnmp::endClientThread()
+/// A QThread that still runs must not be deleted: Qt would end the process. With a limit for the client,
+/// which is when the library may be unloaded, the waiting is done in short steps: each asks Qt first whether
+/// the thread is done with its work, and while a Windows process unloads a library that is all that can be
+/// had.
+bool VigilSnmp::endClientThread(int clientTimeoutMs)
 {
     m_clientThread->quit();
+    const unsigned long stepMs = clientTimeoutMs < 0 ? threadEndTimeoutMs : aliveCheckMs;
     const QDeadlineTimer deadline(threadEndTimeoutMs);
-    while (!m_clientThread->wait(aliveCheckMs)) {
+    while (!m_clientThread->wait(stepMs)) {
         if (deadline.hasExpired())
             return false;
     }

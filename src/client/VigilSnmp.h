@@ -88,7 +88,7 @@ private:
     void stop(const Limits& limits);
     bool stopClient(int timeoutMs);
     bool runClientExit(Client* client, int timeoutMs);
-    bool endClientThread();
+    bool endClientThread(int clientTimeoutMs);
     void muteCallbacks();
     bool releaseStore(int timeoutMs);
     bool releaseShared(int storeTimeoutMs);

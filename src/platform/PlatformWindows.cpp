@@ -48,9 +48,10 @@ private:
     HANDLE m_handle;
 };
 
-/// While the library is being unloaded, the system lets no thread end before that is over, so waiting for the
+/// While the library is being unloaded the system lets no thread end before that is over, so waiting for the
 /// thread itself would be in vain. There its routine's return has to do, and a moment for the last
-/// instructions behind it.
+/// instructions behind it. Who waits without a limit is in no such place: the thread ends soon, and is waited
+/// for.
 class WindowsThread : public Thread
 {
 public:
@@ -76,12 +77,13 @@ public:
         const DWORD limit = timeoutMs < 0 ? INFINITE : static_cast<DWORD>(timeoutMs);
         const DWORD end = WaitForMultipleObjects(2, ends, FALSE, limit);
         if (end == WAIT_OBJECT_0 + 1)
-            WaitForSingleObject(m_thread.get(), lastInstructionsMs);
+            WaitForSingleObject(m_thread.get(), timeoutMs < 0 ? endMs : lastInstructionsMs);
         return end == WAIT_OBJECT_0 || end == WAIT_OBJECT_0 + 1;
     }
 
 private:
     static constexpr DWORD lastInstructionsMs = 100;
+    static constexpr DWORD endMs = 5000; // ample; without it a mistake about the place would hang the process
 
     struct Task
     {
