@@ -32,10 +32,15 @@ int exitProcess()
     ExitProcess(0);
 }
 
+DWORD WINAPI exitThread(LPVOID)
+{
+    ExitProcess(0);
+}
+
 int exitProcessInAnotherThread()
 {
     makeCheck();
-    std::thread([] { ExitProcess(0); }).detach();
+    CloseHandle(CreateThread(nullptr, 0, &exitThread, nullptr, 0, nullptr));
     Sleep(INFINITE);
     return 1;
 }
