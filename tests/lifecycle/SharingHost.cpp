@@ -1,8 +1,10 @@
-// Loads two plugins that use the library, and unloads the one while the other goes on. Ends with 1 when a
-// plugin cannot be used, with 2 when the library, a file of the name in the third argument, goes too early,
-// and with 3 when it does not go with its last user.
+// Loads two plugins that use the library, and unloads the one while the other goes on. Says "published" and
+// waits for a line before it unloads that, too. Ends with 1 when a plugin cannot be used, with 2 when the
+// library, a file of the name in the third argument, goes too early, and with 3 when it does not go with its
+// last user.
 
 #include <iostream>
+#include <string>
 
 #include "lifecycle/Module.h"
 
@@ -25,8 +27,11 @@ int shareTheLibrary(char** arguments)
     module::unload(first);
     if (!module::isLoaded(arguments[3]))
         return 2;
-    if (!use(second, "startAndStop") || !use(second, "start"))
+    if (!use(second, "start"))
         return 1;
+    std::string line;
+    std::cout << "published" << std::endl;
+    std::getline(std::cin, line);
     module::unload(second);
     return module::isLoaded(arguments[3]) ? 3 : 0;
 }

@@ -4,15 +4,26 @@
 
 #include "plugin_export.h"
 
-extern "C" PLUGIN_EXPORT void start()
+namespace {
+
+vigil::HealthCheck* makeCheck()
 {
     vigil::HealthCheck* check = vigil::createHealthCheck(PLUGIN_NAME, "check");
     check->setDescription(PLUGIN_NAME);
     check->createScalarMetric("metric");
     check->update();
+    return check;
 }
 
+} // namespace
+
+extern "C" PLUGIN_EXPORT void start()
+{
+    makeCheck();
+}
+
+/// Everything that was published reaches the service before this comes back, however long it takes.
 extern "C" PLUGIN_EXPORT void startAndStop()
 {
-    vigil::createHealthCheck(PLUGIN_NAME, "check")->destroy();
+    makeCheck()->destroy();
 }
