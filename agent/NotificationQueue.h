@@ -20,8 +20,7 @@ namespace agent {
 ///
 /// Threads: the agent has one. send is called from the event loop or from inside the functions here.
 /// Ownership: the clock must outlive the queue.
-/// Failure: what does not fit is dropped, with a warning once a minute
-/// at most.
+/// Failure: what does not fit is dropped, with a warning once a minute at most.
 class NotificationQueue : public QObject
 {
     Q_OBJECT
