@@ -1,6 +1,9 @@
-#include "Agent.h"
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
 
-#include "Log.h"
+#include "agent/Agent.h"
+
+#include "agent/core/Log.h"
 
 namespace agent {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #ifndef VIGIL_AGENT_AGENT_H
 #define VIGIL_AGENT_AGENT_H
 
@@ -5,16 +8,16 @@
 
 #include <functional>
 
-#include "AgentMib.h"
-#include "ApplicationServer.h"
-#include "CellStore.h"
-#include "Notifications.h"
-#include "Options.h"
-#include "ServedCells.h"
-#include "SetCoordinator.h"
-#include "SnmpEngine.h"
-#include "SubtreeHandler.h"
-#include "SystemClock.h"
+#include "agent/applications/ApplicationServer.h"
+#include "agent/cells/CellStore.h"
+#include "agent/cells/ServedCells.h"
+#include "agent/core/SystemClock.h"
+#include "agent/netsnmp/SnmpEngine.h"
+#include "agent/notifications/Notifications.h"
+#include "agent/process/Options.h"
+#include "agent/serving/AgentMib.h"
+#include "agent/serving/SetCoordinator.h"
+#include "agent/serving/SubtreeHandler.h"
 
 namespace agent {
 

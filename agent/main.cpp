@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include <QCoreApplication>
 
 #include <cstdio>
 
-#include "Agent.h"
-#include "Log.h"
-#include "Options.h"
-#include "ServiceManager.h"
-#include "Signals.h"
+#include "agent/Agent.h"
+#include "agent/core/Log.h"
+#include "agent/process/Options.h"
+#include "agent/process/ServiceManager.h"
+#include "agent/process/Signals.h"
 
 int main(int argc, char** argv)
 {

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Vigil authors
+# SPDX-License-Identifier: MIT
+
 # GoogleTest from its sources in VIGIL_GOOGLETEST_SOURCE, for a system for which it is not installed. Like an installed
 # one it is not our code to warn about.
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Vigil authors
+# SPDX-License-Identifier: MIT
+
 # What `cmake --install` puts where. The MIB goes to DATADIR/snmp/mibs, where Net-SNMP's tools look when the prefix
 # is /usr. Everything else that is not a program, a library or a header goes to the documentation directory.
 #

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Vigil authors
+# SPDX-License-Identifier: MIT
+
 # What `cpack` makes of the installed files: a zip file for Windows; elsewhere a .tar.gz file of everything, and a Debian
 # package of each component.
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Vigil authors
+# SPDX-License-Identifier: MIT
+
 # vigil_enable_warnings(target): the one set of warnings for everything that is compiled here.
 
 function(vigil_enable_warnings target)

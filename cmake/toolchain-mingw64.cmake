@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Vigil authors
+# SPDX-License-Identifier: MIT
+
 # Builds for Windows x86-64 on a Unix system, with the MinGW-w64 cross compiler whose threads are POSIX threads (the
 # other kind has no std::thread). Libraries for Windows are looked for in CMAKE_PREFIX_PATH, never among the system's
 # own. What was built is run by Wine.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 // The shortest complete program: one check with one metric, published once a second for five seconds.
 
 #include <vigil/vigil.h>

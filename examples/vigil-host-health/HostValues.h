@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #ifndef VIGIL_HOST_HEALTH_HOSTVALUES_H
 #define VIGIL_HOST_HEALTH_HOSTVALUES_H
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #ifndef VIGIL_OID_H
 #define VIGIL_OID_H
 

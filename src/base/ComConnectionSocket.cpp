@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include "base/ComConnectionSocket.h"
 
 #include <QAbstractSocket>
@@ -9,7 +12,7 @@
 
 #include <atomic>
 
-#include "base/FrameHeader.h"
+#include "base/wire/FrameHeader.h"
 
 namespace base {
 

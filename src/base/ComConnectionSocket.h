@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #ifndef VIGIL_BASE_COMCONNECTIONSOCKET_H
 #define VIGIL_BASE_COMCONNECTIONSOCKET_H
 
@@ -9,7 +12,7 @@
 #include <QTimer>
 
 #include "base/ConnectionSettings.h"
-#include "base/DbBaseType.h"
+#include "base/wire/DbBaseType.h"
 
 QT_BEGIN_NAMESPACE
 class QTcpSocket;

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include "client/Client.h"
 
 #include <QThread>
@@ -7,11 +10,11 @@
 
 #include <vigil/ValueChangedCallback.h>
 
-#include "base/DataType.h"
 #include "base/Logging.h"
-#include "base/SnmpInt.h"
-#include "base/SnmpResponse.h"
-#include "base/SnmpString.h"
+#include "base/wire/DataType.h"
+#include "base/wire/SnmpInt.h"
+#include "base/wire/SnmpResponse.h"
+#include "base/wire/SnmpString.h"
 #include "client/CallbackStore.h"
 #include "client/CallbackStoreLock.h"
 #include "client/GuardedCall.h"

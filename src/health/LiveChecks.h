@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #ifndef VIGIL_HEALTH_LIVECHECKS_H
 #define VIGIL_HEALTH_LIVECHECKS_H
 

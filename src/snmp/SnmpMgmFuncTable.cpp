@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include "snmp/SnmpMgmFuncTable.h"
 
 SnmpMgmFuncTable::SnmpMgmFuncTable() : SnmpTable(".1.3.6.1.4.1.32473.127.3.1.200.4.5.1", {1, 2, 3, 4, 5}) {}

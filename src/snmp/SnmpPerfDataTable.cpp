@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include "snmp/SnmpPerfDataTable.h"
 
 SnmpPerfDataTable::SnmpPerfDataTable(const std::string& firstKey, const std::string& secondKey)

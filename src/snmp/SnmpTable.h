@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #ifndef VIGIL_SNMP_SNMPTABLE_H
 #define VIGIL_SNMP_SNMPTABLE_H
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include "types/Summary.h"
 
 #include <vigil/HealthCheck.h>

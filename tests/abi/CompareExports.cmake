@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Vigil authors
+# SPDX-License-Identifier: MIT
+
 # Run by CTest, see CMakeLists.txt.
 cmake_policy(SET CMP0057 NEW) # if(IN_LIST)
 

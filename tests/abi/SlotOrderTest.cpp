@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 // The places of the virtual functions in the tables of the exported interfaces, found by calling them: an
 // object whose table is made by hand tells which place a call goes to. The numbers are those of the compilers
 // that share one object model, in which a virtual destructor has two places.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include "base/ComConnectionSocket.h"
 
 #include <gmock/gmock.h>
@@ -13,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "base/SnmpString.h"
+#include "base/wire/SnmpString.h"
 #include "support/FakeService.h"
 #include "support/MatchesPattern.h"
 #include "support/QtMessages.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 // The list of log directories on a system with drives. The tests make drive D: and the product's folders on
 // both drives appear and disappear, so only one of them may run at a time.
 

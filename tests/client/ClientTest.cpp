@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include "client/Client.h"
 
 #include <gmock/gmock.h>
@@ -15,8 +18,8 @@
 
 #include <vigil/VigilSnmpInterface.h>
 
-#include "base/DataType.h"
 #include "base/Logging.h"
+#include "base/wire/DataType.h"
 #include "support/FakeService.h"
 #include "support/LibraryLog.h"
 #include "support/Publications.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include "client/VigilSnmp.h"
 
 #include <QCoreApplication>
@@ -15,9 +18,9 @@
 #include <thread>
 #include <vector>
 
-#include "base/DataType.h"
 #include "base/Logging.h"
-#include "base/SnmpResponse.h"
+#include "base/wire/DataType.h"
+#include "base/wire/SnmpResponse.h"
 #include "client/CallbackStoreLock.h"
 #include "support/EnvironmentVariable.h"
 #include "support/LibraryTest.h"

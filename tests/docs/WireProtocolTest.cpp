@@ -1,14 +1,17 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include <gmock/gmock.h>
 
 #include <fstream>
 #include <string>
 #include <vector>
 
-#include "base/DataType.h"
-#include "base/FrameHeader.h"
-#include "base/SnmpInt.h"
-#include "base/SnmpResponse.h"
-#include "base/SnmpString.h"
+#include "base/wire/DataType.h"
+#include "base/wire/FrameHeader.h"
+#include "base/wire/SnmpInt.h"
+#include "base/wire/SnmpResponse.h"
+#include "base/wire/SnmpString.h"
 
 namespace {
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Vigil authors
+# SPDX-License-Identifier: MIT
+
 # Run by CTest, see CMakeLists.txt. Nobody listens on port 1.
 file(REMOVE_RECURSE ${LOG_DIR})
 set(ENV{VIGIL_SERVICE_PORT} 1)

@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include "fuzz/ReceivePath.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
 
-#include "agent/Admission.h"
-#include "agent/ApplicationStream.h"
-#include "agent/ServedCells.h"
+#include "agent/applications/Admission.h"
+#include "agent/applications/ApplicationStream.h"
+#include "agent/cells/ServedCells.h"
 #include "support/ManualClock.h"
 
 using agent::CellValue;

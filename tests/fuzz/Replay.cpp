@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 // Replays stored inputs of the fuzzer with any compiler: every file in the directory that is the argument.
 
 #include <QDir>

@@ -1,8 +1,11 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include <vigil/ScalarMetric.h>
 
 #include <vigil/HealthCheck.h>
 
-#include "base/DataType.h"
+#include "base/wire/DataType.h"
 #include "snmp/RemoteMetricObserver.h"
 #include "support/CheckPointer.h"
 #include "support/LibraryTest.h"

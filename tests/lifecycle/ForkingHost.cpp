@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 // Forks while the library is running. The child, which has none of the library's threads, ends in the
 // ordinary way, and so does the parent, whose connection must have survived.
 

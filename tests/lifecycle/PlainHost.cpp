@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 // A host without Qt. Its first argument says how it ends; it prints "leaving" when it begins to.
 
 #include <vigil/vigil.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 // A host that has a QCoreApplication of its own. Its first argument says when the library is used; it prints
 // "leaving" when it begins to end.
 

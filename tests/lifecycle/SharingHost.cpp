@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 // Loads two plugins that use the library, and unloads the one while the other goes on. Says "published" and
 // waits for a line before it unloads that, too. Ends with 1 when a plugin cannot be used, with 2 when the
 // library, a file of the name in the third argument, goes too early, and with 3 when it does not go with its

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 // A plugin that uses the library, as applications have them. PLUGIN_NAME is the first key of its checks.
 
 #include <vigil/vigil.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 // Loads the plugin, uses the function that its second argument names, and unloads it, twice. Ends with 1 when
 // the plugin cannot be used and with 2 when the library, a file of the name in the third argument, is still
 // there afterwards.

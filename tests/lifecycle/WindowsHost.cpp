@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 // A host that ends in the ways that only Windows has. Its first argument says which; it prints "leaving" when
 // it begins to.
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Vigil authors
+# SPDX-License-Identifier: MIT
+
 include(${CMAKE_CURRENT_LIST_DIR}/Steps.cmake)
 
 file(REMOVE_RECURSE ${WORK_DIR})

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Vigil authors
+# SPDX-License-Identifier: MIT
+
 # What the scripts of this folder share. They are run by CTest, see CMakeLists.txt; any step that fails ends the script
 # with an error.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #ifndef VIGIL_SUPPORT_FAKESERVICE_H
 #define VIGIL_SUPPORT_FAKESERVICE_H
 
@@ -9,7 +12,7 @@
 #include <mutex>
 #include <vector>
 
-#include "base/FrameHeader.h"
+#include "base/wire/FrameHeader.h"
 
 namespace support {
 

@@ -1,9 +1,12 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include "support/LibraryTest.h"
 
 #include <vigil/Oid.h>
 
-#include "base/DataType.h"
-#include "base/SnmpResponse.h"
+#include "base/wire/DataType.h"
+#include "base/wire/SnmpResponse.h"
 
 namespace support {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #ifndef VIGIL_SUPPORT_MANUALCLOCK_H
 #define VIGIL_SUPPORT_MANUALCLOCK_H
 
@@ -8,7 +11,7 @@
 #include <map>
 #include <utility>
 
-#include "agent/Clock.h"
+#include "agent/core/Clock.h"
 
 namespace support {
 

@@ -1,9 +1,12 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 #include "support/Publications.h"
 
-#include "base/DataType.h"
-#include "base/SnmpInt.h"
-#include "base/SnmpResponse.h"
-#include "base/SnmpString.h"
+#include "base/wire/DataType.h"
+#include "base/wire/SnmpInt.h"
+#include "base/wire/SnmpResponse.h"
+#include "base/wire/SnmpString.h"
 
 namespace support {
 

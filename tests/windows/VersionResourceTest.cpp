@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
 // What Windows shows of the library's file.
 
 #include <gtest/gtest.h>

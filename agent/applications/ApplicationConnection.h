@@ -1,0 +1,85 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_AGENT_APPLICATIONS_APPLICATIONCONNECTION_H
+#define VIGIL_AGENT_APPLICATIONS_APPLICATIONCONNECTION_H
+
+#include <QObject>
+#include <QTcpSocket>
+
+#include <string>
+
+#include "agent/applications/ApplicationStream.h"
+#include "agent/applications/ConnectionInfo.h"
+#include "agent/applications/Limits.h"
+#include "agent/cells/CellStore.h"
+#include "agent/core/Clock.h"
+
+namespace base {
+class DbBaseType;
+}
+
+namespace agent {
+
+/// The connection of one application.
+///
+/// Purpose: turns its frames and records into signals, and what the agent has to say into frames.
+///
+/// Threads: the agent has one; all signals are emitted from the event loop, never from inside ask() or
+/// commit().
+///
+/// Ownership: takes the socket.
+///
+/// Failure: an application that sends what is not a frame or not a record, or that leaves too much unread, is
+/// disconnected with a line in the log, and so is one that does not complete a frame in time. lost() is
+/// emitted once, however the connection ended.
+class ApplicationConnection : public QObject, private ApplicationStream::Receiver
+{
+    Q_OBJECT
+
+public:
+    ApplicationConnection(QTcpSocket* socket, OwnerId owner, Clock& clock, const Limits& limits,
+                          QObject* parent);
+
+    /// How messages call the application.
+    QString name() const;
+
+    /// All but the number of cells.
+    const ConnectionInfo& info() const { return m_info; }
+
+    /// Counts a record that whoever listens does not serve.
+    void countRefusal() { ++m_info.recordsRefused; }
+
+    void ask(int number, const ObjectId& id, const CellValue& value);
+    void commit(const ObjectId& id, const CellValue& value);
+
+signals:
+    void valueReceived(const agent::ObjectId& id, const agent::CellValue& value, bool isNotable);
+    void unsetReceived(const agent::ObjectId& tree);
+    void answerReceived(int number, int errorStatus);
+    void lost();
+
+private:
+    void readFrames();
+    void watchFrame();
+    void handleValue(const ObjectId& id, const CellValue& value, bool isNotable) override;
+    void handleUnset(const ObjectId& tree) override;
+    void handleAnswer(int number, int errorStatus) override;
+    void sendBinding(int callbackId, int storeType, const ObjectId& id, const CellValue& value);
+    void sendRecord(int dataType, int callbackId, const base::DbBaseType& record);
+    void closeBecause(const QString& problem);
+    void handleDisconnected();
+
+    QTcpSocket* m_socket;
+    ApplicationStream m_stream;
+    Clock& m_clock;
+    ConnectionInfo m_info;
+    const QString m_peer;
+    quint64 m_sentFrames = 0;
+    bool m_isWatched = false;
+    bool m_isClosing = false;
+};
+
+} // namespace agent
+
+#endif

@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_AGENT_APPLICATIONS_CONNECTIONINFO_H
+#define VIGIL_AGENT_APPLICATIONS_CONNECTIONINFO_H
+
+#include <QDateTime>
+#include <QHostAddress>
+
+#include "agent/cells/CellStore.h"
+
+namespace agent {
+
+/// What the agent can tell about the connection of one application, the lost ones with cells included.
+///
+/// Threads: plain values. Failure: none.
+struct ConnectionInfo
+{
+    enum class State { Connected, Lost };
+
+    OwnerId number = 0;
+    QHostAddress address;
+    quint16 port = 0;
+    State state = State::Connected;
+    QDateTime since; ///< in this state, UTC
+    size_t cells = 0;
+    quint64 frames = 0;         ///< received
+    quint64 recordsRefused = 0; ///< received, but not served
+    QDateTime lastFrame;        ///< UTC; null before the first one
+};
+
+} // namespace agent
+
+#endif

@@ -1,0 +1,113 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/cells/CellStore.h"
+
+#include <utility>
+
+namespace agent {
+
+std::optional<OwnerId> CellStore::set(const ObjectId& id, CellValue value, OwnerId owner)
+{
+    const auto [position, isNew] = m_cells.try_emplace(id);
+    Cell& cell = position->second;
+    cell.value = std::move(value);
+    const OwnerId previous = std::exchange(cell.owner, owner);
+    if (!isNew && previous == owner)
+        return std::nullopt;
+    m_idsByOwner[owner].insert(&position->first);
+    if (isNew)
+        return std::nullopt;
+    forget(previous, id);
+    return previous;
+}
+
+void CellStore::forget(OwnerId owner, const ObjectId& id)
+{
+    const auto owned = m_idsByOwner.find(owner);
+    owned->second.erase(&id);
+    if (owned->second.empty())
+        m_idsByOwner.erase(owned);
+}
+
+void CellStore::changeValue(const ObjectId& id, CellValue value)
+{
+    const auto position = m_cells.find(id);
+    if (position != m_cells.end())
+        position->second.value = std::move(value);
+}
+
+std::vector<ObjectId> CellStore::unsetTree(const ObjectId& tree, OwnerId owner)
+{
+    std::vector<ObjectId> removed;
+    const auto owned = m_idsByOwner.find(owner);
+    if (owned == m_idsByOwner.end())
+        return removed;
+    OwnedIds& ids = owned->second;
+    auto position = ids.lower_bound(tree);
+    while (position != ids.end() && isInTree(tree, **position)) {
+        const auto cell = m_cells.find(**position);
+        position = ids.erase(position);
+        removed.push_back(std::move(m_cells.extract(cell).key()));
+    }
+    if (ids.empty())
+        m_idsByOwner.erase(owned);
+    return removed;
+}
+
+std::vector<ObjectId> CellStore::removeAllOf(OwnerId owner)
+{
+    return unsetTree(ObjectId(), owner);
+}
+
+std::vector<ObjectId> CellStore::idsOf(OwnerId owner, const ObjectId& tree) const
+{
+    std::vector<ObjectId> found;
+    const auto owned = m_idsByOwner.find(owner);
+    if (owned == m_idsByOwner.end())
+        return found;
+    const OwnedIds& ids = owned->second;
+    for (auto id = ids.lower_bound(tree); id != ids.end() && isInTree(tree, **id); ++id)
+        found.push_back(**id);
+    return found;
+}
+
+void CellStore::cover(const ObjectId& id, CellValue value)
+{
+    const auto position = m_cells.find(id);
+    if (position != m_cells.end())
+        position->second.cover = std::make_unique<const CellValue>(std::move(value));
+}
+
+void CellStore::uncover(const ObjectId& id)
+{
+    const auto position = m_cells.find(id);
+    if (position != m_cells.end())
+        position->second.cover.reset();
+}
+
+size_t CellStore::countOf(OwnerId owner) const
+{
+    const auto owned = m_idsByOwner.find(owner);
+    return owned == m_idsByOwner.end() ? 0 : owned->second.size();
+}
+
+const Cell* CellStore::find(const ObjectId& id) const
+{
+    const auto position = m_cells.find(id);
+    return position == m_cells.end() ? nullptr : &position->second;
+}
+
+const CellStore::Entry* CellStore::findNext(const ObjectId& id) const
+{
+    const auto position = m_cells.upper_bound(id);
+    return position == m_cells.end() ? nullptr : &*position;
+}
+
+const CellStore::Entry* CellStore::findAtOrNext(const ObjectId& id) const
+{
+    const auto position = m_cells.lower_bound(id);
+    return position == m_cells.end() ? nullptr : &*position;
+}
+
+} // namespace agent

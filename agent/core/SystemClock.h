@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_AGENT_CORE_SYSTEMCLOCK_H
+#define VIGIL_AGENT_CORE_SYSTEMCLOCK_H
+
+#include <QElapsedTimer>
+
+#include "agent/core/Clock.h"
+
+namespace agent {
+
+/// The time of the running system.
+///
+/// Threads: that of the event loop. Ownership, failure: see Clock.
+class SystemClock : public Clock
+{
+public:
+    SystemClock();
+
+    qint64 elapsedMs() const override;
+    QDateTime nowUtc() const override;
+    void callAfter(qint64 delayMs, QObject* context, std::function<void()> call) override;
+
+private:
+    QElapsedTimer m_sinceStart;
+};
+
+} // namespace agent
+
+#endif

@@ -1,0 +1,162 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/netsnmp/NetSnmpEventLoop.h"
+
+#include <QAbstractEventDispatcher>
+
+#include <algorithm>
+
+#include <syslog.h>
+
+#include "agent/core/Log.h"
+#include "agent/netsnmp/NetSnmp.h"
+
+namespace agent {
+
+namespace {
+
+/// The set of descriptors that select() would be given; Net-SNMP knows no other way to name them.
+class DescriptorSet
+{
+public:
+    DescriptorSet() { netsnmp_large_fd_set_init(&m_set, FD_SETSIZE); }
+    ~DescriptorSet() { netsnmp_large_fd_set_cleanup(&m_set); }
+    DescriptorSet(const DescriptorSet&) = delete;
+    DescriptorSet& operator=(const DescriptorSet&) = delete;
+
+    netsnmp_large_fd_set* get() { return &m_set; }
+    void insert(int descriptor) { netsnmp_large_fd_setfd(descriptor, &m_set); }
+    bool contains(int descriptor) { return netsnmp_large_fd_is_set(descriptor, &m_set); }
+
+private:
+    netsnmp_large_fd_set m_set;
+};
+
+QString pendingLine; // Net-SNMP logs some lines in pieces
+
+int writeNetSnmpLog(int, int, void* data, void*)
+{
+    const auto* message = static_cast<const snmp_log_message*>(data);
+    pendingLine += QString::fromUtf8(message->msg);
+    int end = 0;
+    while ((end = pendingLine.indexOf(QLatin1Char('\n'))) >= 0) {
+        const QString line = QStringLiteral("Net-SNMP: %1").arg(pendingLine.left(end));
+        pendingLine.remove(0, end + 1);
+        if (message->priority <= LOG_ERR)
+            log::error(line);
+        else if (message->priority == LOG_WARNING)
+            log::warning(line);
+        else if (message->priority <= LOG_INFO)
+            log::detail([&line]() -> const QString& { return line; });
+    }
+    return 0;
+}
+
+} // namespace
+
+NetSnmpEventLoop::NetSnmpEventLoop()
+{
+    m_timer.setSingleShot(true);
+    connect(&m_timer, &QTimer::timeout, this, &NetSnmpEventLoop::handleTimeout);
+}
+
+NetSnmpEventLoop::~NetSnmpEventLoop()
+{
+    stop();
+}
+
+void NetSnmpEventLoop::bridgeLog()
+{
+    snmp_disable_log();
+    snmp_enable_calllog();
+    snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, &writeNetSnmpLog, nullptr);
+}
+
+void NetSnmpEventLoop::start()
+{
+    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
+            &NetSnmpEventLoop::prepareToWait);
+}
+
+void NetSnmpEventLoop::stop()
+{
+    QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance();
+    if (dispatcher)
+        dispatcher->disconnect(this);
+    m_timer.stop();
+    unwatchAll();
+}
+
+// Asked for anew before every wait: sessions come and go, and a new one may have an old one's number.
+void NetSnmpEventLoop::prepareToWait()
+{
+    if (m_paused()) {
+        unwatchAll();
+        m_timer.stop();
+        return;
+    }
+    DescriptorSet wanted;
+    int count = 0;
+    int isUnlimited = 1;
+    timeval limit = {};
+    snmp_select_info2(&count, wanted.get(), &limit, &isUnlimited);
+
+    std::vector<int> descriptors;
+    for (int descriptor = 0; descriptor < count; ++descriptor) {
+        if (wanted.contains(descriptor))
+            descriptors.push_back(descriptor);
+    }
+    watch(descriptors);
+    if (isUnlimited)
+        m_timer.stop();
+    else
+        m_timer.start(static_cast<int>(limit.tv_sec * 1000 + (limit.tv_usec + 999) / 1000));
+}
+
+void NetSnmpEventLoop::watch(const std::vector<int>& descriptors)
+{
+    const bool isUnchanged = std::equal(
+        m_notifiers.begin(), m_notifiers.end(), descriptors.begin(), descriptors.end(),
+        [](const QSocketNotifier* notifier, int descriptor) { return notifier->socket() == descriptor; });
+    if (isUnchanged)
+        return;
+    unwatchAll();
+    for (const int descriptor : descriptors) {
+        auto* notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
+        connect(notifier, &QSocketNotifier::activated, this,
+                [this, descriptor] { handleReadable(descriptor); });
+        m_notifiers.push_back(notifier);
+    }
+}
+
+void NetSnmpEventLoop::unwatchAll()
+{
+    for (QSocketNotifier* notifier : m_notifiers) {
+        notifier->setEnabled(false);
+        notifier->deleteLater(); // this may be its own signal
+    }
+    m_notifiers.clear();
+}
+
+void NetSnmpEventLoop::handleReadable(int descriptor)
+{
+    if (m_paused())
+        return;
+    DescriptorSet readable;
+    readable.insert(descriptor);
+    snmp_read2(readable.get());
+    netsnmp_check_outstanding_agent_requests();
+    prepareToWait(); // at once: a descriptor that has just been closed must not be polled again
+}
+
+void NetSnmpEventLoop::handleTimeout()
+{
+    if (m_paused())
+        return;
+    snmp_timeout();
+    run_alarms();
+    netsnmp_check_outstanding_agent_requests();
+}
+
+} // namespace agent

@@ -1,0 +1,168 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/netsnmp/SnmpEngine.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cstring>
+
+#include "agent/netsnmp/NetSnmp.h"
+#include "agent/netsnmp/ReceiverAdmission.h"
+
+// Part of the agent library, which declares it in no header that is installed.
+extern "C" void init_vacm_conf(void);
+
+namespace agent {
+
+namespace {
+
+constexpr char applicationName[] = "vigil-agent";
+
+// Without a configuration file: reading from this host, below the enterprise's root.
+const char* const defaultAccess[] = {"rocommunity public 127.0.0.0/8 .1.3.6.1.4.1.32473",
+                                     "rocommunity6 public ::1/128 .1.3.6.1.4.1.32473"};
+
+/// Net-SNMP has no switch for every file that it looks for or leaves behind; directory takes the rest.
+void keepToItself(const QByteArray& directory)
+{
+    for (const int setting : {NETSNMP_DS_LIB_PERSISTENT_DIR, NETSNMP_DS_LIB_CONFIGURATION_DIR})
+        netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, setting, directory.constData());
+    for (const int setting : {NETSNMP_DS_LIB_DONT_READ_CONFIGS, NETSNMP_DS_LIB_DONT_LOAD_HOST_FILES,
+                              NETSNMP_DS_LIB_DONT_PERSIST_STATE, NETSNMP_DS_LIB_DISABLE_PERSISTENT_LOAD,
+                              NETSNMP_DS_LIB_DISABLE_PERSISTENT_SAVE, NETSNMP_DS_LIB_ALARM_DONT_USE_SIG})
+        netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, setting, 1);
+    // The agent prints no names; the modules of the host would only be read to complain about those that it
+    // lacks.
+    qputenv("MIBS", "");
+    qputenv("MIBDIRS", "");
+}
+
+/// Net-SNMP calls it when it would read its own configuration files.
+int readOurConfiguration(int, int, void*, void* configFile)
+{
+    const ReceiverAdmission admission;
+    const char* path = static_cast<const char*>(configFile);
+    if (!path) {
+        for (const char* directive : defaultAccess)
+            netsnmp_config(QByteArray(directive).data());
+    } else {
+        read_config_with_type(path, applicationName);
+    }
+    return SNMPERR_SUCCESS;
+}
+
+} // namespace
+
+SnmpEngine::SnmpEngine(const Settings& settings) : m_settings(settings)
+{
+    if (isStandalone())
+        return;
+    m_link = std::make_unique<MasterLink>(m_settings.agentxAddress, m_settings.subtree);
+    QObject::connect(m_link.get(), &MasterLink::sessionChanged, &m_eventLoop, &NetSnmpEventLoop::watchAnew);
+}
+
+SnmpEngine::~SnmpEngine()
+{
+    m_eventLoop.stop();
+    if (m_link)
+        m_link->prepareToEnd();
+    if (!m_isRunning)
+        return;
+    snmp_shutdown(applicationName);
+    shutdown_agent();
+}
+
+QString SnmpEngine::configurationProblem() const
+{
+    QFile file(m_settings.configFile);
+    if (!m_settings.configFile.isEmpty() && !file.open(QIODevice::ReadOnly))
+        return QStringLiteral("cannot read the configuration file %1: %2. See that it is there and that this "
+                              "user may read it")
+            .arg(m_settings.configFile, file.errorString());
+    return QString();
+}
+
+QString SnmpEngine::initialise()
+{
+    QString problem = configurationProblem();
+    if (!problem.isEmpty())
+        return problem;
+    if (!m_directory.isValid())
+        return QStringLiteral(
+                   "cannot create a temporary directory: %1. Make room, or name another place with TMPDIR")
+            .arg(m_directory.errorString());
+    NetSnmpEventLoop::bridgeLog();
+    keepToItself(QFile::encodeName(m_directory.path()));
+    netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, isStandalone() ? 0 : 1);
+    netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_DONT_LOG_TCPWRAPPERS_CONNECTS, 1);
+    add_to_init_list(QByteArray("!smux").data()); // it would listen on a port that nobody asked for
+    if (init_agent(applicationName) != 0)
+        return QStringLiteral("Net-SNMP cannot be initialised; what it says above is the reason");
+    if (m_link)
+        m_link->start();
+    else
+        takeConfiguration();
+    return QString();
+}
+
+void SnmpEngine::takeConfiguration()
+{
+    const QByteArray path = QFile::encodeName(QFileInfo(m_settings.configFile).absoluteFilePath());
+    char* argument = m_settings.configFile.isEmpty() ? nullptr : strdup(path.constData());
+    snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, &readOurConfiguration,
+                           argument); // which Net-SNMP frees
+    init_vacm_conf();
+}
+
+QString SnmpEngine::start()
+{
+    m_isRunning = true;
+    init_snmp(applicationName);
+    const QString problem = isStandalone() ? listen() : QString();
+    if (problem.isEmpty())
+        m_eventLoop.start();
+    return problem;
+}
+
+QString SnmpEngine::reload()
+{
+    if (m_settings.configFile.isEmpty())
+        return QStringLiteral("there is no configuration file to read again: %1")
+            .arg(isStandalone()
+                     ? QStringLiteral("the agent was started without --config")
+                     : QStringLiteral("behind snmpd, access and notifications are configured there"));
+    const QString problem = configurationProblem();
+    if (problem.isEmpty())
+        update_config();
+    return problem;
+}
+
+QString SnmpEngine::statusText() const
+{
+    return m_link ? m_link->statusText()
+                  : QStringLiteral("serving SNMP on %1").arg(m_settings.standaloneAddress);
+}
+
+void SnmpEngine::setStatusListener(const std::function<void(const QString&)>& listener)
+{
+    listener(statusText());
+    if (m_link)
+        QObject::connect(m_link.get(), &MasterLink::statusChanged, m_link.get(),
+                         [this, listener] { listener(statusText()); });
+}
+
+QString SnmpEngine::listen()
+{
+    netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS,
+                          m_settings.standaloneAddress.toLocal8Bit().constData());
+    if (init_master_agent() == 0)
+        return QString();
+    return QStringLiteral("cannot serve on %1: the address is in use, is not one of this host's, or needs "
+                          "privileges (a port below 1024)")
+        .arg(m_settings.standaloneAddress);
+}
+
+} // namespace agent

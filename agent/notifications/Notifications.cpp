@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/notifications/Notifications.h"
+
+namespace agent {
+
+Notifications::Notifications(ServedCells& cells, ApplicationServer& applications, Clock& clock)
+    : m_cells(cells),
+      m_queue(clock, [this](const Notification& notification) { m_sender.send(notification); }),
+      m_policy(
+          clock, [this](const ObjectId& check) { return served(check); },
+          [this](const HealthChange& change) { m_queue.add(Notification::ofHealth(change)); })
+{
+    QObject::connect(&cells, &ServedCells::statusWritten, &m_policy,
+                     &NotificationPolicy::handleStatusWritten);
+    QObject::connect(&cells, &ServedCells::summaryWritten, &m_policy,
+                     &NotificationPolicy::handleSummaryWritten);
+    QObject::connect(&cells, &ServedCells::overruled, &m_policy, &NotificationPolicy::handleOverruled);
+    QObject::connect(&cells, &ServedCells::checkRemoved, &m_policy, &NotificationPolicy::handleRemoved);
+    QObject::connect(&applications, &ApplicationServer::valueChanged, &m_queue,
+                     [this](const ObjectId& cell) { notifyOfValue(cell); });
+}
+
+std::optional<NotificationPolicy::Served> Notifications::served(const ObjectId& check) const
+{
+    using healthTable::cellOf;
+    using healthTable::Column;
+    const Cell* status = m_cells.store().find(cellOf(Column::Status, check));
+    const int* number = status ? std::get_if<int>(&status->served()) : nullptr;
+    if (!number)
+        return std::nullopt;
+    const Cell* summary = m_cells.store().find(cellOf(Column::Summary, check));
+    const std::string* text = summary ? std::get_if<std::string>(&summary->served()) : nullptr;
+    return NotificationPolicy::Served{*number, text ? *text : std::string()};
+}
+
+void Notifications::notifyOfValue(const ObjectId& cell)
+{
+    if (const Cell* found = m_cells.store().find(cell))
+        m_queue.addUnlessBusy(Notification::ofValue(cell, found->served()));
+}
+
+} // namespace agent

@@ -1,0 +1,69 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/process/Signals.h"
+
+#include <cerrno>
+#include <csignal>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace agent {
+
+namespace {
+
+int pipeEnds[2] = {-1, -1};
+
+// Little is allowed in a signal handler; writing to a pipe is.
+extern "C" void wakeEventLoop(int signalNumber)
+{
+    const int savedError = errno;
+    const char byte = static_cast<char>(signalNumber);
+    [[maybe_unused]] const ssize_t written = write(pipeEnds[1], &byte, 1);
+    errno = savedError;
+}
+
+void handle(int signalNumber, void (*handler)(int), int flags = SA_RESTART)
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = flags;
+    sigemptyset(&action.sa_mask);
+    sigaction(signalNumber, &action, nullptr);
+}
+
+} // namespace
+
+Signals::Signals()
+{
+    handle(SIGPIPE, SIG_IGN); // a manager that has closed its TCP connection is no reason to end
+    if (pipe2(pipeEnds, O_CLOEXEC | O_NONBLOCK) != 0)
+        return;
+    m_notifier = std::make_unique<QSocketNotifier>(pipeEnds[0], QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] {
+        char byte = 0;
+        while (read(pipeEnds[0], &byte, 1) > 0) {
+            if (byte == SIGHUP)
+                emit reloadRequested();
+            else
+                emit endRequested();
+        }
+    });
+    handle(SIGHUP, wakeEventLoop);
+    // Whatever the process is waiting for, such as a connection to a host that is not there, it is to stop.
+    handle(SIGTERM, wakeEventLoop, 0);
+    handle(SIGINT, wakeEventLoop, 0);
+}
+
+Signals::~Signals()
+{
+    handle(SIGHUP, SIG_DFL);
+    handle(SIGTERM, SIG_DFL);
+    handle(SIGINT, SIG_DFL);
+    m_notifier.reset();
+    close(pipeEnds[0]);
+    close(pipeEnds[1]);
+}
+
+} // namespace agent

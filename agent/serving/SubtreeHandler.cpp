@@ -1,0 +1,211 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/serving/SubtreeHandler.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace agent {
+
+namespace {
+
+constexpr char keyDataName[] = "vigil-set";
+
+ObjectId objectIdOf(const netsnmp_variable_list& varbind)
+{
+    ObjectId id(varbind.name_length);
+    std::transform(varbind.name, varbind.name + varbind.name_length, id.begin(),
+                   [](oid arc) { return static_cast<unsigned int>(arc); });
+    return id;
+}
+
+void putValue(netsnmp_variable_list* varbind, const CellValue& value)
+{
+    if (const int* number = std::get_if<int>(&value)) {
+        snmp_set_var_typed_integer(varbind, ASN_INTEGER, *number);
+    } else {
+        const std::string& text = std::get<std::string>(value);
+        snmp_set_var_typed_value(varbind, ASN_OCTET_STR, text.data(), text.size());
+    }
+}
+
+/// The manager's value, as far as its type is one that a cell can have.
+int readValue(const netsnmp_variable_list& varbind, CellValue& value)
+{
+    if (varbind.type == ASN_OCTET_STR) {
+        value = std::string(reinterpret_cast<const char*>(varbind.val.string), varbind.val_len);
+        return SNMP_ERR_NOERROR;
+    }
+    if (varbind.type != ASN_INTEGER)
+        return SNMP_ERR_WRONGTYPE;
+    const long number = *varbind.val.integer;
+    if (number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max())
+        return SNMP_ERR_WRONGVALUE;
+    value = static_cast<int>(number);
+    return SNMP_ERR_NOERROR;
+}
+
+/// Ties a SET of the coordinator to Net-SNMP's request: however that one ends, so does the other.
+struct RequestKey
+{
+    SetCoordinator& coordinator;
+    SetCoordinator::Key key;
+
+    static void release(void* data)
+    {
+        auto* self = static_cast<RequestKey*>(data);
+        self->coordinator.drop(self->key);
+        delete self;
+    }
+};
+
+SetCoordinator::Key keyOf(netsnmp_request_info* requests)
+{
+    const auto* data = static_cast<RequestKey*>(netsnmp_request_get_list_data(requests, keyDataName));
+    return data ? data->key : 0;
+}
+
+} // namespace
+
+SubtreeHandler::SubtreeHandler(const CellStore& store, SetCoordinator& coordinator)
+    : m_store(store), m_coordinator(coordinator)
+{
+    connect(&m_coordinator, &SetCoordinator::decided, this, &SubtreeHandler::resume);
+}
+
+SubtreeHandler::~SubtreeHandler()
+{
+    for (const auto& [key, cache] : m_delegated)
+        netsnmp_free_delegated_cache(cache);
+}
+
+bool SubtreeHandler::registerSubtree(const ObjectId& root)
+{
+    m_root = root;
+    const std::vector<oid> rootOid(root.begin(), root.end());
+    netsnmp_handler_registration* registration = netsnmp_create_handler_registration(
+        "vigil", &SubtreeHandler::handle, rootOid.data(), rootOid.size(), HANDLER_CAN_RWRITE);
+    if (!registration)
+        return false;
+    registration->handler->myvoid = this;
+    return netsnmp_register_handler(registration) == SNMPERR_SUCCESS;
+}
+
+int SubtreeHandler::handle(netsnmp_mib_handler* handler, netsnmp_handler_registration* registration,
+                           netsnmp_agent_request_info* info, netsnmp_request_info* requests)
+{
+    auto* self = static_cast<SubtreeHandler*>(handler->myvoid);
+    switch (info->mode) {
+    case MODE_GET:
+        self->handleGet(requests);
+        break;
+    case MODE_GETNEXT:
+        self->handleGetNext(requests);
+        break;
+    case MODE_SET_RESERVE1:
+        self->checkVarbinds(requests);
+        break;
+    case MODE_SET_RESERVE2:
+        self->askOwners(handler, registration, info, requests);
+        break;
+    case MODE_SET_ACTION:
+        self->checkUnchanged(requests);
+        break;
+    case MODE_SET_COMMIT:
+        self->m_coordinator.commit(keyOf(requests));
+        break;
+    case MODE_SET_FREE:
+    case MODE_SET_UNDO:
+        self->m_coordinator.drop(keyOf(requests));
+        break;
+    default:
+        return SNMP_ERR_GENERR;
+    }
+    return SNMP_ERR_NOERROR;
+}
+
+void SubtreeHandler::handleGet(netsnmp_request_info* requests) const
+{
+    for (netsnmp_request_info* request = requests; request; request = request->next) {
+        const Cell* cell = m_store.find(objectIdOf(*request->requestvb));
+        if (cell)
+            putValue(request->requestvb, cell->served());
+        else
+            netsnmp_request_set_error(request, SNMP_NOSUCHINSTANCE);
+    }
+}
+
+void SubtreeHandler::handleGetNext(netsnmp_request_info* requests) const
+{
+    for (netsnmp_request_info* request = requests; request; request = request->next) {
+        const ObjectId asked = objectIdOf(*request->requestvb);
+        const CellStore::Entry* entry = nullptr;
+        if (asked < m_root) // Net-SNMP checks what lies behind the subtree, not what lies before it
+            entry = m_store.findAtOrNext(m_root);
+        else
+            entry = request->inclusive ? m_store.findAtOrNext(asked) : m_store.findNext(asked);
+        if (!entry)
+            continue; // left as it is, Net-SNMP goes on behind the subtree
+        const std::vector<oid> name(entry->first.begin(), entry->first.end());
+        snmp_set_var_objid(request->requestvb, name.data(), name.size());
+        putValue(request->requestvb, entry->second.served());
+    }
+}
+
+void SubtreeHandler::checkVarbinds(netsnmp_request_info* requests) const
+{
+    for (netsnmp_request_info* request = requests; request; request = request->next) {
+        SetVarbind varbind{objectIdOf(*request->requestvb), {}};
+        const bool exists = m_store.find(varbind.id);
+        int status = exists ? readValue(*request->requestvb, varbind.value) : SNMP_ERR_NOCREATION;
+        if (status == SNMP_ERR_NOERROR)
+            status = m_coordinator.check(varbind);
+        if (status != SNMP_ERR_NOERROR)
+            netsnmp_request_set_error(request, status);
+    }
+}
+
+void SubtreeHandler::askOwners(netsnmp_mib_handler* handler, netsnmp_handler_registration* registration,
+                               netsnmp_agent_request_info* info, netsnmp_request_info* requests)
+{
+    std::vector<SetVarbind> varbinds;
+    for (netsnmp_request_info* request = requests; request; request = request->next) {
+        SetVarbind varbind{objectIdOf(*request->requestvb), {}};
+        readValue(*request->requestvb, varbind.value);
+        varbinds.push_back(std::move(varbind));
+        request->delegated = REQUEST_IS_DELEGATED;
+    }
+    const SetCoordinator::Key key = m_coordinator.begin(std::move(varbinds));
+    netsnmp_request_add_list_data(
+        requests,
+        netsnmp_create_data_list(keyDataName, new RequestKey{m_coordinator, key}, &RequestKey::release));
+    m_delegated[key] = netsnmp_create_delegated_cache(handler, registration, info, requests, nullptr);
+}
+
+void SubtreeHandler::checkUnchanged(netsnmp_request_info* requests) const
+{
+    if (!m_coordinator.isStillValid(keyOf(requests)))
+        netsnmp_request_set_error(requests, SNMP_ERR_RESOURCEUNAVAILABLE);
+}
+
+void SubtreeHandler::resume(SetCoordinator::Key key, int index, int errorStatus)
+{
+    const auto delegated = m_delegated.find(key);
+    if (delegated == m_delegated.end())
+        return;
+    netsnmp_delegated_cache* cache = delegated->second;
+    m_delegated.erase(delegated);
+    if (netsnmp_handler_check_cache(cache)) {
+        int position = 0;
+        for (netsnmp_request_info* request = cache->requests; request; request = request->next) {
+            request->delegated = REQUEST_IS_NOT_DELEGATED;
+            if (position++ == index && errorStatus != SNMP_ERR_NOERROR)
+                netsnmp_request_set_error(request, errorStatus);
+        }
+    }
+    netsnmp_free_delegated_cache(cache);
+    netsnmp_check_outstanding_agent_requests();
+}
+
+} // namespace agent

@@ -1,0 +1,97 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_BASE_WIRE_PROPERTYREADER_H
+#define VIGIL_BASE_WIRE_PROPERTYREADER_H
+
+#include <QByteArray>
+#include <QDataStream>
+#include <QString>
+
+#include <string>
+#include <vector>
+
+#include "base/wire/DbBaseType.h"
+
+namespace base {
+
+/// Reads the properties of one record, in ascending order of their tags.
+///
+/// Purpose: passes over properties that the caller does not want and tells an absent property from a present
+/// one. At the end of the bytes every read leaves its target unchanged, even a required one: a record may be
+/// cut short after any complete property.
+///
+/// Threads: none of its own.
+///
+/// Failure: the bytes come from a peer and are not trusted. readRequired() throws its tag, an int, when a
+/// later property comes first; a length or count that makes no sense throws a QString. What is allocated is
+/// in proportion to the bytes that are really there.
+class PropertyReader
+{
+public:
+    /// recordName is for messages. Both must outlive the reader.
+    PropertyReader(const QByteArray& bytes, const char* recordName);
+
+    template <typename T>
+    void readRequired(int tag, T& target)
+    {
+        if (seekProperty(tag) == Found::Later)
+            throw tag;
+        readIfFound(target);
+    }
+
+    template <typename T>
+    void readOptional(int tag, T& target)
+    {
+        if (seekProperty(tag) == Found::Later)
+            stepBack();
+        else
+            readIfFound(target);
+    }
+
+private:
+    enum class Found { Wanted, Later, End };
+
+    Found seekProperty(int wantedTag);
+    void skipValue(qint32 length);
+    void stepBack();
+    [[noreturn]] void throwMalformed(const QString& what) const;
+
+    template <typename T>
+    void readIfFound(T& target)
+    {
+        if (m_found == Found::Wanted)
+            readValue(target);
+    }
+
+    void readValue(int& target);
+    void readValue(std::string& target);
+    void readValue(DbDataType<int>& target);
+    QByteArray readBytes();
+    int readCount();
+
+    template <typename Record>
+    void readValue(Record& target)
+    {
+        target.decode(readBytes());
+    }
+
+    template <typename Record>
+    void readValue(std::vector<Record>& target)
+    {
+        const int count = readCount();
+        if (count == 0)
+            return;
+        target.resize(static_cast<std::size_t>(count));
+        for (Record& element : target)
+            readValue(element);
+    }
+
+    QDataStream m_stream;
+    const char* m_recordName;
+    Found m_found = Found::End;
+};
+
+} // namespace base
+
+#endif

@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_BASE_WIRE_PROPERTYWRITER_H
+#define VIGIL_BASE_WIRE_PROPERTYWRITER_H
+
+#include <QByteArray>
+#include <QDataStream>
+
+#include <string>
+#include <vector>
+
+#include "base/wire/DbBaseType.h"
+
+namespace base {
+
+/// The data stream version of everything on the wire: that of Qt 4.6, the oldest peer.
+constexpr int wireStreamVersion = QDataStream::Qt_4_6;
+
+/// Writes the properties of one record, in ascending order of their tags: tag, byte length, value. The length
+/// lets a reader skip what it does not know.
+class PropertyWriter
+{
+public:
+    /// Writes into out, which must be empty and outlive the writer.
+    explicit PropertyWriter(QByteArray& out);
+
+    template <typename T>
+    void write(int tag, const T& value)
+    {
+        const qint64 start = beginProperty(tag);
+        writeValue(value);
+        endProperty(start);
+    }
+
+private:
+    qint64 beginProperty(int tag);
+    void endProperty(qint64 start);
+
+    void writeValue(qint32 value);
+    void writeValue(const std::string& text);
+    void writeValue(const DbDataType<int>& value);
+    void writeValue(const DbBaseType& record);
+
+    template <typename Record>
+    void writeValue(const std::vector<Record>& records)
+    {
+        writeValue(static_cast<qint32>(records.size()));
+        for (const Record& record : records)
+            writeValue(static_cast<const DbBaseType&>(record));
+    }
+
+    QDataStream m_stream;
+};
+
+} // namespace base
+
+#endif

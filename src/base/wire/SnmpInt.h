@@ -1,0 +1,36 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_BASE_WIRE_SNMPINT_H
+#define VIGIL_BASE_WIRE_SNMPINT_H
+
+#include <string>
+
+#include "base/wire/DbBaseType.h"
+
+namespace base {
+
+/// One integer variable binding. It may travel without a value: a null value means that the variable is
+/// unset.
+class SnmpInt : public DbBaseType
+{
+public:
+    static constexpr const char* recordName = "SnmpInt";
+
+    SnmpInt() = default;
+    explicit SnmpInt(const QByteArray& bytes);
+
+    SnmpInt* clone() const override;
+    void clear() override;
+    void serialize(QByteArray& out) const override;
+
+    /// Fills the record from its encoding. On failure the record is left partly filled.
+    void decode(const QByteArray& bytes);
+
+    std::string oid; ///< dotted text without a leading dot
+    DbDataType<int> value;
+};
+
+} // namespace base
+
+#endif

@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_BASE_WIRE_SNMPRESPONSE_H
+#define VIGIL_BASE_WIRE_SNMPRESPONSE_H
+
+#include "base/wire/DbBaseType.h"
+#include "base/wire/Decode.h"
+#include "base/wire/PropertyWriter.h"
+#include "base/wire/SnmpInt.h"
+#include "base/wire/SnmpString.h"
+
+namespace base {
+
+/// The answer to the validation of a variable binding: the binding as it was asked, and a verdict.
+template <typename Varbind>
+class SnmpResponse : public DbBaseType
+{
+public:
+    static const char* const recordName;
+
+    SnmpResponse() = default;
+    explicit SnmpResponse(const QByteArray& bytes) { decode(bytes); }
+
+    SnmpResponse* clone() const override { return new SnmpResponse(*this); }
+    void clear() override { *this = SnmpResponse(); }
+
+    void serialize(QByteArray& out) const override
+    {
+        PropertyWriter writer(out);
+        writer.write(0, m_storeType);
+        writer.write(1, static_cast<const DbBaseType&>(varbind));
+        writer.write(2, errorStatus);
+    }
+
+    /// Fills the record from its encoding. On failure the record is left partly filled.
+    void decode(const QByteArray& bytes)
+    {
+        decodeRecord(bytes, recordName, {"StoreType", "Varbind", "ErrorStatus"},
+                     [this](PropertyReader& reader) {
+                         reader.readRequired(0, m_storeType);
+                         reader.readRequired(1, varbind);
+                         reader.readRequired(2, errorStatus);
+                     });
+    }
+
+    Varbind varbind;
+    int errorStatus = 0; ///< an SNMP error status; 0 accepts
+};
+
+using SnmpIntResponse = SnmpResponse<SnmpInt>;
+using SnmpStringResponse = SnmpResponse<SnmpString>;
+
+template <>
+inline const char* const SnmpIntResponse::recordName = "SnmpIntResponse";
+template <>
+inline const char* const SnmpStringResponse::recordName = "SnmpStringResponse";
+
+} // namespace base
+
+#endif

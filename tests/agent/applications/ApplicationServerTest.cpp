@@ -1,0 +1,158 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gmock/gmock.h>
+
+#include "agent/applications/ApplicationServer.h"
+#include "base/wire/DataType.h"
+#include "base/wire/SnmpInt.h"
+#include "support/FakeApplication.h"
+#include "support/ManualClock.h"
+#include "support/RunUntil.h"
+
+using agent::ApplicationServer;
+using agent::ConnectionInfo;
+using support::FakeApplication;
+using support::runUntil;
+
+namespace {
+
+const agent::ObjectId firstCell{1, 3, 6, 1, 4, 1, 32473, 5, 1};
+
+class ApplicationServerTest : public testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(server.listen(QHostAddress::LocalHost, 0)); }
+
+    quint16 port() const { return server.address().section(QLatin1Char(':'), -1).toUShort(); }
+    static agent::Limits limits()
+    {
+        agent::Limits limits;
+        limits.connections = 3;
+        limits.cells = 4;
+        limits.textBytes = 10;
+        return limits;
+    }
+
+    bool waitForCells(size_t count)
+    {
+        return runUntil([&] { return store.size() == count; });
+    }
+
+    agent::CellStore store;
+    support::ManualClock clock;
+    agent::ServedCells cells{store, clock, agent::ServedCells::Settings()};
+    ApplicationServer server{cells, clock, limits()};
+};
+
+} // namespace
+
+TEST_F(ApplicationServerTest, TellsWhatThereIsToKnowAboutAConnection)
+{
+    FakeApplication application(port());
+    ASSERT_TRUE(runUntil([&] { return server.connections().size() == 1; }));
+    EXPECT_TRUE(server.connections()[0].lastFrame.isNull());
+    const QDateTime connected = clock.nowUtc();
+    clock.advance(5000);
+    application.publish("5.1", 1);
+    application.publish("5.1", 2);
+    application.publish("5.2", 3);
+    ASSERT_TRUE(waitForCells(2));
+
+    const ConnectionInfo info = server.connections()[0];
+    EXPECT_EQ(info.number, 1u);
+    EXPECT_EQ(info.address, QHostAddress(QHostAddress::LocalHost));
+    EXPECT_EQ(info.port, application.localPort());
+    EXPECT_EQ(info.state, ConnectionInfo::State::Connected);
+    EXPECT_EQ(info.since, connected);
+    EXPECT_EQ(info.cells, 2u);
+    EXPECT_EQ(info.frames, 3u);
+    EXPECT_EQ(info.recordsRefused, 0u);
+    EXPECT_EQ(info.lastFrame, clock.nowUtc());
+}
+
+TEST_F(ApplicationServerTest, TurnsAwayWhoeverComesBeyondTheLimitUntilSomebodyLeaves)
+{
+    std::vector<std::unique_ptr<FakeApplication>> applications;
+    for (int i = 0; i < 3; ++i)
+        applications.push_back(std::make_unique<FakeApplication>(port()));
+    ASSERT_TRUE(runUntil([&] { return server.connections().size() == 3; }));
+    FakeApplication tooMany(port());
+    EXPECT_TRUE(tooMany.waitForDisconnect());
+    applications[0]->publish("5.1", 1);
+    ASSERT_TRUE(waitForCells(1));
+    EXPECT_EQ(server.connections().size(), 3u);
+
+    applications.pop_back();
+    ASSERT_TRUE(runUntil([&] { return server.connections().size() == 2; }));
+    FakeApplication next(port());
+    next.publish("5.2", 1);
+    EXPECT_TRUE(waitForCells(2));
+}
+
+TEST_F(ApplicationServerTest, RefusesCellsBeyondTheLimitAndGoesOnWithTheOthers)
+{
+    FakeApplication application(port());
+    FakeApplication other(port());
+    for (const char* oid : {"5.1", "5.2", "5.3", "5.4", "5.5", "5.6"})
+        application.publish(oid, 1);
+    application.publish("5.1", 2);
+    other.publish("5.7", 1);
+    ASSERT_TRUE(waitForCells(5));
+    ASSERT_TRUE(runUntil([&] { return std::get<int>(store.find(firstCell)->value) == 2; }));
+    EXPECT_EQ(server.connections()[0].cells, 4u);
+    EXPECT_EQ(server.connections()[0].recordsRefused, 2u);
+
+    application.unset("5.2");
+    application.publish("5.5", 1);
+    EXPECT_TRUE(runUntil([&] { return store.find({1, 3, 6, 1, 4, 1, 32473, 5, 5}) != nullptr; }));
+}
+
+TEST_F(ApplicationServerTest, ATextThatIsTooLongTakesTheCellAwayUntilItIsShorter)
+{
+    FakeApplication application(port());
+    application.publish("5.1", std::string("0123456789"));
+    ASSERT_TRUE(waitForCells(1));
+    application.publish("5.1", std::string("0123456789a"));
+    EXPECT_TRUE(waitForCells(0));
+    application.publish("5.1", std::string("short"));
+    EXPECT_TRUE(waitForCells(1));
+    EXPECT_TRUE(application.isConnected());
+}
+
+TEST_F(ApplicationServerTest, ARecordThatIsNotServedIsCountedAsRefused)
+{
+    FakeApplication application(port());
+    application.publish("", 1);
+    application.publish("5.1", 1);
+    ASSERT_TRUE(waitForCells(1));
+    EXPECT_EQ(server.connections()[0].recordsRefused, 1u);
+    EXPECT_EQ(server.connections()[0].frames, 2u);
+}
+
+TEST_F(ApplicationServerTest, AConnectionWithoutCellsLeavesNothingBehind)
+{
+    FakeApplication application(port());
+    application.publish("5.1", 1);
+    ASSERT_TRUE(waitForCells(1));
+    application.unset("5.1");
+    application.close();
+    EXPECT_TRUE(runUntil([&] { return server.connections().empty(); }));
+}
+
+TEST_F(ApplicationServerTest, AValueWithTheWishForANotificationIsTold)
+{
+    std::vector<agent::ObjectId> notable;
+    QObject::connect(&server, &ApplicationServer::valueChanged, &server,
+                     [&](const agent::ObjectId& id) { notable.push_back(id); });
+    base::SnmpInt record;
+    record.oid = "5.1";
+    record.value.setValue(7);
+    QByteArray payload;
+    record.serialize(payload);
+    FakeApplication application(port());
+    application.publish("5.2", 1);
+    application.sendFrame(base::SnmpIntType, base::ValueWithTrap, payload);
+    EXPECT_TRUE(runUntil([&] { return !notable.empty(); }));
+    EXPECT_THAT(notable, testing::ElementsAre(firstCell));
+}

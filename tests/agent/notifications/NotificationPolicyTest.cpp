@@ -1,0 +1,407 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gmock/gmock.h>
+
+#include <map>
+#include <ostream>
+#include <vector>
+
+#include "agent/notifications/NotificationPolicy.h"
+#include "support/ManualClock.h"
+
+using agent::HealthChange;
+using agent::NotificationPolicy;
+using agent::ObjectId;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace agent {
+
+bool operator==(const HealthChange& left, const HealthChange& right)
+{
+    return left.check == right.check && left.status == right.status &&
+           left.previousStatus == right.previousStatus && left.summary == right.summary;
+}
+
+void PrintTo(const HealthChange& change, std::ostream* out)
+{
+    *out << "check " << change.check.at(0) << ": " << change.previousStatus << " -> " << change.status
+         << " \"" << change.summary << '"';
+}
+
+} // namespace agent
+
+namespace {
+
+constexpr int ok = 0;
+constexpr int warning = 1;
+constexpr int critical = 2;
+constexpr int unknown = 3;
+
+const ObjectId disk{1};
+const ObjectId memory{2};
+
+class NotificationPolicyTest : public testing::Test
+{
+protected:
+    void writeStatus(int status, const ObjectId& check = disk)
+    {
+        rows[check].status = status;
+        policy.handleStatusWritten(check, status);
+    }
+
+    void writeSummary(const std::string& summary, const ObjectId& check = disk)
+    {
+        rows[check].summary = summary;
+        policy.handleSummaryWritten(check, summary);
+    }
+
+    void write(int status, const std::string& summary, const ObjectId& check = disk)
+    {
+        writeStatus(status, check);
+        writeSummary(summary, check);
+    }
+
+    void create(const ObjectId& check = disk) { write(unknown, "", check); }
+
+    void overrule(const std::string& summary, const ObjectId& check = disk)
+    {
+        rows[check] = {unknown, summary};
+        policy.handleOverruled(check);
+    }
+
+    void remove(const ObjectId& check = disk)
+    {
+        rows.erase(check);
+        policy.handleRemoved(check);
+    }
+
+    /// A check that managers have last heard of as OK, or not at all, some time ago.
+    void createEvaluated(const ObjectId& check = disk)
+    {
+        create(check);
+        write(ok, "fine", check);
+        clock.advance(60'000);
+    }
+
+    support::ManualClock clock;
+    std::map<ObjectId, NotificationPolicy::Served> rows;
+    std::vector<HealthChange> sent;
+    NotificationPolicy policy{clock,
+                              [this](const ObjectId& check) -> std::optional<NotificationPolicy::Served> {
+                                  const auto row = rows.find(check);
+                                  if (row == rows.end())
+                                      return std::nullopt;
+                                  return row->second;
+                              },
+                              [this](const HealthChange& change) { sent.push_back(change); }};
+};
+
+} // namespace
+
+// --- The first evaluation
+
+TEST_F(NotificationPolicyTest, ACheckThatHasOnlyBeenCreatedIsNoNews)
+{
+    create();
+    clock.advance(5000);
+    EXPECT_THAT(sent, IsEmpty());
+}
+
+TEST_F(NotificationPolicyTest, AFirstEvaluationAsOkOrUnknownIsNoNews)
+{
+    create(disk);
+    write(ok, "fine", disk);
+    create(memory);
+    write(unknown, "memory is unknown", memory);
+    clock.advance(5000);
+    EXPECT_THAT(sent, IsEmpty());
+}
+
+TEST_F(NotificationPolicyTest, AFirstEvaluationAsWarningOrCriticalIsNewsSinceUnknown)
+{
+    create(disk);
+    write(warning, "filling up", disk);
+    create(memory);
+    write(critical, "full", memory);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, warning, unknown, "filling up"},
+                                  HealthChange{memory, critical, unknown, "full"}));
+}
+
+TEST_F(NotificationPolicyTest, AnUnknownWithASummaryIsAnEvaluationSoThatTheNextStatusIsAChange)
+{
+    create();
+    write(unknown, "disk is unknown");
+    write(ok, "fine");
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, ok, unknown, "fine"}));
+}
+
+TEST_F(NotificationPolicyTest, ACheckThatIsCreatedAndLostBeforeItsEvaluationIsNoNews)
+{
+    create();
+    overrule("No connection");
+    clock.advance(5000);
+    EXPECT_THAT(sent, IsEmpty());
+    write(ok, "fine");
+    EXPECT_THAT(sent, IsEmpty()) << "the loss was no evaluation";
+}
+
+// --- Later changes
+
+TEST_F(NotificationPolicyTest, EveryLaterChangeIsNewsRecoveryIncluded)
+{
+    createEvaluated();
+    write(critical, "full");
+    clock.advance(1000);
+    write(warning, "filling up");
+    clock.advance(1000);
+    write(ok, "fine");
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, critical, ok, "full"},
+                                  HealthChange{disk, warning, critical, "filling up"},
+                                  HealthChange{disk, ok, warning, "fine"}));
+}
+
+TEST_F(NotificationPolicyTest, TheSameStatusAgainIsNoNewsWhateverTheSummarySays)
+{
+    createEvaluated();
+    write(ok, "still fine");
+    writeSummary("better than ever");
+    clock.advance(5000);
+    EXPECT_THAT(sent, IsEmpty());
+}
+
+TEST_F(NotificationPolicyTest, ALossIsNewsAtOnceWithTheAgentsOwnText)
+{
+    createEvaluated();
+    overrule("No connection");
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, unknown, ok, "No connection"}));
+}
+
+TEST_F(NotificationPolicyTest, AReturnAfterALossIsNewsWithTheApplicationsText)
+{
+    createEvaluated();
+    overrule("No connection");
+    clock.advance(1000);
+    rows[disk].summary = "fine"; // what was there before the loss
+    writeStatus(ok);
+    EXPECT_EQ(sent.size(), 1u) << "its own summary has not come yet";
+    writeSummary("fine again");
+    ASSERT_EQ(sent.size(), 2u);
+    EXPECT_EQ(sent[1], (HealthChange{disk, ok, unknown, "fine again"}));
+}
+
+TEST_F(NotificationPolicyTest, AReplayWithoutALossIsNoNews)
+{
+    createEvaluated();
+    createEvaluated(memory);
+    writeStatus(ok, disk);
+    writeStatus(ok, memory);
+    writeSummary("fine", disk);
+    writeSummary("fine", memory);
+    clock.advance(5000);
+    EXPECT_THAT(sent, IsEmpty());
+}
+
+TEST_F(NotificationPolicyTest, AfterAStartOfTheAgentAReplayIsNewsForWhatNeedsAttentionAlone)
+{
+    writeStatus(ok, disk); // in the order of identifiers: every status before the first summary
+    writeStatus(critical, memory);
+    writeSummary("fine", disk);
+    writeSummary("full", memory);
+    clock.advance(5000);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{memory, critical, unknown, "full"}));
+}
+
+TEST_F(NotificationPolicyTest, AnApplicationThatStartsAnewIsNewsWhileItsCheckIsUnknown)
+{
+    createEvaluated();
+    create(); // its cells had stayed after a crash
+    clock.advance(5000);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, unknown, ok, ""}));
+}
+
+// --- A status and its text
+
+TEST_F(NotificationPolicyTest, AStatusWaitsForItsSummary)
+{
+    createEvaluated();
+    writeStatus(critical);
+    clock.advance(199);
+    EXPECT_THAT(sent, IsEmpty());
+    writeSummary("full");
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, critical, ok, "full"}));
+}
+
+TEST_F(NotificationPolicyTest, AStatusWithoutSummaryWaits200Milliseconds)
+{
+    createEvaluated();
+    writeStatus(critical);
+    clock.advance(199);
+    EXPECT_THAT(sent, IsEmpty());
+    clock.advance(1);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, critical, ok, "fine"}));
+}
+
+TEST_F(NotificationPolicyTest, StatusesThatFlapWhileTheyWaitAreOneChangeOrNone)
+{
+    createEvaluated();
+    writeStatus(warning);
+    clock.advance(100);
+    writeStatus(critical);
+    writeSummary("full");
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, critical, ok, "full"}));
+
+    createEvaluated(memory);
+    writeStatus(warning, memory);
+    clock.advance(100);
+    writeStatus(ok, memory);
+    clock.advance(5000);
+    EXPECT_EQ(sent.size(), 1u);
+}
+
+TEST_F(NotificationPolicyTest, AStatusThatKeepsChangingDoesNotPutItsNotificationOffForEver)
+{
+    createEvaluated();
+    for (int i = 0; i < 4; ++i) {
+        writeStatus(i % 2 == 0 ? warning : critical);
+        clock.advance(60);
+    }
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, critical, ok, "fine"}));
+}
+
+TEST_F(NotificationPolicyTest, ALossEndsTheWaiting)
+{
+    createEvaluated();
+    writeStatus(critical);
+    overrule("No connection");
+    clock.advance(5000);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, unknown, ok, "No connection"}));
+}
+
+// --- One a second
+
+TEST_F(NotificationPolicyTest, WhatWasHeldBackIsSentAsTheNewestStateWhenTheSecondIsOver)
+{
+    createEvaluated();
+    write(warning, "filling up");
+    clock.advance(300);
+    write(critical, "full");
+    clock.advance(300);
+    write(ok, "fine again");
+    clock.advance(399);
+    EXPECT_EQ(sent.size(), 1u);
+    clock.advance(1);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, warning, ok, "filling up"},
+                                  HealthChange{disk, ok, warning, "fine again"}));
+}
+
+TEST_F(NotificationPolicyTest, WhatWasHeldBackIsNotSentWhenTheStatusIsTheNotifiedOneAgain)
+{
+    createEvaluated();
+    write(warning, "filling up");
+    write(critical, "full");
+    write(warning, "filling up again");
+    clock.advance(5000);
+    EXPECT_EQ(sent.size(), 1u);
+}
+
+TEST_F(NotificationPolicyTest, ALossWithinTheSecondIsHeldBackToo)
+{
+    createEvaluated();
+    write(warning, "filling up");
+    overrule("No connection");
+    EXPECT_EQ(sent.size(), 1u);
+    clock.advance(1000);
+    ASSERT_EQ(sent.size(), 2u);
+    EXPECT_EQ(sent[1], (HealthChange{disk, unknown, warning, "No connection"}));
+}
+
+TEST_F(NotificationPolicyTest, AStatusThatIsWrittenAtTheEndOfTheSecondStillWaitsForItsSummary)
+{
+    createEvaluated();
+    write(warning, "filling up");
+    write(critical, "full");
+    clock.advance(999);
+    writeStatus(ok);
+    clock.advance(100);
+    EXPECT_EQ(sent.size(), 1u);
+    writeSummary("fine again");
+    ASSERT_EQ(sent.size(), 2u);
+    EXPECT_EQ(sent[1], (HealthChange{disk, ok, warning, "fine again"}));
+}
+
+TEST_F(NotificationPolicyTest, OneCheckDoesNotHoldAnotherBack)
+{
+    createEvaluated(disk);
+    createEvaluated(memory);
+    write(warning, "filling up", disk);
+    write(critical, "full", memory);
+    EXPECT_EQ(sent.size(), 2u);
+}
+
+TEST_F(NotificationPolicyTest, ACheckThatFlapsForTenSecondsIsNewsTenTimesAtMost)
+{
+    createEvaluated();
+    for (int i = 1; i < 1000; ++i) {
+        write(i % 2 == 0 ? ok : critical, "flapping");
+        clock.advance(10);
+    }
+    EXPECT_LE(sent.size(), 10u);
+    EXPECT_GE(sent.size(), 5u);
+}
+
+// --- Rows that go
+
+TEST_F(NotificationPolicyTest, ARowThatGoesIsNoNews)
+{
+    createEvaluated();
+    remove();
+    clock.advance(5000);
+    EXPECT_THAT(sent, IsEmpty());
+    EXPECT_EQ(policy.size(), 0u);
+}
+
+TEST_F(NotificationPolicyTest, ARowThatGoesTakesBackWhatWaits)
+{
+    createEvaluated(disk);
+    writeStatus(critical, disk);
+    remove(disk);
+    createEvaluated(memory);
+    write(warning, "filling up", memory);
+    write(critical, "full", memory);
+    remove(memory);
+    clock.advance(5000);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{memory, warning, ok, "filling up"}));
+    EXPECT_EQ(policy.size(), 0u);
+}
+
+TEST_F(NotificationPolicyTest, ARowThatIsMadeAgainIsEvaluatedAnew)
+{
+    createEvaluated();
+    write(critical, "full");
+    clock.advance(5000);
+    remove();
+    create();
+    write(ok, "fine");
+    clock.advance(5000);
+    EXPECT_EQ(sent.size(), 1u);
+    remove();
+    create();
+    write(critical, "full again");
+    ASSERT_EQ(sent.size(), 2u);
+    EXPECT_EQ(sent[1], (HealthChange{disk, critical, unknown, "full again"}));
+}
+
+TEST_F(NotificationPolicyTest, ARowThatIsMadeAgainAllTheTimeIsNewsOnceASecond)
+{
+    for (int i = 0; i < 300; ++i) {
+        create();
+        write(critical, "full");
+        remove();
+        clock.advance(10);
+    }
+    EXPECT_EQ(sent.size(), 3u);
+    clock.advance(1000);
+    EXPECT_EQ(policy.size(), 0u);
+}

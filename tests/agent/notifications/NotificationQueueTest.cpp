@@ -1,0 +1,106 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#include "agent/notifications/NotificationQueue.h"
+#include "support/ManualClock.h"
+
+using agent::Notification;
+using agent::NotificationQueue;
+using agent::ObjectId;
+
+namespace {
+
+class NotificationQueueTest : public testing::Test
+{
+protected:
+    void addHealth(int count)
+    {
+        for (int i = 0; i < count; ++i)
+            queue.add(Notification::ofHealth({{++m_check}, 2, 0, "full"}));
+    }
+
+    void addValues(int count)
+    {
+        for (int i = 0; i < count; ++i)
+            queue.addUnlessBusy(Notification::ofValue(value, i));
+    }
+
+    size_t sentValues() const
+    {
+        return static_cast<size_t>(std::count_if(sent.begin(), sent.end(), [&](const Notification& each) {
+            return each.objects.front().first == value;
+        }));
+    }
+
+    size_t sentHealth() const { return sent.size() - sentValues(); }
+
+    const ObjectId value{1, 3, 6, 1, 4, 1, 32473, 5};
+    support::ManualClock clock;
+    std::vector<Notification> sent;
+    NotificationQueue queue{clock,
+                            [this](const Notification& notification) { sent.push_back(notification); }};
+
+private:
+    unsigned int m_check = 0;
+};
+
+} // namespace
+
+TEST_F(NotificationQueueTest, SendsAtOnceAsLongAsThereAreFew)
+{
+    addHealth(100);
+    addValues(100);
+    EXPECT_EQ(sentHealth(), 100u);
+    EXPECT_EQ(sentValues(), 100u);
+}
+
+TEST_F(NotificationQueueTest, ChangesOfHealthWaitForTheirTurnAndKeepTheirOrder)
+{
+    addHealth(2000);
+    EXPECT_LT(sent.size(), 400u);
+    clock.advance(1000);
+    EXPECT_GT(sent.size(), 600u);
+    EXPECT_LT(sent.size(), 800u);
+    clock.advance(10'000);
+    ASSERT_EQ(sent.size(), 2000u);
+    for (size_t i = 0; i < sent.size(); ++i)
+        ASSERT_EQ(sent[i].objects.front().first.back(), i + 1);
+    EXPECT_EQ(queue.dropped(), 0u);
+}
+
+TEST_F(NotificationQueueTest, ValuesDoNotWait)
+{
+    addValues(5000);
+    const size_t first = sent.size();
+    EXPECT_LT(first, 600u);
+    EXPECT_EQ(queue.dropped(), 5000 - first);
+    clock.advance(10'000);
+    EXPECT_EQ(sent.size(), first);
+    addValues(1);
+    EXPECT_EQ(sent.size(), first + 1);
+}
+
+TEST_F(NotificationQueueTest, AFloodOfValuesDoesNotDelayWaitingChangesOfHealth)
+{
+    addHealth(700);
+    for (int i = 0; i < 300; ++i) {
+        addValues(100);
+        clock.advance(10);
+    }
+    EXPECT_EQ(sentHealth(), 700u);
+}
+
+TEST_F(NotificationQueueTest, WhatWaitsIsBounded)
+{
+    addHealth(50'000);
+    EXPECT_GT(queue.dropped(), 0u);
+    clock.advance(120'000);
+    EXPECT_EQ(sent.size() + queue.dropped(), 50'000u);
+    EXPECT_GT(sent.size(), 9'000u);
+    addHealth(1);
+    EXPECT_EQ(sent.size() + queue.dropped(), 50'001u);
+}

@@ -1,0 +1,235 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include "support/AgentProcess.h"
+#include "support/FakeApplication.h"
+#include "support/SnmpTool.h"
+
+using support::AgentProcess;
+using support::FakeApplication;
+using support::SnmpTool;
+
+namespace {
+
+const QString root = QStringLiteral(".1.3.6.1.4.1.32473");
+const QString dateAndTime = QStringLiteral("20\\d\\d-\\d+-\\d+,\\d+:\\d+:\\d+\\.\\d,\\+0:0");
+
+QString scalar(const char* name)
+{
+    return QStringLiteral("VIGIL-AGENT-MIB::vigilAgent%1.0").arg(QLatin1String(name));
+}
+
+QString column(const char* name, int row)
+{
+    return QStringLiteral("VIGIL-AGENT-MIB::vigilAgentConnection%1.%2").arg(QLatin1String(name)).arg(row);
+}
+
+bool isMatch(const QString& pattern, const QString& text)
+{
+    return QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(text).hasMatch();
+}
+
+/// An agent in which the community "private" may write, and two connections.
+class AgentMib : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        QFile file(m_directory.filePath(QStringLiteral("agent.conf")));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("rwcommunity private 127.0.0.1\n");
+        file.close();
+        agent = std::make_unique<AgentProcess>(
+            QStringList{QStringLiteral("--config"), file.fileName(), QStringLiteral("--verbose"),
+                        QStringLiteral("--set-timeout"), QStringLiteral("300")});
+        ASSERT_TRUE(agent->start()) << agent->log().constData();
+        tool =
+            std::make_unique<SnmpTool>(agent->udpAddress(), SnmpTool::community(QStringLiteral("private")));
+        first = connectApplication();
+        second = connectApplication();
+    }
+
+    std::unique_ptr<FakeApplication> connectApplication()
+    {
+        auto application = std::make_unique<FakeApplication>(agent->applicationPort());
+        EXPECT_TRUE(agent->waitForLog("application " + QByteArray::number(++m_connections) + " ("));
+        return application;
+    }
+
+    /// The agent has handled all that the application has sent so far.
+    void settle(FakeApplication& application)
+    {
+        application.publish("999.1", ++m_marks);
+        ASSERT_TRUE(tool->waitFor(root + QStringLiteral(".999.1"), QString::number(m_marks)))
+            << agent->log().constData();
+    }
+
+    void set(const char* relative, int value)
+    {
+        tool->set(
+            {root + QLatin1Char('.') + QLatin1String(relative), QStringLiteral("i"), QString::number(value)});
+    }
+
+    std::unique_ptr<AgentProcess> agent;
+    std::unique_ptr<SnmpTool> tool;
+    std::unique_ptr<FakeApplication> first;
+    std::unique_ptr<FakeApplication> second;
+
+private:
+    QTemporaryDir m_directory;
+    int m_connections = 0;
+    int m_marks = 0;
+};
+
+} // namespace
+
+TEST_F(AgentMib, TellsVersionUpTimeAndTheNumberOfCells)
+{
+    first->publish("5.1", 1);
+    first->publish("5.2", 2);
+    settle(*second);
+    ASSERT_TRUE(tool->waitFor(scalar("Cells"), QStringLiteral("3")));
+    EXPECT_EQ(QStringLiteral("vigil-agent %1\n").arg(tool->get(scalar("Version"))),
+              QString::fromUtf8(AgentProcess::run({QStringLiteral("--version")}).out));
+    const QString upTime =
+        tool->run(QStringLiteral("snmpget"), {scalar("UpTime")}, {QStringLiteral("-OvtU")}).out;
+    EXPECT_GT(upTime.toInt(), 0) << qPrintable(upTime);
+    EXPECT_LT(upTime.toInt(), 6000);
+    EXPECT_EQ(tool->get(scalar("NotificationsSent")), QStringLiteral("0")) << "there is no receiver";
+}
+
+TEST_F(AgentMib, CountsWhatBecomesOfSets)
+{
+    first->publish("5.1", 1);
+    settle(*first);
+    set("5.1", 2);
+    first->onQuestion = [this](const FakeApplication::Request& question) { first->answer(question, 1); };
+    set("5.1", 3);
+    first->onQuestion = [](const FakeApplication::Request&) {};
+    set("5.1", 4);
+    set("5.2", 5); // the agent itself refuses: no such cell
+    EXPECT_EQ(tool->get(scalar("SetsForwarded")), QStringLiteral("3"));
+    EXPECT_EQ(tool->get(scalar("SetsRefused")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(scalar("SetsTimedOut")), QStringLiteral("1"));
+}
+
+TEST_F(AgentMib, HasARowForEachConnection)
+{
+    first->publish("5.1", 1);
+    first->publish("5.1", 2);
+    first->publish("", 3);
+    settle(*first);
+    ASSERT_TRUE(tool->waitFor(column("Frames", 1), QStringLiteral("4")));
+    EXPECT_EQ(tool->get(column("Address", 1)), QStringLiteral("127.0.0.1"));
+    EXPECT_TRUE(
+        agent->log().contains("application 1 (127.0.0.1:" + tool->get(column("Port", 1)).toUtf8() + ")"));
+    EXPECT_EQ(tool->get(column("State", 1)), QStringLiteral("1"));
+    EXPECT_TRUE(isMatch(dateAndTime, tool->get(column("Since", 1))))
+        << qPrintable(tool->get(column("Since", 1)));
+    EXPECT_EQ(tool->get(column("Cells", 1)), QStringLiteral("2"));
+    EXPECT_EQ(tool->get(column("RecordsRefused", 1)), QStringLiteral("1"));
+    EXPECT_TRUE(isMatch(dateAndTime, tool->get(column("LastFrame", 1))));
+
+    EXPECT_EQ(tool->get(column("Cells", 2)), QStringLiteral("0"));
+    EXPECT_EQ(tool->get(column("Frames", 2)), QStringLiteral("0"));
+    EXPECT_EQ(tool->get(column("LastFrame", 2)), QStringLiteral("0-0-0,0:0:0.0")) << "before the first frame";
+    EXPECT_TRUE(tool->get(column("State", 3)).startsWith(QStringLiteral("No Such Instance")));
+}
+
+TEST_F(AgentMib, AConnectionWithoutCellsGoesAndALostOneStays)
+{
+    first->publish("5.1", 1);
+    settle(*first);
+    first->close();
+    second->close();
+    EXPECT_TRUE(tool->waitFor(column("State", 1), QStringLiteral("2")));
+    EXPECT_TRUE(
+        tool->waitFor(column("State", 2), QStringLiteral("No Such Instance currently exists at this OID")));
+    EXPECT_EQ(tool->get(column("Cells", 1)), QStringLiteral("2"));
+}
+
+TEST_F(AgentMib, SnmptablePrintsNamesAndNothingElse)
+{
+    first->publish("5.1", 1);
+    settle(*first);
+    const SnmpTool::Result result = tool->run(
+        QStringLiteral("snmptable"), {QStringLiteral("VIGIL-AGENT-MIB::vigilAgentConnectionTable")},
+        {QStringLiteral("-Cl"), QStringLiteral("-Ci"), QStringLiteral("-CB"), QStringLiteral("-Cb")});
+    EXPECT_EQ(result.err, QString());
+    const QStringList lines = result.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 4) << qPrintable(result.out);
+    EXPECT_EQ(lines[1].simplified(),
+              QStringLiteral("index Address Port State Since Cells Frames RecordsRefused LastFrame"));
+    EXPECT_TRUE(isMatch(QStringLiteral("1 127\\.0\\.0\\.1 \\d+ connected %1 2 2 0 %1").arg(dateAndTime),
+                        lines[2].simplified()))
+        << qPrintable(lines[2]);
+    EXPECT_TRUE(
+        isMatch(QStringLiteral("2 127\\.0\\.0\\.1 \\d+ connected %1 0 0 0 0-0-0,0:0:0\\.0").arg(dateAndTime),
+                lines[3].simplified()))
+        << qPrintable(lines[3]);
+}
+
+TEST_F(AgentMib, StandsInAWalkBetweenTheCellsBeforeAndBehindIt)
+{
+    first->publish("127.3.1.200.4.9", 1);
+    first->publish("127.3.1.200.6", 2);
+    settle(*first);
+    for (const char* program : {"snmpwalk", "snmpbulkwalk"}) {
+        const QStringList lines = tool->walk(root, QLatin1String(program));
+        ASSERT_EQ(lines.size(), 1 + 7 + 2 * 8 + 3) << program << '\n'
+                                                   << qPrintable(lines.join(QLatin1Char('\n')));
+        EXPECT_EQ(lines[0], root + QStringLiteral(".127.3.1.200.4.9 1"));
+        for (int object = 1; object <= 7; ++object)
+            EXPECT_TRUE(
+                lines[object].startsWith(root + QStringLiteral(".127.3.1.200.5.1.%1.0 ").arg(object)));
+        for (int cell = 0; cell < 2 * 8; ++cell)
+            EXPECT_TRUE(lines[8 + cell].startsWith(
+                root + QStringLiteral(".127.3.1.200.5.2.1.%1.%2 ").arg(cell / 2 + 2).arg(cell % 2 + 1)))
+                << qPrintable(lines[8 + cell]);
+        EXPECT_EQ(lines[24], root + QStringLiteral(".127.3.1.200.6 2"));
+        EXPECT_EQ(lines[25], root + QStringLiteral(".999.1 1"));
+    }
+}
+
+TEST_F(AgentMib, SeveralColumnsThatEndTogetherGoOnWithTheNextOnes)
+{
+    const SnmpTool::Result result = tool->run(
+        QStringLiteral("snmpgetnext"), {column("Address", 2), column("State", 2), column("LastFrame", 2)},
+        {QStringLiteral("-OQse")});
+    EXPECT_TRUE(isMatch(QStringLiteral("vigilAgentConnectionPort.1 = \\d+\nvigilAgentConnectionSince.1 = .*\n"
+                                       ".* = No more variables left.*"),
+                        result.out))
+        << qPrintable(result.out);
+}
+
+TEST_F(AgentMib, IsReadOnly)
+{
+    const SnmpTool::Result scalarResult =
+        tool->set({scalar("Version"), QStringLiteral("s"), QStringLiteral("2")});
+    EXPECT_TRUE(scalarResult.err.contains(QStringLiteral("notWritable"))) << qPrintable(scalarResult.err);
+    const SnmpTool::Result columnResult =
+        tool->set({column("State", 1), QStringLiteral("i"), QStringLiteral("2")});
+    EXPECT_TRUE(columnResult.err.contains(QStringLiteral("notWritable"))) << qPrintable(columnResult.err);
+}
+
+TEST_F(AgentMib, AnApplicationCannotPublishThere)
+{
+    for (const char* id :
+         {"127.3.1.200.5", "127.3.1.200.5.1.3.0", "127.3.1.200.5.2.1.4.1", "127.3.1.200.5.9"}) {
+        first->publish(id, 7);
+        first->publish(id, 8);
+    }
+    settle(*first);
+    EXPECT_TRUE(first->isConnected());
+    EXPECT_EQ(agent->log().count("among the agent's own objects"), 4) << agent->log().constData();
+    EXPECT_EQ(tool->get(scalar("Cells")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(column("State", 1)), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(column("RecordsRefused", 1)), QStringLiteral("8"));
+    EXPECT_EQ(tool->walk(root).size(), 7 + 2 * 8 + 2) << "the end has a line, too";
+}

@@ -1,0 +1,297 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gmock/gmock.h>
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QUdpSocket>
+
+#include "base/wire/DataType.h"
+#include "base/wire/SnmpInt.h"
+#include "base/wire/SnmpString.h"
+#include "support/AgentProcess.h"
+#include "support/ApplicationProcess.h"
+#include "support/FakeApplication.h"
+#include "support/RunUntil.h"
+#include "support/SnmpTool.h"
+#include "support/SnmptrapdProcess.h"
+
+using support::AgentProcess;
+using support::ApplicationProcess;
+using support::FakeApplication;
+using support::SnmpTool;
+using support::SnmptrapdProcess;
+using testing::ElementsAre;
+
+namespace {
+
+const std::string check = "3.97.112.112.2.104.99"; // "app", "hc"
+
+void write(FakeApplication& application, int status, const std::string& summary)
+{
+    application.publish("127.3.1.200.4.1.1.3." + check, status);
+    application.publish("127.3.1.200.4.1.1.4." + check, summary);
+}
+
+template <typename Record>
+QByteArray payloadOf(const Record& record)
+{
+    QByteArray payload;
+    record.serialize(payload);
+    return payload;
+}
+
+void publishWithNotification(FakeApplication& application, const std::string& oid, int value)
+{
+    base::SnmpInt record;
+    record.oid = oid;
+    record.value.setValue(value);
+    application.sendFrame(base::SnmpIntType, base::ValueWithTrap, payloadOf(record));
+}
+
+void publishWithNotification(FakeApplication& application, const std::string& oid, const std::string& value)
+{
+    base::SnmpString record;
+    record.oid = oid;
+    record.value = value;
+    application.sendFrame(base::SnmpStringType, base::ValueWithTrap, payloadOf(record));
+}
+
+const QString v3User =
+    QStringLiteral("-u operator -l authPriv -a SHA -A operatorAuth -x AES -X operatorPriv");
+
+QString changed(const char* status, const char* previous, const char* summary)
+{
+    return QStringLiteral("snmpTrapOID.0 = vigilHealthStatusChanged; "
+                          "vigilHealthCheckStatus.\"app\".\"hc\" = %1; "
+                          "vigilHealthCheckPreviousStatus.0 = %2; "
+                          "vigilHealthCheckSummary.\"app\".\"hc\" = %3")
+        .arg(QLatin1String(status), QLatin1String(previous), QLatin1String(summary));
+}
+
+QString withoutTimes(QString notification)
+{
+    return notification.replace(
+        QRegularExpression(QStringLiteral("\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d")),
+        QStringLiteral("TIME"));
+}
+
+class AgentNotifications : public testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(receiver.start()) << receiver.log().constData(); }
+
+    void startAgent(const QString& directives, const QStringList& arguments = {})
+    {
+        writeConfiguration(directives);
+        agent = std::make_unique<AgentProcess>(
+            QStringList{QStringLiteral("--verbose"), QStringLiteral("--config"), configuration()} +
+            arguments);
+        ASSERT_TRUE(agent->start()) << agent->log().constData();
+    }
+
+    void writeConfiguration(const QString& directives)
+    {
+        QFile file(configuration());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("rocommunity public 127.0.0.1\n" + directives.toUtf8() + '\n');
+    }
+
+    QString configuration() const { return m_directory.filePath(QStringLiteral("agent.conf")); }
+
+    SnmptrapdProcess receiver;
+    std::unique_ptr<AgentProcess> agent;
+
+private:
+    QTemporaryDir m_directory;
+};
+
+} // namespace
+
+TEST_F(AgentNotifications, AChangeAndTheRecoveryArriveAsTraps)
+{
+    startAgent(QStringLiteral("trap2sink ") + receiver.address());
+    FakeApplication application(agent->applicationPort());
+    write(application, 3, "");
+    write(application, 0, "all is well");
+    write(application, 2, "m is high");
+    ASSERT_THAT(receiver.waitForNotifications(1), ElementsAre(changed("critical", "ok", "m is high")))
+        << receiver.log().constData() << agent->log().constData();
+    write(application, 0, "all is well again");
+    EXPECT_THAT(
+        receiver.waitForNotifications(2),
+        ElementsAre(changed("critical", "ok", "m is high"), changed("ok", "critical", "all is well again")));
+    EXPECT_EQ(
+        SnmpTool(agent->udpAddress()).get(QStringLiteral("VIGIL-AGENT-MIB::vigilAgentNotificationsSent.0")),
+        QStringLiteral("2"));
+}
+
+TEST_F(AgentNotifications, AKilledApplicationAndItsReturnAreNews)
+{
+    startAgent(QStringLiteral("trap2sink ") + receiver.address(),
+               {QStringLiteral("--grace"), QStringLiteral("1")});
+    ApplicationProcess application(agent->applicationPort());
+    ASSERT_TRUE(application.start());
+    application.publish(1);
+    ASSERT_TRUE(SnmpTool(agent->udpAddress()).waitFor(ApplicationProcess::valueName(), QStringLiteral("1")));
+    ASSERT_TRUE(application.kill());
+    ASSERT_EQ(receiver.waitForNotifications(1).size(), 1) << agent->log().constData();
+    EXPECT_EQ(withoutTimes(receiver.notifications()[0]),
+              QStringLiteral("snmpTrapOID.0 = vigilHealthStatusChanged; "
+                             "vigilHealthCheckStatus.\"test\".\"application\" = unknown; "
+                             "vigilHealthCheckPreviousStatus.0 = ok; "
+                             "vigilHealthCheckSummary.\"test\".\"application\" = "
+                             "No connection to the application since TIME UTC."));
+
+    ASSERT_TRUE(application.start());
+    application.publish(2);
+    ASSERT_EQ(receiver.waitForNotifications(2).size(), 2) << agent->log().constData();
+    EXPECT_TRUE(receiver.notifications()[1].startsWith(
+        QStringLiteral("snmpTrapOID.0 = vigilHealthStatusChanged; "
+                       "vigilHealthCheckStatus.\"test\".\"application\" = ok; "
+                       "vigilHealthCheckPreviousStatus.0 = unknown; ")))
+        << qPrintable(receiver.notifications()[1]);
+}
+
+TEST_F(AgentNotifications, SilenceIsNews)
+{
+    startAgent(QStringLiteral("trap2sink ") + receiver.address(),
+               {QStringLiteral("--stale-after"), QStringLiteral("1")});
+    FakeApplication application(agent->applicationPort());
+    write(application, 0, "all is well");
+    ASSERT_EQ(receiver.waitForNotifications(1).size(), 1) << agent->log().constData();
+    EXPECT_EQ(withoutTimes(receiver.notifications()[0]),
+              changed("unknown", "ok", "No update since TIME UTC."));
+    EXPECT_TRUE(support::runUntil([&] {
+        write(application, 0, "all is well again");
+        return receiver.notifications().size() >= 2;
+    }));
+    EXPECT_EQ(receiver.notifications().value(1), changed("ok", "unknown", "all is well again"));
+}
+
+TEST_F(AgentNotifications, AnApplicationThatEndsInOrderIsNoNews)
+{
+    startAgent(QStringLiteral("trap2sink ") + receiver.address(),
+               {QStringLiteral("--grace"), QStringLiteral("0")});
+    FakeApplication application(agent->applicationPort());
+    write(application, 0, "all is well");
+    application.unset("127.3.1.200.4");
+    application.close();
+    EXPECT_TRUE(agent->waitForLog("has disconnected"));
+    FakeApplication other(agent->applicationPort());
+    publishWithNotification(other, "5.1", 1);
+    EXPECT_THAT(receiver.waitForNotifications(1),
+                ElementsAre(QStringLiteral("snmpTrapOID.0 = vigilValueChanged; exampleEnterprise.5.1 = 1")));
+}
+
+TEST_F(AgentNotifications, AValueWithANotificationArrivesWithItsIdentifierAndType)
+{
+    startAgent(QStringLiteral("trap2sink ") + receiver.address());
+    FakeApplication application(agent->applicationPort());
+    publishWithNotification(application, "127.3.1.200.4.3.1.1." + check + ".1.109", 1);
+    publishWithNotification(application, "5.1", std::string("a text"));
+    EXPECT_THAT(
+        receiver.waitForNotifications(2),
+        ElementsAre(QStringLiteral("snmpTrapOID.0 = vigilValueChanged; "
+                                   "vigilMetricResultStatus.\"app\".\"hc\".\"m\" = warning"),
+                    QStringLiteral("snmpTrapOID.0 = vigilValueChanged; exampleEnterprise.5.1 = \"a text\"")))
+        << receiver.log().constData() << agent->log().constData();
+}
+
+TEST_F(AgentNotifications, AnInformArrivesOnce)
+{
+    startAgent(QStringLiteral("informsink ") + receiver.address());
+    FakeApplication application(agent->applicationPort());
+    write(application, 2, "m is high");
+    write(application, 0, "all is well");
+    EXPECT_THAT(receiver.waitForNotifications(2), ElementsAre(changed("critical", "unknown", "m is high"),
+                                                              changed("ok", "critical", "all is well")));
+}
+
+TEST_F(AgentNotifications, AConfigurationThatIsReadAgainReplacesTheReceivers)
+{
+    startAgent(QStringLiteral("trap2sink ") + receiver.address());
+    SnmptrapdProcess other;
+    ASSERT_TRUE(other.start()) << other.log().constData();
+    writeConfiguration(QStringLiteral("trap2sink ") + other.address());
+    agent->reload();
+    ASSERT_TRUE(agent->waitForLog("has been read again")) << agent->log().constData();
+    FakeApplication application(agent->applicationPort());
+    write(application, 2, "m is high");
+    write(application, 0, "all is well");
+    EXPECT_THAT(other.waitForNotifications(2), ElementsAre(changed("critical", "unknown", "m is high"),
+                                                           changed("ok", "critical", "all is well")));
+    EXPECT_THAT(receiver.notifications(), testing::IsEmpty());
+    EXPECT_EQ(agent->stop(), 0);
+}
+
+TEST_F(AgentNotifications, AReceiverThatDoesNotAnswerInformsHoldsNobodyUp)
+{
+    QUdpSocket silent; // bound, so that the host refuses nothing, but nobody reads
+    ASSERT_TRUE(silent.bind(QHostAddress::LocalHost));
+    startAgent(QStringLiteral("informsink 127.0.0.1:%1\ntrap2sink %2")
+                   .arg(silent.localPort())
+                   .arg(receiver.address()));
+    FakeApplication application(agent->applicationPort());
+    QElapsedTimer elapsed;
+    elapsed.start();
+    write(application, 2, "m is high");
+    EXPECT_EQ(receiver.waitForNotifications(1).size(), 1);
+    EXPECT_TRUE(SnmpTool(agent->udpAddress())
+                    .waitFor(QStringLiteral("VIGIL-MIB::vigilHealthCheckStatus.\"app\".\"hc\""),
+                             QStringLiteral("2")));
+    EXPECT_LT(elapsed.elapsed(), 4000) << "the inform is given up after six seconds";
+    EXPECT_EQ(agent->stop(), 0);
+}
+
+TEST_F(AgentNotifications, AnSnmpV3ReceiverWithoutEngineIdIsKeptOutOfInformsSinceAskingForItWouldTakeSeconds)
+{
+    QUdpSocket silent;
+    ASSERT_TRUE(silent.bind(QHostAddress::LocalHost));
+    startAgent(QStringLiteral("trapsess -Ci -v3 %1 127.0.0.1:%2\ntrap2sink %3")
+                   .arg(v3User)
+                   .arg(silent.localPort())
+                   .arg(receiver.address()));
+    EXPECT_TRUE(agent->log().contains("error: no notifications for 127.0.0.1:")) << agent->log().constData();
+    FakeApplication application(agent->applicationPort());
+    QElapsedTimer elapsed;
+    elapsed.start();
+    write(application, 2, "m is high");
+    EXPECT_EQ(receiver.waitForNotifications(1).size(), 1);
+    write(application, 0, "all is well");
+    EXPECT_EQ(receiver.waitForNotifications(2).size(), 2);
+    EXPECT_LT(elapsed.elapsed(), 3000);
+}
+
+TEST_F(AgentNotifications, AnSnmpV3ReceiverWithItsEngineIdGetsInforms)
+{
+    SnmptrapdProcess secure("exactEngineID 0x8000000001766967696c\n"
+                            "createUser operator SHA operatorAuth AES operatorPriv\n"
+                            "authUser log operator priv\n");
+    ASSERT_TRUE(secure.start()) << secure.log().constData();
+    startAgent(
+        QStringLiteral("trapsess -Ci -v3 -e 0x8000000001766967696c %1 %2").arg(v3User, secure.address()));
+    FakeApplication application(agent->applicationPort());
+    write(application, 2, "m is high");
+    EXPECT_THAT(secure.waitForNotifications(1), ElementsAre(changed("critical", "unknown", "m is high")))
+        << secure.log().constData() << agent->log().constData();
+}
+
+TEST_F(AgentNotifications, AnSnmpV3TrapIsSignedWithTheEngineIdOfTheAgentsConfiguration)
+{
+    SnmptrapdProcess secure(
+        "createUser -e 0x80000000016167656e74 operator SHA operatorAuth AES operatorPriv\n"
+        "authUser log operator priv\n");
+    ASSERT_TRUE(secure.start()) << secure.log().constData();
+    startAgent(QStringLiteral("exactEngineID 0x80000000016167656e74\n"
+                              "createUser operator SHA operatorAuth AES operatorPriv\n"
+                              "trapsess -v3 %1 %2")
+                   .arg(v3User, secure.address()));
+    FakeApplication application(agent->applicationPort());
+    write(application, 2, "m is high");
+    EXPECT_THAT(secure.waitForNotifications(1), ElementsAre(changed("critical", "unknown", "m is high")))
+        << secure.log().constData() << agent->log().constData();
+}

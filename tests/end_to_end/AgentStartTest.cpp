@@ -1,0 +1,140 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <QUdpSocket>
+
+#include <csignal>
+
+#include "support/AgentProcess.h"
+#include "support/RunUntil.h"
+
+using support::AgentProcess;
+
+namespace {
+
+QStringList serving(quint16 port, const QStringList& more = {})
+{
+    return QStringList{QStringLiteral("--standalone"),
+                       QStringLiteral("udp:127.0.0.1:%1,tcp:127.0.0.1:%1").arg(port),
+                       QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0")} +
+           more;
+}
+
+/// One line that says what is wrong, and an exit code that says that something is.
+void expectRefusal(const AgentProcess::Outcome& outcome, const char* text)
+{
+    EXPECT_GT(outcome.exitCode, 0);
+    EXPECT_TRUE(outcome.err.contains("vigil-agent: error: ")) << outcome.err.constData();
+    EXPECT_TRUE(outcome.err.contains(text)) << outcome.err.constData();
+    EXPECT_FALSE(outcome.err.contains("serving")) << outcome.err.constData();
+    EXPECT_TRUE(outcome.out.isEmpty());
+}
+
+} // namespace
+
+TEST(AgentStart, HelpAndVersionArePrintedToStandardOutput)
+{
+    const AgentProcess::Outcome help = AgentProcess::run({QStringLiteral("--help")});
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_TRUE(help.out.contains("--standalone"));
+    const AgentProcess::Outcome version = AgentProcess::run({QStringLiteral("--version")});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_TRUE(version.out.startsWith("vigil-agent 1.0.0."));
+    EXPECT_TRUE(version.err.isEmpty());
+}
+
+TEST(AgentStart, BadOptionValuesAreRefused)
+{
+    const quint16 port = AgentProcess::freePort();
+    expectRefusal(AgentProcess::run({QStringLiteral("--set-timeout"), QStringLiteral("1000")}),
+                  "behind snmpd");
+    expectRefusal(
+        AgentProcess::run(serving(port, {QStringLiteral("--listen"), QStringLiteral("192.0.2.1:1")})),
+        "loopback");
+    expectRefusal(AgentProcess::run(serving(port, {QStringLiteral("--set-timeout"), QStringLiteral("soon")})),
+                  "--set-timeout soon");
+    expectRefusal(AgentProcess::run(serving(port, {QStringLiteral("--no-such-option")})), "no-such-option");
+}
+
+TEST(AgentStart, AConfigurationFileThatCannotBeReadIsAnError)
+{
+    const quint16 port = AgentProcess::freePort();
+    const QTemporaryDir directory;
+    const QString missing = directory.filePath(QStringLiteral("missing.conf"));
+    expectRefusal(AgentProcess::run(serving(port, {QStringLiteral("--config"), missing})),
+                  "cannot read the configuration file");
+    expectRefusal(AgentProcess::run(serving(port, {QStringLiteral("--config"), directory.path()})),
+                  "cannot read the configuration file");
+}
+
+TEST(AgentStart, ASnmpPortThatIsTakenIsAnError)
+{
+    QUdpSocket datagrams;
+    ASSERT_TRUE(datagrams.bind(QHostAddress(QHostAddress::LocalHost), 0));
+    expectRefusal(AgentProcess::run(serving(datagrams.localPort())), "cannot serve on udp:127.0.0.1:");
+
+    QTcpServer streams;
+    ASSERT_TRUE(streams.listen(QHostAddress::LocalHost));
+    expectRefusal(AgentProcess::run(serving(streams.serverPort())), "cannot serve on udp:127.0.0.1:");
+}
+
+TEST(AgentStart, AnAddressThatIsNoneIsAnError)
+{
+    expectRefusal(AgentProcess::run({QStringLiteral("--standalone"), QStringLiteral("nonsense:127.0.0.1:1"),
+                                     QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0")}),
+                  "cannot serve on nonsense:127.0.0.1:1");
+}
+
+TEST(AgentStart, AnApplicationPortThatIsTakenIsAnError)
+{
+    QTcpServer occupant;
+    ASSERT_TRUE(occupant.listen(QHostAddress::LocalHost));
+    const QString taken = QStringLiteral("127.0.0.1:%1").arg(occupant.serverPort());
+    expectRefusal(AgentProcess::run(serving(AgentProcess::freePort(), {QStringLiteral("--listen"), taken})),
+                  "cannot listen for applications on 127.0.0.1:");
+}
+
+TEST(AgentStart, UnknownDirectivesOfTheConfigurationAreLogged)
+{
+    const QTemporaryDir directory;
+    QFile file(directory.filePath(QStringLiteral("agent.conf")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("rocommunity public 127.0.0.1\nroconmunity public\n");
+    file.close();
+    AgentProcess agent({QStringLiteral("--config"), file.fileName()});
+    ASSERT_TRUE(agent.start()) << agent.log().constData();
+    EXPECT_TRUE(agent.log().contains("Net-SNMP: ")) << agent.log().constData();
+    EXPECT_TRUE(agent.log().contains("line 2: Warning: Unknown token: roconmunity"))
+        << agent.log().constData();
+}
+
+TEST(AgentStart, SigtermAndSigintEndTheAgentInOrder)
+{
+    AgentProcess first;
+    ASSERT_TRUE(first.start()) << first.log().constData();
+    EXPECT_EQ(first.stop(), 0);
+    EXPECT_TRUE(first.log().endsWith("vigil-agent: ending\n")) << first.log().constData();
+
+    AgentProcess second;
+    ASSERT_TRUE(second.start()) << second.log().constData();
+    kill(static_cast<pid_t>(second.processId()), SIGINT);
+    EXPECT_TRUE(second.waitForLog("vigil-agent: ending\n"));
+}
+
+TEST(AgentStart, NothingIsLeftBehindOnDisk)
+{
+    const QTemporaryDir home;
+    qputenv("TMPDIR", home.path().toLocal8Bit());
+    qputenv("HOME", home.path().toLocal8Bit());
+    qputenv("SNMP_PERSISTENT_DIR", home.path().toLocal8Bit());
+    AgentProcess agent;
+    ASSERT_TRUE(agent.start()) << agent.log().constData();
+    EXPECT_EQ(agent.stop(), 0);
+    EXPECT_EQ(QDir(home.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
+              QStringList());
+}

@@ -1,0 +1,22 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+// An application with one health check, "test"."application", whose metric "value" takes each number that
+// comes in on standard input. It ends in order when the input ends.
+
+#include <vigil/vigil.h>
+
+#include <iostream>
+
+int main()
+{
+    vigil::HealthCheck* check = vigil::createHealthCheck("test", "application");
+    vigil::ScalarMetric* value = check->createScalarMetric("value");
+    double number = 0;
+    while (std::cin >> number) {
+        value->setValue(number);
+        check->update();
+    }
+    value->remove();
+    check->destroy();
+}

@@ -1,0 +1,123 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "support/AgentProcess.h"
+#include "support/FakeApplication.h"
+#include "support/RunUntil.h"
+#include "support/SnmpTool.h"
+#include "support/SnmpdProcess.h"
+
+using support::AgentProcess;
+using support::FakeApplication;
+using support::SnmpdProcess;
+using support::SnmpTool;
+
+namespace {
+
+const QString cell = QStringLiteral(".1.3.6.1.4.1.32473.5.1");
+
+/// A standalone agent whose configuration file changes, and an application that accepts every SET.
+class Reload : public testing::Test
+{
+protected:
+    void write(const QByteArray& configuration)
+    {
+        QFile file(path());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(configuration);
+    }
+
+    void start(const QByteArray& configuration)
+    {
+        write(configuration);
+        ASSERT_TRUE(agent.start()) << agent.log().constData();
+        application = std::make_unique<FakeApplication>(agent.applicationPort());
+        application->publish("5.1", 1);
+    }
+
+    bool canRead(const QStringList& credentials) const
+    {
+        const SnmpTool manager(agent.udpAddress(), credentials);
+        const SnmpTool::Result result =
+            manager.run(QStringLiteral("snmpget"), {cell},
+                        {QStringLiteral("-OqvUe"), QStringLiteral("-r1"), QStringLiteral("-t1")});
+        return result.out == QStringLiteral("1");
+    }
+
+    bool canRead(const char* community) const
+    {
+        return canRead(SnmpTool::community(QLatin1String(community)));
+    }
+
+    QString path() const { return m_directory.filePath(QStringLiteral("agent.conf")); }
+
+private:
+    const QTemporaryDir m_directory;
+
+protected:
+    AgentProcess agent{QStringList{QStringLiteral("--config"), path(), QStringLiteral("--verbose")}};
+    std::unique_ptr<FakeApplication> application;
+};
+
+} // namespace
+
+TEST_F(Reload, SighupTakesTheChangedConfigurationOver)
+{
+    start("rocommunity first 127.0.0.1\n");
+    ASSERT_TRUE(support::runUntil([&] { return canRead("first"); }));
+    EXPECT_FALSE(canRead("second"));
+    write("rocommunity second 127.0.0.1\n");
+    agent.reload();
+    ASSERT_TRUE(agent.waitForLog("has been read again"));
+    EXPECT_TRUE(canRead("second"));
+    EXPECT_FALSE(canRead("first"));
+}
+
+TEST_F(Reload, TheSameUsersCanBeReadAgainAndAgain)
+{
+    const QByteArray configuration = "createUser reader SHA authPassword AES privPassword\n"
+                                     "rouser reader priv\n";
+    const QStringList reader{
+        QStringLiteral("-v3"),         QStringLiteral("-l"),     QStringLiteral("authPriv"),
+        QStringLiteral("-u"),          QStringLiteral("reader"), QStringLiteral("-a"),
+        QStringLiteral("SHA"),         QStringLiteral("-A"),     QStringLiteral("authPassword"),
+        QStringLiteral("-x"),          QStringLiteral("AES"),    QStringLiteral("-X"),
+        QStringLiteral("privPassword")};
+    start(configuration);
+    ASSERT_TRUE(support::runUntil([&] { return canRead(reader); })) << agent.log().constData();
+    for (int i = 1; i <= 3; ++i) {
+        agent.reload();
+        ASSERT_TRUE(agent.waitForLog("has been read again", i));
+        EXPECT_TRUE(canRead(reader)) << agent.log().constData();
+    }
+}
+
+TEST_F(Reload, AFileThatCannotBeReadLeavesAllAsItWas)
+{
+    start("rocommunity first 127.0.0.1\n");
+    ASSERT_TRUE(support::runUntil([&] { return canRead("first"); }));
+    ASSERT_TRUE(QFile::remove(path()));
+    agent.reload();
+    ASSERT_TRUE(agent.waitForLog("nothing is changed on SIGHUP: cannot read the configuration file"));
+    EXPECT_TRUE(canRead("first"));
+    EXPECT_EQ(agent.stop(), 0);
+}
+
+TEST(ReloadBehindSnmpd, SighupChangesNothingAndSaysSo)
+{
+    SnmpdProcess snmpd;
+    ASSERT_TRUE(snmpd.start()) << snmpd.log().constData();
+    AgentProcess agent(snmpd.agentxAddress(), {});
+    ASSERT_TRUE(agent.start()) << agent.log().constData();
+    ASSERT_TRUE(agent.waitForLog("serving"));
+    FakeApplication application(agent.applicationPort());
+    application.publish("5.1", 1);
+    agent.reload();
+    EXPECT_TRUE(agent.waitForLog("behind snmpd, access and notifications are configured there"));
+    EXPECT_TRUE(SnmpTool(snmpd.udpAddress()).waitFor(cell, QStringLiteral("1")));
+}

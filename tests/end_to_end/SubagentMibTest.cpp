@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gtest/gtest.h>
+
+#include "support/AgentProcess.h"
+#include "support/FakeApplication.h"
+#include "support/SnmpTool.h"
+#include "support/SnmpdProcess.h"
+
+using support::AgentProcess;
+using support::FakeApplication;
+using support::SnmpdProcess;
+using support::SnmpTool;
+
+namespace {
+
+const QString root = QStringLiteral(".1.3.6.1.4.1.32473");
+const QString cells = QStringLiteral("VIGIL-AGENT-MIB::vigilAgentCells.0");
+
+/// snmpd, and agents behind it.
+class SubagentMib : public testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(snmpd.start()) << snmpd.log().constData(); }
+
+    std::unique_ptr<AgentProcess> startAgent(const QStringList& arguments = {})
+    {
+        auto agent = std::make_unique<AgentProcess>(snmpd.agentxAddress(), arguments);
+        EXPECT_TRUE(agent->start()) << agent->log().constData();
+        EXPECT_TRUE(agent->waitForLog("serving ")) << agent->log().constData();
+        return agent;
+    }
+
+    static QStringList subtree(const char* relative)
+    {
+        return {QStringLiteral("--subtree"), root.mid(1) + QLatin1Char('.') + QLatin1String(relative)};
+    }
+
+    SnmpTool manager() const { return SnmpTool(snmpd.udpAddress()); }
+
+    SnmpdProcess snmpd;
+};
+
+} // namespace
+
+TEST_F(SubagentMib, StandsInAWalkThroughSnmpdBetweenTheCellsBeforeAndBehindIt)
+{
+    const auto agent = startAgent();
+    FakeApplication application(agent->applicationPort());
+    application.publish("5.1", 1);
+    application.publish("999.1", 2);
+    ASSERT_TRUE(manager().waitFor(root + QStringLiteral(".999.1"), QStringLiteral("2")));
+    for (const char* program : {"snmpwalk", "snmpbulkwalk"}) {
+        const QStringList lines = manager().walk(root, QLatin1String(program));
+        ASSERT_EQ(lines.size(), 1 + 7 + 8 + 1) << qPrintable(lines.join(QLatin1Char('\n')));
+        EXPECT_EQ(lines.constFirst(), root + QStringLiteral(".5.1 1"));
+        EXPECT_TRUE(lines[1].startsWith(root + QStringLiteral(".127.3.1.200.5.1.1.0 ")));
+        EXPECT_TRUE(lines[15].startsWith(root + QStringLiteral(".127.3.1.200.5.2.1.9.1 ")));
+        EXPECT_EQ(lines.constLast(), root + QStringLiteral(".999.1 2"));
+    }
+}
+
+TEST_F(SubagentMib, IsServedBesideANarrowSubtree)
+{
+    const auto agent = startAgent(subtree("127.3.1.200.4"));
+    FakeApplication application(agent->applicationPort());
+    application.publish("127.3.1.200.4.9", 1);
+    application.publish("5.1", 2);
+    EXPECT_TRUE(manager().waitFor(cells, QStringLiteral("2")));
+    ASSERT_TRUE(snmpd.kill());
+    ASSERT_TRUE(snmpd.start());
+    EXPECT_TRUE(manager().waitFor(cells, QStringLiteral("2")));
+    EXPECT_TRUE(manager().waitFor(root + QStringLiteral(".127.3.1.200.4.9"), QStringLiteral("1")));
+    EXPECT_TRUE(manager().get(root + QStringLiteral(".5.1")).startsWith(QStringLiteral("No Such")));
+}
+
+TEST_F(SubagentMib, ASecondAgentOfTheHostServesItsApplicationsWithoutIt)
+{
+    const auto first = startAgent(subtree("5"));
+    const auto second = startAgent(subtree("6"));
+    EXPECT_TRUE(second->waitForLog("refuses to register this agent's own objects"));
+    FakeApplication application(second->applicationPort());
+    application.publish("6.1", 61);
+    EXPECT_TRUE(manager().waitFor(root + QStringLiteral(".6.1"), QStringLiteral("61")));
+    EXPECT_EQ(manager().get(cells), QStringLiteral("0")) << "the first agent's";
+}

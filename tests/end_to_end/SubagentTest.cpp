@@ -1,0 +1,372 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QLocalSocket>
+#include <QProcess>
+
+#include <iostream>
+
+#include "base/wire/DataType.h"
+#include "base/wire/SnmpString.h"
+#include "support/AgentProcess.h"
+#include "support/FakeApplication.h"
+#include "support/RunUntil.h"
+#include "support/SnmpTool.h"
+#include "support/SnmpdProcess.h"
+
+using support::AgentProcess;
+using support::FakeApplication;
+using support::SnmpdProcess;
+using support::SnmpTool;
+
+namespace {
+
+const QString root = QStringLiteral(".1.3.6.1.4.1.32473");
+const QString ownObject = QStringLiteral(".1.3.6.1.2.1.1.5.0"); // sysName, which snmpd answers itself
+const QByteArray serving = "serving 1.3.6.1.4.1.32473 through snmpd";
+
+QString full(const char* relative)
+{
+    return root + QLatin1Char('.') + QLatin1String(relative);
+}
+
+/// snmpd, an agent behind it and an application.
+class Subagent : public testing::Test
+{
+protected:
+    void startAll(const QStringList& arguments = {QStringLiteral("--verbose")})
+    {
+        ASSERT_TRUE(snmpd.start()) << snmpd.log().constData();
+        startAgent(arguments);
+        ASSERT_TRUE(agent->waitForLog("serving ")) << agent->log().constData();
+    }
+
+    void startAgent(const QStringList& arguments = {QStringLiteral("--verbose")})
+    {
+        agent = std::make_unique<AgentProcess>(snmpd.agentxAddress(), arguments);
+        ASSERT_TRUE(agent->start()) << agent->log().constData();
+        connectApplication();
+    }
+
+    void connectApplication()
+    {
+        application = std::make_unique<FakeApplication>(agent->applicationPort());
+        application->publish("5.1", 1);
+        application->publish("5.2", std::string("text"));
+    }
+
+    SnmpTool manager() const { return SnmpTool(snmpd.udpAddress()); }
+
+    SnmpTool writer() const
+    {
+        return SnmpTool(snmpd.udpAddress(), SnmpTool::community(QStringLiteral("private")));
+    }
+
+    /// Starts a SET of 5.1 that the application leaves unanswered, and comes back when it has been asked.
+    void startHangingSet(QProcess& set)
+    {
+        application->onQuestion = [](const FakeApplication::Request&) {};
+        set.start(QStringLiteral("snmpset"),
+                  {QStringLiteral("-v2c"), QStringLiteral("-c"), QStringLiteral("private"),
+                   QStringLiteral("-m"), QString(), QStringLiteral("-r0"), QStringLiteral("-t10"),
+                   snmpd.udpAddress(), full("5.1"), QStringLiteral("i"), QStringLiteral("2")});
+        ASSERT_TRUE(support::runUntil([&] { return !application->questions().empty(); }));
+    }
+
+    /// How long the agent takes to end after SIGTERM; it has to end well.
+    qint64 stopMs()
+    {
+        QElapsedTimer clock;
+        clock.start();
+        EXPECT_EQ(agent->stop(), 0);
+        return clock.elapsed();
+    }
+
+    SnmpdProcess snmpd{SnmpdProcess::openToThisHost() + "agentXTimeout 1\nagentXRetries 0\n",
+                       {QStringLiteral("-Dagentx/master")}};
+    std::unique_ptr<AgentProcess> agent;
+    std::unique_ptr<FakeApplication> application;
+};
+
+} // namespace
+
+TEST_F(Subagent, ValuesAreServedThroughSnmpd)
+{
+    startAll();
+    EXPECT_TRUE(manager().waitFor(full("5.2"), QStringLiteral("\"text\"")));
+    EXPECT_EQ(manager().get(full("5.1")), QStringLiteral("1"));
+    const QStringList cells{full("5.1") + QStringLiteral(" 1"), full("5.2") + QStringLiteral(" \"text\"")};
+    EXPECT_EQ(manager().walk(full("5")), cells);
+    EXPECT_EQ(manager().walk(full("5"), QStringLiteral("snmpwalk")), cells);
+}
+
+TEST_F(Subagent, ASetReachesTheApplicationThroughSnmpd)
+{
+    startAll();
+    ASSERT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1")));
+    EXPECT_EQ(writer().set({full("5.1"), QStringLiteral("i"), QStringLiteral("7")}).exitCode, 0);
+    EXPECT_EQ(manager().get(full("5.1")), QStringLiteral("7"));
+    ASSERT_TRUE(support::runUntil([&] { return application->commits().size() == 1; }));
+    EXPECT_EQ(application->commits().front().value, "7");
+}
+
+TEST_F(Subagent, ARefusedSetChangesNothing)
+{
+    startAll();
+    application->onQuestion = [&](const FakeApplication::Request& question) {
+        application->answer(question, 1);
+    };
+    ASSERT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1")));
+    const SnmpTool::Result result = writer().set({full("5.1"), QStringLiteral("i"), QStringLiteral("7")});
+    EXPECT_TRUE(result.err.contains(QStringLiteral("wrongValue"))) << qPrintable(result.err);
+    EXPECT_EQ(manager().get(full("5.1")), QStringLiteral("1"));
+    EXPECT_TRUE(application->commits().empty());
+}
+
+TEST_F(Subagent, AHungApplicationHoldsUpSnmpdNoLongerThanTheSetTimeout)
+{
+    startAll({QStringLiteral("--set-timeout"), QStringLiteral("900")});
+    ASSERT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1")));
+    QProcess set;
+    QElapsedTimer clock;
+    clock.start();
+    startHangingSet(set);
+    EXPECT_FALSE(manager().get(ownObject).isEmpty());
+    EXPECT_LT(clock.elapsed(), 3'000);
+    ASSERT_TRUE(support::runUntil([&] { return set.state() == QProcess::NotRunning; }));
+    EXPECT_TRUE(set.readAllStandardError().contains("resourceUnavailable"));
+    EXPECT_LT(clock.elapsed(), 3'000);
+    EXPECT_EQ(manager().get(full("5.1")), QStringLiteral("1"));
+    EXPECT_EQ(agent->log().count(serving), 1) << "snmpd has not given the agent up";
+}
+
+TEST_F(Subagent, SubtreeNarrowsWhatIsRegistered)
+{
+    startAll({QStringLiteral("--subtree"), QStringLiteral("1.3.6.1.4.1.32473.5")});
+    EXPECT_TRUE(agent->log().contains("serving 1.3.6.1.4.1.32473.5 through snmpd"));
+    application->publish("4.1", 41);
+    application->publish("6.1", 61);
+    application->publish("5.3", 53);
+    EXPECT_TRUE(manager().waitFor(full("5.3"), QStringLiteral("53")));
+    EXPECT_EQ(manager().walk(full("5")),
+              (QStringList{full("5.1") + QStringLiteral(" 1"), full("5.2") + QStringLiteral(" \"text\""),
+                           full("5.3") + QStringLiteral(" 53")}));
+    EXPECT_TRUE(manager().get(full("4.1")).startsWith(QStringLiteral("No Such")));
+    EXPECT_TRUE(manager().get(full("6.1")).startsWith(QStringLiteral("No Such")));
+}
+
+TEST_F(Subagent, TwoAgentsShareTheEnterpriseWhenTheirSubtreesDiffer)
+{
+    startAll({QStringLiteral("--subtree"), QStringLiteral("1.3.6.1.4.1.32473.5")});
+    AgentProcess second(snmpd.agentxAddress(),
+                        {QStringLiteral("--subtree"), QStringLiteral("1.3.6.1.4.1.32473.6")});
+    ASSERT_TRUE(second.start()) << second.log().constData();
+    FakeApplication other(second.applicationPort());
+    other.publish("6.1", 61);
+    EXPECT_TRUE(manager().waitFor(full("6.1"), QStringLiteral("61")));
+    EXPECT_TRUE(manager().waitFor(full("5.2"), QStringLiteral("\"text\"")));
+}
+
+TEST_F(Subagent, EveryCellIsBackWithinFiveSecondsHoweverOftenSnmpdRestarts)
+{
+    startAll();
+    for (int i = 0; i < 500; ++i)
+        application->publish("7." + std::to_string(i), i);
+    ASSERT_TRUE(manager().waitFor(full("7.499"), QStringLiteral("499")));
+    const QStringList cells = manager().walk(full("7"));
+    ASSERT_EQ(cells.size(), 500);
+    for (int restart = 0; restart < 5; ++restart) {
+        ASSERT_TRUE(restart % 2 == 0 ? snmpd.stop() : snmpd.kill());
+        ASSERT_TRUE(agent->waitForLog("the connection to snmpd", restart + 1));
+        ASSERT_TRUE(snmpd.start()) << snmpd.log().constData();
+        QElapsedTimer clock;
+        clock.start();
+        ASSERT_TRUE(manager().waitFor(full("7.499"), QStringLiteral("499"))) << agent->log().constData();
+        const qint64 elapsed = clock.elapsed();
+        EXPECT_LT(elapsed, 5'000);
+        RecordProperty("servedAgainAfterMs" + std::to_string(restart), static_cast<int>(elapsed));
+        std::cout << "served again " << elapsed << " ms after snmpd's return" << std::endl;
+        EXPECT_EQ(manager().walk(full("7")), cells);
+    }
+    EXPECT_TRUE(application->isConnected());
+}
+
+TEST_F(Subagent, ValuesPublishedWhileSnmpdIsAwayAreServedAfterwards)
+{
+    startAll();
+    ASSERT_TRUE(snmpd.kill());
+    application->publish("5.1", 2);
+    application->publish("5.3", 3);
+    application->unset("5.2");
+    ASSERT_TRUE(agent->waitForLog("5.2 unset"));
+    ASSERT_TRUE(snmpd.start()) << snmpd.log().constData();
+    EXPECT_TRUE(manager().waitFor(full("5.3"), QStringLiteral("3")));
+    EXPECT_EQ(manager().walk(full("5")),
+              (QStringList{full("5.1") + QStringLiteral(" 2"), full("5.3") + QStringLiteral(" 3")}));
+}
+
+TEST_F(Subagent, AStartWithoutSnmpdWaitsForItAndSaysSoOnce)
+{
+    startAgent();
+    ASSERT_TRUE(agent->waitForLog("cannot join snmpd")) << agent->log().constData();
+    ASSERT_TRUE(snmpd.start()) << snmpd.log().constData();
+    EXPECT_TRUE(manager().waitFor(full("5.2"), QStringLiteral("\"text\"")));
+    EXPECT_EQ(agent->log().count("cannot join snmpd"), 1) << agent->log().constData();
+}
+
+TEST_F(Subagent, AnAgentThatIsKilledAndStartedAtOnceIsRegisteredAgain)
+{
+    startAll();
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(agent->kill());
+        ASSERT_TRUE(agent->start()) << agent->log().constData();
+        connectApplication();
+        EXPECT_TRUE(manager().waitFor(full("5.2"), QStringLiteral("\"text\""))) << agent->log().constData();
+    }
+}
+
+TEST_F(Subagent, ARefusedRegistrationIsToldOnceAndTriedUntilItSucceeds)
+{
+    startAll();
+    AgentProcess second(snmpd.agentxAddress(), {});
+    ASSERT_TRUE(second.start()) << second.log().constData();
+    FakeApplication other(second.applicationPort());
+    other.publish("5.1", 100);
+    ASSERT_TRUE(second.waitForLog("refuses to register")) << second.log().constData();
+    ASSERT_TRUE(snmpd.waitForLog("duplicate registration", 3)) << snmpd.log().constData();
+    EXPECT_EQ(manager().get(full("5.1")), QStringLiteral("1")) << "the first agent keeps the subtree";
+    ASSERT_TRUE(agent->kill());
+    EXPECT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("100")));
+    EXPECT_EQ(second.log().count("refuses to register"), 1) << second.log().constData();
+}
+
+TEST_F(Subagent, AnAgentThatSnmpdHasGivenUpJoinsAgain)
+{
+    startAll();
+    ASSERT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1")));
+    agent->suspend();
+    const bool isGivenUp = support::runUntil([&] {
+        manager().run(QStringLiteral("snmpget"), {full("5.1")},
+                      {QStringLiteral("-r0"), QStringLiteral("-t3")});
+        return manager().get(full("5.1")).startsWith(QStringLiteral("No Such"));
+    });
+    agent->resume();
+    EXPECT_TRUE(isGivenUp) << snmpd.log().constData();
+    EXPECT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1"))) << agent->log().constData();
+}
+
+TEST_F(Subagent, ApplicationsAreServedWhileSnmpdHangs)
+{
+    startAll();
+    snmpd.suspend();
+    application->publish("5.3", 3);
+    EXPECT_TRUE(agent->waitForLog("5.3 = 3"));
+    snmpd.resume();
+    EXPECT_TRUE(manager().waitFor(full("5.3"), QStringLiteral("3")));
+    EXPECT_EQ(agent->log().count(serving), 1) << "the session has outlived it";
+}
+
+TEST_F(Subagent, NotificationsThatSnmpdDoesNotTakeHoldUpNothing)
+{
+    startAll();
+    snmpd.suspend();
+    base::SnmpString record;
+    record.oid = "5.9";
+    record.value = std::string(60'000, 'x');
+    QByteArray payload;
+    record.serialize(payload);
+    for (int i = 0; i < 200; ++i)
+        application->sendFrame(base::SnmpStringType, base::ValueWithTrap, payload);
+    application->publish("5.3", 3);
+    EXPECT_TRUE(agent->waitForLog("5.3 = 3"));
+    snmpd.resume();
+    EXPECT_TRUE(manager().waitFor(full("5.3"), QStringLiteral("3")));
+    EXPECT_LT(stopMs(), 1'000);
+}
+
+TEST_F(Subagent, ApplicationsAreServedWhileSnmpdAcceptsNoConnection)
+{
+    ASSERT_TRUE(snmpd.start()) << snmpd.log().constData();
+    snmpd.suspend();
+    std::vector<std::unique_ptr<QLocalSocket>> queue; // as much as snmpd's socket takes, and more
+    for (int i = 0; i < 50; ++i) {
+        queue.push_back(std::make_unique<QLocalSocket>());
+        queue.back()->connectToServer(snmpd.agentxAddress());
+    }
+    startAgent();
+    ASSERT_TRUE(agent->waitForLog("cannot join snmpd"));
+    EXPECT_TRUE(agent->waitForLog("5.1 = 1"));
+    for (int i = 2; i < 5; ++i) { // however often it tries to join in between
+        application->publish("5.1", i);
+        EXPECT_TRUE(agent->waitForLog("5.1 = " + QByteArray::number(i)));
+    }
+    queue.clear();
+    snmpd.resume();
+    EXPECT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("4"))) << agent->log().constData();
+    EXPECT_LT(stopMs(), 1'000);
+}
+
+TEST_F(Subagent, SnmpdKilledDuringASetDoesNoHarm)
+{
+    startAll({QStringLiteral("--verbose"), QStringLiteral("--set-timeout"), QStringLiteral("500")});
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1")));
+        connectApplication();
+        QProcess set;
+        startHangingSet(set);
+        ASSERT_TRUE(snmpd.kill());
+        ASSERT_TRUE(snmpd.start()) << snmpd.log().constData();
+        set.kill();
+        set.waitForFinished();
+    }
+    EXPECT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1"))) << agent->log().constData();
+    EXPECT_EQ(agent->stop(), 0) << agent->log().constData();
+}
+
+TEST_F(Subagent, SigtermTakesTheSubtreeAwayWithinASecond)
+{
+    startAll();
+    ASSERT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1")));
+    EXPECT_LT(stopMs(), 1'000);
+    EXPECT_TRUE(manager().get(full("5.1")).startsWith(QStringLiteral("No Such")));
+}
+
+TEST_F(Subagent, SigtermEndsItWithinASecondDuringASet)
+{
+    startAll();
+    ASSERT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1")));
+    QProcess set;
+    startHangingSet(set);
+    EXPECT_LT(stopMs(), 1'000);
+    EXPECT_TRUE(application->commits().empty());
+    set.kill();
+    set.waitForFinished();
+}
+
+TEST_F(Subagent, SigtermEndsItWithinASecondWhileSnmpdIsAway)
+{
+    startAgent();
+    ASSERT_TRUE(agent->waitForLog("cannot join snmpd"));
+    EXPECT_LT(stopMs(), 1'000);
+}
+
+TEST_F(Subagent, SigtermEndsItWithinASecondWhileSnmpdHangs)
+{
+    startAll();
+    snmpd.suspend();
+    EXPECT_LT(stopMs(), 1'000);
+    snmpd.resume();
+}
+
+TEST_F(Subagent, SigtermEndsItWithinASecondWhileItWaitsForASnmpdThatHangs)
+{
+    ASSERT_TRUE(snmpd.start());
+    snmpd.suspend();
+    startAgent();
+    ASSERT_TRUE(agent->waitForLog("cannot join snmpd"));
+    EXPECT_LT(stopMs(), 1'000);
+    snmpd.resume();
+}

@@ -1,0 +1,81 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_TESTS_SUPPORT_FAKEAPPLICATION_H
+#define VIGIL_TESTS_SUPPORT_FAKEAPPLICATION_H
+
+#include <QByteArray>
+#include <QObject>
+#include <QTcpSocket>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "agent/applications/FrameAssembler.h"
+
+namespace support {
+
+/// An application on the agent's connection that does what the test says, right or wrong.
+///
+/// Threads: one with an event loop; questions are answered from there. Failure: isConnected() tells.
+class FakeApplication : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// One record from the agent.
+    struct Request
+    {
+        int callbackId;
+        int dataType;
+        int storeType;
+        std::string oid;
+        std::string value; ///< integers as decimal text
+    };
+
+    explicit FakeApplication(quint16 port);
+
+    quint16 localPort() const { return m_socket.localPort(); }
+    bool isConnected() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
+    bool waitForDisconnect();
+    void close() { m_socket.disconnectFromHost(); }
+
+    /// From now on what the agent sends stays in the kernel.
+    void stopReading();
+
+    /// Identifiers are relative to the enterprise's root.
+    void publish(const std::string& oid, int value);
+    void publish(const std::string& oid, const std::string& value);
+    void unset(const std::string& oid);
+
+    void answer(const Request& question, int errorStatus);
+
+    /// Sends a frame around any payload, numbered as the next one.
+    void sendFrame(int dataType, int callbackId, const QByteArray& payload);
+    void sendBytes(const QByteArray& bytes);
+    void skipFrameNumber() { ++m_sentFrames; }
+
+    /// What happens on a question; by default it is accepted.
+    std::function<void(const Request&)> onQuestion = [this](const Request& question) { answer(question, 0); };
+
+    /// What happens on a committed value; by default nothing.
+    std::function<void(const Request&)> onCommit = [](const Request&) {};
+
+    const std::vector<Request>& questions() const { return m_questions; }
+    const std::vector<Request>& commits() const { return m_commits; }
+
+private:
+    void readFrames();
+    void handle(const agent::FrameAssembler::Frame& frame);
+
+    QTcpSocket m_socket;
+    agent::FrameAssembler m_frames;
+    quint64 m_sentFrames = 0;
+    std::vector<Request> m_questions;
+    std::vector<Request> m_commits;
+};
+
+} // namespace support
+
+#endif
