@@ -6,7 +6,7 @@
 #include <QHostAddress>
 
 #include "agent/core/Log.h"
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpResponse.h"
 #include "base/wire/SnmpString.h"

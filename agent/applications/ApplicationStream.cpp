@@ -4,7 +4,7 @@
 #include "agent/applications/ApplicationStream.h"
 
 #include "agent/applications/RecordCheck.h"
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpResponse.h"
 #include "base/wire/SnmpString.h"
@@ -64,7 +64,7 @@ void ApplicationStream::handleRecord(const FrameAssembler::Frame& frame)
 {
     const qint64 callbackId = frame.header.clientCallbackId;
     const int dataType = frame.header.dataType;
-    const bool isNotable = callbackId == base::ValueWithTrap;
+    const bool isNotable = callbackId == base::ValueAndNotify;
     const bool isValue = callbackId == base::PlainValue || isNotable;
     if (isValue && dataType == base::SnmpIntType) {
         handleInt(frame.payload, isNotable);

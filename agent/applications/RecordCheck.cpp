@@ -8,7 +8,7 @@
 #include <limits>
 #include <map>
 
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 
 namespace agent {
 

@@ -7,7 +7,7 @@ namespace agent::healthTable {
 
 namespace {
 
-const ObjectId entry{1, 3, 6, 1, 4, 1, 32473, 127, 3, 1, 200, 4, 1, 1};
+const ObjectId entry = below(vigilMibRoot(), {1, 1});
 
 } // namespace
 

@@ -7,6 +7,8 @@
 #include <charconv>
 #include <string_view>
 
+#include "base/wire/Protocol.h"
+
 namespace agent {
 
 namespace {
@@ -33,13 +35,19 @@ bool appendArcs(std::string_view text, ObjectId& id)
 
 const ObjectId& enterpriseRoot()
 {
-    static const ObjectId root{1, 3, 6, 1, 4, 1, 32473};
+    static const ObjectId root = *fromFullText(base::enterpriseOid);
+    return root;
+}
+
+const ObjectId& vigilMibRoot()
+{
+    static const ObjectId root = *fromRelativeText(base::vigilMibOid);
     return root;
 }
 
 const ObjectId& agentMibRoot()
 {
-    static const ObjectId root{1, 3, 6, 1, 4, 1, 32473, 127, 3, 1, 200, 5};
+    static const ObjectId root = *fromRelativeText(base::vigilAgentMibOid);
     return root;
 }
 
@@ -57,6 +65,13 @@ std::optional<ObjectId> fromFullText(const std::string& text)
     ObjectId id;
     if (!appendArcs(std::string_view(text).substr(hasLeadingDot ? 1 : 0), id))
         return std::nullopt;
+    return id;
+}
+
+ObjectId below(const ObjectId& tree, std::initializer_list<unsigned int> arcs)
+{
+    ObjectId id = tree;
+    id.insert(id.end(), arcs);
     return id;
 }
 

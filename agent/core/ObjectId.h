@@ -6,6 +6,7 @@
 
 #include <QString>
 
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,6 +21,9 @@ using ObjectId = std::vector<unsigned int>;
 
 /// The subtree that the agent serves; identifiers travel on the application's connection relative to it.
 const ObjectId& enterpriseRoot();
+
+/// The part of it that VIGIL-MIB describes.
+const ObjectId& vigilMibRoot();
 
 /// The part of it that is the agent's own, where applications cannot publish.
 const ObjectId& agentMibRoot();
@@ -40,6 +44,9 @@ std::string toRelativeText(const ObjectId& id);
 
 /// The full dotted text, for messages.
 QString toText(const ObjectId& id);
+
+/// tree with more arcs at its end.
+ObjectId below(const ObjectId& tree, std::initializer_list<unsigned int> arcs);
 
 bool isInTree(const ObjectId& tree, const ObjectId& id);
 

@@ -22,8 +22,7 @@ namespace {
 constexpr char applicationName[] = "vigil-agent";
 
 // Without a configuration file: reading from this host, below the enterprise's root.
-const char* const defaultAccess[] = {"rocommunity public 127.0.0.0/8 .1.3.6.1.4.1.32473",
-                                     "rocommunity6 public ::1/128 .1.3.6.1.4.1.32473"};
+const char* const defaultAccess[] = {"rocommunity public 127.0.0.0/8 .", "rocommunity6 public ::1/128 ."};
 
 /// Net-SNMP has no switch for every file that it looks for or leaves behind; directory takes the rest.
 void keepToItself(const QByteArray& directory)
@@ -47,7 +46,7 @@ int readOurConfiguration(int, int, void*, void* configFile)
     const char* path = static_cast<const char*>(configFile);
     if (!path) {
         for (const char* directive : defaultAccess)
-            netsnmp_config(QByteArray(directive).data());
+            netsnmp_config(QByteArray(directive).append(toText(enterpriseRoot()).toLatin1()).data());
     } else {
         read_config_with_type(path, applicationName);
     }

@@ -15,9 +15,9 @@ constexpr size_t maxText = 1024;
 constexpr size_t objectSize = 1200;
 constexpr size_t fixedObjects = 2;
 
-const ObjectId healthStatusChanged{1, 3, 6, 1, 4, 1, 32473, 127, 3, 1, 200, 4, 0, 1};
-const ObjectId valueChanged{1, 3, 6, 1, 4, 1, 32473, 127, 3, 1, 200, 4, 0, 2};
-const ObjectId previousStatus{1, 3, 6, 1, 4, 1, 32473, 127, 3, 1, 200, 4, 6, 1, 0};
+const ObjectId healthStatusChanged = below(vigilMibRoot(), {0, 1});
+const ObjectId valueChanged = below(vigilMibRoot(), {0, 2});
+const ObjectId previousStatus = below(vigilMibRoot(), {6, 1, 0});
 
 /// Cuts no character of UTF-8 in two.
 std::string shortened(std::string text)

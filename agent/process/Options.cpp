@@ -12,6 +12,11 @@ namespace agent {
 
 namespace {
 
+QString defaultListenAddress()
+{
+    return QStringLiteral("%1:%2").arg(QLatin1String(base::defaultServiceHost)).arg(base::defaultServicePort);
+}
+
 struct CommandLine
 {
     QCommandLineParser parser;
@@ -30,7 +35,8 @@ struct CommandLine
     const QCommandLineOption subtree{
         QStringLiteral("subtree"),
         QStringLiteral("Serve what lies at and below <oid> alone, in numbers. The default is "
-                       "1.3.6.1.4.1.32473; anything narrower lies below it."),
+                       "%1; anything narrower lies below it.")
+            .arg(toText(enterpriseRoot())),
         QStringLiteral("oid")};
     const QCommandLineOption config{
         QStringLiteral("config"),
@@ -42,8 +48,9 @@ struct CommandLine
     const QCommandLineOption listen{
         QStringLiteral("listen"),
         QStringLiteral("Accept applications on <host:port>, a loopback address. The default is "
-                       "127.0.0.1:43125; port 0 takes any free one."),
-        QStringLiteral("host:port"), QStringLiteral("127.0.0.1:43125")};
+                       "%1; port 0 takes any free one.")
+            .arg(defaultListenAddress()),
+        QStringLiteral("host:port"), defaultListenAddress()};
     const QCommandLineOption setTimeout{
         QStringLiteral("set-timeout"),
         QStringLiteral("Wait at most <ms> milliseconds (1 to 999, with --standalone to 60000) for an "

@@ -10,6 +10,7 @@
 
 #include "agent/applications/Limits.h"
 #include "agent/core/ObjectId.h"
+#include "base/wire/Protocol.h"
 
 namespace agent {
 
@@ -19,8 +20,6 @@ namespace agent {
 /// Threads: plain values. Failure: parse() says in text what is wrong.
 struct Options
 {
-    static constexpr quint16 defaultPort = 43125;
-
     enum class Action { Run, PrintText, Fail };
 
     /// Reads the arguments, the program's name first. text is what there is to print: the help, the version
@@ -34,7 +33,7 @@ struct Options
     QString configFile;        ///< empty for none
     ObjectId subtree = enterpriseRoot(); ///< what is served: the root or part of it
     QHostAddress listenHost = QHostAddress(QHostAddress::LocalHost);
-    quint16 listenPort = defaultPort; ///< 0 for any free one
+    quint16 listenPort = base::defaultServicePort; ///< 0 for any free one
     int setTimeoutMs = 900;
     int graceSeconds = 10;     ///< from the loss of a connection to UNKNOWN
     int forgetSeconds = 86400; ///< from the loss of a connection to the end of its cells; 0 for never

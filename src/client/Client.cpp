@@ -11,7 +11,7 @@
 #include <vigil/ValueChangedCallback.h>
 
 #include "base/Logging.h"
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpResponse.h"
 #include "base/wire/SnmpString.h"
@@ -30,7 +30,7 @@ constexpr int stateDisconnected = 1;
 constexpr unsigned int genErr = 5;     // the callback failed
 constexpr unsigned int noCallback = 1; // nobody registered for the identifier
 
-const Oid enterprisePrefix = Oid::fromStdString("1.3.6.1.4.1.32473");
+const Oid enterprisePrefix = Oid::fromStdString(base::enterpriseOid);
 
 /// Identifiers travel without what they have in common with the enterprise's, even where that is not all of
 /// it.
@@ -218,7 +218,7 @@ bool Client::sendInt(const Oid& oid, int value, bool useTraps)
     record.oid = relativeText(oid);
     record.value.setValue(value);
     return m_socket->sendSerializedData(&record, base::SnmpIntType,
-                                        useTraps ? base::ValueWithTrap : base::PlainValue);
+                                        useTraps ? base::ValueAndNotify : base::PlainValue);
 }
 
 bool Client::sendString(const Oid& oid, const QString& value, bool useTraps)
@@ -229,7 +229,7 @@ bool Client::sendString(const Oid& oid, const QString& value, bool useTraps)
     record.oid = relativeText(oid);
     record.value = value.toStdString();
     return m_socket->sendSerializedData(&record, base::SnmpStringType,
-                                        useTraps ? base::ValueWithTrap : base::PlainValue);
+                                        useTraps ? base::ValueAndNotify : base::PlainValue);
 }
 
 void Client::unsetOid(Oid oid)

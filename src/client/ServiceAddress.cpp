@@ -6,16 +6,16 @@
 #include <QtGlobal>
 
 #include "base/Logging.h"
+#include "base/wire/Protocol.h"
 
 namespace {
 
-constexpr int defaultPort = 43125;
 constexpr const char* portVariable = "VIGIL_SERVICE_PORT";
 
 int servicePort()
 {
     if (!qEnvironmentVariableIsSet(portVariable))
-        return defaultPort;
+        return base::defaultServicePort;
     const QString text = qEnvironmentVariable(portVariable);
     bool isNumber = false;
     const int port = text.toInt(&isNumber);
@@ -23,8 +23,8 @@ int servicePort()
         return port;
     base::writeLog(
         QStringLiteral("___ERROR___ %1 is \"%2\", which is no port between 1 and 65535. Using port %3.")
-            .arg(QLatin1String(portVariable), text, QString::number(defaultPort)));
-    return defaultPort;
+            .arg(QLatin1String(portVariable), text, QString::number(base::defaultServicePort)));
+    return base::defaultServicePort;
 }
 
 } // namespace
@@ -32,7 +32,7 @@ int servicePort()
 base::ConnectionSettings serviceAddress()
 {
     base::ConnectionSettings settings;
-    settings.host = QStringLiteral("127.0.0.1");
+    settings.host = QLatin1String(base::defaultServiceHost);
     settings.port = servicePort();
     return settings;
 }

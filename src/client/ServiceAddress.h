@@ -6,8 +6,9 @@
 
 #include "base/ConnectionSettings.h"
 
-/// Where the local SNMP service listens: port 43125 on the loopback interface, or the port that the
-/// environment variable VIGIL_SERVICE_PORT gives. A value that is no port is reported in the log and ignored.
+/// Where the local SNMP service listens: base::defaultServicePort on the loopback interface, unless the
+/// environment variable VIGIL_SERVICE_PORT names another port. A bad value is reported in the log and
+/// ignored.
 base::ConnectionSettings serviceAddress();
 
 #endif

@@ -5,7 +5,9 @@
 
 #include <QDebug>
 
-SnmpHealthCheckTable::SnmpHealthCheckTable() : SnmpTable(".1.3.6.1.4.1.32473.127.3.1.200.4.1.1", {3, 4}) {}
+#include "snmp/VigilMib.h"
+
+SnmpHealthCheckTable::SnmpHealthCheckTable() : SnmpTable(entryOfTable(1), {3, 4}) {}
 
 void SnmpHealthCheckTable::setRow(const StringPair& key, unsigned int status, const std::string& summary)
 {

@@ -3,8 +3,10 @@
 
 #include "snmp/SnmpMetricResultTable.h"
 
+#include "snmp/VigilMib.h"
+
 SnmpMetricResultTable::SnmpMetricResultTable(const std::string& firstKey, const std::string& secondKey)
-    : SnmpTable(".1.3.6.1.4.1.32473.127.3.1.200.4.3.1", {1, 2})
+    : SnmpTable(entryOfTable(3), {1, 2})
 {
     appendIndexPrefix(firstKey);
     appendIndexPrefix(secondKey);

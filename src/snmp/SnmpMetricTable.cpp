@@ -5,8 +5,10 @@
 
 #include <QDebug>
 
+#include "snmp/VigilMib.h"
+
 SnmpMetricTable::SnmpMetricTable(const std::string& firstKey, const std::string& secondKey)
-    : SnmpTable(".1.3.6.1.4.1.32473.127.3.1.200.4.2.1", {2, 3, 4, 5})
+    : SnmpTable(entryOfTable(2), {2, 3, 4, 5})
 {
     appendIndexPrefix(firstKey);
     appendIndexPrefix(secondKey);

@@ -3,7 +3,9 @@
 
 #include "snmp/SnmpMgmFuncTable.h"
 
-SnmpMgmFuncTable::SnmpMgmFuncTable() : SnmpTable(".1.3.6.1.4.1.32473.127.3.1.200.4.5.1", {1, 2, 3, 4, 5}) {}
+#include "snmp/VigilMib.h"
+
+SnmpMgmFuncTable::SnmpMgmFuncTable() : SnmpTable(entryOfTable(5), {1, 2, 3, 4, 5}) {}
 
 void SnmpMgmFuncTable::setRow(const StringPair& key, unsigned int trigger1, int trigger2, int trigger3,
                               int trigger4, const std::string& command)

@@ -3,8 +3,10 @@
 
 #include "snmp/SnmpPerfDataTable.h"
 
+#include "snmp/VigilMib.h"
+
 SnmpPerfDataTable::SnmpPerfDataTable(const std::string& firstKey, const std::string& secondKey)
-    : SnmpTable(".1.3.6.1.4.1.32473.127.3.1.200.4.4.1", {1, 2, 3, 4, 5})
+    : SnmpTable(entryOfTable(4), {1, 2, 3, 4, 5})
 {
     appendIndexPrefix(firstKey);
     appendIndexPrefix(secondKey);

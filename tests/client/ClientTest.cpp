@@ -19,7 +19,7 @@
 #include <vigil/VigilSnmpInterface.h>
 
 #include "base/Logging.h"
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 #include "support/FakeService.h"
 #include "support/LibraryLog.h"
 #include "support/Publications.h"

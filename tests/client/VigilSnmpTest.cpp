@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "base/Logging.h"
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpResponse.h"
 #include "client/CallbackStoreLock.h"
 #include "support/EnvironmentVariable.h"
@@ -596,7 +596,7 @@ TEST_F(VigilSnmp, FramesOfUnknownMeaningAreIgnoredWithoutALine)
     ScriptedCallback callback(recorder);
     facade.registerValueChangedCallback(below("1"), &callback);
     const std::size_t lines = log.lines().size();
-    service.send(base::SnmpIntType, encodedInt("1", 5), base::ValueWithTrap);
+    service.send(base::SnmpIntType, encodedInt("1", 5), base::ValueAndNotify);
     service.send(base::SnmpIntType, encodedInt("1", 5), 3);
     service.send(base::SnmpIntType, encodedInt("1", 5), -1);
     service.send(base::SnmpIntResponseType, encodedInt("1", 5), base::PlainValue);

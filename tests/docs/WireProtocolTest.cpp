@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "base/wire/DataType.h"
 #include "base/wire/FrameHeader.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpResponse.h"
 #include "base/wire/SnmpString.h"

@@ -5,8 +5,8 @@
 
 #include <QtEndian>
 
-#include "base/wire/DataType.h"
 #include "base/wire/FrameHeader.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpString.h"
 #include "support/AgentProcess.h"
@@ -172,7 +172,7 @@ TEST_F(AgentConnections, HalfAFrameHoldsNobodyUp)
 
 TEST_F(AgentConnections, AValueWithANotificationSetsTheCellToo)
 {
-    offender->sendFrame(base::SnmpIntType, base::ValueWithTrap, intPayload("2.2"));
+    offender->sendFrame(base::SnmpIntType, base::ValueAndNotify, intPayload("2.2"));
     EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".2.2"), QStringLiteral("7")));
 }
 

@@ -9,7 +9,7 @@
 #include <QTemporaryDir>
 #include <QUdpSocket>
 
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpString.h"
 #include "support/AgentProcess.h"
@@ -49,7 +49,7 @@ void publishWithNotification(FakeApplication& application, const std::string& oi
     base::SnmpInt record;
     record.oid = oid;
     record.value.setValue(value);
-    application.sendFrame(base::SnmpIntType, base::ValueWithTrap, payloadOf(record));
+    application.sendFrame(base::SnmpIntType, base::ValueAndNotify, payloadOf(record));
 }
 
 void publishWithNotification(FakeApplication& application, const std::string& oid, const std::string& value)
@@ -57,7 +57,7 @@ void publishWithNotification(FakeApplication& application, const std::string& oi
     base::SnmpString record;
     record.oid = oid;
     record.value = value;
-    application.sendFrame(base::SnmpStringType, base::ValueWithTrap, payloadOf(record));
+    application.sendFrame(base::SnmpStringType, base::ValueAndNotify, payloadOf(record));
 }
 
 const QString v3User =

@@ -9,7 +9,7 @@
 
 #include <iostream>
 
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpString.h"
 #include "support/AgentProcess.h"
 #include "support/FakeApplication.h"
@@ -279,7 +279,7 @@ TEST_F(Subagent, NotificationsThatSnmpdDoesNotTakeHoldUpNothing)
     QByteArray payload;
     record.serialize(payload);
     for (int i = 0; i < 200; ++i)
-        application->sendFrame(base::SnmpStringType, base::ValueWithTrap, payload);
+        application->sendFrame(base::SnmpStringType, base::ValueAndNotify, payload);
     application->publish("5.3", 3);
     EXPECT_TRUE(agent->waitForLog("5.3 = 3"));
     snmpd.resume();

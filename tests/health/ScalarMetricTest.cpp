@@ -5,7 +5,7 @@
 
 #include <vigil/HealthCheck.h>
 
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 #include "snmp/RemoteMetricObserver.h"
 #include "support/CheckPointer.h"
 #include "support/LibraryTest.h"

@@ -5,7 +5,7 @@
 
 #include <vigil/Oid.h>
 
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpResponse.h"
 
 namespace support {

@@ -3,7 +3,7 @@
 
 #include "support/Publications.h"
 
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpResponse.h"
 #include "base/wire/SnmpString.h"
@@ -104,7 +104,7 @@ std::string describe(const FakeService::Frame& frame)
     const qint64 expectedId = isAnswer(frame) ? base::Validation : base::PlainValue;
     if (frame.header.clientCallbackId == expectedId)
         return text;
-    if (frame.header.clientCallbackId == base::ValueWithTrap && !isAnswer(frame))
+    if (frame.header.clientCallbackId == base::ValueAndNotify && !isAnswer(frame))
         return withTrap(text);
     return text + " with callback id " + std::to_string(frame.header.clientCallbackId);
 }

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "agent/applications/ApplicationServer.h"
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "support/FakeApplication.h"
 #include "support/ManualClock.h"
@@ -152,7 +152,7 @@ TEST_F(ApplicationServerTest, AValueWithTheWishForANotificationIsTold)
     record.serialize(payload);
     FakeApplication application(port());
     application.publish("5.2", 1);
-    application.sendFrame(base::SnmpIntType, base::ValueWithTrap, payload);
+    application.sendFrame(base::SnmpIntType, base::ValueAndNotify, payload);
     EXPECT_TRUE(runUntil([&] { return !notable.empty(); }));
     EXPECT_THAT(notable, testing::ElementsAre(firstCell));
 }

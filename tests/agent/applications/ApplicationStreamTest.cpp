@@ -5,7 +5,7 @@
 
 #include "agent/applications/ApplicationStream.h"
 #include "agent/applications/Limits.h"
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpString.h"
 #include "support/QtPrinters.h"
@@ -78,7 +78,7 @@ TEST_F(ApplicationStreamTest, HandsOnWhatTheRecordsSay)
     text.oid = "5.2";
     text.value = "text";
     QByteArray bytes = intFrame("5.1", 7);
-    bytes += intFrame("5.1", 8, base::ValueWithTrap);
+    bytes += intFrame("5.1", 8, base::ValueAndNotify);
     EXPECT_EQ(stream.receive(bytes), QString());
     EXPECT_EQ(stream.receive(frame(base::SnmpStringType, base::PlainValue, text)), QString());
     EXPECT_EQ(stream.receive(frame(base::SnmpIntType, base::PlainValue, nothing)), QString());

@@ -7,7 +7,7 @@
 #include <QIODevice>
 
 #include "agent/applications/RecordCheck.h"
-#include "base/wire/DataType.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpResponse.h"
 #include "base/wire/SnmpString.h"

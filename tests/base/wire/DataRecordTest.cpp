@@ -7,8 +7,8 @@
 #include <memory>
 #include <string>
 
-#include "base/wire/DataType.h"
 #include "base/wire/Decode.h"
+#include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpResponse.h"
 #include "base/wire/SnmpString.h"
