@@ -14,19 +14,21 @@ namespace vigil {
 class Metric;
 } // namespace vigil
 
-class RemoteMetricObserver;
+class RemoteMetricObserver; // internal to the library, as is ResultEntry
 struct ResultEntry;
 
-/// What a health check publishes through.
+/// The publishing side of a health check.
 ///
-/// Purpose: keeps the checks free of SNMP. The library's own connector writes the rows of the SNMP tables;
-/// the class is exported so that tests and tools of the library's users can name it. Applications have no
-/// occasion to call it.
+/// Purpose: keeps the checks free of SNMP; the library's own connector writes the rows of the SNMP tables.
+/// The class is part of the binary interface, but of no use to an application: a health check creates its own
+/// connector and never hands it out, and there is no way to install another. ResultEntry and
+/// RemoteMetricObserver are only declared here and their headers are not installed, so that an application
+/// can neither read the results passed to updateResults() nor create an observer.
 ///
-/// Threads: called on the thread that drives the health check; updateMetric() and updateResults() also on the
-/// library's client thread, when an application publishes from inside a callback.
+/// Threads: called on the thread of the health check; updateMetric() and updateResults() also on the client
+/// thread if an application publishes inside a callback.
 ///
-/// Ownership: owned by its health check. Observers and handlers are not owned.
+/// Ownership: the health check owns its connector. A connector does not own observers and handlers.
 ///
 /// Failure: no operation reports an error.
 class VIGIL_EXPORT Connector
@@ -36,23 +38,23 @@ public:
     Connector(const Connector& other);
     Connector& operator=(const Connector& other);
 
-    /// Publishes status and summary of the check and the rows of its results.
+    /// Publishes status and summary of the check, and the rows of its results.
     virtual void updateResults(const std::vector<ResultEntry>& results) = 0;
 
     /// Announces a metric's row; updateMetric() fills it.
     virtual void addMetric(const std::string& name) = 0;
 
-    /// Publishes unit and ranges of a metric whose row was announced; otherwise does nothing.
+    /// Publishes unit and ranges of an announced metric; does nothing for any other.
     virtual void updateMetric(vigil::Metric& metric) = 0;
 
     /// Withdraws all rows of the metric.
     virtual void removeMetric(const std::string& name) = 0;
 
-    /// Make the ranges of the observer's metric writable for the manager, or read-only again.
+    /// Make the ranges of the observer's metric writable for a manager, or read-only again.
     virtual void registerRemoteMetricObserver(RemoteMetricObserver* observer) = 0;
     virtual void unregisterRemoteMetricObserver(RemoteMetricObserver* observer) = 0;
 
-    /// Publish the management row and route its triggers to handler, or to nobody.
+    /// Publish the management row and route its triggers to handler, or stop routing them.
     virtual void registerManagementHandler(ManagementHandler* handler) = 0;
     virtual void unregisterManagementHandler() = 0;
 

@@ -18,28 +18,40 @@ class SimpleMetric;
 
 /// One aspect of the application's health, judged by its metrics.
 ///
-/// Purpose: collects metrics; update() evaluates them all, takes the worst status (OK < UNKNOWN < WARNING <
-/// CRITICAL) and publishes everything as rows of the SNMP tables. Until the first update() the check is
+/// \code
+/// vigil::HealthCheck* check = vigil::createHealthCheck("shop", "database");
+/// check->setDescription("Database");
+/// vigil::SimpleMetric* server = check->createSimpleMetric("server");
+///
+/// server->setStatus(vigil::HealthStatus::Warning);
+/// server->setInfo("slow replies");
+/// check->update(); // publishes WARNING and "Database - server is WARNING, slow replies."
+///
+/// server->remove();
+/// check->destroy();
+/// \endcode
+///
+/// Purpose: collects metrics. update() evaluates all of them, takes the worst status (OK < UNKNOWN < WARNING
+/// < CRITICAL) and publishes the outcome as rows of the SNMP tables. Until the first update() the check is
 /// UNKNOWN with an empty summary.
 ///
-/// The two keys identify the check for the manager, and they and the metric's name are part of the row's
-/// object identifier, one arc per byte. An identifier has at most 128 arcs: first key, second key and metric
-/// name may have about 110 bytes together, or the row cannot be seen by a manager. Keep them ASCII: the arcs
-/// of bytes from 0x80 up are sign-extended (4294967168 to 4294967295), and no manager turns those back into
-/// text.
+/// Keys: the two keys identify the check. Keys and metric name are part of the object identifier of each row,
+/// one arc per byte. An identifier has at most 128 arcs, so both keys and the name may have about 110 bytes
+/// together; a manager cannot see rows with longer ones. Prefer ASCII: bytes from 0x80 up become the arcs
+/// 4294967168 to 4294967295. Some managers turn these arcs back into text; others show dots and do not find
+/// the row by its name.
 ///
-/// Threads: createHealthCheck() and all operations belong to one application thread; no locks. Checks may be
-/// driven from several threads when the application sees to it that only one is inside the library's check
-/// and metric operations at a time. Handlers are called on the library's client thread.
+/// Threads: one application thread at a time may be inside createHealthCheck() and the operations of all
+/// checks and metrics; there are no locks. Handlers are called on the library's client thread.
 ///
-/// Ownership: created by createHealthCheck(), ended by destroy(); never deleted by the application. Metrics
-/// outlive the check unless removed. The first check of the process starts the library's threads, the last
-/// one stops them.
+/// Ownership: createHealthCheck() creates a check and destroy() ends it; never delete it. Metrics outlive the
+/// check unless removed. The first check of the process starts the library's threads, the last one stops
+/// them.
 ///
-/// Failure: nothing is reported, and nothing blocks on the network: without an SNMP service the values are
-/// kept and published when it appears. createSimpleMetric(), createScalarMetric(),
-/// registerManagementHandler(), unregisterManagementHandler() and destroy() do nothing when called from
-/// inside one of the library's callbacks, apart from an error line in the log.
+/// Failure: no operation reports an error or blocks on the network. Without an SNMP service the library keeps
+/// the values and publishes them once it connects. Inside a callback of the library, createSimpleMetric(),
+/// createScalarMetric(), registerManagementHandler(), unregisterManagementHandler() and destroy() only write
+/// an error line to the log.
 class VIGIL_EXPORT HealthCheck
 {
 public:
@@ -47,9 +59,9 @@ public:
     HealthCheck(const HealthCheck& other);
     HealthCheck& operator=(const HealthCheck& other);
 
-    /// Create a metric and announce its row. The name is UTF-8. When it is taken the check sees only the
-    /// newer metric, and a range handler of the older one is asked no more. Null when called from inside one
-    /// of the library's callbacks.
+    /// Create a metric and announce its row. The name is UTF-8. If the name is taken, the check evaluates
+    /// only the newer metric, and the range handler of the older one is no longer called. Both return null
+    /// inside a callback of the library.
     virtual SimpleMetric* createSimpleMetric(const std::string& name) = 0;
     virtual ScalarMetric* createScalarMetric(const std::string& name) = 0;
 
@@ -57,38 +69,40 @@ public:
     virtual std::string getFirstKey() const = 0;
     virtual std::string getSecondKey() const = 0;
 
-    /// The text that the summary begins with, UTF-8; shown from the next update() on.
+    /// The start of the summary, UTF-8. The next update() publishes it.
     virtual void setDescription(const std::string& description) = 0;
     virtual std::string getDescription() const = 0;
 
-    /// Publishes the management row and routes the manager's triggers to handler, in place of an earlier one.
-    /// It is not owned and must be unregistered before it is destroyed. With null the triggers do nothing.
+    /// Publishes the management row and routes the manager's triggers to handler; it replaces an earlier one.
+    /// The check does not own it: unregister it before destroying it. With null the triggers do nothing.
     virtual void registerManagementHandler(ManagementHandler* handler) = 0;
 
-    /// When it returns, no call of the handler is under way and none will come. The row stays.
+    /// Waits for a call in progress; afterwards the handler is never called again. The row stays.
     virtual void unregisterManagementHandler() = 0;
 
-    /// Evaluates all metrics in the order of their names and publishes the outcome. Nothing is published
-    /// periodically; call it as often as the tables are to be refreshed.
+    /// Evaluates all metrics in the order of their names and publishes the outcome. The library has no timer:
+    /// call this as often as the tables should be refreshed.
     virtual void update() = 0;
 
-    /// Status and summary of the last update().
+    /// Status and summary (UTF-8) of the last update().
     virtual HealthStatus getStatus() const = 0;
     virtual std::string getSummary() const = 0;
 
-    /// Replaces the contents of out by the results of the last update(), in the order of the metrics' names.
+    /// Replaces the contents of out with the results of the last update(), in the order of the metric names.
     virtual void getResults(std::vector<Result>& out) const = 0;
 
-    /// Withdraws all rows of the check and ends it; the pointer is dead afterwards.
+    /// Withdraws all rows of the check and deletes it; the pointer is invalid afterwards.
     virtual void destroy() = 0;
 
 protected:
     virtual ~HealthCheck();
 };
 
-/// Creates a health check, and with the first one of the process starts the library. Returns null when memory
-/// runs out. The keys are UTF-8. Do not give two checks the same keys: they would share their rows, and the
-/// first one to be destroyed takes them away from the other, its management handler included.
+/// Creates a health check; the first one of the process also starts the library. The keys are UTF-8. Returns
+/// null if memory runs out. Two checks must not have the same keys: they would share their rows, and the
+/// first one to be destroyed would withdraw the rows and the management handler of the other.
+///
+/// Threads: as for HealthCheck. Ownership: end the check with HealthCheck::destroy().
 VIGIL_EXPORT HealthCheck* createHealthCheck(const std::string& firstKey, const std::string& secondKey);
 
 } // namespace vigil

@@ -8,21 +8,45 @@
 
 #include <vigil/vigil_export.h>
 
-/// Implemented by an application whose functions the manager may trigger.
+/// Functions of the application for a manager to trigger.
 ///
-/// Purpose: five functions whose meaning is the application's own. The manager runs function 1 to 4 by
-/// setting its trigger cell to 2, and function 5 by setting its command cell to the empty text; the cells
-/// return to 1 and to the empty text by themselves. A trigger cannot be refused.
+/// \code
+/// class CacheControl : public vigil::ManagementHandler
+/// {
+/// public:
+///     bool takeFlushRequest() { return m_isFlushRequested.exchange(false); } // for the application's thread
 ///
-/// Threads: called on the library's client thread, one call at a time in the whole process, while the library
-/// holds the lock of its callback registry. Return quickly; hand long work to a thread of your own.
-/// Registering, clearing or removing anything of the library from inside is not possible; it is refused with
-/// an error line in the log. HealthCheck::update() may be called when no other thread is inside the check; a
-/// lock that sees to this must not be held while a handler is unregistered or a check destroyed, which waits
-/// for the call under way.
+/// private:
+///     void managementFunction1() override { m_isFlushRequested = true; } // on the client thread
+///     void managementFunction2() override {}
+///     void managementFunction3() override {}
+///     void managementFunction4() override {}
+///     void managementFunction5(const std::string&) override {}
 ///
-/// Ownership: belongs to the application; HealthCheck::unregisterManagementHandler() comes before its
-/// destruction.
+///     std::atomic<bool> m_isFlushRequested{false};
+/// };
+///
+/// CacheControl handler; // outlives its registration
+/// vigil::HealthCheck* check = vigil::createHealthCheck("shop", "cache");
+/// check->registerManagementHandler(&handler);
+/// if (handler.takeFlushRequest())
+///     check->update();
+/// check->unregisterManagementHandler();
+/// check->destroy();
+/// \endcode
+///
+/// Purpose: the application gives the five functions their meaning. The manager runs functions 1 to 4 by
+/// setting the trigger cell to 2, and function 5 by setting the command cell to the empty text. The library
+/// then resets the cell to 1 or to the empty text. A trigger cannot be refused.
+///
+/// Threads: called on the library's client thread, one call at a time in the whole process, with the lock of
+/// the callback registry held. Return quickly and leave long work to another thread. A handler must not
+/// register, clear or remove anything; the library refuses it with an error line in the log. It may call
+/// HealthCheck::update() while no other thread is inside the check. Do not hold a lock of your own that the
+/// handler needs while you unregister it or destroy its check: both wait for a call in progress.
+///
+/// Ownership: the application owns it and calls HealthCheck::unregisterManagementHandler() before destroying
+/// it.
 ///
 /// Failure: must not throw.
 class VIGIL_EXPORT ManagementHandler
@@ -35,7 +59,7 @@ public:
     virtual void managementFunction3() = 0;
     virtual void managementFunction4() = 0;
 
-    /// The argument is the text that the manager set. Only the empty text triggers.
+    /// argument is the text set by the manager; only the empty text triggers.
     virtual void managementFunction5(const std::string& argument) = 0;
 };
 

@@ -12,13 +12,16 @@ namespace vigil {
 
 class Range;
 
-/// What all metrics have in common: one measured or reported quantity of a health check.
+/// One measured or reported quantity of a health check: the base of ScalarMetric and SimpleMetric.
 ///
-/// Purpose: the part of a metric that is published as a row of the metric table.
-/// Threads: used on the thread that drives its health check; no locks. Inside a callback of the library
-/// (which arrives on the library's client thread) the getters may be called for the metric that the callback
-/// is about. Ownership: the library creates metrics, HealthCheck hands them out, remove() ends them. Never
-/// deleted by the application. Failure: no operation reports an error; one that cannot act does nothing.
+/// Purpose: name, unit and ranges, the columns of the metric table.
+///
+/// Threads: used on the thread of the health check; no locks. A callback of the library, which runs on the
+/// client thread, may call the getters of the metric it is about.
+///
+/// Ownership: HealthCheck creates metrics and remove() ends them; never delete one.
+///
+/// Failure: no operation reports an error; one that cannot act does nothing.
 class VIGIL_EXPORT Metric
 {
 public:
@@ -31,14 +34,15 @@ public:
     /// The name given at creation, UTF-8.
     virtual std::string getName() const = 0;
 
-    /// The unit as it is printed directly behind the value, UTF-8; empty when there is none.
+    /// The unit, UTF-8, printed directly after the value; empty if there is none.
     virtual std::string getUnit() const = 0;
 
+    /// The ranges in force. The references are valid until remove() and show later changes.
     virtual const Range& getWarningRange() const = 0;
     virtual const Range& getCriticalRange() const = 0;
 
-    /// Takes the metric and its rows away from the check and destroys it. The pointer is dead afterwards.
-    /// Removal goes by name: after a second metric of this name was created, its rows go too.
+    /// Withdraws the rows of the metric and deletes it; the pointer is invalid afterwards. Rows are removed
+    /// by name: a second metric of the same name loses its rows, too.
     virtual void remove() = 0;
 
 protected:

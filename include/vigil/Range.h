@@ -10,8 +10,14 @@
 
 namespace vigil {
 
-/// One threshold of a metric: a closed interval of doubles and a mode that says which side of it is
-/// acceptable.
+/// One threshold of a metric: a closed interval of doubles, and a mode for the acceptable side of it.
+///
+/// \code
+/// vigil::Range range;
+/// if (vigil::Range::fromString("~:80", range) == 0 && !range.match(85))
+///     std::cout << "85 is too high for " << range.toString();
+/// range = vigil::Range::CreateRange(10, 20);
+/// \endcode
 ///
 /// Purpose: judges values. The text form is the notation of monitoring plugins:
 ///
@@ -20,13 +26,12 @@ namespace vigil {
 ///     "~:10"    acceptable up to 10                 "off"     everything is acceptable, deliberately
 ///     "10:20"   acceptable from 10 to 20            ""        everything is acceptable, never configured
 ///
-/// Units: those of the metric that the range is given to.
+/// Units: those of the metric.
 ///
-/// Threads: a plain value without locks; see Oid.
+/// Threads: a plain value without locks. Several threads may read one object while none changes it.
 ///
-/// Ownership: owns nothing, copies freely.
-///
-/// Failure: nothing throws; fromString() returns -1 for text that is not a range.
+/// Failure: fromString() returns -1 for text other than a range. No operation throws, except std::bad_alloc
+/// from the two text functions.
 class VIGIL_EXPORT Range
 {
 public:
@@ -38,20 +43,19 @@ public:
         Unset = 3    ///< never configured: every value is acceptable
     };
 
-    /// No threshold given: mode Unset, without bounds. Prints as the empty text.
+    /// No threshold: mode Unset, without bounds. Prints as the empty text.
     Range();
     Range(const Range& other);
     Range& operator=(const Range& other);
     virtual ~Range();
 
-    /// Acceptable from lower to upper, both inclusive. A lower above the upper bound is taken as it is: then
-    /// no value is acceptable.
+    /// Acceptable from lower to upper, both inclusive. If lower is above upper, no value is acceptable.
     static Range CreateRange(double lower, double upper);
 
     /// Acceptable below lower and above upper; a value equal to a bound is not acceptable.
     static Range CreateInverseRange(double lower, double upper);
 
-    /// A threshold that is switched off (mode Off, unlike the default constructor). Prints as "off".
+    /// A threshold switched off: mode Off, unlike the default constructor. Prints as "off".
     static Range CreateNoLimit();
 
     /// Alarm for values above x: acceptable up to and including x.
@@ -60,17 +64,16 @@ public:
     /// Alarm for values below x: acceptable from x upwards.
     static Range CreateThresholdBelow(double x);
 
-    /// Parses text into out. Returns 0, or -1 for text that is not a range; out is then half written, so
-    /// parse into a scratch Range where the old one must survive. Numbers are written with "." in every
-    /// locale.
+    /// Parses text into out. Returns 0, or -1 for text other than a range. A failure leaves out half written:
+    /// parse into a scratch Range to keep the old one. The decimal point is "." in every locale.
     static int fromString(const std::string& text, Range& out);
 
-    /// The text form, with six significant digits. Two ranges do not survive the way through text: the normal
-    /// range from 0 without an upper bound prints as the empty text, and the inverse one as "@", which does
-    /// not parse.
+    /// The text form, with six significant digits. Two ranges cannot be parsed back: the normal range from 0
+    /// without an upper bound prints as the empty text, like a range never configured; the inverse one prints
+    /// as "@", an error for fromString().
     std::string toString() const;
 
-    /// True when value is acceptable. NaN counts as inside the interval.
+    /// True if value is acceptable. NaN counts as inside the interval.
     bool match(double value) const;
 
     /// True in the modes Normal and Inverse.
@@ -83,7 +86,7 @@ public:
     double getLowerBound() const;
     double getUpperBound() const;
 
-    /// Replace one bound; neither the mode nor the other bound changes.
+    /// Replace one bound; mode and other bound stay.
     void setLowerBound(double lower);
     void setUpperBound(double upper);
 

@@ -11,21 +11,46 @@ class Range;
 class ScalarMetric;
 } // namespace vigil
 
-/// Which of a metric's two ranges is meant. The numbers are part of the binary interface.
+/// One of the two ranges of a metric. The numbers are part of the binary interface.
 enum class RangeKind : int { Warning = 0, Critical = 1 };
 
-/// Implemented by an application that lets the manager change the ranges of a metric.
+/// The application's consent to range changes by a manager.
 ///
-/// Purpose: consent. Without a handler every change is refused.
+/// \code
+/// class PercentOnly : public vigil::RangeChangeHandler
+/// {
+///     bool acceptRangeChange(vigil::ScalarMetric*, vigil::RangeKind, const vigil::Range& range) override
+///     {
+///         return range.isEnabled() && range.getUpperBound() <= 100;
+///     }
 ///
-/// Threads: both operations are called on the library's client thread, one call at a time in the whole
-/// process, while the library holds the lock of its callback registry. Return quickly: the manager is
-/// waiting, and so is everything that the library sends. Registering, clearing or removing anything from
-/// inside is not possible; it is refused with an error line in the log. The setters of the metric may be
-/// called.
+///     void rangeChanged(vigil::ScalarMetric* metric, vigil::RangeKind kind) override
+///     {
+///         if (kind == vigil::RangeKind::Warning) // publish the new range, see below
+///             metric->setWarningRange(metric->getWarningRange());
+///         else
+///             metric->setCriticalRange(metric->getCriticalRange());
+///     }
+/// };
 ///
-/// Ownership: belongs to the application; ScalarMetric::clearRangeChangeHandler() comes before its
-/// destruction.
+/// PercentOnly handler; // outlives its registration
+/// vigil::HealthCheck* check = vigil::createHealthCheck("shop", "disk");
+/// vigil::ScalarMetric* use = check->createScalarMetric("use");
+/// use->setRangeChangeHandler(&handler);
+/// // ... set values, update the check ...
+/// use->clearRangeChangeHandler();
+/// use->remove();
+/// check->destroy();
+/// \endcode
+///
+/// Purpose: a metric without a handler refuses every change.
+///
+/// Threads: called on the library's client thread, one call at a time in the whole process, with the lock of
+/// the callback registry held. Return quickly: the manager is waiting, and the library sends nothing
+/// meanwhile. A handler may call the setters of the metric. It must not register, clear or remove anything;
+/// the library refuses it with an error line in the log.
+///
+/// Ownership: the application owns it and calls ScalarMetric::clearRangeChangeHandler() before destroying it.
 ///
 /// Failure: must not throw.
 class VIGIL_EXPORT RangeChangeHandler
@@ -33,17 +58,14 @@ class VIGIL_EXPORT RangeChangeHandler
 public:
     virtual ~RangeChangeHandler() = default;
 
-    /// The manager asks to set the warning or the critical range of metric; return false to refuse. Nothing
-    /// has changed yet, and a change that is accepted here may still not come: the manager's request can fail
-    /// elsewhere.
+    /// The manager asks for a new warning or critical range of metric; return false to refuse. Nothing has
+    /// changed yet. An accepted change may still fail elsewhere and never be applied.
     virtual bool acceptRangeChange(vigil::ScalarMetric* metric, RangeKind kind,
                                    const vigil::Range& range) = 0;
 
-    /// The metric has the new range; HealthCheck::update() will judge by it. The library publishes nothing on
-    /// this occasion: the service shows the text that the manager wrote, but after the connection is lost and
-    /// made again it gets the text that was published last. To publish the new one, set it again here:
-    ///
-    ///     metric->setWarningRange(metric->getWarningRange());
+    /// The metric has its new range, and the next HealthCheck::update() judges by it. The library does not
+    /// publish it: the service shows the manager's text until it reconnects, and then the text published
+    /// last. To publish the new range, set it again here as in the example.
     virtual void rangeChanged(vigil::ScalarMetric* metric, RangeKind kind) = 0;
 };
 

@@ -10,16 +10,27 @@
 
 namespace vigil {
 
-/// The state of a metric or a check. The numbers are those that the manager reads and that monitoring plugins
-/// exit with. The order of severity is another one: OK, UNKNOWN, WARNING, CRITICAL.
+/// The state of a metric or a check. The manager reads these numbers; they equal the exit codes of monitoring
+/// plugins. The order of severity is different: OK, UNKNOWN, WARNING, CRITICAL.
 enum class HealthStatus : int { Ok = 0, Warning = 1, Critical = 2, Unknown = 3 };
 
 /// The outcome of one evaluation: a name, a status and one line of text.
 ///
-/// Purpose: what HealthCheck::getResults() returns for each metric.
-/// Threads: a plain value without locks; see Oid.
-/// Ownership: owns its texts, copies freely. All texts are UTF-8.
-/// Failure: nothing fails.
+/// \code
+/// vigil::HealthCheck* check = vigil::createHealthCheck("shop", "orders");
+/// vigil::ScalarMetric* pending = check->createScalarMetric("pending");
+/// check->update();
+/// std::vector<vigil::Result> results;
+/// check->getResults(results);
+/// for (const vigil::Result& result : results)
+///     std::cout << result.getStatusString(result.getStatus()) << ' ' << result.getSummary() << '\n';
+/// pending->remove();
+/// check->destroy();
+/// \endcode
+///
+/// Purpose: the answer of HealthCheck::getResults() for each metric. All texts are UTF-8.
+///
+/// Threads: a plain value without locks. Several threads may read one object while none changes it.
 class VIGIL_EXPORT Result
 {
 public:
@@ -29,15 +40,15 @@ public:
     Result& operator=(const Result& other);
     virtual ~Result();
 
-    /// The name of the metric that was evaluated.
+    /// The name of the evaluated metric.
     std::string getName() const;
 
     HealthStatus getStatus() const;
 
-    /// One line for a human reader.
+    /// One line for the operator.
     std::string getSummary() const;
 
-    /// The word for any status, whatever this result holds: "OK", "WARNING", "CRITICAL" or "UNKNOWN".
+    /// The word for any status, not only for this result's: "OK", "WARNING", "CRITICAL" or "UNKNOWN".
     std::string getStatusString(HealthStatus status) const;
 
 private:

@@ -17,21 +17,34 @@ class HealthCheck;
 
 /// A number with a unit, judged against a warning and a critical range.
 ///
-/// Purpose: measured quantities. At every HealthCheck::update() the value is CRITICAL when it is outside the
-/// critical range, else WARNING when it is outside the warning range, else OK. Both ranges are off at
-/// creation and the value is 0. The text reads "NAME is VALUEUNIT." with six significant digits, behind "out
-/// of critical range: " or "out of warning range: " when it is outside one. For NaN see Range::match().
+/// \code
+/// vigil::HealthCheck* check = vigil::createHealthCheck("shop", "orders");
+/// vigil::ScalarMetric* pending = check->createScalarMetric("pending");
+/// pending->setUnit(" orders");
+/// pending->setWarningRange(vigil::Range::CreateThresholdAbove(100));
+/// pending->setCriticalRange(vigil::Range::CreateThresholdAbove(500));
 ///
-/// Units: value and ranges share the unit of setUnit(), whatever it is ("%", " MB", …).
+/// pending->setValue(120);
+/// check->update(); // WARNING, "out of warning range: pending is 120 orders."
 ///
-/// Threads: one application thread at a time, that of the health check; no locks. The RangeChangeHandler is
-/// called on the library's client thread.
+/// pending->remove();
+/// check->destroy();
+/// \endcode
 ///
-/// Ownership: created by HealthCheck::createScalarMetric(), ended by remove(). It outlives its check: then
-/// the setters only store, and remove() still has to be called to release it.
+/// Purpose: measured quantities. HealthCheck::update() makes the metric CRITICAL if the value is outside the
+/// critical range, else WARNING if it is outside the warning range, else OK. A new metric has the value 0 and
+/// both ranges off. For NaN see Range::match().
 ///
-/// Failure: nothing is reported. setRangeChangeHandler(), clearRangeChangeHandler() and remove() do nothing
-/// when called from inside one of the library's callbacks, apart from an error line in the log.
+/// Units: value and ranges share the unit of setUnit(). The text shows six significant digits.
+///
+/// Threads: used on the thread of the health check. The RangeChangeHandler is called on the library's client
+/// thread and may call the getters and setters of its metric.
+///
+/// Ownership: HealthCheck::createScalarMetric() creates it and remove() ends it. It outlives its check: then
+/// the setters only store, and the application still calls remove() to release it.
+///
+/// Failure: no operation reports an error. Inside a callback of the library, setRangeChangeHandler(),
+/// clearRangeChangeHandler() and remove() only write an error line to the log.
 class VIGIL_EXPORT ScalarMetric : public Metric
 {
 public:
@@ -39,29 +52,30 @@ public:
     ScalarMetric(const ScalarMetric&) = default;
     ScalarMetric& operator=(const ScalarMetric&) = default;
 
-    /// Stores the value; it is published by the next HealthCheck::update().
+    /// Stores the value. The next HealthCheck::update() publishes it.
     virtual void setValue(double value) = 0;
     virtual double getValue() const = 0;
 
-    /// Stores and publishes the unit, UTF-8. It is printed without a blank before it; bring your own.
+    /// Stores and publishes the unit, UTF-8. It follows the value directly: begin it with a blank if you want
+    /// one.
     virtual void setUnit(const std::string& unit) = 0;
 
-    /// Store and publish a range; it is applied by the next HealthCheck::update().
+    /// Store and publish a range. The next HealthCheck::update() judges by it.
     virtual void setWarningRange(const Range& range) = 0;
     virtual void setCriticalRange(const Range& range) = 0;
 
-    /// Whether the value is also published as a row of the performance data table. On at creation.
+    /// Whether the value also has a row in the performance data table. On at creation.
     virtual void setPerformanceDataEnabled(bool enabled) = 0;
 
-    /// Lets the manager change the ranges, with the consent of handler, which takes the place of an earlier
-    /// one. Not owned; clear it before destroying it. With null every change is refused.
+    /// Lets the manager change the ranges if handler agrees; it replaces an earlier one. The metric does not
+    /// own it: clear it before destroying it. With null every change is refused.
     virtual void setRangeChangeHandler(RangeChangeHandler* handler) = 0;
 
-    /// From now on every change by the manager is refused. When it returns, no call of the handler is under
-    /// way.
+    /// Refuses every change from now on. Waits for a call in progress; afterwards the handler is never called
+    /// again.
     virtual void clearRangeChangeHandler() = 0;
 
-    /// The check that created this metric, or null when it has been destroyed.
+    /// The check of this metric, or null if it has been destroyed.
     virtual HealthCheck* getHealthCheck() const = 0;
 
 protected:

@@ -14,20 +14,31 @@ namespace vigil {
 
 class HealthCheck;
 
-/// A status that the application sets itself, with a text.
+/// A status and a text, both set by the application.
 ///
-/// Purpose: states that no threshold describes, such as the reachability of a database. It is UNKNOWN at
-/// creation; unit and ranges stay empty. The text is made from a template, "{name} is {value}, {info}."
-/// unless setTemplate() gives another: "{name}", "{value}" (the word for the status) and "{info}" are
-/// replaced, in this order.
+/// \code
+/// vigil::HealthCheck* check = vigil::createHealthCheck("shop", "database");
+/// vigil::SimpleMetric* server = check->createSimpleMetric("server");
 ///
-/// Threads: one application thread at a time, that of the health check; no locks.
+/// server->setStatus(vigil::HealthStatus::Critical);
+/// server->setInfo("no reply for 30 s");
+/// check->update(); // CRITICAL, "server is CRITICAL, no reply for 30 s."
 ///
-/// Ownership: created by HealthCheck::createSimpleMetric(), ended by remove(). It outlives its check: then
-/// the setters only store, and remove() still has to be called to release it.
+/// server->remove();
+/// check->destroy();
+/// \endcode
 ///
-/// Failure: nothing is reported. remove() does nothing when called from inside one of the library's
-/// callbacks, apart from an error line in the log.
+/// Purpose: states without a threshold, such as the reachability of a database. A new metric is UNKNOWN; unit
+/// and ranges stay empty. The text comes from a template, by default "{name} is {value}, {info}.". The
+/// library replaces "{name}", then "{value}" with the word for the status, then "{info}".
+///
+/// Threads: used on the thread of the health check; no locks.
+///
+/// Ownership: HealthCheck::createSimpleMetric() creates it and remove() ends it. It outlives its check: then
+/// the setters only store, and the application still calls remove() to release it.
+///
+/// Failure: no operation reports an error. Inside a callback of the library, remove() only writes an error
+/// line to the log.
 class VIGIL_EXPORT SimpleMetric : public Metric
 {
 public:
@@ -35,20 +46,20 @@ public:
     SimpleMetric(const SimpleMetric&) = default;
     SimpleMetric& operator=(const SimpleMetric&) = default;
 
-    /// Stores the status; it is published by the next HealthCheck::update().
+    /// Stores the status. The next HealthCheck::update() publishes it.
     virtual void setStatus(HealthStatus status) = 0;
     virtual HealthStatus getStatus() const = 0;
 
-    /// Stores the info text, UTF-8; the next HealthCheck::update() shows it.
+    /// Stores the info text, UTF-8. The next HealthCheck::update() publishes it.
     virtual void setInfo(const std::string& info) = 0;
 
-    /// Stores the message template, UTF-8; the next HealthCheck::update() uses it.
+    /// Stores the template of the text, UTF-8. The next HealthCheck::update() uses it.
     virtual void setTemplate(const std::string& text) = 0;
 
-    /// Whether the status number is also published as a row of the performance data table. Off at creation.
+    /// Whether the number of the status also has a row in the performance data table. Off at creation.
     virtual void setPerformanceDataEnabled(bool enabled) = 0;
 
-    /// The check that created this metric, or null when it has been destroyed.
+    /// The check of this metric, or null if it has been destroyed.
     virtual HealthCheck* getHealthCheck() const = 0;
 
 protected:

@@ -12,33 +12,58 @@ namespace vigil {
 
 class Oid;
 
-/// Learns of values that the manager sets.
+/// Receives the values set by a manager.
 ///
-/// Purpose: makes an object identifier writable. The manager's request is first validated by the callback
-/// that is registered for exactly that identifier; once the whole request is accepted, every callback
-/// registered for it or for one of its ancestors is told the new value. Override what you need: the base
-/// class accepts everything and ignores every change.
+/// \code
+/// class LogLevel : public vigil::ValueChangedCallback
+/// {
+/// public:
+///     using ValueChangedCallback::callbackValidateValue;
+///     using ValueChangedCallback::callbackValueChanged;
+///     unsigned int callbackValidateValue(const vigil::Oid&, const int& value) override
+///     {
+///         return value >= 0 && value <= 3 ? 0 : 1;
+///     }
+///     void callbackValueChanged(const vigil::Oid&, int value) override { m_level = value; }
 ///
-/// Threads: called on the library's client thread, one call at a time in the whole process, while the library
-/// holds the lock of its callback registry. Return quickly, and run no event loop inside. Registering or
-/// deregistering anything from inside is not possible; it is refused with an error line in the log.
+/// private:
+///     std::atomic<int> m_level{1};
+/// };
 ///
-/// Ownership: belongs to the application, which deregisters it before destroying it.
+/// LogLevel level; // outlives its registration
+/// const vigil::Oid oid = vigil::Oid::fromStdString("1.3.6.1.4.1.32473.1.1.0");
+/// vigil::VigilSnmpInterface& snmp = vigil::VigilSnmpInterface::instance();
+/// snmp.init("shop");
+/// snmp.registerValueChangedCallback(oid, &level);
+/// snmp.sendValue(oid, 1, 0); // managers can set only a published value
+/// snmp.deregisterValueChangedCallback(&level);
+/// snmp.cleanup();
+/// \endcode
 ///
-/// Failure: must not throw. What is thrown all the same goes to the log; the manager's request fails
-/// (genErr).
+/// Purpose: makes an object identifier writable. First the callback registered for exactly this identifier
+/// validates the value. Once the whole request is accepted, every callback registered for the identifier or
+/// one of its ancestors receives the new value. The base class accepts everything and ignores every change;
+/// override the functions you need.
+///
+/// Threads: called on the library's client thread, one call at a time in the whole process, with the lock of
+/// the callback registry held. Return quickly and run no event loop. A callback must not register or
+/// deregister anything; the library refuses it with an error line in the log.
+///
+/// Ownership: the application owns it and deregisters it before destroying it.
+///
+/// Failure: must not throw. The library logs an exception, and the manager's request fails with genErr.
 class VIGIL_EXPORT ValueChangedCallback
 {
 public:
     virtual ~ValueChangedCallback();
 
-    /// Return the SNMP error status of the request to set cell, which is the whole identifier, to value: 0
-    /// accepts, 1 refuses (the manager reads wrongValue), 2 to 18 are passed on as the status of that number.
+    /// Returns the SNMP error status for setting cell, the full identifier, to value. 0 accepts; 1 refuses,
+    /// and the manager reads wrongValue; 2 to 18 reach the manager unchanged.
     virtual unsigned int callbackValidateValue(const Oid& cell, const std::string& value);
     virtual unsigned int callbackValidateValue(const Oid& cell, const int& value);
 
-    /// The value of cell, which may be below the identifier that was registered, has been set. Texts are as
-    /// the manager sent them, meant to be UTF-8.
+    /// The manager has set cell, the registered identifier or one below it, to value. A text arrives as the
+    /// manager sent it; it should be UTF-8 but is not checked.
     virtual void callbackValueChanged(const Oid& cell, std::string value);
     virtual void callbackValueChanged(const Oid& cell, int value);
 };

@@ -14,42 +14,52 @@ class Oid;
 class StateInfoCallback;
 class ValueChangedCallback;
 
-/// The way to the local SNMP service below the health checks.
+/// Single values and callbacks: the layer below the health checks.
 ///
-/// Purpose: publishes single values under object identifiers, and registers callbacks for values that the
-/// manager sets and for the state of the connection. Health checks use it; an application needs it only for
-/// objects of its own. Identifiers below 1.3.6.1.4.1.32473 are the ones that the service serves.
+/// \code
+/// vigil::VigilSnmpInterface& snmp = vigil::VigilSnmpInterface::instance();
+/// const vigil::Oid jobs = vigil::Oid::fromStdString("1.3.6.1.4.1.32473.1.2.0");
 ///
-/// Threads: publishing and registration may be called from any thread and return at once; the values travel
-/// to the library's client thread. init() and cleanup() must not run at the same time as each other.
-/// Callbacks arrive on the client thread.
+/// snmp.init("shop"); // not needed while a health check exists
+/// snmp.sendValue(jobs, 42, 0);
+/// snmp.sendValue(jobs, 43, 1); // with a notification
+/// snmp.unsetOid(jobs);
+/// snmp.cleanup();
+/// \endcode
 ///
-/// Ownership: one object per process, never deleted by the application. Callbacks are not owned and must be
-/// deregistered before they are destroyed.
+/// Purpose: publishes values under object identifiers, and registers callbacks for SETs of a manager and for
+/// the state of the connection. Health checks use it; an application needs it only for objects of its own.
+/// The service serves identifiers below 1.3.6.1.4.1.32473.
 ///
-/// Failure: no operation reports an error. What is published while the service is away is kept and sent when
-/// it is there; the connection is tried every 5 seconds. Calls outside init() and cleanup() do nothing, and
-/// are not made up for later. Registration and cleanup() from inside a callback do nothing, apart from an
-/// error line in the log.
+/// Threads: any thread may publish and register. Publishing returns at once; the client thread sends the
+/// value. init() and cleanup() must not run at the same time. Callbacks arrive on the client thread.
+///
+/// Ownership: one object per process; never delete it. It does not own callbacks: deregister each one before
+/// destroying it.
+///
+/// Failure: no operation reports an error. While the service is away, the library keeps the values, retries
+/// every 5 seconds and then sends them. Calls before init() and after cleanup() do nothing and are not
+/// repeated later. Inside a callback, registration and cleanup() only write an error line to the log.
 class VIGIL_EXPORT VigilSnmpInterface
 {
 public:
+    /// The one object of the process.
     static VigilSnmpInterface& instance();
 
-    /// Starts the library's threads, which connect to the service; the first health check does it. Returns as
-    /// soon as the threads run, connected or not. name is UTF-8 and appears in the log. Does nothing when
-    /// already started, when the process is ending, and when the system has no thread to give.
+    /// Starts the library's threads, and they connect to the service; the first health check does the same.
+    /// Returns as soon as the threads run, connected or not. name is UTF-8 and appears in the log. Does
+    /// nothing if the library runs already, if the process is ending, or if the system has no thread left.
     virtual void init(const std::string& name) = 0;
 
-    /// Sends what is still to be sent, closes the connection and ends the library's threads; the last health
-    /// check and the end of the process do it. Waits for callbacks and for an attempt to connect that is
-    /// under way, the latter up to 5 seconds. Forgets all values and registrations. Does nothing when not
-    /// started. init() may follow.
+    /// Sends all pending values, closes the connection and ends the library's threads; the last health check
+    /// and the end of the process do the same. Waits for a callback in progress, and up to 5 seconds for a
+    /// connect in progress. Drops all values and registrations. Does nothing if the library does not run.
+    /// init() may follow.
     virtual void cleanup() = 0;
 
-    /// Publish a value under oid, in place of an earlier one. Texts are UTF-8 and copied, and may not be a
-    /// null pointer; what follows a NUL byte is not sent. useTraps 1 asks the service for a notification too;
-    /// any other number means none.
+    /// Publish a value under oid; it replaces an earlier one. A text is UTF-8, is copied, ends at its first
+    /// NUL byte and must not be a null pointer. With useTraps 1 the service also sends a notification; any
+    /// other number means none.
     virtual void sendValue(const Oid& oid, const char* value, int useTraps) = 0;
     virtual void sendValue(const Oid& oid, const std::string& value, int useTraps) = 0;
     virtual void sendValue(const Oid& oid, int value, int useTraps) = 0;
@@ -57,23 +67,23 @@ public:
     /// Withdraws the value under oid.
     virtual void unsetOid(const Oid& oid) = 0;
 
-    /// Withdraws everything published under oid and below it.
+    /// Withdraws the value under oid and all values below it.
     virtual void unsetOidTree(const Oid& oid) = 0;
 
-    /// Routes SETs of oid to cb, in place of an earlier callback for the same oid. Null is ignored.
+    /// Routes SETs of oid to cb; it replaces an earlier callback for the same oid. Null is ignored.
     virtual void registerValueChangedCallback(const Oid& oid, ValueChangedCallback* cb) = 0;
 
-    /// Removes every registration of cb. When it returns, no call of cb is under way and none will come.
+    /// Removes every registration of cb. Waits for a call in progress; afterwards cb is never called again.
     virtual void deregisterValueChangedCallback(ValueChangedCallback* cb) = 0;
 
-    /// Removes the registration for exactly oid; waits for a call that is under way, as above.
+    /// Removes the registration for exactly oid. Waits for a call in progress.
     virtual void deregisterValueChanged(const Oid& oid) = 0;
 
-    /// Tells cb of every connection and loss from now on, but not how things stand at the moment. Null, and a
-    /// callback that is registered already, are ignored.
+    /// Reports every later connect and loss to cb, but not the current state. Null and a callback registered
+    /// already are ignored.
     virtual void registerStateInfoCallback(StateInfoCallback* cb) = 0;
 
-    /// When it returns, no call of cb is under way and none will come.
+    /// Waits for a call in progress; afterwards cb is never called again.
     virtual void deregisterStateInfoCallback(StateInfoCallback* cb) = 0;
 
 protected:

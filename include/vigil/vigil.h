@@ -4,7 +4,7 @@
 #ifndef VIGIL_VIGIL_H
 #define VIGIL_VIGIL_H
 
-// Everything that an application can use.
+// The whole interface of the library.
 
 #include <vigil/Connector.h>
 #include <vigil/HealthCheck.h>
