@@ -18,6 +18,7 @@
 
 #include "base/wire/SnmpString.h"
 #include "support/FakeService.h"
+#include "support/FreePort.h"
 #include "support/MatchesPattern.h"
 #include "support/QtMessages.h"
 #include "support/RunUntil.h"
@@ -1226,8 +1227,7 @@ TEST_F(ComConnectionSocket, APeerLostDuringALongWriteEndsTheWrite)
 TEST(ComConnectionSocketToItself, IsRecognised)
 {
     QTcpSocket socket;
-    ASSERT_TRUE(
-        socket.bind(QHostAddress(QHostAddress::LocalHost))); // the bare enumerator would be taken for a port
+    ASSERT_TRUE(support::bindToFreePort(socket));
     socket.connectToHost(QHostAddress(QHostAddress::LocalHost), socket.localPort());
     if (!socket.waitForConnected())
         GTEST_SKIP() << "this system does not connect a socket to itself";

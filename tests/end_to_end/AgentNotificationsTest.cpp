@@ -15,6 +15,7 @@
 #include "support/AgentProcess.h"
 #include "support/ApplicationProcess.h"
 #include "support/FakeApplication.h"
+#include "support/FreePort.h"
 #include "support/RunUntil.h"
 #include "support/SnmpTool.h"
 #include "support/SnmptrapdProcess.h"
@@ -231,7 +232,7 @@ TEST_F(AgentNotifications, AConfigurationThatIsReadAgainReplacesTheReceivers)
 TEST_F(AgentNotifications, AReceiverThatDoesNotAnswerInformsHoldsNobodyUp)
 {
     QUdpSocket silent; // bound, so that the host refuses nothing, but nobody reads
-    ASSERT_TRUE(silent.bind(QHostAddress::LocalHost));
+    ASSERT_TRUE(support::bindToFreePort(silent));
     startAgent(QStringLiteral("informsink 127.0.0.1:%1\ntrap2sink %2")
                    .arg(silent.localPort())
                    .arg(receiver.address()));
@@ -250,7 +251,7 @@ TEST_F(AgentNotifications, AReceiverThatDoesNotAnswerInformsHoldsNobodyUp)
 TEST_F(AgentNotifications, AnSnmpV3ReceiverWithoutEngineIdIsKeptOutOfInformsSinceAskingForItWouldTakeSeconds)
 {
     QUdpSocket silent;
-    ASSERT_TRUE(silent.bind(QHostAddress::LocalHost));
+    ASSERT_TRUE(support::bindToFreePort(silent));
     startAgent(QStringLiteral("trapsess -Ci -v3 %1 127.0.0.1:%2\ntrap2sink %3")
                    .arg(v3User)
                    .arg(silent.localPort())

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QDir>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <QUdpSocket>
@@ -11,6 +10,7 @@
 #include <csignal>
 
 #include "support/AgentProcess.h"
+#include "support/FreePort.h"
 #include "support/RunUntil.h"
 
 using support::AgentProcess;
@@ -33,6 +33,7 @@ void expectRefusal(const AgentProcess::Outcome& outcome, const char* text)
     EXPECT_TRUE(outcome.err.contains(text)) << outcome.err.constData();
     EXPECT_FALSE(outcome.err.contains("serving")) << outcome.err.constData();
     EXPECT_TRUE(outcome.out.isEmpty());
+    EXPECT_EQ(outcome.filesLeft, QStringList());
 }
 
 } // namespace
@@ -75,7 +76,7 @@ TEST(AgentStart, AConfigurationFileThatCannotBeReadIsAnError)
 TEST(AgentStart, ASnmpPortThatIsTakenIsAnError)
 {
     QUdpSocket datagrams;
-    ASSERT_TRUE(datagrams.bind(QHostAddress(QHostAddress::LocalHost), 0));
+    ASSERT_TRUE(support::bindToFreePort(datagrams));
     expectRefusal(AgentProcess::run(serving(datagrams.localPort())), "cannot serve on udp:127.0.0.1:");
 
     QTcpServer streams;
@@ -128,13 +129,8 @@ TEST(AgentStart, SigtermAndSigintEndTheAgentInOrder)
 
 TEST(AgentStart, NothingIsLeftBehindOnDisk)
 {
-    const QTemporaryDir home;
-    qputenv("TMPDIR", home.path().toLocal8Bit());
-    qputenv("HOME", home.path().toLocal8Bit());
-    qputenv("SNMP_PERSISTENT_DIR", home.path().toLocal8Bit());
     AgentProcess agent;
     ASSERT_TRUE(agent.start()) << agent.log().constData();
     EXPECT_EQ(agent.stop(), 0);
-    EXPECT_EQ(QDir(home.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden),
-              QStringList());
+    EXPECT_EQ(agent.filesLeft(), QStringList());
 }

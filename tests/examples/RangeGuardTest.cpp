@@ -9,6 +9,8 @@
 
 #include "Handles.h"
 #include "RangeGuard.h"
+#include "support/EnvironmentVariable.h"
+#include "support/LibraryLog.h"
 
 using vigil::Range;
 using vigil::RangeKind;
@@ -30,6 +32,8 @@ protected:
         return guard.acceptRangeChange(metric.get(), RangeKind::Warning, rangeOf(text));
     }
 
+    support::LibraryLog log;
+    support::EnvironmentVariable port{"VIGIL_SERVICE_PORT", "1"}; // no service listens there
     CheckHandle check{vigil::createHealthCheck("test", "guard")};
     ScalarHandle metric{check->createScalarMetric("metric")};
     RangeGuard guard;

@@ -3,12 +3,15 @@
 
 #include "AgentProcess.h"
 
+#include <QDir>
 #include <QHostAddress>
+#include <QProcessEnvironment>
 #include <QTcpServer>
 #include <QUdpSocket>
 
 #include <csignal>
 
+#include "FreePort.h"
 #include "RunUntil.h"
 
 namespace support {
@@ -17,6 +20,20 @@ namespace {
 
 constexpr int deadlineMs = 10'000;
 const QByteArray readyText = "listening for applications on 127.0.0.1:";
+
+/// Keeps every file of the agent in directory.
+QProcessEnvironment environment(const QTemporaryDir& directory)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char* variable : {"TMPDIR", "HOME", "SNMP_PERSISTENT_DIR"})
+        environment.insert(QLatin1String(variable), directory.path());
+    return environment;
+}
+
+QStringList filesIn(const QTemporaryDir& directory)
+{
+    return QDir(directory.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
+}
 
 } // namespace
 
@@ -49,6 +66,7 @@ bool AgentProcess::start()
 bool AgentProcess::startOnce()
 {
     m_log.clear();
+    m_process.setProcessEnvironment(environment(m_directory));
     m_process.start(
         QStringLiteral(VIGIL_AGENT_PROGRAM),
         roleArguments() +
@@ -118,16 +136,27 @@ void AgentProcess::resume()
 
 AgentProcess::Outcome AgentProcess::run(const QStringList& arguments)
 {
+    const QTemporaryDir directory;
     QProcess process;
+    process.setProcessEnvironment(environment(directory));
     process.start(QStringLiteral(VIGIL_AGENT_PROGRAM), arguments);
+    Outcome outcome;
     if (!process.waitForFinished(deadlineMs)) {
         process.kill();
         process.waitForFinished();
-        return {-1, process.readAllStandardOutput(), "still running: " + process.readAllStandardError()};
+        outcome.err = "still running: ";
+    } else if (process.exitStatus() == QProcess::NormalExit) {
+        outcome.exitCode = process.exitCode();
     }
-    const bool isNormal = process.exitStatus() == QProcess::NormalExit;
-    return {isNormal ? process.exitCode() : -1, process.readAllStandardOutput(),
-            process.readAllStandardError()};
+    outcome.out = process.readAllStandardOutput();
+    outcome.err += process.readAllStandardError();
+    outcome.filesLeft = filesIn(directory);
+    return outcome;
+}
+
+QStringList AgentProcess::filesLeft() const
+{
+    return filesIn(m_directory);
 }
 
 quint16 AgentProcess::freePort()
@@ -135,8 +164,7 @@ quint16 AgentProcess::freePort()
     while (true) {
         QUdpSocket datagrams;
         QTcpServer streams;
-        if (datagrams.bind(QHostAddress::LocalHost, 0, QAbstractSocket::DontShareAddress) &&
-            streams.listen(QHostAddress::LocalHost, datagrams.localPort()))
+        if (bindToFreePort(datagrams) && streams.listen(QHostAddress::LocalHost, datagrams.localPort()))
             return datagrams.localPort();
     }
 }

@@ -8,28 +8,30 @@
 #include <QProcess>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
 
 namespace support {
 
-/// A real vigil-agent on free ports of its own, for as long as the object lives.
+/// Runs a real vigil-agent on free ports while the object lives.
 ///
-/// Purpose: end-to-end tests start one, connect applications to applicationPort() and send managers' requests
-/// to udpAddress() or tcpAddress(), or to the snmpd that it has joined. Started again, it has the same
-/// applicationPort().
+/// Purpose: end-to-end tests start one, connect applications to applicationPort() and send requests of
+/// managers to udpAddress() or tcpAddress(), or to the snmpd it has joined. applicationPort() stays the same
+/// after a restart. The agent's files are in a temporary folder, so a killed agent leaves nothing on the
+/// machine.
 ///
-/// Threads: one with an event loop. Failure: start() returns false; log() holds what the agent said.
+/// Threads: one with an event loop. Failure: start() returns false; log() says why.
 class AgentProcess
 {
 public:
-    /// Arguments in addition to the addresses.
+    /// A standalone agent. The addresses are added to the arguments.
     explicit AgentProcess(const QStringList& arguments = {QStringLiteral("--verbose")});
 
-    /// One that joins the snmpd with this AgentX address. It is ready when applications may come, whether or
-    /// not snmpd runs.
+    /// A subagent of the snmpd at this AgentX address. It is ready once it accepts applications; snmpd need
+    /// not run.
     AgentProcess(const QString& agentxAddress, const QStringList& arguments);
     ~AgentProcess();
 
-    /// Comes back when the agent is ready to serve.
+    /// Returns once the agent is ready to serve.
     bool start();
 
     QString udpAddress() const { return QStringLiteral("udp:127.0.0.1:%1").arg(m_snmpPort); }
@@ -37,32 +39,37 @@ public:
     quint16 snmpPort() const { return m_snmpPort; }
     quint16 applicationPort() const { return m_applicationPort; }
 
-    /// What the agent has written to standard error so far.
+    /// Everything written to standard error so far.
     const QByteArray& log();
     bool waitForLog(const QByteArray& text, int times = 1);
 
-    /// Ends the agent in order. Returns its exit code, -1 when it crashed or did not end.
+    /// Shuts the agent down cleanly. Returns its exit code, or -1 if it crashed or did not end.
     int stop();
 
-    /// Ends it as a crash would. False when it does not end.
+    /// Ends it as a crash would. Returns false if it does not end.
     bool kill();
 
     /// Sends SIGHUP.
     void reload();
 
-    /// Stops and continues the process, as a debugger would.
+    /// Suspend and resume the process, as a debugger would.
     void suspend();
     void resume();
 
     qint64 processId() const { return m_process.processId(); }
 
-    /// Runs the agent with exactly these arguments to its end. For those that it refuses.
+    /// The agent's files that are on disk now: temporary, persistent or in its home folder.
+    QStringList filesLeft() const;
+
     struct Outcome
     {
-        int exitCode;
+        int exitCode = -1; ///< -1 if it crashed or did not end
         QByteArray out;
         QByteArray err;
+        QStringList filesLeft;
     };
+
+    /// Runs the agent with exactly these arguments until it ends. Use it for arguments the agent refuses.
     static Outcome run(const QStringList& arguments);
 
     /// A port that was free on UDP and TCP a moment ago.
@@ -74,6 +81,7 @@ private:
 
     const QStringList m_arguments;
     const QString m_agentxAddress;
+    const QTemporaryDir m_directory;
     QProcess m_process;
     QByteArray m_log;
     quint16 m_snmpPort = 0;
