@@ -12,7 +12,7 @@ namespace {
 ServedCells::Settings settingsOf(const Options& options)
 {
     constexpr qint64 second = 1000;
-    constexpr qint64 never = DelayQueue<OwnerId>::never;
+    constexpr qint64 never = DelayQueue<ApplicationId>::never;
     ServedCells::Settings settings;
     settings.graceMs = options.graceSeconds * second;
     settings.forgetMs = options.forgetSeconds > 0 ? options.forgetSeconds * second : never;

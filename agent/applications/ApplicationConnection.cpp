@@ -22,7 +22,7 @@ constexpr qint64 maxUnread = 10'000'000;
 
 } // namespace
 
-ApplicationConnection::ApplicationConnection(QTcpSocket* socket, OwnerId owner, Clock& clock,
+ApplicationConnection::ApplicationConnection(QTcpSocket* socket, ApplicationId owner, Clock& clock,
                                              const Limits& limits, QObject* parent)
     : QObject(parent),
       m_socket(socket),
@@ -89,9 +89,9 @@ void ApplicationConnection::watchFrame()
     });
 }
 
-void ApplicationConnection::handleValue(const ObjectId& id, const CellValue& value, bool isNotable)
+void ApplicationConnection::handleValue(const ObjectId& id, const CellValue& value, bool notify)
 {
-    emit valueReceived(id, value, isNotable);
+    emit valueReceived(id, value, notify);
 }
 
 void ApplicationConnection::handleUnset(const ObjectId& tree)

@@ -9,11 +9,12 @@
 
 #include <string>
 
+#include "agent/applications/ApplicationInfo.h"
 #include "agent/applications/ApplicationStream.h"
-#include "agent/applications/ConnectionInfo.h"
 #include "agent/applications/Limits.h"
-#include "agent/cells/CellStore.h"
+#include "agent/cells/Cell.h"
 #include "agent/core/Clock.h"
+#include "agent/core/ObjectId.h"
 
 namespace base {
 class DbBaseType;
@@ -38,14 +39,14 @@ class ApplicationConnection : public QObject, private ApplicationStream::Receive
     Q_OBJECT
 
 public:
-    ApplicationConnection(QTcpSocket* socket, OwnerId owner, Clock& clock, const Limits& limits,
+    ApplicationConnection(QTcpSocket* socket, ApplicationId owner, Clock& clock, const Limits& limits,
                           QObject* parent);
 
     /// How messages call the application.
     QString name() const;
 
     /// All but the number of cells.
-    const ConnectionInfo& info() const { return m_info; }
+    const ApplicationInfo& info() const { return m_info; }
 
     /// Counts a record that whoever listens does not serve.
     void countRefusal() { ++m_info.recordsRefused; }
@@ -54,7 +55,7 @@ public:
     void commit(const ObjectId& id, const CellValue& value);
 
 signals:
-    void valueReceived(const agent::ObjectId& id, const agent::CellValue& value, bool isNotable);
+    void valueReceived(const agent::ObjectId& id, const agent::CellValue& value, bool notify);
     void unsetReceived(const agent::ObjectId& tree);
     void answerReceived(int number, int errorStatus);
     void lost();
@@ -62,7 +63,7 @@ signals:
 private:
     void readFrames();
     void watchFrame();
-    void handleValue(const ObjectId& id, const CellValue& value, bool isNotable) override;
+    void handleValue(const ObjectId& id, const CellValue& value, bool notify) override;
     void handleUnset(const ObjectId& tree) override;
     void handleAnswer(int number, int errorStatus) override;
     void sendBinding(int callbackId, int storeType, const ObjectId& id, const CellValue& value);
@@ -73,7 +74,7 @@ private:
     QTcpSocket* m_socket;
     ApplicationStream m_stream;
     Clock& m_clock;
-    ConnectionInfo m_info;
+    ApplicationInfo m_info;
     const QString m_peer;
     quint64 m_sentFrames = 0;
     bool m_isWatched = false;

@@ -22,9 +22,10 @@ QString valueText(const CellValue& value)
 } // namespace
 
 ApplicationServer::ApplicationServer(ServedCells& cells, Clock& clock, const Limits& limits)
-    : m_cells(cells), m_clock(clock), m_limits(limits), m_admission(cells.store(), limits)
+    : m_cells(cells), m_clock(clock), m_limits(limits), m_cellLimits(cells.store(), limits)
 {
-    connect(&m_cells, &ServedCells::ownerGone, this, [this](OwnerId owner) { m_lost.erase(owner); });
+    connect(&m_cells, &ServedCells::applicationGone, this,
+            [this](ApplicationId owner) { m_lost.erase(owner); });
     connect(&m_server, &QTcpServer::newConnection, this, &ApplicationServer::acceptAll);
     connect(&m_server, &QTcpServer::acceptError, this, &ApplicationServer::acceptLater);
 }
@@ -43,12 +44,12 @@ QString ApplicationServer::address() const
         .arg(m_server.serverPort());
 }
 
-std::vector<ConnectionInfo> ApplicationServer::connections() const
+std::vector<ApplicationInfo> ApplicationServer::applications() const
 {
-    std::map<OwnerId, ConnectionInfo> all = m_lost;
+    std::map<ApplicationId, ApplicationInfo> all = m_lost;
     for (const auto& [owner, connection] : m_connections)
         all[owner] = connection->info();
-    std::vector<ConnectionInfo> list;
+    std::vector<ApplicationInfo> list;
     for (auto& [owner, info] : all) {
         info.cells = m_cells.store().countOf(owner);
         list.push_back(std::move(info));
@@ -56,7 +57,7 @@ std::vector<ConnectionInfo> ApplicationServer::connections() const
     return list;
 }
 
-void ApplicationServer::ask(OwnerId owner, int number, const ObjectId& id, const CellValue& value)
+void ApplicationServer::ask(ApplicationId owner, int number, const ObjectId& id, const CellValue& value)
 {
     const auto connection = m_connections.find(owner);
     if (connection == m_connections.end())
@@ -69,7 +70,7 @@ void ApplicationServer::ask(OwnerId owner, int number, const ObjectId& id, const
     connection->second->ask(number, id, value);
 }
 
-void ApplicationServer::commit(OwnerId owner, const ObjectId& id, const CellValue& value)
+void ApplicationServer::commit(ApplicationId owner, const ObjectId& id, const CellValue& value)
 {
     const auto connection = m_connections.find(owner);
     if (connection == m_connections.end())
@@ -112,12 +113,12 @@ void ApplicationServer::turnAway(QTcpSocket* socket)
 
 void ApplicationServer::accept(QTcpSocket* socket)
 {
-    const OwnerId owner = ++m_lastOwner;
+    const ApplicationId owner = ++m_lastOwner;
     auto* connection = new ApplicationConnection(socket, owner, m_clock, m_limits, this);
     m_connections[owner] = connection;
     connect(connection, &ApplicationConnection::valueReceived, this,
-            [this, owner](const ObjectId& id, const CellValue& value, bool isNotable) {
-                storeValue(owner, id, value, isNotable);
+            [this, owner](const ObjectId& id, const CellValue& value, bool notify) {
+                storeValue(owner, id, value, notify);
             });
     connect(connection, &ApplicationConnection::unsetReceived, this,
             [this, owner](const ObjectId& tree) { unsetTree(owner, tree); });
@@ -127,28 +128,29 @@ void ApplicationServer::accept(QTcpSocket* socket)
     log::detail([&] { return QStringLiteral("%1 has connected").arg(connection->name()); });
 }
 
-void ApplicationServer::storeValue(OwnerId owner, const ObjectId& id, const CellValue& value, bool isNotable)
+void ApplicationServer::storeValue(ApplicationId owner, const ObjectId& id, const CellValue& value,
+                                   bool notify)
 {
-    QString problem = m_admission.cellProblem(id, value);
+    QString problem = m_cellLimits.cellProblem(id, value);
     if (!problem.isEmpty())
         return refuse(owner, id, problem);
-    problem = m_admission.countProblem(owner, id);
+    problem = m_cellLimits.countProblem(owner, id);
     if (!problem.isEmpty())
         return refuse(owner, ObjectId(), problem);
     log::detail(
         [&] { return QStringLiteral("%1: %2 = %3").arg(nameOf(owner), toText(id), valueText(value)); });
-    const std::optional<OwnerId> previous = m_cells.publish(owner, id, value);
+    const std::optional<ApplicationId> previous = m_cells.publish(owner, id, value);
     if (previous)
         m_warnings.warn(
             owner, id,
             QStringLiteral("%1 has taken %2 over from %3; two applications publish the same object")
                 .arg(nameOf(owner), toText(id), nameOf(*previous)));
-    if (isNotable)
-        emit valueChanged(id);
+    if (notify)
+        emit notificationWanted(id);
 }
 
 /// id is what the problem is about, and empty for the connection as a whole.
-void ApplicationServer::refuse(OwnerId owner, const ObjectId& id, const QString& problem)
+void ApplicationServer::refuse(ApplicationId owner, const ObjectId& id, const QString& problem)
 {
     m_connections.at(owner)->countRefusal();
     m_warnings.warn(owner, id, QStringLiteral("%1 %2").arg(nameOf(owner), problem));
@@ -157,7 +159,7 @@ void ApplicationServer::refuse(OwnerId owner, const ObjectId& id, const QString&
         m_cells.unset(owner, id); // rather no value than one that the application has replaced
 }
 
-void ApplicationServer::unsetTree(OwnerId owner, const ObjectId& tree)
+void ApplicationServer::unsetTree(ApplicationId owner, const ObjectId& tree)
 {
     const size_t removed = m_cells.unset(owner, tree);
     log::detail([&] {
@@ -167,7 +169,7 @@ void ApplicationServer::unsetTree(OwnerId owner, const ObjectId& tree)
     });
 }
 
-void ApplicationServer::remove(OwnerId owner)
+void ApplicationServer::remove(ApplicationId owner)
 {
     ApplicationConnection* connection = m_connections.at(owner);
     const size_t left = m_cells.store().countOf(owner);
@@ -179,8 +181,8 @@ void ApplicationServer::remove(OwnerId owner)
                 .arg(left));
     else
         log::detail([&] { return QStringLiteral("%1 has disconnected").arg(connection->name()); });
-    ConnectionInfo& info = m_lost[owner] = connection->info();
-    info.state = ConnectionInfo::State::Lost;
+    ApplicationInfo& info = m_lost[owner] = connection->info();
+    info.state = ApplicationInfo::State::Lost;
     info.since = m_clock.nowUtc();
     connection->deleteLater();
     m_connections.erase(owner);
@@ -191,7 +193,7 @@ void ApplicationServer::remove(OwnerId owner)
     emit lost(owner);
 }
 
-QString ApplicationServer::nameOf(OwnerId owner) const
+QString ApplicationServer::nameOf(ApplicationId owner) const
 {
     const auto connection = m_connections.find(owner);
     return connection == m_connections.end() ? QStringLiteral("application %1").arg(owner)

@@ -11,9 +11,9 @@
 #include <map>
 #include <vector>
 
-#include "agent/applications/Admission.h"
+#include "agent/applications/ApplicationInfo.h"
+#include "agent/applications/CellLimits.h"
 #include "agent/applications/CellWarnings.h"
-#include "agent/applications/ConnectionInfo.h"
 #include "agent/applications/Limits.h"
 #include "agent/cells/CellOwners.h"
 #include "agent/cells/CellStore.h"
@@ -48,41 +48,41 @@ public:
     QString address() const;
 
     /// In the order of their numbers: those that are there, and the lost ones that have cells.
-    std::vector<ConnectionInfo> connections() const;
+    std::vector<ApplicationInfo> applications() const;
 
-    bool isConnected(OwnerId owner) const override { return m_connections.count(owner) > 0; }
-    void ask(OwnerId owner, int number, const ObjectId& id, const CellValue& value) override;
-    void commit(OwnerId owner, const ObjectId& id, const CellValue& value) override;
+    bool isConnected(ApplicationId owner) const override { return m_connections.count(owner) > 0; }
+    void ask(ApplicationId owner, int number, const ObjectId& id, const CellValue& value) override;
+    void commit(ApplicationId owner, const ObjectId& id, const CellValue& value) override;
 
 signals:
-    void answered(agent::OwnerId owner, int number, int errorStatus);
+    void answered(agent::ApplicationId owner, int number, int errorStatus);
 
     /// The owner can no longer be asked about its cells.
-    void lost(agent::OwnerId owner);
+    void lost(agent::ApplicationId owner);
 
     /// A value has arrived for which the application wishes a notification; the cell has it already.
-    void valueChanged(const agent::ObjectId& id);
+    void notificationWanted(const agent::ObjectId& id);
 
 private:
     void acceptAll();
     void acceptLater();
     void accept(QTcpSocket* socket);
     void turnAway(QTcpSocket* socket);
-    void storeValue(OwnerId owner, const ObjectId& id, const CellValue& value, bool isNotable);
-    void unsetTree(OwnerId owner, const ObjectId& tree);
-    void remove(OwnerId owner);
-    QString nameOf(OwnerId owner) const;
-    void refuse(OwnerId owner, const ObjectId& id, const QString& problem);
+    void storeValue(ApplicationId owner, const ObjectId& id, const CellValue& value, bool notify);
+    void unsetTree(ApplicationId owner, const ObjectId& tree);
+    void remove(ApplicationId owner);
+    QString nameOf(ApplicationId owner) const;
+    void refuse(ApplicationId owner, const ObjectId& id, const QString& problem);
 
     QTcpServer m_server;
     ServedCells& m_cells;
     Clock& m_clock;
     const Limits m_limits;
-    const Admission m_admission;
+    const CellLimits m_cellLimits;
     CellWarnings m_warnings;
-    std::map<OwnerId, ApplicationConnection*> m_connections;
-    std::map<OwnerId, ConnectionInfo> m_lost;
-    OwnerId m_lastOwner = 0;
+    std::map<ApplicationId, ApplicationConnection*> m_connections;
+    std::map<ApplicationId, ApplicationInfo> m_lost;
+    ApplicationId m_lastOwner = 0;
     bool m_isFullTold = false;
 };
 

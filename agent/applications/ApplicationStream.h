@@ -10,7 +10,8 @@
 #include <string>
 
 #include "agent/applications/FrameAssembler.h"
-#include "agent/cells/CellStore.h"
+#include "agent/cells/Cell.h"
+#include "agent/core/ObjectId.h"
 
 namespace agent {
 

@@ -10,7 +10,7 @@
 
 namespace agent {
 
-void CellWarnings::warn(OwnerId owner, const ObjectId& id, const QString& text)
+void CellWarnings::warn(ApplicationId owner, const ObjectId& id, const QString& text)
 {
     std::set<size_t>& said = m_said[owner];
     if (said.size() >= maxPerOwner)

@@ -9,7 +9,8 @@
 #include <map>
 #include <set>
 
-#include "agent/cells/CellStore.h"
+#include "agent/cells/Cell.h"
+#include "agent/core/ObjectId.h"
 
 namespace agent {
 
@@ -27,13 +28,13 @@ public:
     static constexpr size_t maxPerOwner = 1000;
 
     /// Writes the text unless the same has been written about the cell.
-    void warn(OwnerId owner, const ObjectId& id, const QString& text);
+    void warn(ApplicationId owner, const ObjectId& id, const QString& text);
 
     /// The owner is gone.
-    void forget(OwnerId owner) { m_said.erase(owner); }
+    void forget(ApplicationId owner) { m_said.erase(owner); }
 
 private:
-    std::map<OwnerId, std::set<size_t>> m_said; // hashes: identifiers may be long
+    std::map<ApplicationId, std::set<size_t>> m_said; // hashes: identifiers may be long
 };
 
 /// The identifier for a message, cut where SNMP's own ones end.

@@ -4,7 +4,8 @@
 #ifndef VIGIL_AGENT_CELLS_CELLOWNERS_H
 #define VIGIL_AGENT_CELLS_CELLOWNERS_H
 
-#include "agent/cells/CellStore.h"
+#include "agent/cells/Cell.h"
+#include "agent/core/ObjectId.h"
 
 namespace agent {
 
@@ -17,13 +18,13 @@ class CellOwners
 public:
     virtual ~CellOwners() = default;
 
-    virtual bool isConnected(OwnerId owner) const = 0;
+    virtual bool isConnected(ApplicationId owner) const = 0;
 
     /// Asks whether the manager may set the cell. The answer carries the same number.
-    virtual void ask(OwnerId owner, int number, const ObjectId& id, const CellValue& value) = 0;
+    virtual void ask(ApplicationId owner, int number, const ObjectId& id, const CellValue& value) = 0;
 
     /// Tells the owner that the manager has set the cell.
-    virtual void commit(OwnerId owner, const ObjectId& id, const CellValue& value) = 0;
+    virtual void commit(ApplicationId owner, const ObjectId& id, const CellValue& value) = 0;
 };
 
 } // namespace agent

@@ -7,12 +7,12 @@
 
 namespace agent {
 
-std::optional<OwnerId> CellStore::set(const ObjectId& id, CellValue value, OwnerId owner)
+std::optional<ApplicationId> CellStore::set(const ObjectId& id, CellValue value, ApplicationId owner)
 {
     const auto [position, isNew] = m_cells.try_emplace(id);
     Cell& cell = position->second;
     cell.value = std::move(value);
-    const OwnerId previous = std::exchange(cell.owner, owner);
+    const ApplicationId previous = std::exchange(cell.owner, owner);
     if (!isNew && previous == owner)
         return std::nullopt;
     m_idsByOwner[owner].insert(&position->first);
@@ -22,7 +22,7 @@ std::optional<OwnerId> CellStore::set(const ObjectId& id, CellValue value, Owner
     return previous;
 }
 
-void CellStore::forget(OwnerId owner, const ObjectId& id)
+void CellStore::forget(ApplicationId owner, const ObjectId& id)
 {
     const auto owned = m_idsByOwner.find(owner);
     owned->second.erase(&id);
@@ -37,7 +37,7 @@ void CellStore::changeValue(const ObjectId& id, CellValue value)
         position->second.value = std::move(value);
 }
 
-std::vector<ObjectId> CellStore::unsetTree(const ObjectId& tree, OwnerId owner)
+std::vector<ObjectId> CellStore::unsetTree(const ObjectId& tree, ApplicationId owner)
 {
     std::vector<ObjectId> removed;
     const auto owned = m_idsByOwner.find(owner);
@@ -55,12 +55,12 @@ std::vector<ObjectId> CellStore::unsetTree(const ObjectId& tree, OwnerId owner)
     return removed;
 }
 
-std::vector<ObjectId> CellStore::removeAllOf(OwnerId owner)
+std::vector<ObjectId> CellStore::removeAllOf(ApplicationId owner)
 {
     return unsetTree(ObjectId(), owner);
 }
 
-std::vector<ObjectId> CellStore::idsOf(OwnerId owner, const ObjectId& tree) const
+std::vector<ObjectId> CellStore::idsOf(ApplicationId owner, const ObjectId& tree) const
 {
     std::vector<ObjectId> found;
     const auto owned = m_idsByOwner.find(owner);
@@ -86,7 +86,7 @@ void CellStore::uncover(const ObjectId& id)
         position->second.cover.reset();
 }
 
-size_t CellStore::countOf(OwnerId owner) const
+size_t CellStore::countOf(ApplicationId owner) const
 {
     const auto owned = m_idsByOwner.find(owner);
     return owned == m_idsByOwner.end() ? 0 : owned->second.size();

@@ -4,35 +4,16 @@
 #ifndef VIGIL_AGENT_CELLS_CELLSTORE_H
 #define VIGIL_AGENT_CELLS_CELLSTORE_H
 
-#include <QtGlobal>
-
 #include <cstddef>
 #include <map>
-#include <memory>
 #include <optional>
 #include <set>
-#include <string>
-#include <variant>
 #include <vector>
 
+#include "agent/cells/Cell.h"
 #include "agent/core/ObjectId.h"
 
 namespace agent {
-
-/// One connection of one application, for as long as the agent runs: numbers are never used again.
-using OwnerId = quint64;
-
-using CellValue = std::variant<int, std::string>;
-
-struct Cell
-{
-    CellValue value; ///< what the owner has published
-    OwnerId owner = 0;
-    std::unique_ptr<const CellValue> cover; ///< what the agent knows better
-
-    /// What managers read.
-    const CellValue& served() const { return cover ? *cover : value; }
-};
 
 /// Everything that the applications have published, in the order in which a manager walks it.
 ///
@@ -49,18 +30,18 @@ public:
 
     /// Leaves a cover where it is. Returns the owner from whom the cell has been taken over, if it had
     /// another one.
-    std::optional<OwnerId> set(const ObjectId& id, CellValue value, OwnerId owner);
+    std::optional<ApplicationId> set(const ObjectId& id, CellValue value, ApplicationId owner);
 
     /// Gives an existing cell a new value and leaves it with its owner.
     void changeValue(const ObjectId& id, CellValue value);
 
     /// Removes the owner's cells at and below tree. Returns their identifiers.
-    std::vector<ObjectId> unsetTree(const ObjectId& tree, OwnerId owner);
+    std::vector<ObjectId> unsetTree(const ObjectId& tree, ApplicationId owner);
 
-    std::vector<ObjectId> removeAllOf(OwnerId owner);
+    std::vector<ObjectId> removeAllOf(ApplicationId owner);
 
     /// The owner's cells at and below tree.
-    std::vector<ObjectId> idsOf(OwnerId owner, const ObjectId& tree) const;
+    std::vector<ObjectId> idsOf(ApplicationId owner, const ObjectId& tree) const;
 
     /// Both do nothing when there is no such cell.
     void cover(const ObjectId& id, CellValue value);
@@ -76,7 +57,7 @@ public:
     const Entry* findAtOrNext(const ObjectId& id) const;
 
     size_t size() const { return m_cells.size(); }
-    size_t countOf(OwnerId owner) const;
+    size_t countOf(ApplicationId owner) const;
 
 private:
     struct ByTarget
@@ -88,11 +69,11 @@ private:
     };
     using OwnedIds = std::set<const ObjectId*, ByTarget>;
 
-    void forget(OwnerId owner, const ObjectId& id);
+    void forget(ApplicationId owner, const ObjectId& id);
 
     Cells m_cells;
     // Keys of m_cells, so that an unset costs what its sender owns, however large the other applications are.
-    std::map<OwnerId, OwnedIds> m_idsByOwner;
+    std::map<ApplicationId, OwnedIds> m_idsByOwner;
 };
 
 } // namespace agent

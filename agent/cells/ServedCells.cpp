@@ -27,18 +27,19 @@ ServedCells::ServedCells(CellStore& store, Clock& clock, const Settings& setting
     : m_store(store),
       m_clock(clock),
       m_settings(settings),
-      m_grace(clock, settings.graceMs, [this](OwnerId owner, qint64) { overruleLost(owner); }),
-      m_memory(clock, settings.forgetMs, [this](OwnerId owner, qint64) { removeAllOf(owner); }),
-      m_returns(clock, settings.graceMs, [this](OwnerId owner, qint64) { removeAllOf(owner); }),
+      m_grace(clock, settings.graceMs, [this](ApplicationId owner, qint64) { overruleLost(owner); }),
+      m_memory(clock, settings.forgetMs, [this](ApplicationId owner, qint64) { removeAllOf(owner); }),
+      m_returns(clock, settings.graceMs, [this](ApplicationId owner, qint64) { removeAllOf(owner); }),
       m_silence(clock, settings.staleAfterMs,
                 [this](const ObjectId& check, qint64 waitedMs) { overruleSilent(check, waitedMs); })
 {}
 
 // --- What applications do
 
-std::optional<OwnerId> ServedCells::publish(OwnerId owner, const ObjectId& id, const CellValue& value)
+std::optional<ApplicationId> ServedCells::publish(ApplicationId owner, const ObjectId& id,
+                                                  const CellValue& value)
 {
-    const std::optional<OwnerId> previous = m_store.set(id, value, owner);
+    const std::optional<ApplicationId> previous = m_store.set(id, value, owner);
     const std::optional<healthTable::Position> position = healthTable::positionOf(id);
     if (position) {
         handleWritten(*position);
@@ -76,7 +77,7 @@ void ServedCells::tellWritten(const healthTable::Position& position, const CellV
         emit summaryWritten(position.check, *summary);
 }
 
-size_t ServedCells::unset(OwnerId owner, const ObjectId& tree)
+size_t ServedCells::unset(ApplicationId owner, const ObjectId& tree)
 {
     const std::vector<ObjectId> removed = m_store.unsetTree(tree, owner);
     handleRemoved(removed);
@@ -96,7 +97,7 @@ void ServedCells::handleRemoved(const std::vector<ObjectId>& ids)
 
 // --- Lost connections
 
-bool ServedCells::lose(OwnerId owner)
+bool ServedCells::lose(ApplicationId owner)
 {
     if (m_store.countOf(owner) == 0)
         return false;
@@ -121,7 +122,7 @@ void ServedCells::removeOldest()
     const auto oldest =
         std::min_element(m_lostSince.begin(), m_lostSince.end(),
                          [](const auto& left, const auto& right) { return left.second < right.second; });
-    const OwnerId owner = oldest->first;
+    const ApplicationId owner = oldest->first;
     log::warning(
         QStringLiteral("%1 lost connections have left cells behind, which is too many; those of application "
                        "%2 are removed. Find out which application keeps crashing")
@@ -130,7 +131,7 @@ void ServedCells::removeOldest()
     removeAllOf(owner);
 }
 
-void ServedCells::overruleLost(OwnerId owner)
+void ServedCells::overruleLost(ApplicationId owner)
 {
     const std::string summary = reason("No connection to the application", m_lostSince.at(owner));
     for (const ObjectId& id : m_store.idsOf(owner, healthTable::column(Column::Status))) {
@@ -142,7 +143,7 @@ void ServedCells::overruleLost(OwnerId owner)
         if (isOfLost(summaryCell))
             m_store.cover(summaryCell, summary);
         m_silence.remove(position->check);
-        emit overruled(position->check);
+        emit checkCovered(position->check);
     }
 }
 
@@ -152,7 +153,7 @@ bool ServedCells::isOfLost(const ObjectId& cell) const
     return found && isLost(found->owner);
 }
 
-void ServedCells::handleTakenOver(OwnerId lost)
+void ServedCells::handleTakenOver(ApplicationId lost)
 {
     if (m_store.countOf(lost) == 0)
         endLoss(lost);
@@ -160,7 +161,7 @@ void ServedCells::handleTakenOver(OwnerId lost)
         m_returns.start(lost);
 }
 
-void ServedCells::removeAllOf(OwnerId lost)
+void ServedCells::removeAllOf(ApplicationId lost)
 {
     const std::vector<ObjectId> removed = m_store.removeAllOf(lost);
     log::detail([&] {
@@ -170,13 +171,13 @@ void ServedCells::removeAllOf(OwnerId lost)
     endLoss(lost);
 }
 
-void ServedCells::endLoss(OwnerId owner)
+void ServedCells::endLoss(ApplicationId owner)
 {
     m_lostSince.erase(owner);
     m_grace.remove(owner);
     m_memory.remove(owner);
     m_returns.remove(owner);
-    emit ownerGone(owner);
+    emit applicationGone(owner);
 }
 
 // --- Silence
@@ -186,7 +187,7 @@ void ServedCells::overruleSilent(const ObjectId& check, qint64 silentMs)
     const QDateTime lastWrite = m_clock.nowUtc().addMSecs(-silentMs);
     m_store.cover(cellOf(Column::Status, check), healthTable::unknownStatus);
     m_store.cover(cellOf(Column::Summary, check), reason("No update", lastWrite));
-    emit overruled(check);
+    emit checkCovered(check);
 }
 
 } // namespace agent

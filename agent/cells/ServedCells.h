@@ -37,23 +37,24 @@ public:
     struct Settings
     {
         qint64 graceMs = 10'000;
-        qint64 forgetMs = 86'400'000;                     ///< DelayQueue::never is possible
-        qint64 staleAfterMs = DelayQueue<OwnerId>::never; ///< the silence that is too long
-        size_t maxLost = 256;                             ///< connections whose cells are kept
-        size_t maxLostCells = 1'000'000;                  ///< that all of them keep
+        qint64 forgetMs = 86'400'000;                           ///< DelayQueue::never is possible
+        qint64 staleAfterMs = DelayQueue<ApplicationId>::never; ///< the silence that is too long
+        size_t maxLost = 256;                                   ///< connections whose cells are kept
+        size_t maxLostCells = 1'000'000;                        ///< that all of them keep
     };
 
     ServedCells(CellStore& store, Clock& clock, const Settings& settings);
 
     /// Returns the connected application from which the cell has been taken over, if there was one.
-    std::optional<OwnerId> publish(OwnerId owner, const ObjectId& id, const CellValue& value);
+    std::optional<ApplicationId> publish(ApplicationId owner, const ObjectId& id, const CellValue& value);
 
     /// Removes the owner's cells at and below tree, never those that a lost connection has left behind.
     /// Returns how many there were.
-    size_t unset(OwnerId owner, const ObjectId& tree);
+    size_t unset(ApplicationId owner, const ObjectId& tree);
 
-    /// The owner's connection has ended. Returns whether it has left cells behind; ownerGone() follows then.
-    bool lose(OwnerId owner);
+    /// The owner's connection has ended. Returns whether it has left cells behind; applicationGone() follows
+    /// then.
+    bool lose(ApplicationId owner);
 
     const CellStore& store() const { return m_store; }
 
@@ -67,35 +68,35 @@ signals:
     void summaryWritten(const agent::ObjectId& check, const std::string& summary);
 
     /// The agent itself has made status and summary of the row say UNKNOWN and why.
-    void overruled(const agent::ObjectId& check);
+    void checkCovered(const agent::ObjectId& check);
 
     /// The status cell is no longer there.
     void checkRemoved(const agent::ObjectId& check);
 
     /// The last cell of a lost connection has gone, or has got another owner.
-    void ownerGone(agent::OwnerId owner);
+    void applicationGone(agent::ApplicationId owner);
 
 private:
     void handleWritten(const healthTable::Position& position);
     void tellWritten(const healthTable::Position& position, const CellValue& value);
     void handleRemoved(const std::vector<ObjectId>& ids);
-    void handleTakenOver(OwnerId lost);
-    void overruleLost(OwnerId owner);
+    void handleTakenOver(ApplicationId lost);
+    void overruleLost(ApplicationId owner);
     void overruleSilent(const ObjectId& check, qint64 silentMs);
     bool keepsTooMuch() const;
     void removeOldest();
-    void removeAllOf(OwnerId lost);
-    void endLoss(OwnerId owner);
-    bool isLost(OwnerId owner) const { return m_lostSince.count(owner) > 0; }
+    void removeAllOf(ApplicationId lost);
+    void endLoss(ApplicationId owner);
+    bool isLost(ApplicationId owner) const { return m_lostSince.count(owner) > 0; }
     bool isOfLost(const ObjectId& cell) const;
 
     CellStore& m_store;
     Clock& m_clock;
     const Settings m_settings;
-    std::map<OwnerId, QDateTime> m_lostSince;
-    DelayQueue<OwnerId> m_grace;
-    DelayQueue<OwnerId> m_memory;
-    DelayQueue<OwnerId> m_returns;
+    std::map<ApplicationId, QDateTime> m_lostSince;
+    DelayQueue<ApplicationId> m_grace;
+    DelayQueue<ApplicationId> m_memory;
+    DelayQueue<ApplicationId> m_returns;
     DelayQueue<ObjectId> m_silence;
 };
 

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "agent/cells/CellStore.h"
+#include "agent/cells/Cell.h"
 #include "agent/core/ObjectId.h"
 #include "agent/notifications/NotificationPolicy.h"
 

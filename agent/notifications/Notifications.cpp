@@ -16,9 +16,9 @@ Notifications::Notifications(ServedCells& cells, ApplicationServer& applications
                      &NotificationPolicy::handleStatusWritten);
     QObject::connect(&cells, &ServedCells::summaryWritten, &m_policy,
                      &NotificationPolicy::handleSummaryWritten);
-    QObject::connect(&cells, &ServedCells::overruled, &m_policy, &NotificationPolicy::handleOverruled);
+    QObject::connect(&cells, &ServedCells::checkCovered, &m_policy, &NotificationPolicy::handleOverruled);
     QObject::connect(&cells, &ServedCells::checkRemoved, &m_policy, &NotificationPolicy::handleRemoved);
-    QObject::connect(&applications, &ApplicationServer::valueChanged, &m_queue,
+    QObject::connect(&applications, &ApplicationServer::notificationWanted, &m_queue,
                      [this](const ObjectId& cell) { notifyOfValue(cell); });
 }
 

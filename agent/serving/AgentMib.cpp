@@ -77,7 +77,7 @@ void putTime(netsnmp_variable_list* varbind, const QDateTime& time)
     putText(varbind, text);
 }
 
-void putColumn(netsnmp_variable_list* varbind, unsigned int column, const ConnectionInfo& connection)
+void putColumn(netsnmp_variable_list* varbind, unsigned int column, const ApplicationInfo& connection)
 {
     constexpr quint64 connected = 1;
     constexpr quint64 lost = 2;
@@ -88,7 +88,7 @@ void putColumn(netsnmp_variable_list* varbind, unsigned int column, const Connec
         return putNumber(varbind, ASN_UNSIGNED, connection.port);
     case State:
         return putNumber(varbind, ASN_INTEGER,
-                         connection.state == ConnectionInfo::State::Connected ? connected : lost);
+                         connection.state == ApplicationInfo::State::Connected ? connected : lost);
     case Since:
         return putTime(varbind, connection.since);
     case ConnectionCells:
@@ -199,7 +199,7 @@ int AgentMib::handleConnections(netsnmp_mib_handler*, netsnmp_handler_registrati
                                 netsnmp_agent_request_info*, netsnmp_request_info* requests)
 {
     for (netsnmp_request_info* request = requests; request; request = request->next) {
-        const auto* row = static_cast<const ConnectionInfo*>(netsnmp_extract_iterator_context(request));
+        const auto* row = static_cast<const ApplicationInfo*>(netsnmp_extract_iterator_context(request));
         const netsnmp_table_request_info* cell = netsnmp_extract_table_info(request);
         if (row && cell && !request->processed)
             putColumn(request->requestvb, cell->colnum, *row);
@@ -211,7 +211,7 @@ netsnmp_variable_list* AgentMib::firstRow(void** loop, void** data, netsnmp_vari
                                           netsnmp_iterator_info* info)
 {
     auto* self = static_cast<AgentMib*>(info->myvoid);
-    self->m_rows = self->m_applications.connections();
+    self->m_rows = self->m_applications.applications();
     return self->offerRow(0, loop, data, index);
 }
 
@@ -219,7 +219,7 @@ netsnmp_variable_list* AgentMib::nextRow(void** loop, void** data, netsnmp_varia
                                          netsnmp_iterator_info* info)
 {
     auto* self = static_cast<AgentMib*>(info->myvoid);
-    const auto* row = static_cast<const ConnectionInfo*>(*loop);
+    const auto* row = static_cast<const ApplicationInfo*>(*loop);
     return self->offerRow(static_cast<size_t>(row - self->m_rows.data()) + 1, loop, data, index);
 }
 
@@ -227,7 +227,7 @@ netsnmp_variable_list* AgentMib::offerRow(size_t row, void** loop, void** data, 
 {
     if (row >= m_rows.size())
         return nullptr;
-    ConnectionInfo& connection = m_rows[row];
+    ApplicationInfo& connection = m_rows[row];
     *loop = &connection;
     *data = &connection;
     putNumber(index, ASN_UNSIGNED, connection.number);

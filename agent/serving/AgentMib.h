@@ -53,7 +53,7 @@ private:
     const ApplicationServer& m_applications;
     const SetCoordinator& m_sets;
     const Notifications& m_notifications;
-    std::vector<ConnectionInfo> m_rows; // while Net-SNMP goes through the table
+    std::vector<ApplicationInfo> m_rows; // while Net-SNMP goes through the table
 };
 
 } // namespace agent

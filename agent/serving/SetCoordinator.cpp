@@ -51,7 +51,7 @@ SetCoordinator::Key SetCoordinator::begin(std::vector<SetVarbind> varbinds)
     Transaction& transaction = m_transactions[key];
     for (SetVarbind& varbind : varbinds) {
         const Cell* cell = m_store.find(varbind.id);
-        const OwnerId owner = cell ? cell->owner : 0;
+        const ApplicationId owner = cell ? cell->owner : 0;
         transaction.questions.push_back({std::move(varbind), owner, nextNumber(), false});
     }
     ++m_counts.forwarded;
@@ -90,7 +90,7 @@ void SetCoordinator::drop(Key key)
     m_transactions.erase(key);
 }
 
-void SetCoordinator::handleAnswer(OwnerId owner, int number, int errorStatus)
+void SetCoordinator::handleAnswer(ApplicationId owner, int number, int errorStatus)
 {
     for (auto& [key, transaction] : m_transactions) {
         std::vector<Question>& questions = transaction.questions;
@@ -112,7 +112,7 @@ void SetCoordinator::handleAnswer(OwnerId owner, int number, int errorStatus)
     log::detail([&] { return QStringLiteral("answer %1 came too late and is dropped").arg(number); });
 }
 
-void SetCoordinator::handleLost(OwnerId owner)
+void SetCoordinator::handleLost(ApplicationId owner)
 {
     std::vector<Key> affected;
     for (const auto& [key, transaction] : m_transactions) {

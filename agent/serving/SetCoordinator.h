@@ -66,8 +66,8 @@ public:
 
     const Counts& counts() const { return m_counts; }
 
-    void handleAnswer(OwnerId owner, int number, int errorStatus);
-    void handleLost(OwnerId owner);
+    void handleAnswer(ApplicationId owner, int number, int errorStatus);
+    void handleLost(ApplicationId owner);
 
 signals:
     /// errorStatus is 0 when every owner accepts; otherwise it belongs to the varbind at index.
@@ -77,7 +77,7 @@ private:
     struct Question
     {
         SetVarbind varbind;
-        OwnerId owner;
+        ApplicationId owner;
         int number;
         bool isAnswered;
     };

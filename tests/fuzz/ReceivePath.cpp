@@ -7,14 +7,14 @@
 #include <cstdlib>
 #include <memory>
 
-#include "agent/applications/Admission.h"
 #include "agent/applications/ApplicationStream.h"
+#include "agent/applications/CellLimits.h"
 #include "agent/cells/ServedCells.h"
 #include "support/ManualClock.h"
 
+using agent::ApplicationId;
 using agent::CellValue;
 using agent::ObjectId;
-using agent::OwnerId;
 
 namespace {
 
@@ -68,9 +68,9 @@ public:
 
     void handleValue(const ObjectId& id, const CellValue& value, bool) override
     {
-        if (!m_admission.cellProblem(id, value).isEmpty())
+        if (!m_cellLimits.cellProblem(id, value).isEmpty())
             m_cells.unset(m_owner, id);
-        else if (m_admission.countProblem(m_owner, id).isEmpty())
+        else if (m_cellLimits.countProblem(m_owner, id).isEmpty())
             m_cells.publish(m_owner, id, value);
     }
 
@@ -81,7 +81,7 @@ public:
     void checkCells() const
     {
         size_t count = 0;
-        std::map<OwnerId, size_t> countByOwner;
+        std::map<ApplicationId, size_t> countByOwner;
         ObjectId last;
         for (const auto* entry = m_store.findNext({}); entry; entry = m_store.findNext(last)) {
             const auto& [id, cell] = *entry;
@@ -115,8 +115,8 @@ private:
     support::ManualClock m_clock;
     agent::CellStore m_store;
     agent::ServedCells m_cells{m_store, m_clock, smallSettings()};
-    const agent::Admission m_admission{m_store, m_limits};
-    OwnerId m_owner = 0;
+    const agent::CellLimits m_cellLimits{m_store, m_limits};
+    ApplicationId m_owner = 0;
     std::unique_ptr<agent::ApplicationStream> m_stream;
 };
 

@@ -10,8 +10,8 @@
 #include "support/ManualClock.h"
 #include "support/RunUntil.h"
 
+using agent::ApplicationInfo;
 using agent::ApplicationServer;
-using agent::ConnectionInfo;
 using support::FakeApplication;
 using support::runUntil;
 
@@ -50,8 +50,8 @@ protected:
 TEST_F(ApplicationServerTest, TellsWhatThereIsToKnowAboutAConnection)
 {
     FakeApplication application(port());
-    ASSERT_TRUE(runUntil([&] { return server.connections().size() == 1; }));
-    EXPECT_TRUE(server.connections()[0].lastFrame.isNull());
+    ASSERT_TRUE(runUntil([&] { return server.applications().size() == 1; }));
+    EXPECT_TRUE(server.applications()[0].lastFrame.isNull());
     const QDateTime connected = clock.nowUtc();
     clock.advance(5000);
     application.publish("5.1", 1);
@@ -59,11 +59,11 @@ TEST_F(ApplicationServerTest, TellsWhatThereIsToKnowAboutAConnection)
     application.publish("5.2", 3);
     ASSERT_TRUE(waitForCells(2));
 
-    const ConnectionInfo info = server.connections()[0];
+    const ApplicationInfo info = server.applications()[0];
     EXPECT_EQ(info.number, 1u);
     EXPECT_EQ(info.address, QHostAddress(QHostAddress::LocalHost));
     EXPECT_EQ(info.port, application.localPort());
-    EXPECT_EQ(info.state, ConnectionInfo::State::Connected);
+    EXPECT_EQ(info.state, ApplicationInfo::State::Connected);
     EXPECT_EQ(info.since, connected);
     EXPECT_EQ(info.cells, 2u);
     EXPECT_EQ(info.frames, 3u);
@@ -76,15 +76,15 @@ TEST_F(ApplicationServerTest, TurnsAwayWhoeverComesBeyondTheLimitUntilSomebodyLe
     std::vector<std::unique_ptr<FakeApplication>> applications;
     for (int i = 0; i < 3; ++i)
         applications.push_back(std::make_unique<FakeApplication>(port()));
-    ASSERT_TRUE(runUntil([&] { return server.connections().size() == 3; }));
+    ASSERT_TRUE(runUntil([&] { return server.applications().size() == 3; }));
     FakeApplication tooMany(port());
     EXPECT_TRUE(tooMany.waitForDisconnect());
     applications[0]->publish("5.1", 1);
     ASSERT_TRUE(waitForCells(1));
-    EXPECT_EQ(server.connections().size(), 3u);
+    EXPECT_EQ(server.applications().size(), 3u);
 
     applications.pop_back();
-    ASSERT_TRUE(runUntil([&] { return server.connections().size() == 2; }));
+    ASSERT_TRUE(runUntil([&] { return server.applications().size() == 2; }));
     FakeApplication next(port());
     next.publish("5.2", 1);
     EXPECT_TRUE(waitForCells(2));
@@ -100,8 +100,8 @@ TEST_F(ApplicationServerTest, RefusesCellsBeyondTheLimitAndGoesOnWithTheOthers)
     other.publish("5.7", 1);
     ASSERT_TRUE(waitForCells(5));
     ASSERT_TRUE(runUntil([&] { return std::get<int>(store.find(firstCell)->value) == 2; }));
-    EXPECT_EQ(server.connections()[0].cells, 4u);
-    EXPECT_EQ(server.connections()[0].recordsRefused, 2u);
+    EXPECT_EQ(server.applications()[0].cells, 4u);
+    EXPECT_EQ(server.applications()[0].recordsRefused, 2u);
 
     application.unset("5.2");
     application.publish("5.5", 1);
@@ -126,8 +126,8 @@ TEST_F(ApplicationServerTest, ARecordThatIsNotServedIsCountedAsRefused)
     application.publish("", 1);
     application.publish("5.1", 1);
     ASSERT_TRUE(waitForCells(1));
-    EXPECT_EQ(server.connections()[0].recordsRefused, 1u);
-    EXPECT_EQ(server.connections()[0].frames, 2u);
+    EXPECT_EQ(server.applications()[0].recordsRefused, 1u);
+    EXPECT_EQ(server.applications()[0].frames, 2u);
 }
 
 TEST_F(ApplicationServerTest, AConnectionWithoutCellsLeavesNothingBehind)
@@ -137,13 +137,13 @@ TEST_F(ApplicationServerTest, AConnectionWithoutCellsLeavesNothingBehind)
     ASSERT_TRUE(waitForCells(1));
     application.unset("5.1");
     application.close();
-    EXPECT_TRUE(runUntil([&] { return server.connections().empty(); }));
+    EXPECT_TRUE(runUntil([&] { return server.applications().empty(); }));
 }
 
 TEST_F(ApplicationServerTest, AValueWithTheWishForANotificationIsTold)
 {
     std::vector<agent::ObjectId> notable;
-    QObject::connect(&server, &ApplicationServer::valueChanged, &server,
+    QObject::connect(&server, &ApplicationServer::notificationWanted, &server,
                      [&](const agent::ObjectId& id) { notable.push_back(id); });
     base::SnmpInt record;
     record.oid = "5.1";

@@ -45,7 +45,7 @@ TEST(CellStore, TheLastWriterTakesTheCellOver)
     CellStore store;
     EXPECT_EQ(store.set({1}, 1, 7), std::nullopt);
     EXPECT_EQ(store.set({1}, 2, 7), std::nullopt);
-    EXPECT_EQ(store.set({1}, 3, 8), std::optional<agent::OwnerId>(7));
+    EXPECT_EQ(store.set({1}, 3, 8), std::optional<agent::ApplicationId>(7));
     EXPECT_EQ(store.find({1})->owner, 8u);
     EXPECT_EQ(store.size(), 1u);
 }

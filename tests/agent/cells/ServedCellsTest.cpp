@@ -6,8 +6,8 @@
 #include "agent/cells/ServedCells.h"
 #include "support/ManualClock.h"
 
+using agent::ApplicationId;
 using agent::ObjectId;
-using agent::OwnerId;
 using agent::ServedCells;
 using agent::healthTable::cellOf;
 using agent::healthTable::Column;
@@ -32,7 +32,7 @@ protected:
         QObject::connect(
             &cells, &ServedCells::summaryWritten, &cells,
             [this](const ObjectId&, const std::string& summary) { told.push_back("summary " + summary); });
-        QObject::connect(&cells, &ServedCells::overruled, &cells, [this](const ObjectId& id) {
+        QObject::connect(&cells, &ServedCells::checkCovered, &cells, [this](const ObjectId& id) {
             EXPECT_EQ(served(id).substr(0, 4), "3 No") << "not served yet when it is told";
             told.push_back("overruled");
         });
@@ -50,7 +50,7 @@ protected:
         return settings;
     }
 
-    void publishRow(OwnerId owner, const ObjectId& row, int status, const std::string& summary)
+    void publishRow(ApplicationId owner, const ObjectId& row, int status, const std::string& summary)
     {
         cells.publish(owner, cellOf(Column::Status, row), status);
         cells.publish(owner, cellOf(Column::Summary, row), summary);
@@ -84,8 +84,8 @@ class LostConnection : public ServedCellsTest
 protected:
     LostConnection()
     {
-        QObject::connect(&cells, &ServedCells::ownerGone, &cells,
-                         [this](OwnerId owner) { gone.push_back(owner); });
+        QObject::connect(&cells, &ServedCells::applicationGone, &cells,
+                         [this](ApplicationId owner) { gone.push_back(owner); });
         publishRow(1, check, 0, "all is well");
         publishRow(1, otherCheck, 1, "so so");
         cells.publish(1, otherCell, 42);
@@ -93,7 +93,7 @@ protected:
     }
 
     const ObjectId otherCheck{1, 97, 1, 99};
-    std::vector<OwnerId> gone;
+    std::vector<ApplicationId> gone;
 };
 
 class Silence : public ServedCellsTest
@@ -134,7 +134,7 @@ TEST_F(ServedCellsTest, TheConnectedOwnerOfACellThatIsTakenOverIsNamed)
 {
     EXPECT_EQ(cells.publish(1, otherCell, 1), std::nullopt);
     EXPECT_EQ(cells.publish(1, otherCell, 2), std::nullopt);
-    EXPECT_EQ(cells.publish(2, otherCell, 3), std::optional<OwnerId>(1));
+    EXPECT_EQ(cells.publish(2, otherCell, 3), std::optional<ApplicationId>(1));
 }
 
 TEST_F(LostConnection, LeavesItsCellsAsTheyAreForATimeOfGrace)
@@ -170,7 +170,7 @@ TEST_F(LostConnection, IsForgottenWithAllItsCells)
 TEST_F(LostConnection, IsNeverForgottenWhenThatIsTheSetting)
 {
     ServedCells::Settings lasting = settings();
-    lasting.forgetMs = agent::DelayQueue<OwnerId>::never;
+    lasting.forgetMs = agent::DelayQueue<ApplicationId>::never;
     agent::CellStore otherStore;
     ServedCells otherCells(otherStore, clock, lasting);
     otherCells.publish(1, statusCell, 1);
@@ -309,7 +309,7 @@ TEST_F(LostConnection, IsForgottenWhileItIsBeingReplaced)
 
 TEST_F(LostConnection, MakesRoomForLaterOnesTheLongestLostFirst)
 {
-    for (const OwnerId owner : {2u, 3u, 4u}) {
+    for (const ApplicationId owner : {2u, 3u, 4u}) {
         publishRow(owner, {1, 100, 1, static_cast<unsigned int>(owner)}, 0, "well");
     }
     cells.lose(3);

@@ -10,10 +10,10 @@
 #include "agent/serving/SetCoordinator.h"
 #include "support/RunUntil.h"
 
+using agent::ApplicationId;
 using agent::CellStore;
 using agent::CellValue;
 using agent::ObjectId;
-using agent::OwnerId;
 using agent::SetCoordinator;
 using agent::SetVarbind;
 using testing::ElementsAre;
@@ -25,18 +25,21 @@ constexpr int longTime = 60'000;
 
 struct RecordedOwners : agent::CellOwners
 {
-    bool isConnected(OwnerId owner) const override { return disconnected.count(owner) == 0; }
-    void ask(OwnerId owner, int number, const ObjectId&, const CellValue&) override
+    bool isConnected(ApplicationId owner) const override { return disconnected.count(owner) == 0; }
+    void ask(ApplicationId owner, int number, const ObjectId&, const CellValue&) override
     {
         asked.push_back(owner);
         numbers.push_back(number);
     }
-    void commit(OwnerId owner, const ObjectId&, const CellValue&) override { committed.push_back(owner); }
+    void commit(ApplicationId owner, const ObjectId&, const CellValue&) override
+    {
+        committed.push_back(owner);
+    }
 
-    std::set<OwnerId> disconnected;
-    std::vector<OwnerId> asked;
+    std::set<ApplicationId> disconnected;
+    std::vector<ApplicationId> asked;
     std::vector<int> numbers;
-    std::vector<OwnerId> committed;
+    std::vector<ApplicationId> committed;
 };
 
 struct Decision

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#ifndef VIGIL_AGENT_APPLICATIONS_ADMISSION_H
-#define VIGIL_AGENT_APPLICATIONS_ADMISSION_H
+#ifndef VIGIL_AGENT_APPLICATIONS_CELLLIMITS_H
+#define VIGIL_AGENT_APPLICATIONS_CELLLIMITS_H
 
 #include <QString>
 
@@ -16,16 +16,16 @@ namespace agent {
 /// Purpose: each function says why a value cannot be and what to do about it, or returns an empty text.
 ///
 /// Threads: the agent has one. Ownership: the store must outlive it. Failure: none.
-class Admission
+class CellLimits
 {
 public:
-    Admission(const CellStore& store, const Limits& limits) : m_store(store), m_limits(limits) {}
+    CellLimits(const CellStore& store, const Limits& limits) : m_store(store), m_limits(limits) {}
 
     /// What is wrong with this very cell.
     QString cellProblem(const ObjectId& id, const CellValue& value) const;
 
     /// Whether the owner has room for the cell.
-    QString countProblem(OwnerId owner, const ObjectId& id) const;
+    QString countProblem(ApplicationId owner, const ObjectId& id) const;
 
 private:
     QString identifierProblem(const ObjectId& id) const;

@@ -1,24 +1,24 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#ifndef VIGIL_AGENT_APPLICATIONS_CONNECTIONINFO_H
-#define VIGIL_AGENT_APPLICATIONS_CONNECTIONINFO_H
+#ifndef VIGIL_AGENT_APPLICATIONS_APPLICATIONINFO_H
+#define VIGIL_AGENT_APPLICATIONS_APPLICATIONINFO_H
 
 #include <QDateTime>
 #include <QHostAddress>
 
-#include "agent/cells/CellStore.h"
+#include "agent/cells/Cell.h"
 
 namespace agent {
 
 /// What the agent can tell about the connection of one application, the lost ones with cells included.
 ///
 /// Threads: plain values. Failure: none.
-struct ConnectionInfo
+struct ApplicationInfo
 {
     enum class State { Connected, Lost };
 
-    OwnerId number = 0;
+    ApplicationId number = 0;
     QHostAddress address;
     quint16 port = 0;
     State state = State::Connected;

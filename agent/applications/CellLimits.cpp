@@ -1,19 +1,19 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#include "agent/applications/Admission.h"
+#include "agent/applications/CellLimits.h"
 
 #include "agent/applications/CellWarnings.h"
 
 namespace agent {
 
-QString Admission::cellProblem(const ObjectId& id, const CellValue& value) const
+QString CellLimits::cellProblem(const ObjectId& id, const CellValue& value) const
 {
     const QString problem = identifierProblem(id);
     return problem.isEmpty() ? textProblem(id, value) : problem;
 }
 
-QString Admission::identifierProblem(const ObjectId& id) const
+QString CellLimits::identifierProblem(const ObjectId& id) const
 {
     if (id.size() <= enterpriseRoot().size())
         return QStringLiteral("publishes a value without an identifier; it is not served");
@@ -31,7 +31,7 @@ QString Admission::identifierProblem(const ObjectId& id) const
         .arg(shortText(id));
 }
 
-QString Admission::textProblem(const ObjectId& id, const CellValue& value) const
+QString CellLimits::textProblem(const ObjectId& id, const CellValue& value) const
 {
     const std::string* text = std::get_if<std::string>(&value);
     if (!text || text->size() <= static_cast<size_t>(m_limits.textBytes))
@@ -43,7 +43,7 @@ QString Admission::textProblem(const ObjectId& id, const CellValue& value) const
         .arg(toText(id));
 }
 
-QString Admission::countProblem(OwnerId owner, const ObjectId& id) const
+QString CellLimits::countProblem(ApplicationId owner, const ObjectId& id) const
 {
     if (m_store.countOf(owner) < static_cast<size_t>(m_limits.cells))
         return QString();
