@@ -37,40 +37,52 @@ Agent::Agent(const Options& options)
     m_engine.setPaused([this] { return m_handler.isWaiting(); });
 }
 
-QString Agent::start()
+Error Agent::start()
 {
-    QString problem = m_engine.initialise();
-    if (!problem.isEmpty())
-        return problem;
-    if (!m_handler.registerSubtree(m_options.subtree))
-        return QStringLiteral("Net-SNMP refuses the subtree %1; what it says above is the reason")
-            .arg(toText(m_options.subtree));
-    if (!m_agentMib.registerObjects())
-        return QStringLiteral(
-                   "Net-SNMP refuses the agent's own objects at %1; a --subtree cannot be among them")
-            .arg(toText(agentMibRoot()));
-    problem = m_engine.start();
-    if (!problem.isEmpty())
-        return problem;
-    if (!m_applications.listen(m_options.listenHost, m_options.listenPort))
-        return QStringLiteral("cannot listen for applications on %1:%2: %3. End the other agent, or choose "
-                              "another port with --listen")
-            .arg(m_options.listenHost.toString())
-            .arg(m_options.listenPort)
-            .arg(m_applications.errorText());
+    if (Error error = m_engine.initialise())
+        return error;
+    if (Error error = registerObjects())
+        return error;
+    if (Error error = m_engine.start())
+        return error;
+    if (Error error = listen())
+        return error;
     if (m_options.isStandalone())
         log::info(m_engine.statusText());
     log::info(QStringLiteral("listening for applications on %1").arg(m_applications.address()));
-    return QString();
+    return {};
+}
+
+Error Agent::registerObjects()
+{
+    if (!m_handler.registerSubtree(m_options.subtree))
+        return Error(QStringLiteral("Net-SNMP refuses the subtree %1; its message above says why")
+                         .arg(toText(m_options.subtree)));
+    if (!m_agentMib.registerObjects())
+        return Error(QStringLiteral(
+                         "Net-SNMP refuses the agent's own objects at %1; --subtree must not lie among them")
+                         .arg(toText(agentMibRoot())));
+    return {};
+}
+
+Error Agent::listen()
+{
+    if (m_applications.listen(m_options.listenHost, m_options.listenPort))
+        return {};
+    return Error(
+        QStringLiteral("cannot listen for applications on %1:%2: %3. Stop the other agent, or choose "
+                       "another port with --listen")
+            .arg(m_options.listenHost.toString())
+            .arg(m_options.listenPort)
+            .arg(m_applications.errorText()));
 }
 
 void Agent::reload()
 {
-    const QString problem = m_engine.reload();
-    if (problem.isEmpty())
-        log::info(QStringLiteral("the configuration file %1 has been read again").arg(m_options.configFile));
+    if (const Error error = m_engine.reload())
+        log::warning(QStringLiteral("SIGHUP changes nothing: %1").arg(error.text()));
     else
-        log::warning(QStringLiteral("nothing is changed on SIGHUP: %1").arg(problem));
+        log::info(QStringLiteral("the configuration file %1 has been read again").arg(m_options.configFile));
 }
 
 void Agent::setStatusListener(const std::function<void(const QString&)>& listener)

@@ -11,6 +11,7 @@
 #include "agent/applications/ApplicationServer.h"
 #include "agent/cells/CellStore.h"
 #include "agent/cells/ServedCells.h"
+#include "agent/core/Error.h"
 #include "agent/core/SystemClock.h"
 #include "agent/netsnmp/SnmpEngine.h"
 #include "agent/notifications/Notifications.h"
@@ -30,8 +31,8 @@ class Agent
 public:
     explicit Agent(const Options& options);
 
-    /// Returns what is wrong, or an empty text. Nothing is served before the event loop runs.
-    QString start();
+    /// Nothing is served before the event loop runs.
+    Error start();
 
     /// Takes a changed configuration over, and says in the log what came of it.
     void reload();
@@ -40,6 +41,9 @@ public:
     void setStatusListener(const std::function<void(const QString&)>& listener);
 
 private:
+    Error registerObjects();
+    Error listen();
+
     const Options m_options;
     SystemClock m_clock;
     CellStore m_store;

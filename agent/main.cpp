@@ -7,7 +7,7 @@
 
 #include "agent/Agent.h"
 #include "agent/core/Log.h"
-#include "agent/process/Options.h"
+#include "agent/process/CommandLine.h"
 #include "agent/process/ServiceManager.h"
 #include "agent/process/Signals.h"
 
@@ -17,16 +17,15 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName(QStringLiteral("vigil-agent"));
 
     agent::Options options;
-    QString text;
-    switch (agent::Options::parse(QCoreApplication::arguments(), options, text)) {
-    case agent::Options::Action::PrintText:
-        std::fputs(text.toLocal8Bit().constData(), stdout);
-        return 0;
-    case agent::Options::Action::Fail:
-        agent::log::error(text);
+    options.agentxAddress = agent::SnmpEngine::defaultAgentxAddress();
+    QString output;
+    if (const agent::Error error = agent::readCommandLine(QCoreApplication::arguments(), options, output)) {
+        agent::log::error(error.text());
         return 2;
-    case agent::Options::Action::Run:
-        break;
+    }
+    if (!output.isEmpty()) {
+        std::fputs(output.toLocal8Bit().constData(), stdout);
+        return 0;
     }
     agent::log::setVerbose(options.isVerbose);
 
@@ -34,9 +33,8 @@ int main(int argc, char** argv)
     QObject::connect(&signalWatch, &agent::Signals::endRequested, &application, &QCoreApplication::quit);
     agent::ServiceManager serviceManager;
     agent::Agent agent(options);
-    const QString problem = agent.start();
-    if (!problem.isEmpty()) {
-        agent::log::error(problem);
+    if (const agent::Error error = agent.start()) {
+        agent::log::error(error.text());
         return 1;
     }
     QObject::connect(&signalWatch, &agent::Signals::reloadRequested, &application, [&] { agent.reload(); });

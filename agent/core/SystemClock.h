@@ -10,7 +10,9 @@
 
 namespace agent {
 
-/// The clock and the timers of the running system.
+/// The time of the running system.
+///
+/// Threads: that of the event loop. Ownership, failure: see Clock.
 class SystemClock : public Clock
 {
 public:
@@ -18,9 +20,7 @@ public:
 
     qint64 elapsedMs() const override;
     QDateTime nowUtc() const override;
-
-protected:
-    void wait(qint64 delayMs, QObject* context, std::function<void()> call) override;
+    void callAfter(qint64 delayMs, QObject* context, std::function<void()> call) override;
 
 private:
     QElapsedTimer m_sinceStart;

@@ -42,7 +42,7 @@ constexpr long answerTimeoutUs = 10'000'000;
 } // namespace
 
 MasterLink::MasterLink(const QString& address, const ObjectId& subtree)
-    : m_address(address.isEmpty() ? QStringLiteral(NETSNMP_AGENTX_SOCKET) : address), m_subtree(subtree)
+    : m_address(address), m_subtree(subtree)
 {
     m_timer.setInterval(stepMs);
     connect(&m_timer, &QTimer::timeout, this, &MasterLink::takeStep);
@@ -119,11 +119,9 @@ int MasterLink::handleClosed(int, int, void*, void* self)
     auto* link = static_cast<MasterLink*>(self);
     link->m_session = nullptr;
     if (link->m_state == State::Serving)
-        log::warning(
-            QStringLiteral(
-                "the connection to snmpd at %1 is lost; all values are kept, and the agent joins again "
-                "as soon as snmpd is back")
-                .arg(link->m_address));
+        log::warning(QStringLiteral("the connection to snmpd at %1 is lost; the agent keeps all values and "
+                                    "joins again when snmpd is back")
+                         .arg(link->m_address));
     link->m_isProblemTold = true;
     link->change(State::Waiting);
     emit link->sessionChanged();
@@ -145,9 +143,8 @@ void MasterLink::tryToJoin()
         return;
     m_isProblemTold = true;
     log::warning(
-        QStringLiteral(
-            "cannot join snmpd at %1; see that it runs, that its configuration says \"master agentx\", "
-            "and that this user may open its socket. The agent tries again every second")
+        QStringLiteral("cannot join snmpd at %1; check that it runs, that its configuration has \"master "
+                       "agentx\", and that this user may open its socket. Retrying every second")
             .arg(m_address));
 }
 
@@ -202,12 +199,13 @@ void MasterLink::handleRegistration(long error)
         hangUp();
     } else if (!m_isProblemTold) {
         m_isProblemTold = true;
-        log::warning(QStringLiteral(
-                         "snmpd at %1 refuses to register %2 (AgentX error %3); most likely another subagent "
-                         "has it, or snmpd has not noticed yet that this agent's last run is over. The agent "
-                         "tries again every second; if this stays, end the other subagent or use --subtree")
-                         .arg(m_address, toText(m_subtree))
-                         .arg(error));
+        log::warning(
+            QStringLiteral(
+                "snmpd at %1 refuses to register %2 (AgentX error %3); most likely another subagent has "
+                "registered it, or snmpd has not yet noticed the end of this agent's previous run. Retrying "
+                "every second; if this persists, stop the other subagent or use --subtree")
+                .arg(m_address, toText(m_subtree))
+                .arg(error));
     }
 }
 
@@ -219,7 +217,7 @@ void MasterLink::handleOwnRegistration(long error)
     if (error != SNMP_ERR_NOERROR && !std::exchange(m_isOwnProblemTold, true))
         log::warning(QStringLiteral("snmpd at %1 refuses to register this agent's own objects at %2 (AgentX "
                                     "error %3); most likely another vigil-agent has registered its own. "
-                                    "Managers do not see this agent's, but all that its applications publish")
+                                    "Managers see this agent's applications, but not the agent itself")
                          .arg(m_address, toText(agentMibRoot()))
                          .arg(error));
     serve();
@@ -242,9 +240,10 @@ void MasterLink::handlePing(long error)
 void MasterLink::handleSilence()
 {
     if (!m_isProblemTold)
-        log::warning(QStringLiteral(
-                         "snmpd at %1 does not answer; managers get no values until it does or is restarted")
-                         .arg(m_address));
+        log::warning(
+            QStringLiteral(
+                "snmpd at %1 does not answer; managers get no values until it recovers or is restarted")
+                .arg(m_address));
     m_isProblemTold = true;
     if (m_state != State::Serving)
         hangUp(); // the answer may still come, and after another question nobody could tell to which

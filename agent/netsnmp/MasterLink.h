@@ -30,7 +30,7 @@ class MasterLink : public QObject
     Q_OBJECT
 
 public:
-    /// address in Net-SNMP's notation, empty for its own default.
+    /// address in Net-SNMP's notation.
     MasterLink(const QString& address, const ObjectId& subtree);
 
     void start();

@@ -36,7 +36,7 @@ void ReceiverAdmission::admit(const Receiver& receiver)
     if (receiver.wantsInforms && session->version == SNMP_VERSION_3 && session->securityEngineIDLen == 0) {
         log::error(
             QStringLiteral("no notifications for %1: informs over SNMPv3 need the receiver's engine id; "
-                           "add -e with it to the trapsess line, or send traps (no -Ci)")
+                           "add it to the trapsess line with -e, or send traps (without -Ci)")
                 .arg(QString::fromLocal8Bit(session->peername)));
         snmp_close(session);
         return;

@@ -74,37 +74,41 @@ SnmpEngine::~SnmpEngine()
     shutdown_agent();
 }
 
-QString SnmpEngine::configurationProblem() const
+QString SnmpEngine::defaultAgentxAddress()
 {
-    QFile file(m_settings.configFile);
-    if (!m_settings.configFile.isEmpty() && !file.open(QIODevice::ReadOnly))
-        return QStringLiteral("cannot read the configuration file %1: %2. See that it is there and that this "
-                              "user may read it")
-            .arg(m_settings.configFile, file.errorString());
-    return QString();
+    return QStringLiteral(NETSNMP_AGENTX_SOCKET);
 }
 
-QString SnmpEngine::initialise()
+Error SnmpEngine::checkConfiguration() const
 {
-    QString problem = configurationProblem();
-    if (!problem.isEmpty())
-        return problem;
+    QFile file(m_settings.configFile);
+    if (m_settings.configFile.isEmpty() || file.open(QIODevice::ReadOnly))
+        return {};
+    return Error(
+        QStringLiteral(
+            "cannot read the configuration file %1: %2. Check that it exists and that this user may read it")
+            .arg(m_settings.configFile, file.errorString()));
+}
+
+Error SnmpEngine::initialise()
+{
+    if (Error error = checkConfiguration())
+        return error;
     if (!m_directory.isValid())
-        return QStringLiteral(
-                   "cannot create a temporary directory: %1. Make room, or name another place with TMPDIR")
-            .arg(m_directory.errorString());
+        return Error(QStringLiteral("cannot create a temporary directory: %1. Free some space, or set TMPDIR")
+                         .arg(m_directory.errorString()));
     NetSnmpEventLoop::bridgeLog();
     keepToItself(QFile::encodeName(m_directory.path()));
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, isStandalone() ? 0 : 1);
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_DONT_LOG_TCPWRAPPERS_CONNECTS, 1);
     add_to_init_list(QByteArray("!smux").data()); // it would listen on a port that nobody asked for
     if (init_agent(applicationName) != 0)
-        return QStringLiteral("Net-SNMP cannot be initialised; what it says above is the reason");
+        return Error(QStringLiteral("Net-SNMP cannot be initialised; its message above says why"));
     if (m_link)
         m_link->start();
     else
         takeConfiguration();
-    return QString();
+    return {};
 }
 
 void SnmpEngine::takeConfiguration()
@@ -116,27 +120,30 @@ void SnmpEngine::takeConfiguration()
     init_vacm_conf();
 }
 
-QString SnmpEngine::start()
+Error SnmpEngine::start()
 {
     m_isRunning = true;
     init_snmp(applicationName);
-    const QString problem = isStandalone() ? listen() : QString();
-    if (problem.isEmpty())
-        m_eventLoop.start();
-    return problem;
+    if (isStandalone()) {
+        if (Error error = listen())
+            return error;
+    }
+    m_eventLoop.start();
+    return {};
 }
 
-QString SnmpEngine::reload()
+Error SnmpEngine::reload()
 {
     if (m_settings.configFile.isEmpty())
-        return QStringLiteral("there is no configuration file to read again: %1")
-            .arg(isStandalone()
-                     ? QStringLiteral("the agent was started without --config")
-                     : QStringLiteral("behind snmpd, access and notifications are configured there"));
-    const QString problem = configurationProblem();
-    if (problem.isEmpty())
-        update_config();
-    return problem;
+        return Error(
+            QStringLiteral("there is no configuration file to read again: %1")
+                .arg(isStandalone()
+                         ? QStringLiteral("the agent was started without --config")
+                         : QStringLiteral("behind snmpd, access and notifications are configured there")));
+    if (Error error = checkConfiguration())
+        return error;
+    update_config();
+    return {};
 }
 
 QString SnmpEngine::statusText() const
@@ -153,15 +160,15 @@ void SnmpEngine::setStatusListener(const std::function<void(const QString&)>& li
                          [this, listener] { listener(statusText()); });
 }
 
-QString SnmpEngine::listen()
+Error SnmpEngine::listen()
 {
     netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS,
                           m_settings.standaloneAddress.toLocal8Bit().constData());
     if (init_master_agent() == 0)
-        return QString();
-    return QStringLiteral("cannot serve on %1: the address is in use, is not one of this host's, or needs "
-                          "privileges (a port below 1024)")
-        .arg(m_settings.standaloneAddress);
+        return {};
+    return Error(QStringLiteral("cannot serve on %1: the address is in use, is not one of this host's, or "
+                                "needs privileges (a port below 1024)")
+                     .arg(m_settings.standaloneAddress));
 }
 
 } // namespace agent

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 
+#include "agent/core/Error.h"
 #include "agent/core/ObjectId.h"
 #include "agent/netsnmp/MasterLink.h"
 #include "agent/netsnmp/NetSnmpEventLoop.h"
@@ -32,7 +33,7 @@ public:
     {
         QString standaloneAddress; ///< listening addresses, comma-separated; empty: joins the host's snmpd
         QString configFile;        ///< standalone; empty: the built-in read-only access from this host
-        QString agentxAddress;     ///< of the host's snmpd; empty: Net-SNMP's default
+        QString agentxAddress;     ///< where the host's snmpd listens for subagents
         ObjectId subtree;          ///< what is registered there
     };
 
@@ -41,15 +42,18 @@ public:
     SnmpEngine(const SnmpEngine&) = delete;
     SnmpEngine& operator=(const SnmpEngine&) = delete;
 
-    /// Makes Net-SNMP ready for handlers. Returns what is wrong, or an empty text.
-    QString initialise();
+    /// Where snmpd listens for subagents if nothing else is configured; set when Net-SNMP was built.
+    static QString defaultAgentxAddress();
 
-    /// Handlers are registered before it. Reads the configuration and opens the addresses, or joins snmpd now
-    /// or later. Returns what is wrong, or an empty text.
-    QString start();
+    /// Makes Net-SNMP ready for handlers.
+    Error initialise();
 
-    /// Reads the configuration file again. Returns what is wrong, or an empty text; then all is as it was.
-    QString reload();
+    /// Reads the configuration and opens the addresses, or joins snmpd now or later. Register all handlers
+    /// first.
+    Error start();
+
+    /// Reads the configuration file again. An error changes nothing.
+    Error reload();
 
     /// One line about how things stand, for whoever looks after the agent; also called at every change.
     QString statusText() const;
@@ -60,9 +64,9 @@ public:
 
 private:
     bool isStandalone() const { return !m_settings.standaloneAddress.isEmpty(); }
-    QString configurationProblem() const;
+    Error checkConfiguration() const;
     void takeConfiguration();
-    QString listen();
+    Error listen();
 
     const Settings m_settings;
     QTemporaryDir m_directory;

@@ -6,7 +6,6 @@
 
 #include <QHostAddress>
 #include <QString>
-#include <QStringList>
 
 #include "agent/applications/Limits.h"
 #include "agent/core/ObjectId.h"
@@ -14,29 +13,20 @@
 
 namespace agent {
 
-/// What the command line asks for.
-///
-/// Purpose: every value is checked here, so that the rest of the agent can rely on it.
-/// Threads: plain values. Failure: parse() says in text what is wrong.
+/// How the agent runs, with the defaults. CommandLine.h reads the operator's values into it.
 struct Options
 {
-    enum class Action { Run, PrintText, Fail };
-
-    /// Reads the arguments, the program's name first. text is what there is to print: the help, the version
-    /// or the error.
-    static Action parse(const QStringList& arguments, Options& options, QString& text);
-
     bool isStandalone() const { return !standaloneAddress.isEmpty(); }
 
-    QString standaloneAddress; ///< one or more listening addresses in Net-SNMP's notation; empty: subagent
-    QString agentxAddress;     ///< of the host's snmpd; empty for Net-SNMP's default
+    QString standaloneAddress; ///< listening addresses as Net-SNMP writes them; empty: subagent of snmpd
+    QString agentxAddress;     ///< where snmpd listens for subagents; the default is Net-SNMP's
     QString configFile;        ///< empty for none
-    ObjectId subtree = enterpriseRoot(); ///< what is served: the root or part of it
-    QHostAddress listenHost = QHostAddress(QHostAddress::LocalHost);
-    quint16 listenPort = base::defaultServicePort; ///< 0 for any free one
+    ObjectId subtree = enterpriseRoot(); ///< what is served: the root or a part of it
+    QHostAddress listenHost = QHostAddress(QLatin1String(base::defaultServiceHost));
+    quint16 listenPort = base::defaultServicePort; ///< 0 for any free port
     int setTimeoutMs = 900;
     int graceSeconds = 10;     ///< from the loss of a connection to UNKNOWN
-    int forgetSeconds = 86400; ///< from the loss of a connection to the end of its cells; 0 for never
+    int forgetSeconds = 86400; ///< from the loss of a connection to the removal of its cells; 0 for never
     int staleAfterSeconds = 0; ///< from the last update of a check to UNKNOWN; 0 for never
     Limits limits;
     bool isVerbose = false;

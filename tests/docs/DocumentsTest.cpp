@@ -7,7 +7,8 @@
 #include <QFile>
 #include <QRegularExpression>
 
-#include "agent/process/Options.h"
+#include "agent/netsnmp/SnmpEngine.h"
+#include "agent/process/CommandLine.h"
 
 namespace {
 
@@ -66,8 +67,7 @@ TEST(OperationsDocument, ExplainsEveryMessageOfTheAgent)
         const QString path = sources.next();
         QString source = without(QStringLiteral("log::detail"), read(path));
         source = without(QStringLiteral("QCommandLineOption"), source);
-        source.remove(QRegularExpression(QStringLiteral("const QCommandLineOption .*?\\};"),
-                                         QRegularExpression::DotMatchesEverythingOption));
+        source = without(QStringLiteral("numberOption"), source);
         source = without(QStringLiteral("setApplicationDescription"), source);
         for (const QString& message : messagesIn(source)) {
             // Some begin with the name of an application, which is put in front of them elsewhere.
@@ -80,21 +80,54 @@ TEST(OperationsDocument, ExplainsEveryMessageOfTheAgent)
     EXPECT_GT(found, 40) << "the search finds the messages";
 }
 
-TEST(ManualPage, ExplainsEveryOption)
+namespace {
+
+QString help()
 {
     agent::Options options;
-    QString help;
-    ASSERT_EQ(agent::Options::parse({QStringLiteral("vigil-agent"), QStringLiteral("--help")}, options, help),
-              agent::Options::Action::PrintText);
-    const QString manual = read(QStringLiteral(VIGIL_SOURCE_DIR "/docs/vigil-agent.8.md"));
-    auto match =
-        QRegularExpression(QStringLiteral("^  (?:-[a-z], )?(--[a-z-]+)"), QRegularExpression::MultilineOption)
-            .globalMatch(help);
-    int found = 0;
+    options.agentxAddress = agent::SnmpEngine::defaultAgentxAddress();
+    QString output;
+    const agent::Error error =
+        agent::readCommandLine({QStringLiteral("vigil-agent"), QStringLiteral("--help")}, options, output);
+    EXPECT_FALSE(error) << qPrintable(error.text());
+    return output;
+}
+
+/// The default that the description of an option ends with, or an empty text.
+QString defaultIn(const QString& description)
+{
+    static const QRegularExpression sentence(QStringLiteral("Default: ([^ ]+)\\.( |$)"));
+    return sentence.match(description.simplified()).captured(1);
+}
+
+/// The paragraph about an option in the manual page, or an empty text.
+QString manualOf(const QString& option)
+{
+    static const QString manual = read(QStringLiteral(VIGIL_SOURCE_DIR "/docs/vigil-agent.8.md"));
+    const QRegularExpression paragraph(QStringLiteral("^\\*\\*.*%1\\*\\*.*\\n: (?:.+\\n)+").arg(option),
+                                       QRegularExpression::MultilineOption);
+    return paragraph.match(manual).captured();
+}
+
+} // namespace
+
+TEST(ManualPage, ExplainsEveryOptionWithItsDefault)
+{
+    static const QRegularExpression entry(QStringLiteral("^  (?:-[a-z], )?(--[a-z-]+)(.*(?:\\n {4,}.*)*)"),
+                                          QRegularExpression::MultilineOption);
+    auto match = entry.globalMatch(help());
+    int options = 0;
+    int defaults = 0;
     while (match.hasNext()) {
-        const QString option = match.next().captured(1);
-        EXPECT_TRUE(manual.contains(QStringLiteral("**%1**").arg(option))) << qPrintable(option);
-        ++found;
+        const QRegularExpressionMatch each = match.next();
+        const QString option = each.captured(1);
+        const QString value = defaultIn(each.captured(2));
+        const QString manual = manualOf(option);
+        EXPECT_FALSE(manual.isEmpty()) << qPrintable(option);
+        EXPECT_EQ(defaultIn(manual), value) << qPrintable(option + QLatin1Char('\n') + manual);
+        ++options;
+        defaults += value.isEmpty() ? 0 : 1;
     }
-    EXPECT_GE(found, 15) << qPrintable(help);
+    EXPECT_GE(options, 15) << "the search finds the options";
+    EXPECT_GE(defaults, 11) << "the search finds the defaults";
 }

@@ -1,0 +1,307 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/process/CommandLine.h"
+
+#include <QCommandLineParser>
+
+#include "base/BuildInfo.h"
+
+namespace agent {
+
+namespace {
+
+constexpr int longestSeconds = 365 * 86400;
+constexpr int longestSetTimeoutMs = 60'000;
+constexpr int subagentSetTimeoutMs = 999; // snmpd drops a subagent that takes a second to answer
+constexpr int mostConnections = 10'000;
+constexpr int mostCells = 10'000'000;
+constexpr int leastFrameBytes = 1024;
+
+const Limits mostBytes; // the byte limits cannot be raised above their defaults
+
+/// An option with a whole number as its value.
+struct Number
+{
+    QCommandLineOption option;
+    int least;
+    int most;
+    int& value; ///< where the number goes; holds the default until then
+};
+
+Number numberOption(const QString& name, const QString& unit, const QString& description, int least, int most,
+                    int& value)
+{
+    return {QCommandLineOption(
+                name,
+                description + QStringLiteral(" From %1 to %2. Default: %3.").arg(least).arg(most).arg(value),
+                unit),
+            least, most, value};
+}
+
+/// Declares the options, with the defaults in their descriptions, and reads their values.
+class Reader
+{
+public:
+    explicit Reader(Options& options);
+
+    Error read(const QStringList& arguments, QString& output);
+
+private:
+    Error readOptions();
+    Error readRole();
+    Error readAgentx();
+    Error readStandalone();
+    Error readConfig();
+    Error readSubtree();
+    Error readListen();
+    Error readSetTimeout();
+    Error readNumber(const Number& number);
+
+    bool isSet(const QCommandLineOption& option) const { return m_parser.isSet(option); }
+    QString value(const QCommandLineOption& option) const { return m_parser.value(option); }
+
+    Options& m_options; // first: the descriptions name the defaults
+    QCommandLineParser m_parser;
+    const QCommandLineOption m_help = m_parser.addHelpOption();
+    const QCommandLineOption m_version = m_parser.addVersionOption();
+
+    const QCommandLineOption m_agentx = QCommandLineOption(
+        QStringLiteral("agentx"),
+        QStringLiteral("Join the snmpd whose AgentX socket is at <address>: a path or tcp:host:port. "
+                       "Default: %1.")
+            .arg(m_options.agentxAddress),
+        QStringLiteral("address"));
+    const QCommandLineOption m_standalone = QCommandLineOption(
+        QStringLiteral("standalone"),
+        QStringLiteral("Serve SNMP on <address> instead of joining snmpd, for example udp:127.0.0.1:1161. "
+                       "Separate several addresses by commas. Prefer tcp: for large tables."),
+        QStringLiteral("address"));
+    const QCommandLineOption m_subtree = QCommandLineOption(
+        QStringLiteral("subtree"),
+        QStringLiteral("Serve only the objects at and below <oid>. It is written in numbers and lies at or "
+                       "below %1. Default: %2.")
+            .arg(toText(enterpriseRoot()), toText(m_options.subtree)),
+        QStringLiteral("oid"));
+    const QCommandLineOption m_config = QCommandLineOption(
+        QStringLiteral("config"),
+        QStringLiteral("With --standalone: read access control and notification receivers from <file>. It "
+                       "has the directives of snmpd.conf (rocommunity, rouser, createUser, view ...), with "
+                       "object identifiers in numbers. Without a file, this host may read with the "
+                       "community \"public\", and no one may write."),
+        QStringLiteral("file"));
+    const QCommandLineOption m_listen = QCommandLineOption(
+        QStringLiteral("listen"),
+        QStringLiteral("Accept applications on <host:port>, a loopback address. Port 0 picks a free port. "
+                       "Default: %1:%2.")
+            .arg(m_options.listenHost.toString())
+            .arg(m_options.listenPort),
+        QStringLiteral("host:port"));
+    const Number m_setTimeout = numberOption(
+        QStringLiteral("set-timeout"), QStringLiteral("ms"),
+        QStringLiteral("Wait at most <ms> milliseconds for an application to accept or refuse a SET. "
+                       "More than %1 needs --standalone.")
+            .arg(subagentSetTimeoutMs),
+        1, longestSetTimeoutMs, m_options.setTimeoutMs);
+    const Number m_grace = numberOption(
+        QStringLiteral("grace"), QStringLiteral("s"),
+        QStringLiteral("Serve the last values of a lost application for <s> seconds, then show its health "
+                       "checks as UNKNOWN. When it returns, it has the same time to publish its cells again; "
+                       "then the missing ones are removed."),
+        0, longestSeconds, m_options.graceSeconds);
+    const Number m_forget = numberOption(
+        QStringLiteral("forget"), QStringLiteral("s"),
+        QStringLiteral("Remove the cells of a lost application after <s> seconds; 0 means never."), 0,
+        longestSeconds, m_options.forgetSeconds);
+    const Number m_staleAfter = numberOption(
+        QStringLiteral("stale-after"), QStringLiteral("s"),
+        QStringLiteral("Show a health check as UNKNOWN when its application has not updated it for <s> "
+                       "seconds; 0 means never."),
+        0, longestSeconds, m_options.staleAfterSeconds);
+    const Number m_maxConnections = numberOption(QStringLiteral("max-connections"), QStringLiteral("n"),
+                                                 QStringLiteral("Accept at most <n> applications at a time."),
+                                                 1, mostConnections, m_options.limits.connections);
+    const Number m_maxCells = numberOption(QStringLiteral("max-cells"), QStringLiteral("n"),
+                                           QStringLiteral("Accept at most <n> cells from one application."),
+                                           1, mostCells, m_options.limits.cells);
+    const Number m_maxText = numberOption(QStringLiteral("max-text"), QStringLiteral("n"),
+                                          QStringLiteral("Refuse texts longer than <n> bytes."), 1,
+                                          mostBytes.textBytes, m_options.limits.textBytes);
+    const Number m_maxFrame =
+        numberOption(QStringLiteral("max-frame"), QStringLiteral("n"),
+                     QStringLiteral("Disconnect an application that sends a frame longer than <n> bytes."),
+                     leastFrameBytes, mostBytes.frameBytes, m_options.limits.frameBytes);
+    const QCommandLineOption m_verbose = QCommandLineOption(
+        QStringLiteral("verbose"), QStringLiteral("Also log each connection, cell and SET."));
+};
+
+Reader::Reader(Options& options) : m_options(options)
+{
+    m_parser.setApplicationDescription(
+        QStringLiteral("Serves the health of this host's applications to SNMP managers."));
+    m_parser.addOptions({m_agentx, m_standalone, m_subtree, m_config, m_listen, m_setTimeout.option,
+                         m_grace.option, m_forget.option, m_staleAfter.option, m_maxConnections.option,
+                         m_maxCells.option, m_maxText.option, m_maxFrame.option, m_verbose});
+}
+
+Error Reader::read(const QStringList& arguments, QString& output)
+{
+    if (!m_parser.parse(arguments))
+        return Error(m_parser.errorText());
+    if (isSet(m_help)) {
+        output = m_parser.helpText();
+        return {};
+    }
+    if (isSet(m_version)) {
+        output = QStringLiteral("vigil-agent %1\n").arg(QLatin1String(base::buildInfo::version()));
+        return {};
+    }
+    return readOptions();
+}
+
+Error Reader::readOptions()
+{
+    const QStringList stray = m_parser.positionalArguments();
+    if (!stray.isEmpty())
+        return Error(QStringLiteral("unexpected argument %1").arg(stray.constFirst()));
+    m_options.isVerbose = isSet(m_verbose);
+    for (const auto readPart :
+         {&Reader::readRole, &Reader::readSubtree, &Reader::readListen, &Reader::readSetTimeout}) {
+        if (Error error = (this->*readPart)())
+            return error;
+    }
+    for (const Number* number :
+         {&m_grace, &m_forget, &m_staleAfter, &m_maxConnections, &m_maxCells, &m_maxText, &m_maxFrame}) {
+        if (Error error = readNumber(*number))
+            return error;
+    }
+    return {};
+}
+
+Error Reader::readRole()
+{
+    if (isSet(m_standalone) && isSet(m_agentx))
+        return Error(
+            QStringLiteral("--standalone and --agentx exclude each other: serve SNMP here or join snmpd"));
+    if (Error error = readAgentx())
+        return error;
+    if (Error error = readStandalone())
+        return error;
+    return readConfig();
+}
+
+Error Reader::readAgentx()
+{
+    if (!isSet(m_agentx))
+        return {};
+    if (value(m_agentx).trimmed().isEmpty())
+        return Error(QStringLiteral("--agentx: the address is empty"));
+    m_options.agentxAddress = value(m_agentx);
+    return {};
+}
+
+Error Reader::readStandalone()
+{
+    if (!isSet(m_standalone))
+        return {};
+    const QStringList addresses = value(m_standalone).split(QLatin1Char(','));
+    for (const QString& address : addresses) {
+        if (address.trimmed().isEmpty())
+            return Error(QStringLiteral("--standalone %1: an address is empty").arg(value(m_standalone)));
+    }
+    m_options.standaloneAddress = value(m_standalone);
+    return {};
+}
+
+Error Reader::readConfig()
+{
+    if (!isSet(m_config))
+        return {};
+    if (!isSet(m_standalone))
+        return Error(QStringLiteral(
+            "--config needs --standalone; behind snmpd, snmpd's own configuration controls access"));
+    if (value(m_config).isEmpty())
+        return Error(QStringLiteral("--config: the file name is empty"));
+    m_options.configFile = value(m_config);
+    return {};
+}
+
+Error Reader::readSubtree()
+{
+    if (!isSet(m_subtree))
+        return {};
+    const std::optional<ObjectId> subtree = fromFullText(value(m_subtree).toStdString());
+    if (!subtree || !isInTree(enterpriseRoot(), *subtree) || subtree->size() > maxArcs)
+        return Error(QStringLiteral("--subtree %1: expected an identifier in numbers, at or below %2")
+                         .arg(value(m_subtree), toText(enterpriseRoot())));
+    m_options.subtree = *subtree;
+    return {};
+}
+
+QHostAddress toAddress(QString host)
+{
+    if (host.startsWith(QLatin1Char('[')) && host.endsWith(QLatin1Char(']')))
+        host = host.mid(1, host.size() - 2);
+    return host == QLatin1String("localhost") ? QHostAddress(QHostAddress::LocalHost) : QHostAddress(host);
+}
+
+Error Reader::readListen()
+{
+    if (!isSet(m_listen))
+        return {};
+    const QString text = value(m_listen);
+    const int colon = text.lastIndexOf(QLatin1Char(':'));
+    bool isNumber = false;
+    const ushort port = text.mid(colon + 1).toUShort(&isNumber);
+    if (colon < 1 || !isNumber)
+        return Error(QStringLiteral("--listen %1: expected HOST:PORT with a port from 0 to 65535").arg(text));
+
+    const QHostAddress address = toAddress(text.left(colon));
+    if (address.isNull())
+        return Error(
+            QStringLiteral("--listen %1: the host must be an address, for example 127.0.0.1").arg(text));
+    if (!address.isLoopback())
+        return Error(QStringLiteral("--listen %1: applications connect from this host only; use a loopback "
+                                    "address such as 127.0.0.1")
+                         .arg(text));
+    m_options.listenHost = address;
+    m_options.listenPort = port;
+    return {};
+}
+
+Error Reader::readSetTimeout()
+{
+    if (Error error = readNumber(m_setTimeout))
+        return error;
+    if (!m_options.isStandalone() && m_options.setTimeoutMs > subagentSetTimeoutMs)
+        return Error(QStringLiteral("--set-timeout %1: behind snmpd it must be below %2; snmpd drops a "
+                                    "subagent after a second without a reply")
+                         .arg(m_options.setTimeoutMs)
+                         .arg(subagentSetTimeoutMs + 1));
+    return {};
+}
+
+Error Reader::readNumber(const Number& number)
+{
+    if (!isSet(number.option))
+        return {};
+    const QString text = value(number.option);
+    bool isNumber = false;
+    const int read = text.toInt(&isNumber);
+    if (!isNumber || read < number.least || read > number.most)
+        return Error(QStringLiteral("--%1 %2: expected a number from %3 to %4")
+                         .arg(number.option.names().constFirst(), text)
+                         .arg(number.least)
+                         .arg(number.most));
+    number.value = read;
+    return {};
+}
+
+} // namespace
+
+Error readCommandLine(const QStringList& arguments, Options& options, QString& output)
+{
+    return Reader(options).read(arguments, output);
+}
+
+} // namespace agent
