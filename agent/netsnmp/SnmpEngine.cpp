@@ -10,7 +10,7 @@
 #include <cstring>
 
 #include "agent/netsnmp/NetSnmp.h"
-#include "agent/netsnmp/ReceiverAdmission.h"
+#include "agent/netsnmp/NotificationReceiverFilter.h"
 
 // Part of the agent library, which declares it in no header that is installed.
 extern "C" void init_vacm_conf(void);
@@ -42,7 +42,7 @@ void keepToItself(const QByteArray& directory)
 /// Net-SNMP calls it when it would read its own configuration files.
 int readOurConfiguration(int, int, void*, void* configFile)
 {
-    const ReceiverAdmission admission;
+    const NotificationReceiverFilter filter;
     const char* path = static_cast<const char*>(configFile);
     if (!path) {
         for (const char* directive : defaultAccess)

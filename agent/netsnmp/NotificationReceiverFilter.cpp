@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#include "agent/netsnmp/ReceiverAdmission.h"
+#include "agent/netsnmp/NotificationReceiverFilter.h"
 
 #include <net-snmp/agent/agent_callbacks.h>
 
@@ -9,28 +9,29 @@
 
 namespace agent {
 
-ReceiverAdmission::ReceiverAdmission()
+NotificationReceiverFilter::NotificationReceiverFilter()
 {
     snmp_register_callback(SNMP_CALLBACK_APPLICATION, SNMPD_CALLBACK_REGISTER_NOTIFICATIONS,
-                           &ReceiverAdmission::collect, this);
+                           &NotificationReceiverFilter::collect, this);
 }
 
-ReceiverAdmission::~ReceiverAdmission()
+NotificationReceiverFilter::~NotificationReceiverFilter()
 {
     snmp_unregister_callback(SNMP_CALLBACK_APPLICATION, SNMPD_CALLBACK_REGISTER_NOTIFICATIONS,
-                             &ReceiverAdmission::collect, this, 1);
+                             &NotificationReceiverFilter::collect, this, 1);
     for (const Receiver& receiver : m_receivers)
-        admit(receiver);
+        addOrDrop(receiver);
 }
 
-int ReceiverAdmission::collect(int, int, void* arguments, void* self)
+int NotificationReceiverFilter::collect(int, int, void* arguments, void* self)
 {
     const auto* receiver = static_cast<const agent_add_trap_args*>(arguments);
-    static_cast<ReceiverAdmission*>(self)->m_receivers.push_back({receiver->ss, receiver->confirm != 0});
+    static_cast<NotificationReceiverFilter*>(self)->m_receivers.push_back(
+        {receiver->ss, receiver->confirm != 0});
     return SNMPERR_SUCCESS;
 }
 
-void ReceiverAdmission::admit(const Receiver& receiver)
+void NotificationReceiverFilter::addOrDrop(const Receiver& receiver)
 {
     netsnmp_session* session = receiver.session;
     if (receiver.wantsInforms && session->version == SNMP_VERSION_3 && session->securityEngineIDLen == 0) {
