@@ -28,12 +28,14 @@ Agent::Agent(const Options& options)
     : m_options(options),
       m_cells(m_store, m_clock, settingsOf(options)),
       m_applications(m_cells, m_clock, options.limits),
-      m_coordinator(m_store, m_applications, options.setTimeoutMs),
+      m_coordinator(m_store, m_applications, m_clock, options.setTimeoutMs),
       m_engine({options.standaloneAddress, options.configFile, options.agentxAddress, options.subtree})
 {
     QObject::connect(&m_applications, &ApplicationServer::answered, &m_coordinator,
                      &SetCoordinator::handleAnswer);
     QObject::connect(&m_applications, &ApplicationServer::lost, &m_coordinator, &SetCoordinator::handleLost);
+    QObject::connect(&m_applications, &ApplicationServer::notificationWanted, &m_notifications,
+                     &Notifications::notifyOfValue);
     m_engine.setPaused([this] { return m_handler.isWaiting(); });
 }
 

@@ -49,7 +49,7 @@ private:
     CellStore m_store;
     ServedCells m_cells;
     ApplicationServer m_applications;
-    Notifications m_notifications{m_cells, m_applications, m_clock};
+    Notifications m_notifications{m_cells, m_clock};
     SetCoordinator m_coordinator;
     SubtreeHandler m_handler{m_store, m_coordinator};
     AgentMib m_agentMib{m_clock, m_store, m_applications, m_coordinator, m_notifications};

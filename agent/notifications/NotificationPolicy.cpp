@@ -48,7 +48,7 @@ void NotificationPolicy::handleSummaryWritten(const ObjectId& id, const std::str
     consider(id, check);
 }
 
-void NotificationPolicy::handleOverruled(const ObjectId& id)
+void NotificationPolicy::handleCovered(const ObjectId& id)
 {
     Check& check = m_checks[id];
     check.written = healthTable::unknownStatus;

@@ -67,7 +67,7 @@ public:
     void handleSummaryWritten(const ObjectId& check, const std::string& summary);
 
     /// By the agent, which has set status and summary together.
-    void handleOverruled(const ObjectId& check);
+    void handleCovered(const ObjectId& check);
 
     void handleRemoved(const ObjectId& check);
 

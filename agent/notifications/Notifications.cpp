@@ -5,21 +5,17 @@
 
 namespace agent {
 
-Notifications::Notifications(ServedCells& cells, ApplicationServer& applications, Clock& clock)
+Notifications::Notifications(const ServedCells& cells, Clock& clock)
     : m_cells(cells),
       m_queue(clock, [this](const Notification& notification) { m_sender.send(notification); }),
       m_policy(
           clock, [this](const ObjectId& check) { return served(check); },
           [this](const HealthChange& change) { m_queue.add(Notification::ofHealth(change)); })
 {
-    QObject::connect(&cells, &ServedCells::statusWritten, &m_policy,
-                     &NotificationPolicy::handleStatusWritten);
-    QObject::connect(&cells, &ServedCells::summaryWritten, &m_policy,
-                     &NotificationPolicy::handleSummaryWritten);
-    QObject::connect(&cells, &ServedCells::checkCovered, &m_policy, &NotificationPolicy::handleOverruled);
-    QObject::connect(&cells, &ServedCells::checkRemoved, &m_policy, &NotificationPolicy::handleRemoved);
-    QObject::connect(&applications, &ApplicationServer::notificationWanted, &m_queue,
-                     [this](const ObjectId& cell) { notifyOfValue(cell); });
+    connect(&cells, &ServedCells::statusWritten, &m_policy, &NotificationPolicy::handleStatusWritten);
+    connect(&cells, &ServedCells::summaryWritten, &m_policy, &NotificationPolicy::handleSummaryWritten);
+    connect(&cells, &ServedCells::checkCovered, &m_policy, &NotificationPolicy::handleCovered);
+    connect(&cells, &ServedCells::checkRemoved, &m_policy, &NotificationPolicy::handleRemoved);
 }
 
 std::optional<NotificationPolicy::Served> Notifications::served(const ObjectId& check) const

@@ -4,9 +4,10 @@
 #ifndef VIGIL_AGENT_NOTIFICATIONS_NOTIFICATIONS_H
 #define VIGIL_AGENT_NOTIFICATIONS_NOTIFICATIONS_H
 
+#include <QObject>
+
 #include <optional>
 
-#include "agent/applications/ApplicationServer.h"
 #include "agent/cells/ServedCells.h"
 #include "agent/core/Clock.h"
 #include "agent/notifications/NotificationPolicy.h"
@@ -15,25 +16,27 @@
 
 namespace agent {
 
-/// Tells managers what applications and the agent itself do to health checks, and of values that applications
-/// want them to know.
+/// Notifies managers of changes of health checks, and of values when their application requests it.
 ///
-/// Purpose: the road of a notification: the policy decides whether and when, the queue bounds how many, the
-/// sender hands them to Net-SNMP.
+/// The policy decides whether and when, the queue limits the rate, the sender hands over to Net-SNMP.
 ///
-/// Threads: the agent has one. Ownership: cells, applications and clock must outlive it. Failure: see
-/// NotificationQueue and NotificationSender.
-class Notifications
+/// Ownership: cells and clock must outlive it.
+/// Failure: a notification can be dropped (NotificationQueue) or lost (NotificationSender).
+class Notifications : public QObject
 {
-public:
-    Notifications(ServedCells& cells, ApplicationServer& applications, Clock& clock);
+    Q_OBJECT
 
-    /// Those that at least one receiver has been sent.
+public:
+    Notifications(const ServedCells& cells, Clock& clock);
+
+    /// Sends the cell's value to managers, as its application has requested.
+    void notifyOfValue(const ObjectId& cell);
+
+    /// Counts notifications with at least one receiver.
     quint64 sent() const { return m_sender.sent(); }
 
 private:
     std::optional<NotificationPolicy::Served> served(const ObjectId& check) const;
-    void notifyOfValue(const ObjectId& cell);
 
     const ServedCells& m_cells;
     NotificationSender m_sender;

@@ -3,10 +3,9 @@
 
 #include "agent/serving/SetCoordinator.h"
 
-#include <QTimer>
-
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "agent/core/Log.h"
 #include "agent/netsnmp/NetSnmp.h"
@@ -15,7 +14,7 @@ namespace agent {
 
 namespace {
 
-/// Applications answer with SNMP error statuses; 1 (tooBig) is how they say no without a reason.
+/// Applications answer with SNMP error statuses. 1 (tooBig) is their "no" without a reason.
 int statusForManager(int answered)
 {
     constexpr int refused = SNMP_ERR_TOOBIG;
@@ -27,8 +26,11 @@ int statusForManager(int answered)
 
 } // namespace
 
-SetCoordinator::SetCoordinator(CellStore& store, CellOwners& owners, int timeoutMs)
-    : m_store(store), m_owners(owners), m_timeoutMs(timeoutMs)
+SetCoordinator::SetCoordinator(CellStore& store, CellOwners& owners, Clock& clock, int timeoutMs)
+    : m_store(store),
+      m_owners(owners),
+      m_timeoutMs(timeoutMs),
+      m_undecided(clock, timeoutMs, [this](Key key, qint64) { handleTimeout(key); })
 {}
 
 int SetCoordinator::check(const SetVarbind& varbind) const
@@ -48,26 +50,27 @@ int SetCoordinator::check(const SetVarbind& varbind) const
 SetCoordinator::Key SetCoordinator::begin(std::vector<SetVarbind> varbinds)
 {
     const Key key = ++m_lastKey;
-    Transaction& transaction = m_transactions[key];
+    std::vector<SetTransaction::Question> questions;
     for (SetVarbind& varbind : varbinds) {
         const Cell* cell = m_store.find(varbind.id);
         const ApplicationId owner = cell ? cell->owner : 0;
-        transaction.questions.push_back({std::move(varbind), owner, nextNumber(), false});
+        questions.push_back({std::move(varbind), owner, nextNumber()});
     }
+    const SetTransaction& set = m_sets.try_emplace(key, std::move(questions)).first->second;
     ++m_counts.forwarded;
-    for (const Question& question : transaction.questions)
+    for (const SetTransaction::Question& question : set.questions())
         m_owners.ask(question.owner, question.number, question.varbind.id, question.varbind.value);
-    QTimer::singleShot(m_timeoutMs, Qt::PreciseTimer, this, [this, key] { refuseUnanswered(key); });
+    m_undecided.restart(key);
     return key;
 }
 
 bool SetCoordinator::isStillValid(Key key) const
 {
-    const auto transaction = m_transactions.find(key);
-    if (transaction == m_transactions.end())
+    const auto position = m_sets.find(key);
+    if (position == m_sets.end())
         return false;
-    const std::vector<Question>& questions = transaction->second.questions;
-    return std::all_of(questions.begin(), questions.end(), [this](const Question& question) {
+    const std::vector<SetTransaction::Question>& questions = position->second.questions();
+    return std::all_of(questions.begin(), questions.end(), [this](const SetTransaction::Question& question) {
         const Cell* cell = m_store.find(question.varbind.id);
         return cell && cell->owner == question.owner;
     });
@@ -75,10 +78,11 @@ bool SetCoordinator::isStillValid(Key key) const
 
 void SetCoordinator::commit(Key key)
 {
-    const auto node = m_transactions.extract(key);
-    if (node.empty())
+    const auto position = m_sets.find(key);
+    if (position == m_sets.end() || !position->second.commit())
         return;
-    for (const Question& question : node.mapped().questions) {
+    const auto node = m_sets.extract(position);
+    for (const SetTransaction::Question& question : node.mapped().questions()) {
         const SetVarbind& varbind = question.varbind;
         m_store.changeValue(varbind.id, varbind.value);
         m_owners.commit(question.owner, varbind.id, varbind.value);
@@ -87,49 +91,53 @@ void SetCoordinator::commit(Key key)
 
 void SetCoordinator::drop(Key key)
 {
-    m_transactions.erase(key);
+    m_undecided.remove(key);
+    m_sets.erase(key);
 }
 
 void SetCoordinator::handleAnswer(ApplicationId owner, int number, int errorStatus)
 {
-    for (auto& [key, transaction] : m_transactions) {
-        std::vector<Question>& questions = transaction.questions;
-        const auto question =
-            std::find_if(questions.begin(), questions.end(), [&](const Question& candidate) {
-                return candidate.number == number && candidate.owner == owner && !candidate.isAnswered;
-            });
-        if (question == questions.end() || transaction.isDecided)
-            continue;
-        question->isAnswered = true;
-        if (errorStatus != SNMP_ERR_NOERROR)
-            ++m_counts.refused;
-        const bool isLast = std::all_of(questions.begin(), questions.end(),
-                                        [](const Question& each) { return each.isAnswered; });
-        if (errorStatus != SNMP_ERR_NOERROR || isLast)
-            decide(key, static_cast<int>(question - questions.begin()), statusForManager(errorStatus));
+    const auto position = std::find_if(m_sets.begin(), m_sets.end(), [&](const auto& entry) {
+        return entry.second.isAwaiting(owner, number);
+    });
+    if (position == m_sets.end()) {
+        log::detail([&] { return QStringLiteral("answer %1 came too late and is dropped").arg(number); });
         return;
     }
-    log::detail([&] { return QStringLiteral("answer %1 came too late and is dropped").arg(number); });
+    auto& [key, set] = *position;
+    if (!set.handleAnswer(owner, number, statusForManager(errorStatus)))
+        return;
+    if (set.state() == SetTransaction::Refused)
+        ++m_counts.refused;
+    announce(key);
 }
 
 void SetCoordinator::handleLost(ApplicationId owner)
 {
-    std::vector<Key> affected;
-    for (const auto& [key, transaction] : m_transactions) {
-        const bool asks = std::any_of(transaction.questions.begin(), transaction.questions.end(),
-                                      [&](const Question& question) { return question.owner == owner; });
-        if (asks)
-            affected.push_back(key);
+    std::vector<Key> refused; // slots of decided() may add and remove SETs
+    for (auto& [key, set] : m_sets) {
+        if (set.handleLost(owner))
+            refused.push_back(key);
     }
-    for (const Key key : affected) {
-        const auto transaction = m_transactions.find(key); // deciding one may end another
-        if (transaction == m_transactions.end())
-            continue;
-        const std::vector<Question>& questions = transaction->second.questions;
-        const auto lost = std::find_if(questions.begin(), questions.end(),
-                                       [&](const Question& question) { return question.owner == owner; });
-        decide(key, static_cast<int>(lost - questions.begin()), SNMP_ERR_RESOURCEUNAVAILABLE);
-    }
+    for (const Key key : refused)
+        announce(key);
+}
+
+void SetCoordinator::handleTimeout(Key key)
+{
+    const auto position = m_sets.find(key);
+    if (position == m_sets.end() || !position->second.handleTimeout())
+        return;
+    ++m_counts.timedOut;
+    const SetTransaction& set = position->second;
+    const SetTransaction::Question& open = set.questions()[static_cast<size_t>(set.decision().index)];
+    log::warning(
+        QStringLiteral("application %1 has not answered a SET of %2 within %3 ms; the manager is told "
+                       "resourceUnavailable")
+            .arg(open.owner)
+            .arg(toText(open.varbind.id))
+            .arg(m_timeoutMs));
+    announce(key);
 }
 
 int SetCoordinator::nextNumber()
@@ -138,31 +146,14 @@ int SetCoordinator::nextNumber()
     return m_lastNumber;
 }
 
-void SetCoordinator::decide(Key key, int index, int errorStatus)
+void SetCoordinator::announce(Key key)
 {
-    const auto transaction = m_transactions.find(key);
-    if (transaction == m_transactions.end() || transaction->second.isDecided)
+    const auto position = m_sets.find(key);
+    if (position == m_sets.end())
         return;
-    transaction->second.isDecided = true;
-    emit decided(key, index, errorStatus);
-}
-
-void SetCoordinator::refuseUnanswered(Key key)
-{
-    const auto transaction = m_transactions.find(key);
-    if (transaction == m_transactions.end() || transaction->second.isDecided)
-        return;
-    const std::vector<Question>& questions = transaction->second.questions;
-    ++m_counts.timedOut;
-    const auto open = std::find_if(questions.begin(), questions.end(),
-                                   [](const Question& question) { return !question.isAnswered; });
-    log::warning(
-        QStringLiteral("application %1 has not answered a SET of %2 within %3 ms; the manager is told "
-                       "resourceUnavailable")
-            .arg(open->owner)
-            .arg(toText(open->varbind.id))
-            .arg(m_timeoutMs));
-    decide(key, static_cast<int>(open - questions.begin()), SNMP_ERR_RESOURCEUNAVAILABLE);
+    m_undecided.remove(key);
+    const SetTransaction::Decision decision = position->second.decision();
+    emit decided(key, decision.index, decision.errorStatus);
 }
 
 } // namespace agent

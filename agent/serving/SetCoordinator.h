@@ -11,27 +11,22 @@
 
 #include "agent/cells/CellOwners.h"
 #include "agent/cells/CellStore.h"
+#include "agent/core/Clock.h"
+#include "agent/core/DelayQueue.h"
+#include "agent/serving/SetTransaction.h"
 
 namespace agent {
 
-/// One object that a manager wants to set.
-struct SetVarbind
-{
-    ObjectId id;
-    CellValue value;
-};
-
 /// Asks the applications before a manager's SET takes effect.
 ///
-/// Purpose: a SET goes through check() for each varbind, begin() for all of them together, decided(),
-/// isStillValid() and commit(); drop() ends it at any point. All varbinds take effect or none does. Every
-/// question to an application has a number of its own, and an answer that fits no open question is dropped:
-/// it came too late.
+/// The order of calls: check() for each varbind, begin() for all of them, then the signal decided(),
+/// isStillValid() and commit(). drop() ends a SET at any point. SetTransaction.h has the states of one SET.
+/// An answer must carry the number of an open question; a late answer is dropped.
 ///
-/// Threads: the agent has one; decided() is emitted from the event loop, never from inside begin().
-/// Ownership: store and owners must outlive the coordinator.
-/// Failure: results are SNMP error statuses, 0 for none. An application that is lost or that does not answer
-/// in time makes the SET fail with resourceUnavailable.
+/// decided() is emitted from the event loop, never from inside begin().
+/// Ownership: store, owners and clock must outlive the coordinator.
+/// Failure: results are SNMP error statuses, 0 for none. If an application is lost or does not answer in
+/// time, the SET fails with resourceUnavailable.
 class SetCoordinator : public QObject
 {
     Q_OBJECT
@@ -47,19 +42,19 @@ public:
         quint64 timedOut = 0;  ///< of these, for want of an answer
     };
 
-    SetCoordinator(CellStore& store, CellOwners& owners, int timeoutMs);
+    SetCoordinator(CellStore& store, CellOwners& owners, Clock& clock, int timeoutMs);
 
-    /// What the agent itself can say: is there such a cell, an application to ask, and does the
-    /// value fit?
+    /// Checks what the agent itself knows: whether the cell exists, its owner is connected, and the value
+    /// fits.
     int check(const SetVarbind& varbind) const;
 
     /// Asks the owners of the cells. decided() follows unless drop() comes first.
     Key begin(std::vector<SetVarbind> varbinds);
 
-    /// False when a cell has gone or changed hands since its owner was asked.
+    /// False if a cell has gone or has changed hands since its owner was asked.
     bool isStillValid(Key key) const;
 
-    /// Gives the cells their new values and tells their owners.
+    /// Gives the cells of an accepted SET their new values, and tells their owners.
     void commit(Key key);
 
     void drop(Key key);
@@ -70,32 +65,19 @@ public:
     void handleLost(ApplicationId owner);
 
 signals:
-    /// errorStatus is 0 when every owner accepts; otherwise it belongs to the varbind at index.
+    /// errorStatus is 0 if every owner accepts; otherwise it belongs to the varbind at index.
     void decided(agent::SetCoordinator::Key key, int index, int errorStatus);
 
 private:
-    struct Question
-    {
-        SetVarbind varbind;
-        ApplicationId owner;
-        int number;
-        bool isAnswered;
-    };
-
-    struct Transaction
-    {
-        std::vector<Question> questions;
-        bool isDecided = false;
-    };
-
     int nextNumber();
-    void decide(Key key, int index, int errorStatus);
-    void refuseUnanswered(Key key);
+    void handleTimeout(Key key);
+    void announce(Key key);
 
     CellStore& m_store;
     CellOwners& m_owners;
     const int m_timeoutMs;
-    std::map<Key, Transaction> m_transactions;
+    std::map<Key, SetTransaction> m_sets;
+    DelayQueue<Key> m_undecided;
     Counts m_counts;
     Key m_lastKey = 0;
     int m_lastNumber = 0;

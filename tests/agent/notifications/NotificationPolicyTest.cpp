@@ -68,7 +68,7 @@ protected:
     void overrule(const std::string& summary, const ObjectId& check = disk)
     {
         rows[check] = {unknown, summary};
-        policy.handleOverruled(check);
+        policy.handleCovered(check);
     }
 
     void remove(const ObjectId& check = disk)

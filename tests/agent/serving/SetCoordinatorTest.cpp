@@ -3,25 +3,28 @@
 
 #include <gmock/gmock.h>
 
-#include <optional>
 #include <set>
 
 #include "agent/netsnmp/NetSnmp.h"
 #include "agent/serving/SetCoordinator.h"
-#include "support/RunUntil.h"
+#include "support/ManualClock.h"
 
 using agent::ApplicationId;
 using agent::CellStore;
 using agent::CellValue;
 using agent::ObjectId;
 using agent::SetCoordinator;
-using agent::SetVarbind;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
 
-constexpr int longTime = 60'000;
+constexpr int timeoutMs = 2000;
+
+/// The error status of a decision, and the index of its varbind.
+using Decision = std::pair<int, int>;
+
+const Decision accepted{SNMP_ERR_NOERROR, 0};
 
 struct RecordedOwners : agent::CellOwners
 {
@@ -42,12 +45,7 @@ struct RecordedOwners : agent::CellOwners
     std::vector<ApplicationId> committed;
 };
 
-struct Decision
-{
-    int index;
-    int errorStatus;
-};
-
+/// Application 7 owns an integer at 1, application 8 a text at 2.
 class SetCoordinatorTest : public testing::Test
 {
 protected:
@@ -55,27 +53,35 @@ protected:
     {
         store.set({1}, 10, 7);
         store.set({2}, std::string("ten"), 8);
-    }
-
-    SetCoordinator::Key beginBoth(SetCoordinator& coordinator)
-    {
         QObject::connect(&coordinator, &SetCoordinator::decided, &coordinator,
                          [this](SetCoordinator::Key, int index, int errorStatus) {
-                             decisions.push_back({index, errorStatus});
+                             decisions.push_back({errorStatus, errorStatus == 0 ? 0 : index});
                          });
-        return coordinator.begin({{{1}, 11}, {{2}, std::string("eleven")}});
+    }
+
+    SetCoordinator::Key beginBoth() { return coordinator.begin({{{1}, 11}, {{2}, std::string("eleven")}}); }
+
+    SetCoordinator::Key acceptBoth()
+    {
+        const SetCoordinator::Key key = beginBoth();
+        coordinator.handleAnswer(7, owners.numbers.at(0), 0);
+        coordinator.handleAnswer(8, owners.numbers.at(1), 0);
+        return key;
     }
 
     CellStore store;
     RecordedOwners owners;
+    support::ManualClock clock;
     std::vector<Decision> decisions;
+    SetCoordinator coordinator{store, owners, clock, timeoutMs};
 };
 
 } // namespace
 
-TEST_F(SetCoordinatorTest, ChecksWhatNeedsNoApplication)
+// --- Before the owners are asked
+
+TEST_F(SetCoordinatorTest, ChecksWhatTheAgentKnowsItself)
 {
-    const SetCoordinator coordinator(store, owners, longTime);
     EXPECT_EQ(coordinator.check({{1}, 5}), SNMP_ERR_NOERROR);
     EXPECT_EQ(coordinator.check({{1}, std::string("5")}), SNMP_ERR_WRONGTYPE);
     EXPECT_EQ(coordinator.check({{2}, 5}), SNMP_ERR_WRONGTYPE);
@@ -83,122 +89,91 @@ TEST_F(SetCoordinatorTest, ChecksWhatNeedsNoApplication)
     EXPECT_EQ(coordinator.check({{3}, 5}), SNMP_ERR_NOCREATION);
 }
 
-TEST_F(SetCoordinatorTest, ACellThatALostApplicationHasLeftBehindIsUnavailable)
+TEST_F(SetCoordinatorTest, ACellOfALostApplicationIsUnavailable)
 {
-    const SetCoordinator coordinator(store, owners, longTime);
     owners.disconnected.insert(7);
     EXPECT_EQ(coordinator.check({{1}, 5}), SNMP_ERR_RESOURCEUNAVAILABLE);
     EXPECT_EQ(coordinator.check({{2}, std::string("text")}), SNMP_ERR_NOERROR);
 }
 
-TEST_F(SetCoordinatorTest, IsDecidedWhenTheLastOwnerHasAccepted)
+// --- The decision
+
+TEST_F(SetCoordinatorTest, IsDecidedWhenTheLastOwnerAccepts)
 {
-    SetCoordinator coordinator(store, owners, longTime);
-    beginBoth(coordinator);
+    beginBoth();
     ASSERT_THAT(owners.asked, ElementsAre(7, 8));
     coordinator.handleAnswer(8, owners.numbers[1], 0);
     EXPECT_THAT(decisions, IsEmpty());
     coordinator.handleAnswer(7, owners.numbers[0], 0);
-    ASSERT_EQ(decisions.size(), 1u);
-    EXPECT_EQ(decisions[0].errorStatus, SNMP_ERR_NOERROR);
+    EXPECT_THAT(decisions, ElementsAre(accepted));
     EXPECT_THAT(owners.committed, IsEmpty());
 }
 
 TEST_F(SetCoordinatorTest, IsDecidedAtTheFirstRefusal)
 {
-    SetCoordinator coordinator(store, owners, longTime);
-    beginBoth(coordinator);
+    beginBoth();
     coordinator.handleAnswer(8, owners.numbers[1], SNMP_ERR_NOACCESS);
-    ASSERT_EQ(decisions.size(), 1u);
-    EXPECT_EQ(decisions[0].index, 1);
-    EXPECT_EQ(decisions[0].errorStatus, SNMP_ERR_NOACCESS);
+    EXPECT_THAT(decisions, ElementsAre(Decision{SNMP_ERR_NOACCESS, 1}));
     coordinator.handleAnswer(7, owners.numbers[0], 0);
     EXPECT_EQ(decisions.size(), 1u);
-}
-
-TEST_F(SetCoordinatorTest, CommitChangesTheCellsAndTellsTheOwners)
-{
-    SetCoordinator coordinator(store, owners, longTime);
-    coordinator.commit(beginBoth(coordinator));
-    EXPECT_EQ(std::get<int>(store.find({1})->value), 11);
-    EXPECT_EQ(std::get<std::string>(store.find({2})->value), "eleven");
-    EXPECT_THAT(owners.committed, ElementsAre(7, 8));
-}
-
-TEST_F(SetCoordinatorTest, ADroppedSetChangesNothing)
-{
-    SetCoordinator coordinator(store, owners, longTime);
-    const SetCoordinator::Key key = beginBoth(coordinator);
-    coordinator.drop(key);
-    coordinator.commit(key);
-    coordinator.handleAnswer(7, owners.numbers[0], 0);
-    EXPECT_EQ(std::get<int>(store.find({1})->value), 10);
-    EXPECT_THAT(owners.committed, IsEmpty());
-    EXPECT_THAT(decisions, IsEmpty());
+    EXPECT_EQ(coordinator.counts().refused, 1u);
 }
 
 TEST_F(SetCoordinatorTest, AnAnswerFromAnotherApplicationDoesNotCount)
 {
-    SetCoordinator coordinator(store, owners, longTime);
-    beginBoth(coordinator);
+    beginBoth();
     coordinator.handleAnswer(8, owners.numbers[0], 0);
     coordinator.handleAnswer(8, owners.numbers[1], 0);
     EXPECT_THAT(decisions, IsEmpty());
 }
 
-TEST_F(SetCoordinatorTest, AnAnswerThatIsRepeatedDoesNotCountTwice)
+TEST_F(SetCoordinatorTest, ARepeatedAnswerDoesNotCountTwice)
 {
-    SetCoordinator coordinator(store, owners, longTime);
-    beginBoth(coordinator);
+    beginBoth();
     coordinator.handleAnswer(7, owners.numbers[0], 0);
     coordinator.handleAnswer(7, owners.numbers[0], 0);
     EXPECT_THAT(decisions, IsEmpty());
 }
 
-TEST_F(SetCoordinatorTest, QuestionsOfALaterSetHaveNumbersOfTheirOwn)
+TEST_F(SetCoordinatorTest, ALateAnswerIsNotMistakenForOneToTheNextSet)
 {
-    SetCoordinator coordinator(store, owners, longTime);
-    coordinator.drop(beginBoth(coordinator));
+    coordinator.drop(beginBoth());
     coordinator.begin({{{1}, 12}});
     coordinator.handleAnswer(7, owners.numbers[0], 0);
     EXPECT_THAT(decisions, IsEmpty());
     coordinator.handleAnswer(7, owners.numbers[2], 0);
-    EXPECT_EQ(decisions.size(), 1u);
+    EXPECT_THAT(decisions, ElementsAre(accepted));
 }
 
 TEST_F(SetCoordinatorTest, ALostOwnerMakesTheResourceUnavailable)
 {
-    SetCoordinator coordinator(store, owners, longTime);
-    beginBoth(coordinator);
+    beginBoth();
     coordinator.handleLost(9);
     EXPECT_THAT(decisions, IsEmpty());
     coordinator.handleLost(8);
-    ASSERT_EQ(decisions.size(), 1u);
-    EXPECT_EQ(decisions[0].index, 1);
-    EXPECT_EQ(decisions[0].errorStatus, SNMP_ERR_RESOURCEUNAVAILABLE);
+    EXPECT_THAT(decisions, ElementsAre(Decision{SNMP_ERR_RESOURCEUNAVAILABLE, 1}));
 }
 
-TEST_F(SetCoordinatorTest, AnOwnerThatDoesNotAnswerInTimeMakesTheResourceUnavailable)
+TEST_F(SetCoordinatorTest, ALostOwnerDecidesEverySetThatAsksIt)
 {
-    SetCoordinator coordinator(store, owners, 1);
-    beginBoth(coordinator);
-    coordinator.handleAnswer(7, owners.numbers[0], 0);
-    ASSERT_TRUE(support::runUntil([&] { return !decisions.empty(); }));
-    EXPECT_EQ(decisions[0].index, 1);
-    EXPECT_EQ(decisions[0].errorStatus, SNMP_ERR_RESOURCEUNAVAILABLE);
+    beginBoth();
+    coordinator.begin({{{1}, 12}});
+    coordinator.begin({{{2}, std::string("twelve")}});
+    coordinator.handleLost(7);
+    EXPECT_THAT(decisions, ElementsAre(Decision{SNMP_ERR_RESOURCEUNAVAILABLE, 0},
+                                       Decision{SNMP_ERR_RESOURCEUNAVAILABLE, 0}));
 }
 
-TEST_F(SetCoordinatorTest, AnAcceptedSetIsNoLongerValidOnceACellHasGoneOrChangedHands)
+TEST_F(SetCoordinatorTest, ADecisionMayEndOtherSets)
 {
-    SetCoordinator coordinator(store, owners, longTime);
-    const SetCoordinator::Key key = beginBoth(coordinator);
-    EXPECT_TRUE(coordinator.isStillValid(key));
-    store.set({1}, 99, 8);
-    EXPECT_FALSE(coordinator.isStillValid(key));
-    store.set({1}, 10, 7);
-    EXPECT_TRUE(coordinator.isStillValid(key));
-    store.unsetTree({2}, 8);
-    EXPECT_FALSE(coordinator.isStillValid(key));
+    const SetCoordinator::Key one = coordinator.begin({{{1}, 11}});
+    const SetCoordinator::Key other = coordinator.begin({{{1}, 12}});
+    QObject::connect(&coordinator, &SetCoordinator::decided, &coordinator, [&] {
+        coordinator.drop(one);
+        coordinator.drop(other);
+    });
+    coordinator.handleLost(7);
+    EXPECT_EQ(decisions.size(), 1u);
 }
 
 TEST_F(SetCoordinatorTest, AnswersBecomeStatusesThatAManagerUnderstands)
@@ -207,14 +182,92 @@ TEST_F(SetCoordinatorTest, AnswersBecomeStatusesThatAManagerUnderstands)
                                             {2, SNMP_ERR_NOSUCHNAME},  {5, SNMP_ERR_GENERR},
                                             {10, SNMP_ERR_WRONGVALUE}, {18, SNMP_ERR_INCONSISTENTNAME},
                                             {19, SNMP_ERR_GENERR},     {-1, SNMP_ERR_GENERR}};
-    SetCoordinator coordinator(store, owners, longTime);
     for (const auto& [answered, told] : statuses) {
         decisions.clear();
-        coordinator.disconnect();
-        coordinator.drop(beginBoth(coordinator));
         coordinator.begin({{{1}, 12}});
         coordinator.handleAnswer(7, owners.numbers.back(), answered);
-        ASSERT_EQ(decisions.size(), 1u) << answered;
-        EXPECT_EQ(decisions[0].errorStatus, told) << answered;
+        EXPECT_THAT(decisions, ElementsAre(Decision{told, 0})) << answered;
     }
+}
+
+// --- Time-out
+
+TEST_F(SetCoordinatorTest, AnOwnerThatDoesNotAnswerInTimeMakesTheResourceUnavailable)
+{
+    beginBoth();
+    coordinator.handleAnswer(7, owners.numbers[0], 0);
+    clock.advance(timeoutMs - 1);
+    EXPECT_THAT(decisions, IsEmpty());
+    clock.advance(1);
+    EXPECT_THAT(decisions, ElementsAre(Decision{SNMP_ERR_RESOURCEUNAVAILABLE, 1}));
+    EXPECT_EQ(coordinator.counts().timedOut, 1u);
+    EXPECT_EQ(coordinator.counts().refused, 0u);
+}
+
+TEST_F(SetCoordinatorTest, EachSetHasItsOwnTimeout)
+{
+    coordinator.begin({{{1}, 11}});
+    clock.advance(timeoutMs / 2);
+    coordinator.begin({{{1}, 12}});
+    clock.advance(timeoutMs / 2);
+    EXPECT_EQ(decisions.size(), 1u);
+    clock.advance(timeoutMs / 2);
+    EXPECT_EQ(decisions.size(), 2u);
+}
+
+TEST_F(SetCoordinatorTest, ADecidedSetDoesNotTimeOut)
+{
+    acceptBoth();
+    clock.advance(10 * timeoutMs);
+    EXPECT_THAT(decisions, ElementsAre(accepted));
+    EXPECT_EQ(coordinator.counts().timedOut, 0u);
+}
+
+TEST_F(SetCoordinatorTest, ADroppedSetDoesNotTimeOut)
+{
+    coordinator.drop(beginBoth());
+    clock.advance(10 * timeoutMs);
+    EXPECT_THAT(decisions, IsEmpty());
+    EXPECT_EQ(coordinator.counts().timedOut, 0u);
+}
+
+// --- After the decision
+
+TEST_F(SetCoordinatorTest, CommitChangesTheCellsAndTellsTheOwners)
+{
+    coordinator.commit(acceptBoth());
+    EXPECT_EQ(std::get<int>(store.find({1})->value), 11);
+    EXPECT_EQ(std::get<std::string>(store.find({2})->value), "eleven");
+    EXPECT_THAT(owners.committed, ElementsAre(7, 8));
+}
+
+TEST_F(SetCoordinatorTest, ASetThatIsNotAcceptedChangesNothing)
+{
+    const SetCoordinator::Key key = beginBoth();
+    coordinator.commit(key);
+    coordinator.handleLost(8);
+    coordinator.commit(key);
+    EXPECT_EQ(std::get<int>(store.find({1})->value), 10);
+    EXPECT_THAT(owners.committed, IsEmpty());
+}
+
+TEST_F(SetCoordinatorTest, ADroppedSetChangesNothing)
+{
+    const SetCoordinator::Key key = acceptBoth();
+    coordinator.drop(key);
+    coordinator.commit(key);
+    EXPECT_EQ(std::get<int>(store.find({1})->value), 10);
+    EXPECT_THAT(owners.committed, IsEmpty());
+}
+
+TEST_F(SetCoordinatorTest, AnAcceptedSetIsInvalidOnceACellHasGoneOrChangedHands)
+{
+    const SetCoordinator::Key key = acceptBoth();
+    EXPECT_TRUE(coordinator.isStillValid(key));
+    store.set({1}, 99, 8);
+    EXPECT_FALSE(coordinator.isStillValid(key));
+    store.set({1}, 10, 7);
+    EXPECT_TRUE(coordinator.isStillValid(key));
+    store.unsetTree({2}, 8);
+    EXPECT_FALSE(coordinator.isStillValid(key));
 }
