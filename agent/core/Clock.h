@@ -11,27 +11,31 @@
 
 namespace agent {
 
-/// Time, as far as the agent depends on it: how long something has lasted, what the operator's clock says,
-/// and when to look again.
+/// The agent's only source of time. Tests replace it with a clock that they advance by hand.
 ///
-/// Purpose: tests put a clock of their own in its place, so that none of them waits for a day or for ten
-/// seconds.
-///
-/// Threads: the agent has one. Ownership: the clock must outlive whoever uses it.
-/// Failure: none. A change of the host's time moves nowUtc() alone, never what is measured or awaited.
+/// Ownership: the clock must outlive its users.
+/// A change of the host's time affects nowUtc() alone; delays are measured on elapsedMs().
 class Clock
 {
 public:
     virtual ~Clock() = default;
 
-    /// Milliseconds since some moment in the past; never goes backwards.
+    /// Milliseconds since an arbitrary moment. Never goes backwards.
     virtual qint64 elapsedMs() const = 0;
 
     virtual QDateTime nowUtc() const = 0;
 
-    /// Makes the call from the event loop in delayMs milliseconds (0: as soon as the loop runs), and not at
-    /// all if context is destroyed before.
-    virtual void callAfter(qint64 delayMs, QObject* context, std::function<void()> call) = 0;
+    /// Makes the call from the event loop once delayMs milliseconds have passed, and never before
+    /// (0: as soon as the loop runs). Destroying context cancels it.
+    void callAfter(qint64 delayMs, QObject* context, std::function<void()> call);
+
+    /// As callAfter(), once elapsedMs() has reached dueMs.
+    void callAt(qint64 dueMs, QObject* context, std::function<void()> call);
+
+protected:
+    /// Makes the call from the event loop after at most delayMs. A call that comes early is repeated for the
+    /// rest of its time, so system timers may be inexact and may have an upper limit.
+    virtual void wait(qint64 delayMs, QObject* context, std::function<void()> call) = 0;
 };
 
 } // namespace agent

@@ -7,12 +7,13 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace agent {
 
 namespace {
 
-// QTimer counts in int, which 25 days overflow.
+// QTimer counts in int, about 25 days.
 constexpr qint64 longestTimerMs = std::numeric_limits<int>::max();
 
 } // namespace
@@ -32,17 +33,10 @@ QDateTime SystemClock::nowUtc() const
     return QDateTime::currentDateTimeUtc();
 }
 
-void SystemClock::callAfter(qint64 delayMs, QObject* context, std::function<void()> call)
+void SystemClock::wait(qint64 delayMs, QObject* context, std::function<void()> call)
 {
-    const qint64 delay = std::clamp(delayMs, qint64(0), longestTimerMs);
-    const qint64 rest = delayMs - delay;
-    QTimer::singleShot(static_cast<int>(delay), Qt::PreciseTimer, context,
-                       [this, rest, context, call = std::move(call)] {
-                           if (rest > 0)
-                               callAfter(rest, context, call);
-                           else
-                               call();
-                       });
+    const auto timerMs = static_cast<int>(std::min(delayMs, longestTimerMs));
+    QTimer::singleShot(timerMs, Qt::PreciseTimer, context, std::move(call));
 }
 
 } // namespace agent

@@ -10,9 +10,7 @@
 
 namespace agent {
 
-/// The time of the running system.
-///
-/// Threads: that of the event loop. Ownership, failure: see Clock.
+/// The clock and the timers of the running system.
 class SystemClock : public Clock
 {
 public:
@@ -20,7 +18,9 @@ public:
 
     qint64 elapsedMs() const override;
     QDateTime nowUtc() const override;
-    void callAfter(qint64 delayMs, QObject* context, std::function<void()> call) override;
+
+protected:
+    void wait(qint64 delayMs, QObject* context, std::function<void()> call) override;
 
 private:
     QElapsedTimer m_sinceStart;

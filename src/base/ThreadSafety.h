@@ -4,9 +4,15 @@
 #ifndef VIGIL_BASE_THREADSAFETY_H
 #define VIGIL_BASE_THREADSAFETY_H
 
-#include <QMutex>
+// The library's locks, and annotations for clang's thread-safety analysis. Other compilers ignore them.
 
-// Says which lock guards which state, so that clang can check it; other compilers read past it.
+#if defined(VIGIL_STD_MUTEX)
+#include "base/StdLocks.h"
+#else
+#include <QMutex>
+#include <QSemaphore>
+#endif
+
 #if defined(__clang__)
 #define VIGIL_THREAD_ANNOTATION(x) __attribute__((x))
 #else
@@ -20,16 +26,30 @@
 
 namespace base {
 
-/// A QMutex that clang's thread-safety analysis knows. Not recursive.
+#if defined(VIGIL_STD_MUTEX)
+using PlainMutex = StdMutex;
+using Semaphore = StdSemaphore;
+#else
+using PlainMutex = QMutex;
+using Semaphore = QSemaphore;
+#endif
+
+/// A mutex with annotations. Not recursive.
 class VIGIL_THREAD_ANNOTATION(capability("mutex")) Mutex
 {
 public:
     void lock() VIGIL_THREAD_ANNOTATION(acquire_capability()) { m_mutex.lock(); }
-    bool tryLock() VIGIL_THREAD_ANNOTATION(try_acquire_capability(true)) { return m_mutex.tryLock(); }
+
+    /// False if the lock is not free within timeoutMs milliseconds. Negative means no limit.
+    bool tryLock(int timeoutMs = 0) VIGIL_THREAD_ANNOTATION(try_acquire_capability(true))
+    {
+        return m_mutex.tryLock(timeoutMs);
+    }
+
     void unlock() VIGIL_THREAD_ANNOTATION(release_capability()) { m_mutex.unlock(); }
 
 private:
-    QMutex m_mutex;
+    PlainMutex m_mutex;
 };
 
 /// Holds a Mutex for the length of a scope.

@@ -4,7 +4,7 @@
 #ifndef VIGIL_CLIENT_APPLICATIONRUNNER_H
 #define VIGIL_CLIENT_APPLICATIONRUNNER_H
 
-#include <QSemaphore>
+#include <QtGlobal>
 
 #include <atomic>
 #include <functional>
@@ -38,8 +38,8 @@ public:
     /// The client thread's rest while the process has no application object.
     struct Pause
     {
-        QSemaphore begun; // released by the client thread when it rests
-        QSemaphore over;  // released when it may go on
+        base::Semaphore begun; // released by the client thread when it rests
+        base::Semaphore over;  // released when it may go on
     };
     using PauseClient = std::function<void(const std::shared_ptr<Pause>&)>;
 
@@ -96,7 +96,7 @@ private:
         void quit();
         void setLoop(QEventLoop* newLoop);
 
-        QSemaphore running; // released whenever a loop has begun to run, and at the end
+        base::Semaphore running; // released whenever a loop has begun to run, and at the end
         PauseClient pauseClient;
         const std::shared_ptr<Pause> pause = std::make_shared<Pause>();
 

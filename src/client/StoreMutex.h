@@ -4,10 +4,10 @@
 #ifndef VIGIL_CLIENT_STOREMUTEX_H
 #define VIGIL_CLIENT_STOREMUTEX_H
 
-#include <QMutex>
-
 #include <atomic>
 #include <thread>
+
+#include "base/ThreadSafety.h"
 
 /// The lock around the callback store. Not recursive, but it knows its holder: a callback runs with the lock
 /// held, and a call from inside it that needs the lock must be refused, since it would wait for its own
@@ -39,7 +39,7 @@ public:
     bool isHeldByThisThread() const { return m_holder == std::this_thread::get_id(); }
 
 private:
-    QMutex m_mutex;
+    base::PlainMutex m_mutex;
     std::atomic<std::thread::id> m_holder{};
 };
 

@@ -6,7 +6,6 @@
 #include <QAbstractSocket>
 #include <QDeadlineTimer>
 #include <QMetaObject>
-#include <QSemaphore>
 #include <QString>
 #include <QThread>
 
@@ -46,7 +45,7 @@ QString toText(const Oid& oid)
 
 /// Puts the client's exit into its queue; done is released once it has run. What it returns expires when the
 /// call has run or was dropped.
-std::weak_ptr<void> queueExit(Client* client, const std::shared_ptr<QSemaphore>& done)
+std::weak_ptr<void> queueExit(Client* client, const std::shared_ptr<base::Semaphore>& done)
 {
     const auto life = std::make_shared<char>();
     const auto exit = [client, done, life] {
@@ -195,7 +194,7 @@ bool VigilSnmp::runClientExit(Client* client, int timeoutMs)
         client->exit();
         return false;
     }
-    const auto done = std::make_shared<QSemaphore>();
+    const auto done = std::make_shared<base::Semaphore>();
     std::weak_ptr<void> call = queueExit(client, done);
     const QDeadlineTimer deadline(timeoutMs); // negative: never
     const QDeadlineTimer drained(timeoutMs < 0 ? noLimit : drainTimeoutAtExitMs);

@@ -15,21 +15,19 @@
 
 namespace support {
 
-/// A clock that stands still until the test moves it.
+/// A clock that stands still until the test advances it.
 class ManualClock : public agent::Clock
 {
 public:
+    /// Timers fire earlyMs before their time, as those of a system may do.
+    explicit ManualClock(qint64 earlyMs = 0) : m_earlyMs(earlyMs) {}
+
     qint64 elapsedMs() const override { return m_elapsedMs; }
     QDateTime nowUtc() const override { return m_start.addMSecs(m_elapsedMs); }
 
-    void callAfter(qint64 delayMs, QObject* context, std::function<void()> call) override
-    {
-        m_calls.emplace(m_elapsedMs + std::max(delayMs, qint64(0)), Call{context, std::move(call)});
-    }
-
     size_t pendingCalls() const { return m_calls.size(); }
 
-    /// Makes every call that becomes due on the way, in order, at its own time.
+    /// Makes every call that becomes due meanwhile, in order, each at its own time.
     void advance(qint64 ms)
     {
         const qint64 end = m_elapsedMs + ms;
@@ -44,6 +42,13 @@ public:
         m_elapsedMs = end;
     }
 
+protected:
+    void wait(qint64 delayMs, QObject* context, std::function<void()> call) override
+    {
+        const qint64 firesAfter = delayMs > m_earlyMs ? delayMs - m_earlyMs : delayMs;
+        m_calls.emplace(m_elapsedMs + firesAfter, Call{context, std::move(call)});
+    }
+
 private:
     struct Call
     {
@@ -52,6 +57,7 @@ private:
     };
 
     const QDateTime m_start = QDateTime(QDate(2026, 1, 31), QTime(12, 34, 56), Qt::UTC);
+    const qint64 m_earlyMs;
     qint64 m_elapsedMs = 0;
     std::multimap<qint64, Call> m_calls;
 };
