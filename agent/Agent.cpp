@@ -12,13 +12,13 @@ namespace {
 ServedCells::Settings settingsOf(const Options& options)
 {
     constexpr qint64 second = 1000;
-    constexpr qint64 never = DelayQueue<ApplicationId>::never;
+    constexpr qint64 never = DelayQueue<ObjectId>::never;
     ServedCells::Settings settings;
-    settings.graceMs = options.graceSeconds * second;
-    settings.forgetMs = options.forgetSeconds > 0 ? options.forgetSeconds * second : never;
+    settings.lost.graceMs = options.graceSeconds * second;
+    settings.lost.forgetMs = options.forgetSeconds > 0 ? options.forgetSeconds * second : never;
     settings.staleAfterMs = options.staleAfterSeconds > 0 ? options.staleAfterSeconds * second : never;
-    settings.maxLost = static_cast<size_t>(options.limits.connections);
-    settings.maxLostCells = 10 * static_cast<size_t>(options.limits.cells);
+    settings.lost.maxApplications = static_cast<size_t>(options.limits.connections);
+    settings.lost.maxCells = 10 * static_cast<size_t>(options.limits.cells);
     return settings;
 }
 

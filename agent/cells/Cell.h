@@ -18,14 +18,26 @@ using ApplicationId = quint64;
 
 using CellValue = std::variant<int, std::string>;
 
+/// A value of the agent's own that managers read in place of the owner's.
+struct Cover
+{
+    enum class Reason {
+        Stale, ///< the owner has not updated its check for long
+        Lost   ///< the owner's connection has ended
+    };
+
+    CellValue value;
+    Reason reason;
+};
+
 struct Cell
 {
-    CellValue value;                        ///< the owner's, as published
-    ApplicationId owner = 0;                ///< the application that published the value last
-    std::unique_ptr<const CellValue> cover; ///< the agent's own, if it knows better
+    CellValue value;                    ///< as the owner published it
+    ApplicationId owner = 0;            ///< the application that published the value last
+    std::unique_ptr<const Cover> cover; ///< null for most cells; a pointer keeps those small
 
     /// What managers read.
-    const CellValue& served() const { return cover ? *cover : value; }
+    const CellValue& served() const { return cover ? cover->value : value; }
 };
 
 } // namespace agent

@@ -7,24 +7,24 @@
 
 namespace agent {
 
-std::optional<ApplicationId> CellStore::set(const ObjectId& id, CellValue value, ApplicationId owner)
+std::optional<ApplicationId> CellStore::set(const ObjectId& id, CellValue value, ApplicationId application)
 {
     const auto [position, isNew] = m_cells.try_emplace(id);
     Cell& cell = position->second;
     cell.value = std::move(value);
-    const ApplicationId previous = std::exchange(cell.owner, owner);
-    if (!isNew && previous == owner)
+    const ApplicationId previous = std::exchange(cell.owner, application);
+    if (!isNew && previous == application)
         return std::nullopt;
-    m_idsByOwner[owner].insert(&position->first);
+    m_idsByOwner[application].insert(&position->first);
     if (isNew)
         return std::nullopt;
-    forget(previous, id);
+    disown(previous, id);
     return previous;
 }
 
-void CellStore::forget(ApplicationId owner, const ObjectId& id)
+void CellStore::disown(ApplicationId application, const ObjectId& id)
 {
-    const auto owned = m_idsByOwner.find(owner);
+    const auto owned = m_idsByOwner.find(application);
     owned->second.erase(&id);
     if (owned->second.empty())
         m_idsByOwner.erase(owned);
@@ -37,10 +37,10 @@ void CellStore::changeValue(const ObjectId& id, CellValue value)
         position->second.value = std::move(value);
 }
 
-std::vector<ObjectId> CellStore::unsetTree(const ObjectId& tree, ApplicationId owner)
+std::vector<ObjectId> CellStore::unsetTree(const ObjectId& tree, ApplicationId application)
 {
     std::vector<ObjectId> removed;
-    const auto owned = m_idsByOwner.find(owner);
+    const auto owned = m_idsByOwner.find(application);
     if (owned == m_idsByOwner.end())
         return removed;
     OwnedIds& ids = owned->second;
@@ -55,15 +55,15 @@ std::vector<ObjectId> CellStore::unsetTree(const ObjectId& tree, ApplicationId o
     return removed;
 }
 
-std::vector<ObjectId> CellStore::removeAllOf(ApplicationId owner)
+std::vector<ObjectId> CellStore::removeAllOf(ApplicationId application)
 {
-    return unsetTree(ObjectId(), owner);
+    return unsetTree(ObjectId(), application);
 }
 
-std::vector<ObjectId> CellStore::idsOf(ApplicationId owner, const ObjectId& tree) const
+std::vector<ObjectId> CellStore::idsOf(ApplicationId application, const ObjectId& tree) const
 {
     std::vector<ObjectId> found;
-    const auto owned = m_idsByOwner.find(owner);
+    const auto owned = m_idsByOwner.find(application);
     if (owned == m_idsByOwner.end())
         return found;
     const OwnedIds& ids = owned->second;
@@ -72,11 +72,11 @@ std::vector<ObjectId> CellStore::idsOf(ApplicationId owner, const ObjectId& tree
     return found;
 }
 
-void CellStore::cover(const ObjectId& id, CellValue value)
+void CellStore::cover(const ObjectId& id, Cover cover)
 {
     const auto position = m_cells.find(id);
     if (position != m_cells.end())
-        position->second.cover = std::make_unique<const CellValue>(std::move(value));
+        position->second.cover = std::make_unique<const Cover>(std::move(cover));
 }
 
 void CellStore::uncover(const ObjectId& id)
@@ -86,9 +86,9 @@ void CellStore::uncover(const ObjectId& id)
         position->second.cover.reset();
 }
 
-size_t CellStore::countOf(ApplicationId owner) const
+size_t CellStore::countOf(ApplicationId application) const
 {
-    const auto owned = m_idsByOwner.find(owner);
+    const auto owned = m_idsByOwner.find(application);
     return owned == m_idsByOwner.end() ? 0 : owned->second.size();
 }
 

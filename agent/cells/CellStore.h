@@ -15,49 +15,47 @@
 
 namespace agent {
 
-/// Everything that the applications have published, in the order in which a manager walks it.
+/// All published cells, in the order in which managers walk them.
 ///
-/// Purpose: maps identifiers to cells. A cell belongs to the last application that wrote it, and only the
-/// owner can take it away. The agent can cover a value with another one, which managers read in its place.
+/// A cell belongs to the application that wrote it last; no other application can remove it. The agent can
+/// cover a cell: managers then read the cover.
 ///
-/// Threads: the agent has one. Ownership: holds its cells by value; pointers to them are good until the next
-/// change.
+/// Pointers to cells are valid until the next change.
 class CellStore
 {
 public:
     using Cells = std::map<ObjectId, Cell>;
     using Entry = Cells::value_type;
 
-    /// Leaves a cover where it is. Returns the owner from whom the cell has been taken over, if it had
-    /// another one.
-    std::optional<ApplicationId> set(const ObjectId& id, CellValue value, ApplicationId owner);
+    /// Keeps a cover in place. Returns the previous owner if the cell had another one.
+    std::optional<ApplicationId> set(const ObjectId& id, CellValue value, ApplicationId application);
 
-    /// Gives an existing cell a new value and leaves it with its owner.
+    /// Gives an existing cell a new value; the owner stays.
     void changeValue(const ObjectId& id, CellValue value);
 
-    /// Removes the owner's cells at and below tree. Returns their identifiers.
-    std::vector<ObjectId> unsetTree(const ObjectId& tree, ApplicationId owner);
+    /// Removes the application's own cells at and below tree. Returns their identifiers.
+    std::vector<ObjectId> unsetTree(const ObjectId& tree, ApplicationId application);
 
-    std::vector<ObjectId> removeAllOf(ApplicationId owner);
+    std::vector<ObjectId> removeAllOf(ApplicationId application);
 
-    /// The owner's cells at and below tree.
-    std::vector<ObjectId> idsOf(ApplicationId owner, const ObjectId& tree) const;
+    /// The application's own cells at and below tree.
+    std::vector<ObjectId> idsOf(ApplicationId application, const ObjectId& tree) const;
 
-    /// Both do nothing when there is no such cell.
-    void cover(const ObjectId& id, CellValue value);
+    /// Both do nothing if there is no such cell.
+    void cover(const ObjectId& id, Cover cover);
     void uncover(const ObjectId& id);
 
-    /// Null when there is no such cell.
+    /// Null if there is no such cell.
     const Cell* find(const ObjectId& id) const;
 
-    /// The first cell behind id, null when there is none.
+    /// The first cell after id, or null.
     const Entry* findNext(const ObjectId& id) const;
 
-    /// The cell at id or else the first one behind it, null when there is none.
+    /// The cell at id or else the first one after it, or null.
     const Entry* findAtOrNext(const ObjectId& id) const;
 
     size_t size() const { return m_cells.size(); }
-    size_t countOf(ApplicationId owner) const;
+    size_t countOf(ApplicationId application) const;
 
 private:
     struct ByTarget
@@ -69,10 +67,10 @@ private:
     };
     using OwnedIds = std::set<const ObjectId*, ByTarget>;
 
-    void forget(ApplicationId owner, const ObjectId& id);
+    void disown(ApplicationId application, const ObjectId& id);
 
     Cells m_cells;
-    // Keys of m_cells, so that an unset costs what its sender owns, however large the other applications are.
+    // Pointers to the keys of m_cells: removing cells must not cost more if other applications have many.
     std::map<ApplicationId, OwnedIds> m_idsByOwner;
 };
 

@@ -30,10 +30,11 @@ agent::Limits smallLimits()
 agent::ServedCells::Settings smallSettings()
 {
     agent::ServedCells::Settings settings;
-    settings.graceMs = 10;
-    settings.forgetMs = 200;
+    settings.lost.graceMs = 10;
+    settings.lost.forgetMs = 200;
     settings.staleAfterMs = 50;
-    settings.maxLost = 2;
+    settings.lost.maxApplications = 2;
+    settings.lost.maxCells = 1'000'000;
     return settings;
 }
 
@@ -93,7 +94,7 @@ public:
             ++count;
             ++countByOwner[cell.owner];
         }
-        require(count == m_store.size() && countByOwner.size() <= smallSettings().maxLost + 1);
+        require(count == m_store.size() && countByOwner.size() <= smallSettings().lost.maxApplications + 1);
         for (const auto& [owner, cells] : countByOwner)
             require(cells == m_store.countOf(owner) && cells <= static_cast<size_t>(m_limits.cells));
     }

@@ -41,7 +41,7 @@ protected:
 
     agent::CellStore store;
     support::ManualClock clock;
-    agent::ServedCells cells{store, clock, agent::ServedCells::Settings()};
+    agent::ServedCells cells{store, clock, {{10'000, 60'000, 3, 100}, 60'000}};
     ApplicationServer server{cells, clock, limits()};
 };
 

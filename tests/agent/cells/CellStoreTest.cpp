@@ -6,6 +6,7 @@
 #include "agent/cells/CellStore.h"
 
 using agent::CellStore;
+using agent::Cover;
 using agent::ObjectId;
 
 TEST(CellStore, HoldsValuesOfBothTypes)
@@ -101,7 +102,7 @@ TEST(CellStore, ACoverIsServedInPlaceOfThePublishedValueUntilItIsTakenAway)
 {
     CellStore store;
     store.set({1}, 0, 7);
-    store.cover({1}, 3);
+    store.cover({1}, {3, Cover::Reason::Stale});
     store.set({1}, 1, 7);
     EXPECT_EQ(std::get<int>(store.find({1})->served()), 3);
     EXPECT_EQ(std::get<int>(store.find({1})->value), 1);
@@ -112,7 +113,7 @@ TEST(CellStore, ACoverIsServedInPlaceOfThePublishedValueUntilItIsTakenAway)
 TEST(CellStore, ACoverNeedsACell)
 {
     CellStore store;
-    store.cover({1}, 3);
+    store.cover({1}, {3, Cover::Reason::Stale});
     store.uncover({1});
     EXPECT_EQ(store.size(), 0u);
 }

@@ -1,0 +1,76 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_AGENT_CELLS_CHECKCOVERS_H
+#define VIGIL_AGENT_CELLS_CHECKCOVERS_H
+
+#include <QDateTime>
+
+#include <functional>
+
+#include "agent/cells/CellStore.h"
+#include "agent/cells/LostApplications.h"
+#include "agent/core/Clock.h"
+#include "agent/core/DelayQueue.h"
+
+namespace agent {
+
+/// Covers the rows of health checks if the agent knows better than their last update.
+///
+/// The state of a row decides what managers read of it:
+///
+///     AsPublished  status and summary as published
+///     Stale        UNKNOWN and "No update since ..."
+///     Lost         UNKNOWN and "No connection to the application since ..."
+///
+///     state       | status written         | summary written | not updated   | application's | status
+///                 |                        |                 | for long      | grace over    | removed
+///     ------------+------------------------+-----------------+---------------+---------------+----------
+///     AsPublished | restart delay          | uncover it      | cover → Stale | cover → Lost  | stop delay
+///     Stale       | uncover, restart delay | none (1)        | cannot be     | cover → Lost  | row ends
+///                 | → AsPublished          |                 |               |               |
+///     Lost        | uncover, restart delay | uncover it      | cannot be     | cannot be     | row ends
+///                 | → AsPublished          |                 |               |               |
+///
+/// (1) "uncover it" if the application of the check has been lost meanwhile.
+///
+/// The state lies in the cover of the status cell, so it ends with the cell. A row belongs to the owner of
+/// its status cell. A summary of another, connected application is not covered when the row turns Lost.
+///
+/// Ownership: store, lost and clock must outlive it.
+class CheckCovers
+{
+public:
+    enum class State { AsPublished, Stale, Lost };
+
+    /// check is the index of a row; both its cells already read UNKNOWN and why.
+    using Covered = std::function<void(const ObjectId& check)>;
+
+    /// staleAfterMs can be DelayQueue::never.
+    CheckCovers(CellStore& store, const LostApplications& lost, Clock& clock, qint64 staleAfterMs,
+                Covered covered);
+
+    void handleStatusWritten(const ObjectId& check);
+    void handleSummaryWritten(const ObjectId& check);
+    void handleStatusRemoved(const ObjectId& check);
+
+    /// Covers all rows of the application.
+    void handleGraceOver(ApplicationId application, const QDateTime& lostSince);
+
+    State stateOf(const ObjectId& check) const;
+
+private:
+    void handleStale(const ObjectId& check, qint64 silentMs);
+    void coverLost(const ObjectId& check, const std::string& summary);
+    bool isOfLost(const ObjectId& cell) const;
+
+    CellStore& m_store;
+    const LostApplications& m_lost;
+    Clock& m_clock;
+    const Covered m_covered;
+    DelayQueue<ObjectId> m_staleDelay;
+};
+
+} // namespace agent
+
+#endif

@@ -1,0 +1,100 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/cells/LostApplications.h"
+
+#include <algorithm>
+
+#include "agent/core/Log.h"
+
+namespace agent {
+
+LostApplications::LostApplications(const CellStore& store, Clock& clock, const Settings& settings,
+                                   Actions& actions)
+    : m_store(store),
+      m_clock(clock),
+      m_settings(settings),
+      m_actions(actions),
+      m_graceDelay(clock, settings.graceMs,
+                   [this](ApplicationId application, qint64) { handleGraceOver(application); }),
+      m_forgetDelay(clock, settings.forgetMs,
+                    [this](ApplicationId application, qint64) { removeAndEnd(application); }),
+      m_returnDelay(clock, settings.graceMs,
+                    [this](ApplicationId application, qint64) { removeAndEnd(application); })
+{}
+
+std::optional<LostApplications::State> LostApplications::stateOf(ApplicationId application) const
+{
+    const auto loss = m_losses.find(application);
+    return loss == m_losses.end() ? std::nullopt : std::optional<State>(loss->second.state);
+}
+
+void LostApplications::add(ApplicationId application)
+{
+    m_losses[application] = {State::InGrace, m_clock.nowUtc()};
+    m_graceDelay.restart(application);
+    m_forgetDelay.restart(application);
+    while (m_losses.size() > 1 && isRoomShort())
+        makeRoom();
+}
+
+// --- The events of the table
+
+void LostApplications::handleGraceOver(ApplicationId application)
+{
+    Loss& loss = m_losses.at(application);
+    if (loss.state == State::InGrace)
+        loss.state = State::Covered;
+    m_actions.cover(application, loss.since);
+}
+
+void LostApplications::handleCellReturned(ApplicationId application)
+{
+    if (m_store.countOf(application) == 0)
+        return end(application);
+    Loss& loss = m_losses.at(application);
+    if (loss.state == State::Returning)
+        return;
+    loss.state = State::Returning;
+    m_returnDelay.restart(application);
+}
+
+void LostApplications::makeRoom()
+{
+    const auto oldest = std::min_element(m_losses.begin(), m_losses.end(), [](const auto& a, const auto& b) {
+        return a.second.since < b.second.since;
+    });
+    const ApplicationId application = oldest->first;
+    log::warning(QStringLiteral("%1 lost applications have left too many cells; those of application %2 are "
+                                "removed. Find out which application keeps crashing")
+                     .arg(m_losses.size())
+                     .arg(application));
+    removeAndEnd(application);
+}
+
+bool LostApplications::isRoomShort() const
+{
+    size_t cells = 0;
+    for (const auto& [application, loss] : m_losses)
+        cells += m_store.countOf(application);
+    return m_losses.size() > m_settings.maxApplications || cells > m_settings.maxCells;
+}
+
+// --- The actions of the table
+
+void LostApplications::removeAndEnd(ApplicationId application)
+{
+    m_actions.remove(application);
+    end(application);
+}
+
+void LostApplications::end(ApplicationId application)
+{
+    m_losses.erase(application);
+    m_graceDelay.remove(application);
+    m_forgetDelay.remove(application);
+    m_returnDelay.remove(application);
+    m_actions.end(application);
+}
+
+} // namespace agent

@@ -1,0 +1,236 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gmock/gmock.h>
+
+#include "agent/cells/CheckCovers.h"
+#include "support/ManualClock.h"
+#include "support/ServedRow.h"
+
+using agent::ApplicationId;
+using agent::CheckCovers;
+using agent::LostApplications;
+using agent::ObjectId;
+using agent::healthTable::cellOf;
+using agent::healthTable::Column;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using State = agent::CheckCovers::State;
+
+namespace {
+
+constexpr qint64 staleAfterMs = 60'000;
+const ObjectId check{1, 97, 1, 98};
+const ObjectId otherCheck{1, 97, 1, 99};
+
+const std::string staleRow = "3 No update since 2026-01-31 12:34:56 UTC.";
+const std::string lostSummary = "No connection to the application since 2026-01-31 12:34:56 UTC.";
+const std::string lostRow = "3 " + lostSummary;
+
+struct NoActions : LostApplications::Actions
+{
+    void cover(ApplicationId, const QDateTime&) override {}
+    void remove(ApplicationId) override {}
+    void end(ApplicationId) override {}
+};
+
+/// Application 1 has published the row "0 well".
+class CheckCoversTest : public testing::Test
+{
+protected:
+    CheckCoversTest()
+    {
+        writeStatus(1, 0);
+        writeSummary(1, "well");
+    }
+
+    void writeStatus(ApplicationId application, int status, const ObjectId& row = check)
+    {
+        store.set(cellOf(Column::Status, row), status, application);
+        covers.handleStatusWritten(row);
+    }
+
+    void writeSummary(ApplicationId application, const std::string& summary, const ObjectId& row = check)
+    {
+        store.set(cellOf(Column::Summary, row), summary, application);
+        covers.handleSummaryWritten(row);
+    }
+
+    void removeRow()
+    {
+        store.removeAllOf(1);
+        covers.handleStatusRemoved(check);
+    }
+
+    /// Application 1 is lost, and its grace period is over.
+    void loseAndCover()
+    {
+        lost.add(1);
+        covers.handleGraceOver(1, clock.nowUtc());
+    }
+
+    std::string served(const ObjectId& row = check) const { return support::servedRow(store, row); }
+
+    support::ManualClock clock;
+    agent::CellStore store;
+    NoActions noActions;
+    LostApplications lost{store, clock, {10'000, 86'400'000, 3, 9}, noActions};
+    std::vector<ObjectId> covered;
+    CheckCovers covers{store, lost, clock, staleAfterMs, [this](const ObjectId& row) {
+                           EXPECT_EQ(served(row).substr(0, 4), "3 No") << "the store must be up to date";
+                           covered.push_back(row);
+                       }};
+};
+
+} // namespace
+
+// --- AsPublished
+
+TEST_F(CheckCoversTest, ARowReadsAsPublishedWhileItIsUpdated)
+{
+    clock.advance(staleAfterMs - 1);
+    writeStatus(1, 1);
+    clock.advance(staleAfterMs - 1);
+    EXPECT_EQ(covers.stateOf(check), State::AsPublished);
+    EXPECT_EQ(served(), "1 well");
+    EXPECT_THAT(covered, IsEmpty());
+}
+
+TEST_F(CheckCoversTest, ARowTurnsStaleWithTheTimeOfItsLastUpdate)
+{
+    clock.advance(staleAfterMs);
+    EXPECT_EQ(covers.stateOf(check), State::Stale);
+    EXPECT_EQ(served(), staleRow);
+    EXPECT_THAT(covered, ElementsAre(check));
+}
+
+TEST_F(CheckCoversTest, ASummaryAloneIsNoUpdate)
+{
+    clock.advance(staleAfterMs / 2);
+    writeSummary(1, "still here");
+    clock.advance(staleAfterMs / 2);
+    EXPECT_EQ(served(), staleRow);
+}
+
+TEST_F(CheckCoversTest, ARemovedRowDoesNotTurnStale)
+{
+    removeRow();
+    clock.advance(staleAfterMs);
+    EXPECT_THAT(covered, IsEmpty());
+}
+
+TEST_F(CheckCoversTest, NoRowTurnsStaleIfThatIsSwitchedOff)
+{
+    agent::CellStore otherStore;
+    CheckCovers others(otherStore, lost, clock, agent::DelayQueue<ObjectId>::never, [](const ObjectId&) {});
+    otherStore.set(cellOf(Column::Status, check), 1, 1);
+    others.handleStatusWritten(check);
+    clock.advance(1'000'000'000);
+    EXPECT_EQ(others.stateOf(check), State::AsPublished);
+}
+
+TEST_F(CheckCoversTest, ARowTurnsLostWithTheTimeOfTheLoss)
+{
+    loseAndCover();
+    EXPECT_EQ(covers.stateOf(check), State::Lost);
+    EXPECT_EQ(served(), lostRow);
+    EXPECT_THAT(covered, ElementsAre(check));
+}
+
+TEST_F(CheckCoversTest, ALossCoversOnlyRowsOfTheLostApplication)
+{
+    writeStatus(2, 1, otherCheck);
+    writeSummary(2, "alive", otherCheck);
+    loseAndCover();
+    EXPECT_EQ(served(), lostRow);
+    EXPECT_EQ(served(otherCheck), "1 alive");
+}
+
+TEST_F(CheckCoversTest, ALossLeavesTheSummaryOfAConnectedApplication)
+{
+    writeSummary(2, "No loss here");
+    loseAndCover();
+    EXPECT_EQ(served(), "3 No loss here");
+}
+
+TEST_F(CheckCoversTest, ALossIgnoresAValueInPlaceOfTheColumn)
+{
+    const ObjectId column = agent::healthTable::column(Column::Status);
+    store.set(column, 1, 1);
+    loseAndCover();
+    EXPECT_EQ(support::servedCell(store, column), "1");
+}
+
+// --- Stale
+
+TEST_F(CheckCoversTest, AStaleRowReadsAsPublishedAfterAnUpdateAndCanTurnStaleAgain)
+{
+    clock.advance(staleAfterMs + 10'000);
+    writeStatus(1, 1);
+    writeSummary(1, "careful");
+    EXPECT_EQ(covers.stateOf(check), State::AsPublished);
+    EXPECT_EQ(served(), "1 careful");
+    clock.advance(staleAfterMs);
+    EXPECT_EQ(served(), "3 No update since 2026-01-31 12:36:06 UTC.");
+}
+
+TEST_F(CheckCoversTest, AStaleRowStaysStaleAfterASummaryAlone)
+{
+    clock.advance(staleAfterMs);
+    writeSummary(1, "and here");
+    EXPECT_EQ(covers.stateOf(check), State::Stale);
+    EXPECT_EQ(served(), staleRow);
+}
+
+TEST_F(CheckCoversTest, AStaleRowOfALostApplicationShowsANewSummary)
+{
+    clock.advance(staleAfterMs);
+    lost.add(1);
+    writeSummary(2, "careful");
+    EXPECT_EQ(served(), "3 careful");
+}
+
+TEST_F(CheckCoversTest, AStaleRowTurnsLost)
+{
+    clock.advance(staleAfterMs);
+    loseAndCover();
+    EXPECT_EQ(covers.stateOf(check), State::Lost);
+    EXPECT_EQ(served(), "3 No connection to the application since 2026-01-31 12:35:56 UTC.");
+}
+
+TEST_F(CheckCoversTest, AStaleRowEndsWhenItIsRemoved)
+{
+    clock.advance(staleAfterMs);
+    removeRow();
+    EXPECT_EQ(covers.stateOf(check), State::AsPublished);
+    writeStatus(2, 1);
+    EXPECT_EQ(served(), "1 -");
+}
+
+// --- Lost
+
+TEST_F(CheckCoversTest, ALostRowReadsAsPublishedOnceItsStatusReturns)
+{
+    loseAndCover();
+    writeStatus(2, 1);
+    EXPECT_EQ(covers.stateOf(check), State::AsPublished);
+    EXPECT_EQ(served(), "1 well") << "the last published summary, never the text about the loss";
+}
+
+TEST_F(CheckCoversTest, ALostRowStaysUnknownIfOnlyItsSummaryReturns)
+{
+    loseAndCover();
+    writeSummary(2, "careful");
+    EXPECT_EQ(covers.stateOf(check), State::Lost);
+    EXPECT_EQ(served(), "3 careful");
+}
+
+TEST_F(CheckCoversTest, ALostRowDoesNotTurnStale)
+{
+    clock.advance(staleAfterMs / 2);
+    loseAndCover();
+    const std::string row = served();
+    clock.advance(staleAfterMs);
+    EXPECT_EQ(covers.stateOf(check), State::Lost);
+    EXPECT_EQ(served(), row);
+}

@@ -1,0 +1,226 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gmock/gmock.h>
+
+#include "agent/cells/LostApplications.h"
+#include "support/ManualClock.h"
+
+using agent::ApplicationId;
+using agent::LostApplications;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using State = agent::LostApplications::State;
+
+namespace {
+
+constexpr qint64 graceMs = 10'000;
+constexpr qint64 forgetMs = 86'400'000;
+
+/// Applications that own cells in a store of their own; the actions are carried out and recorded.
+class LostApplicationsTest : public testing::Test, protected LostApplications::Actions
+{
+protected:
+    static LostApplications::Settings settings() { return {graceMs, forgetMs, 3, 9}; }
+
+    void publish(ApplicationId application, std::initializer_list<unsigned int> cells)
+    {
+        for (const unsigned int cell : cells)
+            store.set({cell}, 1, application);
+    }
+
+    /// The application publishes cells that a lost one owned.
+    void takeOver(ApplicationId lost, ApplicationId application, std::initializer_list<unsigned int> cells)
+    {
+        for (const unsigned int cell : cells) {
+            store.set({cell}, 1, application);
+            applications.handleCellReturned(lost);
+        }
+    }
+
+    std::optional<State> state() const { return applications.stateOf(1); }
+
+    void cover(ApplicationId application, const QDateTime& since) override
+    {
+        actions.push_back("cover " + std::to_string(application));
+        lostSince = since;
+    }
+    void remove(ApplicationId application) override
+    {
+        store.removeAllOf(application);
+        actions.push_back("remove " + std::to_string(application));
+    }
+    void end(ApplicationId application) override
+    {
+        EXPECT_FALSE(applications.contains(application));
+        actions.push_back("end " + std::to_string(application));
+    }
+
+    support::ManualClock clock;
+    agent::CellStore store;
+    LostApplications applications{store, clock, settings(), *this};
+    std::vector<std::string> actions;
+    QDateTime lostSince;
+};
+
+/// Application 1 is lost with the cells 1, 2 and 3.
+class OneLostApplication : public LostApplicationsTest
+{
+protected:
+    OneLostApplication()
+    {
+        publish(1, {1, 2, 3});
+        applications.add(1);
+    }
+};
+
+} // namespace
+
+TEST_F(LostApplicationsTest, AConnectedApplicationHasNoState)
+{
+    publish(1, {1});
+    EXPECT_FALSE(applications.contains(1));
+    EXPECT_EQ(state(), std::nullopt);
+}
+
+// --- InGrace
+
+TEST_F(OneLostApplication, StaysUncoveredWithinTheGracePeriod)
+{
+    clock.advance(graceMs - 1);
+    EXPECT_EQ(state(), State::InGrace);
+    EXPECT_THAT(actions, IsEmpty());
+}
+
+TEST_F(OneLostApplication, IsCoveredAfterTheGracePeriodWithTheTimeOfTheLoss)
+{
+    const QDateTime loss = clock.nowUtc();
+    clock.advance(graceMs);
+    EXPECT_EQ(state(), State::Covered);
+    EXPECT_THAT(actions, ElementsAre("cover 1"));
+    EXPECT_EQ(lostSince, loss);
+}
+
+TEST_F(OneLostApplication, IsReturningAfterItsFirstCellReturned)
+{
+    takeOver(1, 2, {1});
+    EXPECT_EQ(state(), State::Returning);
+    EXPECT_THAT(actions, IsEmpty());
+}
+
+TEST_F(OneLostApplication, EndsWhenItsLastCellReturned)
+{
+    takeOver(1, 2, {1, 2, 3});
+    EXPECT_EQ(state(), std::nullopt);
+    clock.advance(forgetMs);
+    EXPECT_THAT(actions, ElementsAre("end 1")) << "no delay may outlive the loss";
+}
+
+// --- Covered
+
+TEST_F(OneLostApplication, IsRemovedWhenItHasNotReturnedInTime)
+{
+    clock.advance(forgetMs - 1);
+    EXPECT_EQ(state(), State::Covered);
+    clock.advance(1);
+    EXPECT_THAT(actions, ElementsAre("cover 1", "remove 1", "end 1"));
+}
+
+TEST_F(OneLostApplication, CanReturnAfterItWasCovered)
+{
+    clock.advance(graceMs);
+    takeOver(1, 2, {1});
+    EXPECT_EQ(state(), State::Returning);
+}
+
+TEST_F(LostApplicationsTest, NothingIsRemovedIfForgettingIsSwitchedOff)
+{
+    LostApplications::Settings lasting = settings();
+    lasting.forgetMs = agent::DelayQueue<ApplicationId>::never;
+    LostApplications others(store, clock, lasting, *this);
+    publish(1, {1});
+    others.add(1);
+    clock.advance(1000 * forgetMs);
+    EXPECT_THAT(actions, ElementsAre("cover 1"));
+}
+
+// --- Returning
+
+TEST_F(OneLostApplication, LosesItsOtherCellsOneGracePeriodAfterTheFirstReturned)
+{
+    clock.advance(2 * graceMs);
+    takeOver(1, 2, {1});
+    clock.advance(graceMs - 1);
+    takeOver(1, 2, {2}); // does not restart the delay
+    EXPECT_EQ(state(), State::Returning);
+    clock.advance(1);
+    EXPECT_THAT(actions, ElementsAre("cover 1", "remove 1", "end 1"));
+    EXPECT_EQ(store.countOf(2), 2u);
+}
+
+TEST_F(OneLostApplication, IsCoveredWhileItReturnsIfTheGracePeriodEnds)
+{
+    clock.advance(graceMs / 2);
+    takeOver(1, 2, {1});
+    clock.advance(graceMs / 2);
+    EXPECT_EQ(state(), State::Returning);
+    EXPECT_THAT(actions, ElementsAre("cover 1"));
+}
+
+TEST_F(OneLostApplication, CanBeForgottenWhileItReturns)
+{
+    clock.advance(forgetMs - graceMs / 2);
+    takeOver(1, 2, {1});
+    clock.advance(graceMs / 2);
+    EXPECT_THAT(actions, ElementsAre("cover 1", "remove 1", "end 1"));
+    clock.advance(graceMs);
+    EXPECT_EQ(actions.size(), 3u);
+}
+
+// --- Several
+
+TEST_F(OneLostApplication, KeepsItsOwnTimesIfItsSuccessorIsLostToo)
+{
+    clock.advance(graceMs / 2);
+    takeOver(1, 2, {1});
+    clock.advance(1);
+    applications.add(2);
+    clock.advance(graceMs / 2);
+    EXPECT_THAT(actions, ElementsAre("cover 1"));
+    clock.advance(graceMs / 2);
+    EXPECT_THAT(actions, ElementsAre("cover 1", "remove 1", "end 1", "cover 2"));
+}
+
+TEST_F(LostApplicationsTest, TheOldestLossMakesRoomIfThereAreTooMany)
+{
+    for (const ApplicationId application : {1u, 2u, 3u, 4u})
+        publish(application, {static_cast<unsigned int>(application)});
+    for (const ApplicationId application : {3u, 1u, 4u}) {
+        applications.add(application);
+        clock.advance(1);
+    }
+    EXPECT_THAT(actions, IsEmpty());
+    applications.add(2);
+    EXPECT_THAT(actions, ElementsAre("remove 3", "end 3"));
+}
+
+TEST_F(LostApplicationsTest, TheOldestLossMakesRoomIfThereAreTooManyCells)
+{
+    publish(1, {1, 2, 3, 4, 5});
+    publish(2, {6, 7, 8, 9});
+    publish(3, {10});
+    applications.add(1);
+    clock.advance(1);
+    applications.add(2);
+    EXPECT_THAT(actions, IsEmpty());
+    clock.advance(1);
+    applications.add(3);
+    EXPECT_THAT(actions, ElementsAre("remove 1", "end 1"));
+}
+
+TEST_F(LostApplicationsTest, TheLatestLossIsKeptHoweverManyCellsItHas)
+{
+    publish(1, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
+    applications.add(1);
+    EXPECT_EQ(state(), State::InGrace);
+}
