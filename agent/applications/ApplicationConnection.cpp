@@ -60,13 +60,13 @@ void ApplicationConnection::readFrames()
     if (m_isClosing)
         return;
     const quint64 framesBefore = m_stream.frames();
-    const QString problem = m_stream.receive(m_socket->readAll());
+    const Error error = m_stream.receive(m_socket->readAll());
     m_info.frames = m_stream.frames();
     if (m_info.frames > framesBefore)
         m_info.lastFrame = m_clock.nowUtc();
-    if (!problem.isEmpty()) {
+    if (error) {
         countRefusal();
-        return closeBecause(problem);
+        return closeBecause(error.text());
     }
     watchFrame();
 }

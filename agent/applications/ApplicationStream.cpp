@@ -3,8 +3,8 @@
 
 #include "agent/applications/ApplicationStream.h"
 
-#include "agent/applications/RecordCheck.h"
 #include "base/wire/Protocol.h"
+#include "base/wire/RecordCheck.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpResponse.h"
 #include "base/wire/SnmpString.h"
@@ -13,88 +13,97 @@ namespace agent {
 
 namespace {
 
-// Far beyond what SNMP carries. Reading millions of arcs would hold everybody up.
+// Far beyond the reach of SNMP. Reading millions of arcs would stall the agent.
 constexpr size_t maxIdentifierBytes = 65'536;
 
 constexpr int maxQuoted = 100;
 
-/// A record that names no object. Thrown as the decoder throws what it cannot read.
-ObjectId identifierOf(const std::string& text)
+Error readIdentifier(const std::string& text, ObjectId& id)
 {
     if (text.size() > maxIdentifierBytes)
-        throw QStringLiteral("an identifier is %1 bytes long").arg(text.size());
-    const std::optional<ObjectId> id = fromRelativeText(text);
-    if (!id)
-        throw QStringLiteral("an identifier is not numeric: %1")
-            .arg(QString::fromStdString(text).left(maxQuoted));
-    return *id;
+        return Error(QStringLiteral("an identifier is %1 bytes long").arg(text.size()));
+    const std::optional<ObjectId> full = fromRelativeText(text);
+    if (!full)
+        return Error(QStringLiteral("an identifier is not numeric: %1")
+                         .arg(QString::fromStdString(text).left(maxQuoted)));
+    id = *full;
+    return Error();
 }
 
 } // namespace
 
-QString ApplicationStream::receive(const QByteArray& bytes)
+Error ApplicationStream::receive(const QByteArray& bytes)
 {
     m_frames.append(bytes);
-    FrameAssembler::Frame frame;
-    FrameAssembler::Result result = m_frames.next(frame);
-    while (result == FrameAssembler::Result::Complete) {
-        const QString problem = recordProblem(frame);
-        if (!problem.isEmpty())
-            return problem;
+    base::Frame frame;
+    FrameSequence::Result result = m_frames.next(frame);
+    while (result == FrameSequence::Result::Complete) {
+        if (Error error = handleFrame(frame))
+            return error;
         result = m_frames.next(frame);
     }
     m_frames.discardTaken();
-    return result == FrameAssembler::Result::Malformed ? m_frames.problem() : QString();
+    return m_frames.error();
 }
 
-QString ApplicationStream::recordProblem(const FrameAssembler::Frame& frame)
+Error ApplicationStream::handleFrame(const base::Frame& frame)
 {
-    QString problem = agent::recordProblem(frame.header.dataType, frame.payload);
-    if (!problem.isEmpty())
-        return problem;
+    if (const auto problem = base::recordProblem(frame.header.dataType, frame.payload))
+        return Error(*problem);
     try {
-        handleRecord(frame);
-    } catch (const QString& message) {
-        return message;
+        return handleRecord(frame);
+    } catch (const QString& message) { // from a record's decoder
+        return Error(message);
     }
-    return QString();
 }
 
-void ApplicationStream::handleRecord(const FrameAssembler::Frame& frame)
+template <typename Response>
+Error ApplicationStream::handleAnswer(const Response& answer)
+{
+    m_receiver.handleAnswer(answer.varbind.storeType(), answer.errorStatus);
+    return Error();
+}
+
+Error ApplicationStream::handleRecord(const base::Frame& frame)
 {
     const qint64 callbackId = frame.header.clientCallbackId;
     const int dataType = frame.header.dataType;
-    const bool isNotable = callbackId == base::ValueAndNotify;
-    const bool isValue = callbackId == base::PlainValue || isNotable;
-    if (isValue && dataType == base::SnmpIntType) {
-        handleInt(frame.payload, isNotable);
-    } else if (isValue && dataType == base::SnmpStringType) {
-        handleString(frame.payload, isNotable);
-    } else if (callbackId == base::Validation && dataType == base::SnmpIntResponseType) {
-        const base::SnmpIntResponse answer(frame.payload);
-        m_receiver.handleAnswer(answer.varbind.storeType(), answer.errorStatus);
-    } else if (callbackId == base::Validation && dataType == base::SnmpStringResponseType) {
-        const base::SnmpStringResponse answer(frame.payload);
-        m_receiver.handleAnswer(answer.varbind.storeType(), answer.errorStatus);
-    } else {
-        throw QStringLiteral("data type %1 does not go with callback id %2").arg(dataType).arg(callbackId);
-    }
+    const bool notify = callbackId == base::ValueAndNotify;
+    const bool isValue = callbackId == base::PlainValue || notify;
+    const bool isAnswer = callbackId == base::Validation;
+    if (isValue && dataType == base::SnmpIntType)
+        return handleInt(frame.payload, notify);
+    if (isValue && dataType == base::SnmpStringType)
+        return handleString(frame.payload, notify);
+    if (isAnswer && dataType == base::SnmpIntResponseType)
+        return handleAnswer(base::SnmpIntResponse(frame.payload));
+    if (isAnswer && dataType == base::SnmpStringResponseType)
+        return handleAnswer(base::SnmpStringResponse(frame.payload));
+    return Error(
+        QStringLiteral("data type %1 does not go with callback id %2").arg(dataType).arg(callbackId));
 }
 
-void ApplicationStream::handleInt(const QByteArray& payload, bool isNotable)
+Error ApplicationStream::handleInt(const QByteArray& payload, bool notify)
 {
     const base::SnmpInt record(payload);
-    const ObjectId id = identifierOf(record.oid);
+    ObjectId id;
+    if (Error error = readIdentifier(record.oid, id))
+        return error;
     if (record.value.isNull())
         m_receiver.handleUnset(id);
     else
-        m_receiver.handleValue(id, record.value.value(), isNotable);
+        m_receiver.handleValue(id, record.value.value(), notify);
+    return Error();
 }
 
-void ApplicationStream::handleString(const QByteArray& payload, bool isNotable)
+Error ApplicationStream::handleString(const QByteArray& payload, bool notify)
 {
     const base::SnmpString record(payload);
-    m_receiver.handleValue(identifierOf(record.oid), record.value, isNotable);
+    ObjectId id;
+    if (Error error = readIdentifier(record.oid, id))
+        return error;
+    m_receiver.handleValue(id, record.value, notify);
+    return Error();
 }
 
 } // namespace agent

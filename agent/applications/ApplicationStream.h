@@ -5,23 +5,23 @@
 #define VIGIL_AGENT_APPLICATIONS_APPLICATIONSTREAM_H
 
 #include <QByteArray>
-#include <QString>
 
 #include <string>
 
-#include "agent/applications/FrameAssembler.h"
+#include "agent/applications/FrameSequence.h"
 #include "agent/cells/Cell.h"
+#include "agent/core/Error.h"
 #include "agent/core/ObjectId.h"
 
 namespace agent {
 
-/// What an application sends, from bytes to what they mean.
+/// Turns the bytes of one application into values, unsets and answers.
 ///
-/// Purpose: the whole of the receive path that needs no socket. Frames, records and what goes with which
-/// callback id are checked here.
+/// The whole receive path that needs no socket. It checks frames, records, and the data type that goes with
+/// each callback id.
 ///
-/// Threads: the agent has one. Ownership: the receiver must outlive the stream.
-/// Failure: the bytes are not trusted. receive() says what is wrong with them; nothing may follow then.
+/// Ownership: the receiver must outlive the stream.
+/// Failure: the bytes are not trusted. After receive() has returned an error, call it no more.
 class ApplicationStream
 {
 public:
@@ -30,8 +30,8 @@ public:
     public:
         virtual ~Receiver() = default;
 
-        /// isNotable: the application wishes a notification about the value.
-        virtual void handleValue(const ObjectId& id, const CellValue& value, bool isNotable) = 0;
+        /// notify: the application wants a notification about the value.
+        virtual void handleValue(const ObjectId& id, const CellValue& value, bool notify) = 0;
         virtual void handleUnset(const ObjectId& tree) = 0;
         virtual void handleAnswer(int number, int errorStatus) = 0;
     };
@@ -39,23 +39,26 @@ public:
     ApplicationStream(Receiver& receiver, int maxFrameBytes) : m_receiver(receiver), m_frames(maxFrameBytes)
     {}
 
-    /// Hands on what is complete. Returns the problem that ends the stream, or an empty text.
-    QString receive(const QByteArray& bytes);
+    /// Hands all complete frames to the receiver. An error ends the stream.
+    Error receive(const QByteArray& bytes);
 
     /// The number of frames so far.
     quint64 frames() const { return m_frames.count(); }
 
-    /// True when the rest of a frame is still to come.
+    /// True while the rest of a frame is yet to arrive.
     bool isInsideFrame() const { return m_frames.isInsideFrame(); }
 
 private:
-    QString recordProblem(const FrameAssembler::Frame& frame);
-    void handleRecord(const FrameAssembler::Frame& frame);
-    void handleInt(const QByteArray& payload, bool isNotable);
-    void handleString(const QByteArray& payload, bool isNotable);
+    Error handleFrame(const base::Frame& frame);
+    Error handleRecord(const base::Frame& frame);
+    Error handleInt(const QByteArray& payload, bool notify);
+    Error handleString(const QByteArray& payload, bool notify);
+
+    template <typename Response>
+    Error handleAnswer(const Response& answer);
 
     Receiver& m_receiver;
-    FrameAssembler m_frames;
+    FrameSequence m_frames;
 };
 
 } // namespace agent

@@ -12,8 +12,6 @@
 
 #include <atomic>
 
-#include "base/wire/FrameHeader.h"
-
 namespace base {
 
 namespace {
@@ -164,10 +162,8 @@ void ComConnectionSocket::resetCountersAndBuffers()
     m_lastReceivedMessageCounter = 0;
     m_receivedUpdateMessageCounter = 0;
     m_storedUpdateMessageCounter = 0;
-    m_expectedLength = 0;
-    m_readPosition = 0;
     m_receivedCallbackId = 0;
-    m_receiveBuffer.clear();
+    m_received.clear();
 }
 
 void ComConnectionSocket::resetAfterNetworkError()
@@ -280,7 +276,7 @@ void ComConnectionSocket::slot_readDataFromSocket()
 {
     if (m_inEventProcessing || m_isReading || !isConnected() || m_socket->bytesAvailable() < 1)
         return;
-    m_receiveBuffer += m_socket->readAll();
+    m_received.append(m_socket->readAll());
 
     m_isReading = true;
     slot_computeReceivedData();
@@ -295,57 +291,30 @@ void ComConnectionSocket::slot_readDataFromSocket()
 
 void ComConnectionSocket::slot_computeReceivedData()
 {
-    if (m_inEventProcessing || availableBytes() < m_expectedLength)
+    if (m_inEventProcessing)
         return;
-    Next next = m_expectedLength == 0 ? beginFrame() : Next::Frame;
-    if (next != Next::Frame || availableBytes() < m_expectedLength)
+    FrameCutter::Status status = m_received.look();
+    if (status == FrameCutter::Status::Incomplete)
         return;
-
-    // Whoever receives a frame may open another connection. Then the buffer is empty.
-    while (next == Next::Frame && availableBytes() >= m_expectedLength) {
-        takeFrame();
-        next = beginFrame();
+    while (status == FrameCutter::Status::Complete) {
+        processFrame(m_received.take());
+        status =
+            m_received.look(); // a receiver of the frame may have connected again, which clears the buffer
     }
-    if (next == Next::Junk)
+    if (status != FrameCutter::Status::Incomplete) {
+        resetAfterNetworkError();
         return;
-    discardConsumedBytes();
+    }
+    m_received.discardTaken();
     yieldToEventLoop();
 }
 
-quint64 ComConnectionSocket::availableBytes() const
-{
-    return static_cast<quint64>(m_receiveBuffer.size() - m_readPosition);
-}
-
-/// Reads the prefix of the next frame, once all of it has arrived.
-ComConnectionSocket::Next ComConnectionSocket::beginFrame()
-{
-    if (availableBytes() < FrameHeader::prefixSize) {
-        m_expectedLength = 0;
-        discardConsumedBytes();
-        return Next::Nothing;
-    }
-    const QByteArray prefix = m_receiveBuffer.mid(m_readPosition, FrameHeader::prefixSize);
-    m_readPosition += FrameHeader::prefixSize;
-    if (FrameHeader::readPrefix(prefix, m_expectedLength) != FrameHeader::Prefix::Good) {
-        resetAfterNetworkError();
-        return Next::Junk;
-    }
-    return Next::Frame;
-}
-
-/// Takes the frame whose prefix was read, all of which has arrived, and hands its payload on.
-void ComConnectionSocket::takeFrame()
+void ComConnectionSocket::processFrame(Frame frame)
 {
     const quint64 previousCounter = m_lastReceivedMessageCounter;
-    const FrameHeader header =
-        FrameHeader::readRemainder(m_receiveBuffer.mid(m_readPosition, FrameHeader::remainderSize));
-    const int payloadSize = static_cast<int>(m_expectedLength) - FrameHeader::remainderSize;
-    QByteArray payload = m_receiveBuffer.mid(m_readPosition + FrameHeader::remainderSize, payloadSize);
-    m_readPosition += static_cast<int>(m_expectedLength);
-    m_receivedCallbackId = static_cast<int>(header.clientCallbackId);
-    m_lastReceivedMessageCounter = header.messageCounter;
-    m_receivedUpdateMessageCounter = header.updateMessageCounter;
+    m_receivedCallbackId = static_cast<int>(frame.header.clientCallbackId);
+    m_lastReceivedMessageCounter = frame.header.messageCounter;
+    m_receivedUpdateMessageCounter = frame.header.updateMessageCounter;
 
     const bool isValid = isExpectedCounter(previousCounter);
     checkUpdateCounter();
@@ -354,9 +323,9 @@ void ComConnectionSocket::takeFrame()
         return;
     }
     logDebug(QStringLiteral("CCS: Raw data received.Type: %1  - Length: %2")
-                 .arg(header.dataType)
-                 .arg(payloadSize));
-    emit signal_sigdb_dataReceived(header.dataType, payload, m_receivedCallbackId);
+                 .arg(frame.header.dataType)
+                 .arg(frame.payload.size()));
+    emit signal_sigdb_dataReceived(frame.header.dataType, frame.payload, m_receivedCallbackId);
 }
 
 /// Judges the number of the frame just taken. A counter of 0 means that the peer has not begun with 1 yet; it
@@ -389,12 +358,6 @@ void ComConnectionSocket::checkUpdateCounter()
                      .arg(received));
     }
     m_storedUpdateMessageCounter = received;
-}
-
-void ComConnectionSocket::discardConsumedBytes()
-{
-    m_receiveBuffer.remove(0, m_readPosition);
-    m_readPosition = 0;
 }
 
 void ComConnectionSocket::yieldToEventLoop()

@@ -13,6 +13,7 @@
 
 #include "base/ConnectionSettings.h"
 #include "base/wire/DbBaseType.h"
+#include "base/wire/FrameCutter.h"
 
 QT_BEGIN_NAMESPACE
 class QTcpSocket;
@@ -114,14 +115,9 @@ private:
     bool writeFrame(QByteArray frame);
     void countSentFrame();
 
-    enum class Next { Frame, Nothing, Junk }; // what the received bytes go on with
-
-    quint64 availableBytes() const;
-    Next beginFrame();
-    void takeFrame();
+    void processFrame(Frame frame);
     bool isExpectedCounter(quint64 previous);
     void checkUpdateCounter();
-    void discardConsumedBytes();
     void yieldToEventLoop();
 
     ConnectionSettings m_settings;
@@ -133,9 +129,7 @@ private:
     quint64 m_lastReceivedMessageCounter = 0;
     quint64 m_receivedUpdateMessageCounter = 0;
     quint64 m_storedUpdateMessageCounter = 0;
-    quint64 m_expectedLength = 0; // what follows the prefix that was read; 0 while none was
-    int m_readPosition = 0;
-    QByteArray m_receiveBuffer;
+    FrameCutter m_received;
     int m_receivedCallbackId = 0;
     QTcpSocket* m_socket = nullptr;
     bool m_inEventProcessing = false;

@@ -46,7 +46,7 @@ public:
 
     void receive(const QByteArray& bytes)
     {
-        if (!m_stream->receive(bytes).isEmpty())
+        if (m_stream->receive(bytes))
             reconnect();
     }
 

@@ -13,8 +13,6 @@
 
 namespace support {
 
-using agent::FrameAssembler;
-
 FakeApplication::FakeApplication(quint16 port)
 {
     connect(&m_socket, &QTcpSocket::readyRead, this, &FakeApplication::readFrames);
@@ -102,13 +100,12 @@ void FakeApplication::sendBytes(const QByteArray& bytes)
 void FakeApplication::readFrames()
 {
     m_frames.append(m_socket.readAll());
-    FrameAssembler::Frame frame;
-    while (m_frames.next(frame) == FrameAssembler::Result::Complete)
-        handle(frame);
+    while (m_frames.look() == base::FrameCutter::Status::Complete)
+        handle(m_frames.take());
     m_frames.discardTaken();
 }
 
-void FakeApplication::handle(const FrameAssembler::Frame& frame)
+void FakeApplication::handle(const base::Frame& frame)
 {
     Request request;
     request.callbackId = static_cast<int>(frame.header.clientCallbackId);

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "agent/applications/FrameAssembler.h"
+#include "base/wire/FrameCutter.h"
 
 namespace support {
 
@@ -67,10 +67,10 @@ public:
 
 private:
     void readFrames();
-    void handle(const agent::FrameAssembler::Frame& frame);
+    void handle(const base::Frame& frame);
 
     QTcpSocket m_socket;
-    agent::FrameAssembler m_frames;
+    base::FrameCutter m_frames;
     quint64 m_sentFrames = 0;
     std::vector<Request> m_questions;
     std::vector<Request> m_commits;

@@ -7,26 +7,50 @@
 #include <QByteArray>
 #include <QString>
 
-#include <initializer_list>
-
 #include "base/wire/PropertyReader.h"
 
 namespace base {
 
-/// Runs read on a reader of bytes, and turns a missing property into the message that the log shows.
-/// propertyNames are those of the record, in the order of their tags.
-template <typename ReadProperties>
-void decodeRecord(const QByteArray& bytes, const char* recordName,
-                  std::initializer_list<const char*> propertyNames, ReadProperties read)
+/// Finds the name of a property in the description of its record.
+class PropertyName
+{
+public:
+    explicit PropertyName(int tag) : m_tag(tag) {}
+
+    template <typename T>
+    void required(int tag, const char* name, const T&)
+    {
+        if (tag == m_tag)
+            m_name = name;
+    }
+
+    template <typename T>
+    void optional(int tag, const char* name, const T& member)
+    {
+        required(tag, name, member);
+    }
+
+    /// Empty if the record has no such property.
+    QLatin1String text() const { return QLatin1String(m_name); }
+
+private:
+    const int m_tag;
+    const char* m_name = "";
+};
+
+/// Fills record from bytes as its description says. A missing property becomes the message that the log
+/// shows.
+template <typename Record>
+void decodeRecord(const QByteArray& bytes, Record& record)
 {
     try {
-        PropertyReader reader(bytes, recordName);
-        read(reader);
+        PropertyReader reader(bytes, Record::recordName);
+        Record::describe(record, reader);
     } catch (int missingTag) {
-        const bool isKnown = missingTag >= 0 && missingTag < static_cast<int>(propertyNames.size());
-        const char* name = isKnown ? propertyNames.begin()[missingTag] : "";
+        PropertyName name(missingTag);
+        Record::describe(record, name);
         throw QStringLiteral("Received incomplete structure %1: Missing property '%2'")
-            .arg(QLatin1String(recordName), QLatin1String(name));
+            .arg(QLatin1String(Record::recordName), name.text());
     }
 }
 

@@ -15,17 +15,16 @@
 
 namespace base {
 
-/// Reads the properties of one record, in ascending order of their tags.
+/// Reads the properties of one record, in ascending order of their tags. A record's describe() calls it for
+/// each property.
 ///
-/// Purpose: passes over properties that the caller does not want and tells an absent property from a present
-/// one. At the end of the bytes every read leaves its target unchanged, even a required one: a record may be
-/// cut short after any complete property.
+/// The library's forgiving reader: it skips unknown properties, and at the end of the bytes it leaves the
+/// target unchanged, even of a required property. A record may end after any complete property. The agent
+/// calls recordProblem() first, which forgives nothing.
 ///
-/// Threads: none of its own.
-///
-/// Failure: the bytes come from a peer and are not trusted. readRequired() throws its tag, an int, when a
-/// later property comes first; a length or count that makes no sense throws a QString. What is allocated is
-/// in proportion to the bytes that are really there.
+/// Failure: the bytes come from a peer and are not trusted. required() throws its tag, an int, when a later
+/// property comes first. A senseless length or count throws a QString. Memory use is bounded by the size of
+/// the bytes.
 class PropertyReader
 {
 public:
@@ -33,7 +32,7 @@ public:
     PropertyReader(const QByteArray& bytes, const char* recordName);
 
     template <typename T>
-    void readRequired(int tag, T& target)
+    void required(int tag, const char*, T& target)
     {
         if (seekProperty(tag) == Found::Later)
             throw tag;
@@ -41,7 +40,7 @@ public:
     }
 
     template <typename T>
-    void readOptional(int tag, T& target)
+    void optional(int tag, const char*, T& target)
     {
         if (seekProperty(tag) == Found::Later)
             stepBack();

@@ -18,7 +18,7 @@ namespace base {
 constexpr int wireStreamVersion = QDataStream::Qt_4_6;
 
 /// Writes the properties of one record, in ascending order of their tags: tag, byte length, value. The length
-/// lets a reader skip what it does not know.
+/// lets a reader skip unknown properties. A record's describe() calls it for each property.
 class PropertyWriter
 {
 public:
@@ -26,16 +26,32 @@ public:
     explicit PropertyWriter(QByteArray& out);
 
     template <typename T>
-    void write(int tag, const T& value)
+    void required(int tag, const char*, const T& value)
     {
         const qint64 start = beginProperty(tag);
         writeValue(value);
         endProperty(start);
     }
 
+    /// Leaves out a null value. A vector is written even if it is empty.
+    template <typename T>
+    void optional(int tag, const char* name, const T& value)
+    {
+        if (!isNull(value))
+            required(tag, name, value);
+    }
+
 private:
     qint64 beginProperty(int tag);
     void endProperty(qint64 start);
+
+    static bool isNull(const DbDataType<int>& value) { return value.isNull(); }
+
+    template <typename Record>
+    static bool isNull(const std::vector<Record>&)
+    {
+        return false;
+    }
 
     void writeValue(qint32 value);
     void writeValue(const std::string& text);
@@ -47,7 +63,7 @@ private:
     {
         writeValue(static_cast<qint32>(records.size()));
         for (const Record& record : records)
-            writeValue(static_cast<const DbBaseType&>(record));
+            writeValue(record);
     }
 
     QDataStream m_stream;

@@ -26,19 +26,12 @@ void SnmpInt::clear()
 void SnmpInt::serialize(QByteArray& out) const
 {
     PropertyWriter writer(out);
-    writer.write(0, m_storeType);
-    writer.write(1, oid);
-    if (!value.isNull())
-        writer.write(2, value);
+    describe(*this, writer);
 }
 
 void SnmpInt::decode(const QByteArray& bytes)
 {
-    decodeRecord(bytes, recordName, {"StoreType", "Oid", "Value"}, [this](PropertyReader& reader) {
-        reader.readRequired(0, m_storeType);
-        reader.readRequired(1, oid);
-        reader.readOptional(2, value);
-    });
+    decodeRecord(bytes, *this);
 }
 
 } // namespace base

@@ -24,6 +24,15 @@ public:
     void clear() override;
     void serialize(QByteArray& out) const override;
 
+    /// The layout of the record. Writer, reader and check all follow it.
+    template <typename Record, typename Visitor>
+    static void describe(Record& record, Visitor& visitor)
+    {
+        visitor.required(0, "StoreType", record.m_storeType);
+        visitor.required(1, "Oid", record.oid);
+        visitor.optional(2, "Value", record.value);
+    }
+
     /// Fills the record from its encoding. On failure the record is left partly filled.
     void decode(const QByteArray& bytes);
 

@@ -28,21 +28,20 @@ public:
     void serialize(QByteArray& out) const override
     {
         PropertyWriter writer(out);
-        writer.write(0, m_storeType);
-        writer.write(1, static_cast<const DbBaseType&>(varbind));
-        writer.write(2, errorStatus);
+        describe(*this, writer);
+    }
+
+    /// The layout of the record. Writer, reader and check all follow it.
+    template <typename Record, typename Visitor>
+    static void describe(Record& record, Visitor& visitor)
+    {
+        visitor.required(0, "StoreType", record.m_storeType);
+        visitor.required(1, "Varbind", record.varbind);
+        visitor.required(2, "ErrorStatus", record.errorStatus);
     }
 
     /// Fills the record from its encoding. On failure the record is left partly filled.
-    void decode(const QByteArray& bytes)
-    {
-        decodeRecord(bytes, recordName, {"StoreType", "Varbind", "ErrorStatus"},
-                     [this](PropertyReader& reader) {
-                         reader.readRequired(0, m_storeType);
-                         reader.readRequired(1, varbind);
-                         reader.readRequired(2, errorStatus);
-                     });
-    }
+    void decode(const QByteArray& bytes) { decodeRecord(bytes, *this); }
 
     Varbind varbind;
     int errorStatus = 0; ///< an SNMP error status; 0 accepts

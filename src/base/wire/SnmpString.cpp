@@ -26,18 +26,12 @@ void SnmpString::clear()
 void SnmpString::serialize(QByteArray& out) const
 {
     PropertyWriter writer(out);
-    writer.write(0, m_storeType);
-    writer.write(1, oid);
-    writer.write(2, value);
+    describe(*this, writer);
 }
 
 void SnmpString::decode(const QByteArray& bytes)
 {
-    decodeRecord(bytes, recordName, {"StoreType", "Oid", "Value"}, [this](PropertyReader& reader) {
-        reader.readRequired(0, m_storeType);
-        reader.readRequired(1, oid);
-        reader.readRequired(2, value);
-    });
+    decodeRecord(bytes, *this);
 }
 
 } // namespace base

@@ -29,18 +29,19 @@ public:
     void serialize(QByteArray& out) const override
     {
         PropertyWriter writer(out);
-        writer.write(0, m_storeType);
-        writer.write(1, elements);
+        describe(*this, writer);
+    }
+
+    /// The layout of the record. Writer, reader and check all follow it.
+    template <typename Record, typename Visitor>
+    static void describe(Record& record, Visitor& visitor)
+    {
+        visitor.required(0, "StoreType", record.m_storeType);
+        visitor.optional(1, "Vector", record.elements);
     }
 
     /// Fills the record from its encoding. On failure the record is left partly filled.
-    void decode(const QByteArray& bytes)
-    {
-        decodeRecord(bytes, recordName, {"StoreType", "Vector"}, [this](PropertyReader& reader) {
-            reader.readRequired(0, m_storeType);
-            reader.readOptional(1, elements);
-        });
-    }
+    void decode(const QByteArray& bytes) { decodeRecord(bytes, *this); }
 
     std::vector<Element> elements;
 };

@@ -20,12 +20,12 @@ namespace {
 
 struct Recorder : ApplicationStream::Receiver
 {
-    void handleValue(const ObjectId& id, const CellValue& value, bool isNotable) override
+    void handleValue(const ObjectId& id, const CellValue& value, bool notify) override
     {
         const int* number = std::get_if<int>(&value);
         said.push_back(agent::toRelativeText(id) + " = " +
                        (number ? std::to_string(*number) : std::get<std::string>(value)) +
-                       (isNotable ? " notable" : ""));
+                       (notify ? " notify" : ""));
     }
     void handleUnset(const ObjectId& tree) override
     {
@@ -79,10 +79,10 @@ TEST_F(ApplicationStreamTest, HandsOnWhatTheRecordsSay)
     text.value = "text";
     QByteArray bytes = intFrame("5.1", 7);
     bytes += intFrame("5.1", 8, base::ValueAndNotify);
-    EXPECT_EQ(stream.receive(bytes), QString());
-    EXPECT_EQ(stream.receive(frame(base::SnmpStringType, base::PlainValue, text)), QString());
-    EXPECT_EQ(stream.receive(frame(base::SnmpIntType, base::PlainValue, nothing)), QString());
-    EXPECT_THAT(recorder.said, ElementsAre("5.1 = 7", "5.1 = 8 notable", "5.2 = text", "unset 5.1"));
+    EXPECT_FALSE(stream.receive(bytes));
+    EXPECT_FALSE(stream.receive(frame(base::SnmpStringType, base::PlainValue, text)));
+    EXPECT_FALSE(stream.receive(frame(base::SnmpIntType, base::PlainValue, nothing)));
+    EXPECT_THAT(recorder.said, ElementsAre("5.1 = 7", "5.1 = 8 notify", "5.2 = text", "unset 5.1"));
     EXPECT_EQ(stream.frames(), 4u);
 }
 
@@ -90,24 +90,24 @@ TEST_F(ApplicationStreamTest, TakesAFrameByteByByte)
 {
     for (const char byte : intFrame("5.1", 7)) {
         EXPECT_THAT(recorder.said, IsEmpty());
-        EXPECT_EQ(stream.receive(QByteArray(1, byte)), QString());
+        EXPECT_FALSE(stream.receive(QByteArray(1, byte)));
         EXPECT_EQ(stream.isInsideFrame(), recorder.said.empty());
     }
     EXPECT_THAT(recorder.said, ElementsAre("5.1 = 7"));
 }
 
-TEST_F(ApplicationStreamTest, HandsOnWhatCameBeforeTheProblem)
+TEST_F(ApplicationStreamTest, HandsOnTheFramesBeforeTheError)
 {
     QByteArray bytes = intFrame("5.1", 7);
     bytes += intFrame("5.x", 8);
     bytes += intFrame("5.3", 9);
-    EXPECT_FALSE(stream.receive(bytes).isEmpty());
+    EXPECT_TRUE(stream.receive(bytes));
     EXPECT_THAT(recorder.said, ElementsAre("5.1 = 7"));
 }
 
 TEST_F(ApplicationStreamTest, TheMessageAboutABadIdentifierIsShort)
 {
-    const QString problem = stream.receive(intFrame(std::string(60'000, 'x'), 1));
+    const QString problem = stream.receive(intFrame(std::string(60'000, 'x'), 1)).text();
     EXPECT_TRUE(problem.contains(QStringLiteral("not numeric")));
     EXPECT_LT(problem.size(), 200);
 }
@@ -117,6 +117,6 @@ TEST_F(ApplicationStreamTest, AnIdentifierFarBeyondWhatSnmpCarriesIsNotRead)
     std::string oid = "1";
     while (oid.size() < 70'000)
         oid += ".1";
-    EXPECT_TRUE(stream.receive(intFrame(oid, 1)).contains(QStringLiteral("bytes long")));
+    EXPECT_TRUE(stream.receive(intFrame(oid, 1)).text().contains(QStringLiteral("bytes long")));
     EXPECT_THAT(recorder.said, IsEmpty());
 }

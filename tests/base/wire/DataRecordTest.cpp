@@ -5,7 +5,9 @@
 
 #include <limits>
 #include <memory>
+#include <new>
 #include <string>
+#include <type_traits>
 
 #include "base/wire/Decode.h"
 #include "base/wire/Protocol.h"
@@ -651,11 +653,33 @@ TEST(SnmpVector, ANegativeCountIsRefused)
               "Received malformed structure SnmpStringVector: Element count -1");
 }
 
-TEST(Decode, AMissingPropertyBeyondTheListHasAnEmptyName)
+namespace {
+
+/// A record whose reading fails with an exception of the test's choice.
+template <typename Exception>
+struct FailingRecord
+{
+    static constexpr const char* recordName = "Some";
+    Exception exception;
+    int first = 0;
+
+    template <typename Record, typename Visitor>
+    static void describe(Record& record, Visitor& visitor)
+    {
+        visitor.required(0, "First", record.first);
+        if constexpr (std::is_same_v<Visitor, base::PropertyReader>)
+            throw record.exception;
+    }
+};
+
+} // namespace
+
+TEST(Decode, AMissingPropertyOutsideTheDescriptionHasAnEmptyName)
 {
     const auto missing = [](int tag) {
+        FailingRecord<int> record{tag};
         try {
-            base::decodeRecord(QByteArray(), "Some", {"First"}, [tag](base::PropertyReader&) { throw tag; });
+            base::decodeRecord(QByteArray(), record);
         } catch (const QString& message) {
             return message.toStdString();
         }
@@ -668,9 +692,8 @@ TEST(Decode, AMissingPropertyBeyondTheListHasAnEmptyName)
 
 TEST(Decode, AnyOtherExceptionPassesThrough)
 {
-    EXPECT_THROW(base::decodeRecord(QByteArray(), "Some", {"First"},
-                                    [](base::PropertyReader&) { throw std::bad_alloc(); }),
-                 std::bad_alloc);
+    FailingRecord<std::bad_alloc> record;
+    EXPECT_THROW(base::decodeRecord(QByteArray(), record), std::bad_alloc);
 }
 
 TEST(DataType, TheNumbersAreThoseOfTheFrameHeader)

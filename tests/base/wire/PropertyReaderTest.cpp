@@ -18,9 +18,9 @@ TEST(PropertyReader, AnAbsentOptionalPropertyLeavesTheNextOneToBeRead)
     int first = 0;
     int absent = -1;
     int last = 0;
-    reader.readRequired(0, first);
-    reader.readOptional(1, absent);
-    reader.readRequired(2, last);
+    reader.required(0, "Name", first);
+    reader.optional(1, "Name", absent);
+    reader.required(2, "Name", last);
     EXPECT_EQ(first, 10);
     EXPECT_EQ(absent, -1);
     EXPECT_EQ(last, 12);
@@ -31,7 +31,7 @@ TEST(PropertyReader, AnAbsentRequiredPropertyIsThrownAsItsTag)
     PropertyReader reader(propertyBytes(5, int32Bytes(1)), "Some");
     int value = 0;
     try {
-        reader.readRequired(3, value);
+        reader.required(3, "Name", value);
         FAIL() << "nothing was thrown";
     } catch (int tag) {
         EXPECT_EQ(tag, 3);
@@ -42,8 +42,8 @@ TEST(PropertyReader, AtTheEndEvenARequiredPropertyIsLeftUnchanged)
 {
     PropertyReader reader(QByteArray(), "Some");
     int value = 7;
-    reader.readRequired(0, value);
-    reader.readOptional(1, value);
+    reader.required(0, "Name", value);
+    reader.optional(1, "Name", value);
     EXPECT_EQ(value, 7);
 }
 
@@ -51,7 +51,7 @@ TEST(PropertyReader, AnIntegerCutShortIsZero)
 {
     PropertyReader reader(propertyBytes(0, 4, "\x01\x02"), "Some");
     int value = 7;
-    reader.readRequired(0, value);
+    reader.required(0, "Name", value);
     EXPECT_EQ(value, 0);
 }
 
@@ -60,8 +60,8 @@ TEST(PropertyWriter, EachPropertyCarriesItsTagAndItsLength)
     QByteArray bytes;
     {
         base::PropertyWriter writer(bytes);
-        writer.write(0, 1);
-        writer.write(4, std::string("abc"));
+        writer.required(0, "Name", 1);
+        writer.required(4, "Name", std::string("abc"));
     }
     EXPECT_EQ(bytes, propertyBytes(0, int32Bytes(1)) + propertyBytes(4, support::textBytes("abc")));
 }

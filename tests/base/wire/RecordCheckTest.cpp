@@ -1,18 +1,19 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
+#include "base/wire/RecordCheck.h"
+
 #include <gtest/gtest.h>
 
 #include <QDataStream>
 #include <QIODevice>
 
-#include "agent/applications/RecordCheck.h"
 #include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpResponse.h"
 #include "base/wire/SnmpString.h"
 
-using agent::recordProblem;
+using base::recordProblem;
 
 namespace {
 
@@ -77,12 +78,12 @@ const QByteArray storeType = property(0, bigEndian(0));
 
 TEST(RecordCheck, WhatTheRecordsWriteIsRight)
 {
-    EXPECT_EQ(recordProblem(base::SnmpIntType, encoded(intRecord())), QString());
-    EXPECT_EQ(recordProblem(base::SnmpIntType, encoded(base::SnmpInt())), QString());
-    EXPECT_EQ(recordProblem(base::SnmpStringType, encoded(stringRecord())), QString());
-    EXPECT_EQ(recordProblem(base::SnmpStringType, encoded(base::SnmpString())), QString());
-    EXPECT_EQ(recordProblem(base::SnmpIntResponseType, encoded(intResponse())), QString());
-    EXPECT_EQ(recordProblem(base::SnmpStringResponseType, encoded(stringResponse())), QString());
+    EXPECT_EQ(recordProblem(base::SnmpIntType, encoded(intRecord())), std::nullopt);
+    EXPECT_EQ(recordProblem(base::SnmpIntType, encoded(base::SnmpInt())), std::nullopt);
+    EXPECT_EQ(recordProblem(base::SnmpStringType, encoded(stringRecord())), std::nullopt);
+    EXPECT_EQ(recordProblem(base::SnmpStringType, encoded(base::SnmpString())), std::nullopt);
+    EXPECT_EQ(recordProblem(base::SnmpIntResponseType, encoded(intResponse())), std::nullopt);
+    EXPECT_EQ(recordProblem(base::SnmpStringResponseType, encoded(stringResponse())), std::nullopt);
 }
 
 TEST(RecordCheck, NoRecordMayBeCutShortAnywhere)
@@ -92,7 +93,7 @@ TEST(RecordCheck, NoRecordMayBeCutShortAnywhere)
                                                   {base::SnmpStringResponseType, encoded(stringResponse())}};
     for (const auto& [dataType, bytes] : records) {
         for (int size = 0; size < bytes.size(); ++size)
-            EXPECT_FALSE(recordProblem(dataType, bytes.left(size)).isEmpty()) << dataType << ' ' << size;
+            EXPECT_TRUE(recordProblem(dataType, bytes.left(size))) << dataType << ' ' << size;
     }
 }
 
@@ -101,14 +102,15 @@ TEST(RecordCheck, AnIntegerRecordMayEndBeforeItsValueButNowhereElse)
     const QByteArray bytes = encoded(intRecord());
     const int withoutValue = bytes.size() - 12;
     for (int size = 0; size < bytes.size(); ++size)
-        EXPECT_EQ(recordProblem(base::SnmpIntType, bytes.left(size)).isEmpty(), size == withoutValue) << size;
+        EXPECT_EQ(recordProblem(base::SnmpIntType, bytes.left(size)).has_value(), size != withoutValue)
+            << size;
 }
 
 TEST(RecordCheck, UnknownPropertiesArePassedOver)
 {
     const QByteArray extra = property(7, "whatever");
-    EXPECT_EQ(recordProblem(base::SnmpIntType, encoded(intRecord()) + extra), QString());
-    EXPECT_EQ(recordProblem(base::SnmpIntType, storeType + encoded(intRecord())), QString());
+    EXPECT_EQ(recordProblem(base::SnmpIntType, encoded(intRecord()) + extra), std::nullopt);
+    EXPECT_EQ(recordProblem(base::SnmpIntType, storeType + encoded(intRecord())), std::nullopt);
 }
 
 TEST(RecordCheck, PropertiesOutOfOrderAreRefused)
@@ -116,25 +118,23 @@ TEST(RecordCheck, PropertiesOutOfOrderAreRefused)
     const QByteArray oid = property(1, text(QByteArray("127.3\0", 6)));
     // Behind the unknown property the decoder would take the value for absent: an unset that nobody has sent.
     const QByteArray value = property(2, bigEndian(5));
-    EXPECT_FALSE(recordProblem(base::SnmpIntType, storeType + oid + property(7, "") + value).isEmpty());
-    EXPECT_FALSE(recordProblem(base::SnmpIntType, oid + storeType + value).isEmpty());
+    EXPECT_TRUE(recordProblem(base::SnmpIntType, storeType + oid + property(7, "") + value));
+    EXPECT_TRUE(recordProblem(base::SnmpIntType, oid + storeType + value));
 }
 
 TEST(RecordCheck, ANegativeOrTooLongPropertyLengthIsRefused)
 {
     for (const qint32 length : {-1, -8, 5, 2147483647}) {
         const QByteArray bytes = bigEndian(0) + bigEndian(length) + bigEndian(0);
-        EXPECT_FALSE(recordProblem(base::SnmpIntType, bytes).isEmpty()) << length;
+        EXPECT_TRUE(recordProblem(base::SnmpIntType, bytes)) << length;
     }
 }
 
 TEST(RecordCheck, AnIntegerThatIsNotFourBytesLongIsRefused)
 {
     const QByteArray oid = property(1, text(QByteArray("127.3\0", 6)));
-    EXPECT_FALSE(
-        recordProblem(base::SnmpIntType, storeType + oid + property(2, QByteArray(3, '\0'))).isEmpty());
-    EXPECT_FALSE(
-        recordProblem(base::SnmpIntType, storeType + oid + property(2, QByteArray(5, '\0'))).isEmpty());
+    EXPECT_TRUE(recordProblem(base::SnmpIntType, storeType + oid + property(2, QByteArray(3, '\0'))));
+    EXPECT_TRUE(recordProblem(base::SnmpIntType, storeType + oid + property(2, QByteArray(5, '\0'))));
 }
 
 TEST(RecordCheck, ATextMustEndWhereItsPropertyEnds)
@@ -142,13 +142,13 @@ TEST(RecordCheck, ATextMustEndWhereItsPropertyEnds)
     const auto problemWithOid = [](const QByteArray& oidValue) {
         return recordProblem(base::SnmpIntType, storeType + property(1, oidValue));
     };
-    EXPECT_EQ(problemWithOid(text(QByteArray("127.3\0", 6))), QString());
-    EXPECT_FALSE(problemWithOid(text("127.3")).isEmpty()) << "no zero byte";
-    EXPECT_FALSE(problemWithOid(text(QByteArray("127\0.3\0", 7))).isEmpty()) << "a zero byte inside";
-    EXPECT_FALSE(problemWithOid(bigEndian(4) + QByteArray("127.3\0", 6)).isEmpty()) << "length too small";
-    EXPECT_FALSE(problemWithOid(bigEndian(60) + QByteArray("127.3\0", 6)).isEmpty()) << "length too large";
-    EXPECT_FALSE(problemWithOid(bigEndian(-1) + QByteArray("127.3\0", 6)).isEmpty()) << "length negative";
-    EXPECT_FALSE(problemWithOid("12").isEmpty()) << "no room for the length";
+    EXPECT_EQ(problemWithOid(text(QByteArray("127.3\0", 6))), std::nullopt);
+    EXPECT_TRUE(problemWithOid(text("127.3"))) << "no zero byte";
+    EXPECT_TRUE(problemWithOid(text(QByteArray("127\0.3\0", 7)))) << "a zero byte inside";
+    EXPECT_TRUE(problemWithOid(bigEndian(4) + QByteArray("127.3\0", 6))) << "length too small";
+    EXPECT_TRUE(problemWithOid(bigEndian(60) + QByteArray("127.3\0", 6))) << "length too large";
+    EXPECT_TRUE(problemWithOid(bigEndian(-1) + QByteArray("127.3\0", 6))) << "length negative";
+    EXPECT_TRUE(problemWithOid("12")) << "no room for the length";
 }
 
 TEST(RecordCheck, ANestedRecordMustFillItsProperty)
@@ -158,16 +158,16 @@ TEST(RecordCheck, ANestedRecordMustFillItsProperty)
         return recordProblem(base::SnmpIntResponseType,
                              storeType + property(1, value) + property(2, bigEndian(0)));
     };
-    EXPECT_EQ(problemWithNested(bigEndian(nested.size()) + nested), QString());
-    EXPECT_FALSE(problemWithNested(bigEndian(-1)).isEmpty());
-    EXPECT_FALSE(problemWithNested(bigEndian(nested.size() + 1) + nested).isEmpty());
-    EXPECT_FALSE(problemWithNested(bigEndian(nested.size() - 1) + nested).isEmpty());
+    EXPECT_EQ(problemWithNested(bigEndian(nested.size()) + nested), std::nullopt);
+    EXPECT_TRUE(problemWithNested(bigEndian(-1)));
+    EXPECT_TRUE(problemWithNested(bigEndian(nested.size() + 1) + nested));
+    EXPECT_TRUE(problemWithNested(bigEndian(nested.size() - 1) + nested));
 }
 
 TEST(RecordCheck, UnknownDataTypesAreRefused)
 {
     for (const int dataType : {-1, 4, 32767})
-        EXPECT_FALSE(recordProblem(dataType, encoded(intRecord())).isEmpty()) << dataType;
+        EXPECT_TRUE(recordProblem(dataType, encoded(intRecord()))) << dataType;
 }
 
 TEST(RecordCheck, ARecordOfCountlessPropertiesIsNotReadToItsEnd)
@@ -175,7 +175,7 @@ TEST(RecordCheck, ARecordOfCountlessPropertiesIsNotReadToItsEnd)
     QByteArray bytes = encoded(intRecord());
     for (int i = 0; i < 97; ++i)
         bytes += QByteArray::fromHex("0000000900000000");
-    EXPECT_EQ(recordProblem(base::SnmpIntType, bytes), QString());
+    EXPECT_EQ(recordProblem(base::SnmpIntType, bytes), std::nullopt);
     bytes += QByteArray::fromHex("0000000900000000");
-    EXPECT_FALSE(recordProblem(base::SnmpIntType, bytes).isEmpty());
+    EXPECT_TRUE(recordProblem(base::SnmpIntType, bytes));
 }

@@ -1,0 +1,57 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_AGENT_APPLICATIONS_FRAMESEQUENCE_H
+#define VIGIL_AGENT_APPLICATIONS_FRAMESEQUENCE_H
+
+#include <QByteArray>
+
+#include "agent/core/Error.h"
+#include "base/wire/FrameCutter.h"
+
+namespace agent {
+
+/// The frames of one application, in sequence: numbered from 1 without a gap, none longer than the limit.
+///
+/// Failure: the bytes are not trusted. Anything that cannot be a frame ends the sequence: next() returns
+/// Malformed from then on, and error() tells why. It never holds more than one frame of the permitted size
+/// and one burst.
+class FrameSequence
+{
+public:
+    enum class Result { Complete, Incomplete, Malformed };
+
+    /// maxLength limits the length field of a frame.
+    explicit FrameSequence(int maxLength = static_cast<int>(base::FrameHeader::maxLength))
+        : m_maxLength(static_cast<quint64>(maxLength))
+    {}
+
+    void append(const QByteArray& bytes) { m_cutter.append(bytes); }
+
+    /// Takes the next frame.
+    Result next(base::Frame& frame);
+
+    /// Frees the memory of the taken frames. Call it once per burst.
+    void discardTaken() { m_cutter.discardTaken(); }
+
+    /// The number of frames taken so far.
+    quint64 count() const { return m_count; }
+
+    /// True while the rest of a frame is yet to arrive.
+    bool isInsideFrame() const { return m_cutter.isInsideFrame(); }
+
+    const Error& error() const { return m_error; }
+
+private:
+    Error prefixError(base::FrameCutter::Status status) const;
+    Result malformed(Error error);
+
+    const quint64 m_maxLength;
+    base::FrameCutter m_cutter;
+    quint64 m_count = 0;
+    Error m_error;
+};
+
+} // namespace agent
+
+#endif
