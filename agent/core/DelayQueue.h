@@ -13,28 +13,27 @@
 
 namespace agent {
 
-/// Tells when a key has waited for a time that is the same for all of them.
+/// Lets keys wait, all for the same delay, and reports each key that has expired.
 ///
-/// Purpose: there may be a key for each of a hundred thousand checks, begun anew with every update. A queue
-/// in the order of the beginnings needs one timer, and an update costs no more than finding its key.
+/// There may be a key for each of a hundred thousand checks, restarted by every update. The queue is in the
+/// order of the starts, so it needs one timer, and an update costs no more than a look-up of its key.
 ///
-/// Threads: the agent has one; keys expire from the event loop. Ownership: the clock must outlive the queue.
-/// Failure: none.
+/// Ownership: the clock must outlive the queue.
 template <typename Key>
 class DelayQueue
 {
 public:
-    /// For delayMs: no key ever expires.
+    /// As delayMs: no key ever expires, and none is kept.
     static constexpr qint64 never = -1;
 
-    /// expired gets the key and how long it has waited. The key is out of the queue by then.
+    /// Called from the event loop with a key and the time it has waited. The key has left the queue.
     using Expired = std::function<void(const Key& key, qint64 waitedMs)>;
 
     DelayQueue(Clock& clock, qint64 delayMs, Expired expired)
         : m_clock(clock), m_delayMs(delayMs), m_expired(std::move(expired))
     {}
 
-    /// The key waits from now on, also when it has been waiting.
+    /// The key waits from now on, even if it is waiting already.
     void restart(const Key& key)
     {
         if (m_delayMs == never)
@@ -46,10 +45,10 @@ public:
         arm();
     }
 
-    /// The key waits from now on unless it has been waiting.
+    /// The key waits from now on, unless it is waiting already.
     void start(const Key& key)
     {
-        if (m_entries.count(key) == 0)
+        if (!contains(key))
             restart(key);
     }
 
@@ -62,16 +61,18 @@ public:
         m_entries.erase(entry);
     }
 
+    bool contains(const Key& key) const { return m_entries.count(key) > 0; }
+    size_t size() const { return m_entries.size(); }
+
 private:
-    using Order = std::list<std::pair<qint64, const Key*>>; // since when, oldest first
+    using Order = std::list<std::pair<qint64, const Key*>>; // start of the wait and key, oldest first
 
     void arm()
     {
         if (m_isArmed || m_order.empty())
             return;
         m_isArmed = true;
-        m_clock.callAfter(m_order.front().first + m_delayMs - m_clock.elapsedMs(), &m_context,
-                          [this] { expireDue(); });
+        m_clock.callAt(m_order.front().first + m_delayMs, &m_context, [this] { expireDue(); });
     }
 
     void expireDue()
@@ -92,7 +93,7 @@ private:
     Order m_order;
     std::map<Key, typename Order::iterator> m_entries;
     bool m_isArmed = false;
-    QObject m_context; // last: what is still to be called goes before what it uses
+    QObject m_context; // last, so that its destruction cancels the call before the members go
 };
 
 } // namespace agent

@@ -11,15 +11,15 @@ namespace {
 
 constexpr size_t maxText = 1024;
 
-// What Net-SNMP needs for one object, whatever it holds, and for two more that are always there.
+// The cost of one varbind in Net-SNMP besides its text. sysUpTime and snmpTrapOID come on top.
 constexpr size_t objectSize = 1200;
 constexpr size_t fixedObjects = 2;
 
-const ObjectId healthStatusChanged = below(vigilMibRoot(), {0, 1});
-const ObjectId valueChanged = below(vigilMibRoot(), {0, 2});
-const ObjectId previousStatus = below(vigilMibRoot(), {6, 1, 0});
+const ObjectId vigilHealthStatusChanged = below(vigilMibRoot(), {0, 1});
+const ObjectId vigilValueChanged = below(vigilMibRoot(), {0, 2});
+const ObjectId vigilHealthCheckPreviousStatus = below(vigilMibRoot(), {6, 1, 0});
 
-/// Cuts no character of UTF-8 in two.
+/// Cuts between characters of UTF-8.
 std::string shortened(std::string text)
 {
     if (text.size() <= maxText)
@@ -44,9 +44,9 @@ Notification Notification::ofHealth(const HealthChange& change)
 {
     using healthTable::cellOf;
     using healthTable::Column;
-    return {healthStatusChanged,
+    return {vigilHealthStatusChanged,
             {{cellOf(Column::Status, change.check), change.status},
-             {previousStatus, change.previousStatus},
+             {vigilHealthCheckPreviousStatus, change.previousStatus},
              {cellOf(Column::Summary, change.check), shortened(change.summary)}}};
 }
 
@@ -54,7 +54,7 @@ Notification Notification::ofValue(const ObjectId& cell, CellValue value)
 {
     if (std::string* text = std::get_if<std::string>(&value))
         *text = shortened(std::move(*text));
-    return {valueChanged, {{cell, std::move(value)}}};
+    return {vigilValueChanged, {{cell, std::move(value)}}};
 }
 
 size_t Notification::size() const

@@ -9,16 +9,13 @@
 
 #include "agent/cells/Cell.h"
 #include "agent/core/ObjectId.h"
-#include "agent/notifications/NotificationPolicy.h"
+#include "agent/notifications/HealthChange.h"
 
 namespace agent {
 
-/// What managers are told of without asking, in the terms of SNMP.
+/// An SNMP notification: its type and its varbinds.
 ///
-/// Purpose: texts are cut at 1024 octets, so that a notification fits into a datagram; the cell has them
-/// whole.
-///
-/// Any thread. Failure: none.
+/// Texts are cut at 1024 octets, so that the notification fits into a datagram. The cells have them whole.
 struct Notification
 {
     ObjectId type;
@@ -30,7 +27,7 @@ struct Notification
     /// vigilValueChanged
     static Notification ofValue(const ObjectId& cell, CellValue value);
 
-    /// About the memory that it takes while it waits, and while Net-SNMP waits for an answer to it.
+    /// Roughly the memory it takes while it waits for its turn, or Net-SNMP for the response to an inform.
     size_t size() const;
 };
 

@@ -3,7 +3,6 @@
 
 #include "agent/notifications/NotificationPolicy.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace agent {
@@ -11,7 +10,7 @@ namespace agent {
 namespace {
 
 constexpr qint64 summaryWaitMs = 200;
-constexpr qint64 quietMs = 1000;
+constexpr qint64 muteMs = 1000;
 
 bool needsAttention(int status)
 {
@@ -23,102 +22,78 @@ bool needsAttention(int status)
 } // namespace
 
 NotificationPolicy::NotificationPolicy(Clock& clock, LookUp served, Notify notify)
-    : m_clock(clock), m_served(std::move(served)), m_notify(std::move(notify))
+    : m_served(std::move(served)),
+      m_notify(std::move(notify)),
+      m_awaiting(clock, summaryWaitMs, [this](const ObjectId& id, qint64) { handle(Overdue, id); }),
+      m_muted(clock, muteMs, [this](const ObjectId& id, qint64) { handle(Unmuted, id); })
 {}
 
 void NotificationPolicy::handleStatusWritten(const ObjectId& id, int status)
 {
-    Check& check = m_checks[id];
-    if (status != healthTable::unknownStatus)
-        check.isEvaluated = true;
-    const qint64 now = m_clock.elapsedMs();
-    // A status that changes again while it waits waits no longer for that: summaries may never come.
-    const bool isWaiting = now < check.summaryDueMs;
-    if (std::exchange(check.written, status) != status && !isWaiting)
-        check.summaryDueMs = now + summaryWaitMs;
-    consider(id, check);
+    const int before = std::exchange(m_checks[id].written, status);
+    handle(status != before ? NewStatus : SameStatus, id);
 }
 
 void NotificationPolicy::handleSummaryWritten(const ObjectId& id, const std::string& summary)
 {
-    Check& check = m_checks[id];
-    if (!summary.empty())
-        check.isEvaluated = true;
-    check.summaryDueMs = 0;
-    consider(id, check);
+    handle(summary.empty() ? EmptySummary : Summary, id);
 }
 
 void NotificationPolicy::handleCovered(const ObjectId& id)
 {
-    Check& check = m_checks[id];
-    check.written = healthTable::unknownStatus;
-    check.summaryDueMs = 0;
-    consider(id, check);
+    m_checks[id].written = healthTable::unknownStatus;
+    handle(Cover, id);
 }
 
 void NotificationPolicy::handleRemoved(const ObjectId& id)
 {
+    m_awaiting.remove(id);
+    m_checks.erase(id);
+}
+
+void NotificationPolicy::handle(Event event, const ObjectId& id)
+{
     const auto position = m_checks.find(id);
     if (position == m_checks.end())
         return;
     Check& check = position->second;
-    Check remainder;
-    remainder.quietUntilMs = check.quietUntilMs;
-    remainder.wakeUpMs = check.wakeUpMs;
-    check = remainder;
-    if (m_clock.elapsedMs() < check.quietUntilMs)
-        wakeUpAt(check.quietUntilMs, id, check);
-    else if (!check.wakeUpMs)
-        m_checks.erase(position);
+    switch (actions[check.state][event]) {
+    case Ignore:
+        break;
+    case Await:
+        enter(AwaitingSummary, id, check);
+        break;
+    case Compare:
+        compare(id, check);
+        break;
+    }
 }
 
-void NotificationPolicy::consider(const ObjectId& id, Check& check)
+void NotificationPolicy::enter(State state, const ObjectId& id, Check& check)
 {
-    if (!check.isEvaluated)
-        return;
+    check.state = state;
+    if (state == AwaitingSummary)
+        m_awaiting.restart(id);
+    else
+        m_awaiting.remove(id);
+}
+
+void NotificationPolicy::compare(const ObjectId& id, Check& check)
+{
     const std::optional<Served> served = m_served(id);
     if (!served)
-        return;
-    const qint64 now = m_clock.elapsedMs();
-    if (now < check.summaryDueMs)
-        return wakeUpAt(check.summaryDueMs, id, check);
-    if (!isNews(check, served->status))
-        return;
-    if (now < check.quietUntilMs)
-        return wakeUpAt(check.quietUntilMs, id, check);
-    const int previous = std::exchange(check.notified, served->status);
-    check.quietUntilMs = now + quietMs;
-    m_notify({id, served->status, previous, served->summary});
-}
-
-bool NotificationPolicy::isNews(Check& check, int status) const
-{
-    const bool isFirst = !std::exchange(check.isKnown, true);
-    if (isFirst && !needsAttention(status))
-        check.notified = status;
-    return status != check.notified;
-}
-
-void NotificationPolicy::wakeUpAt(qint64 timeMs, const ObjectId& id, Check& check)
-{
-    if (check.wakeUpMs && *check.wakeUpMs <= timeMs)
-        return;
-    check.wakeUpMs = timeMs;
-    m_clock.callAfter(timeMs - m_clock.elapsedMs(), this, [this, id] { wakeUp(id); });
-}
-
-void NotificationPolicy::wakeUp(const ObjectId& id)
-{
-    const auto position = m_checks.find(id);
-    if (position == m_checks.end())
-        return;
-    Check& check = position->second;
-    if (check.wakeUpMs && *check.wakeUpMs <= m_clock.elapsedMs())
-        check.wakeUpMs.reset();
-    if (m_served(id))
-        consider(id, check);
-    else
-        handleRemoved(id);
+        return enter(Settled, id, check);
+    const int status = served->status;
+    if (!check.notified)
+        check.notified = needsAttention(status) ? healthTable::unknownStatus : status;
+    if (status == *check.notified)
+        return enter(Settled, id, check);
+    if (m_muted.contains(id))
+        return enter(Pending, id, check);
+    enter(Settled, id, check);
+    m_muted.restart(id);
+    const int previous = std::exchange(*check.notified, status);
+    m_notify({id, status, previous, served->summary});
 }
 
 } // namespace agent

@@ -13,88 +13,106 @@
 
 #include "agent/cells/HealthTable.h"
 #include "agent/core/Clock.h"
+#include "agent/core/DelayQueue.h"
 #include "agent/core/ObjectId.h"
+#include "agent/notifications/HealthChange.h"
 
 namespace agent {
 
-/// A change of a health check that managers are told of.
-struct HealthChange
-{
-    ObjectId check; ///< the index of its row
-    int status = healthTable::unknownStatus;
-    int previousStatus = healthTable::unknownStatus; ///< in the last notification, or what came before any
-    std::string summary;
-};
-
-/// Decides which changes of health checks managers are told of, and when.
+/// Decides which changes of health checks managers are notified of, and when.
 ///
-/// Purpose: one notification for one change of what managers read, with the text that belongs to it, and no
-/// flood of them.
+/// A check sends nothing until its first evaluation: a status other than UNKNOWN, or a summary with text.
+/// Creating a row writes neither. The first evaluation is sent if it is WARNING or CRITICAL, with the
+/// previous status UNKNOWN. From then on every change of the status is sent, made by the application or by
+/// the agent. After a restart of the agent all applications replay their cells, so managers hear only about
+/// checks in need of attention.
 ///
-/// A check says nothing before it has been evaluated: written with a status other than UNKNOWN, or with a
-/// summary that is not empty. Applications create their rows as UNKNOWN with an empty one. The first
-/// evaluation is news only when it is WARNING or CRITICAL; its previous status is UNKNOWN. From then on every
-/// change is, whoever made it. So after a start of the agent, when all applications send what they have
-/// again, managers hear of the checks that need attention and of no others.
+/// Applications write the summary after the status. A new status waits for it, at most 200 ms. A further
+/// change does not extend the wait; the summary may never arrive. After a notification the check is muted for
+/// one second. A change and its reversal during a wait send nothing. Removing a row drops its pending change;
+/// a row created again stays muted for the rest of the second.
 ///
-/// Applications write the summary behind the status, so that a new status waits for the next summary, for a
-/// short time. Statuses that come and go within that time are not news, nor are those within the second in
-/// which nothing is sent about a check after a notification about it. A row that is removed takes back what
-/// waits; if it is made again, it is evaluated anew, but the second goes on.
-///
-/// Threads: the agent has one. notify is called from the event loop or from inside the functions here.
-/// Ownership: the clock must outlive the policy. Failure: none.
+/// Ownership: the clock must outlive the policy.
 class NotificationPolicy : public QObject
 {
     Q_OBJECT
 
 public:
-    /// What managers read of a check, nothing when its status is not there.
+    enum State {
+        Unevaluated,     ///< the row has been created, no more
+        Settled,         ///< managers know the status
+        AwaitingSummary, ///< a new status waits for its summary
+        Pending,         ///< a change waits until the check is no longer muted
+    };
+
+    enum Event {
+        NewStatus,  ///< from the application, and not the one it wrote before
+        SameStatus, ///< from the application, once more
+        Summary,
+        EmptySummary,
+        Cover,   ///< by the agent: status and summary at once
+        Overdue, ///< the summary has not arrived in time
+        Unmuted,
+    };
+
+    enum Action {
+        Ignore,
+        Await,   ///< enter AwaitingSummary
+        Compare, ///< with the last notification. The same status: enter Settled. Another one: send it and
+                 ///< enter Settled; if the check is muted, enter Pending
+    };
+
+    // clang-format off
+    static constexpr Action actions[4][7] = {
+        //                    NewStatus  SameStatus  Summary  EmptySummary  Cover    Overdue  Unmuted
+        /* Unevaluated     */ {Await,    Ignore,     Compare, Ignore,       Ignore,  Ignore,  Ignore},
+        /* Settled         */ {Await,    Compare,    Compare, Compare,      Compare, Ignore,  Ignore},
+        /* AwaitingSummary */ {Ignore,   Ignore,     Compare, Compare,      Compare, Compare, Ignore},
+        /* Pending         */ {Await,    Compare,    Compare, Compare,      Compare, Ignore,  Compare},
+    };
+    // clang-format on
+
+    /// What managers read of a check.
     struct Served
     {
         int status;
         std::string summary;
     };
+    /// Returns nothing if the check has no status.
     using LookUp = std::function<std::optional<Served>(const ObjectId& check)>;
     using Notify = std::function<void(const HealthChange& change)>;
 
+    /// notify is called from the event loop, and from inside the functions below.
     NotificationPolicy(Clock& clock, LookUp served, Notify notify);
 
-    // To be called when look-ups give the new state.
+    // Call these once the look-up returns the new state.
 
-    /// By the application; with the value that it wrote.
+    /// status is what the application wrote.
     void handleStatusWritten(const ObjectId& check, int status);
     void handleSummaryWritten(const ObjectId& check, const std::string& summary);
-
-    /// By the agent, which has set status and summary together.
     void handleCovered(const ObjectId& check);
-
     void handleRemoved(const ObjectId& check);
 
-    /// How many checks take up memory here.
-    size_t size() const { return m_checks.size(); }
+    /// The number of checks that take up memory here.
+    size_t size() const { return m_checks.size() + m_muted.size(); }
 
 private:
     struct Check
     {
-        bool isEvaluated = false;
-        bool isKnown = false; // its first evaluation has been dealt with
+        State state = Unevaluated;
         int written = healthTable::unknownStatus;
-        int notified = healthTable::unknownStatus;
-        qint64 summaryDueMs = 0; // a status waits for its summary until then
-        qint64 quietUntilMs = 0;
-        std::optional<qint64> wakeUpMs;
+        std::optional<int> notified; // the status that managers know, once the check is evaluated
     };
 
-    void consider(const ObjectId& id, Check& check);
-    bool isNews(Check& check, int status) const;
-    void wakeUpAt(qint64 timeMs, const ObjectId& id, Check& check);
-    void wakeUp(const ObjectId& id);
+    void handle(Event event, const ObjectId& id);
+    void enter(State state, const ObjectId& id, Check& check);
+    void compare(const ObjectId& id, Check& check);
 
-    Clock& m_clock;
     const LookUp m_served;
     const Notify m_notify;
-    std::map<ObjectId, Check> m_checks;
+    std::map<ObjectId, Check> m_checks; // each has a status cell
+    DelayQueue<ObjectId> m_awaiting;
+    DelayQueue<ObjectId> m_muted;
 };
 
 } // namespace agent

@@ -16,7 +16,7 @@ constexpr qint64 bytesPerMs = 2'000;
 constexpr qint64 maxCredit = 1000 * bytesPerMs;
 constexpr size_t maxWaitingSize = 60'000'000;
 constexpr qint64 turnMs = 50;
-constexpr qint64 warningDelayMs = 1'000; // so that it can say how many
+constexpr qint64 warningDelayMs = 1'000; // the warning counts what is dropped meanwhile
 constexpr qint64 warningPauseMs = 60'000;
 
 } // namespace
@@ -25,9 +25,9 @@ NotificationQueue::NotificationQueue(Clock& clock, Send send)
     : m_clock(clock), m_send(std::move(send)), m_credit(maxCredit), m_creditedMs(clock.elapsedMs())
 {}
 
-void NotificationQueue::add(Notification notification)
+void NotificationQueue::sendInTurn(Notification notification)
 {
-    if (m_waiting.empty() && mayGoNow())
+    if (m_waiting.empty() && hasCredit())
         return send(notification);
     if (m_waitingSize + notification.size() > maxWaitingSize)
         return drop();
@@ -37,15 +37,15 @@ void NotificationQueue::add(Notification notification)
         drainLater();
 }
 
-void NotificationQueue::addUnlessBusy(const Notification& notification)
+void NotificationQueue::sendNowOrDrop(const Notification& notification)
 {
-    if (m_waiting.empty() && mayGoNow())
+    if (m_waiting.empty() && hasCredit())
         send(notification);
     else
         drop();
 }
 
-bool NotificationQueue::mayGoNow()
+bool NotificationQueue::hasCredit()
 {
     const qint64 now = m_clock.elapsedMs();
     const qint64 earned = (now - std::exchange(m_creditedMs, now)) * bytesPerMs;
@@ -62,17 +62,17 @@ void NotificationQueue::send(const Notification& notification)
 void NotificationQueue::drop()
 {
     ++m_dropped;
-    if (m_droppedUntold++ > 0)
+    if (m_droppedSinceWarning++ > 0)
         return;
     const qint64 delay = std::max(m_nextWarningMs - m_clock.elapsedMs(), warningDelayMs);
-    m_clock.callAfter(delay, this, [this] { warn(); });
+    m_clock.callAfter(delay, this, [this] { warnOfDropped(); });
 }
 
-void NotificationQueue::warn()
+void NotificationQueue::warnOfDropped()
 {
     log::warning(QStringLiteral("too many notifications at once, dropped: %1. Find out which application "
                                 "publishes so many changes or values with notifications")
-                     .arg(std::exchange(m_droppedUntold, 0)));
+                     .arg(std::exchange(m_droppedSinceWarning, 0)));
     m_nextWarningMs = m_clock.elapsedMs() + warningPauseMs;
 }
 
@@ -83,7 +83,7 @@ void NotificationQueue::drainLater()
 
 void NotificationQueue::drain()
 {
-    while (!m_waiting.empty() && mayGoNow()) {
+    while (!m_waiting.empty() && hasCredit()) {
         const Notification next = std::move(m_waiting.front());
         m_waiting.pop_front();
         m_waitingSize -= next.size();

@@ -14,16 +14,15 @@
 
 namespace agent {
 
-/// Keeps applications from flooding the receivers, and the agent from holding too much for them.
+/// Limits the rate of notifications, and the memory they take.
 ///
-/// Purpose: Net-SNMP keeps an inform until it is answered or given up after some seconds, however many there
-/// are. So no more than 2 MB of notifications go out in a second, which is about 300 of them. Changes of
-/// health wait for their turn and go first; values do not wait, since the application that floods the agent
-/// with them must not delay the others' health.
+/// Net-SNMP keeps every inform until its response or a time-out of some seconds, without a limit of its own.
+/// The queue therefore lets 2 MB of notifications through a second, about 300 of them. Changes of health wait
+/// for their turn, in 60 MB at most, and go first. Values never wait: an application that floods the agent
+/// with values must not delay the health of the others.
 ///
-/// Threads: the agent has one. send is called from the event loop or from inside the functions here.
 /// Ownership: the clock must outlive the queue.
-/// Failure: what does not fit is dropped, with a warning once a minute at most.
+/// Failure: what does not fit is dropped, with at most one warning a minute.
 class NotificationQueue : public QObject
 {
     Q_OBJECT
@@ -31,21 +30,19 @@ class NotificationQueue : public QObject
 public:
     using Send = std::function<void(const Notification& notification)>;
 
+    /// send is called from the event loop, and from inside the functions below.
     NotificationQueue(Clock& clock, Send send);
 
-    /// At once or in its turn.
-    void add(Notification notification);
-
-    /// At once or not at all.
-    void addUnlessBusy(const Notification& notification);
+    void sendInTurn(Notification notification);
+    void sendNowOrDrop(const Notification& notification);
 
     size_t dropped() const { return m_dropped; }
 
 private:
-    bool mayGoNow();
+    bool hasCredit();
     void send(const Notification& notification);
     void drop();
-    void warn();
+    void warnOfDropped();
     void drainLater();
     void drain();
 
@@ -53,10 +50,10 @@ private:
     const Send m_send;
     std::deque<Notification> m_waiting;
     size_t m_waitingSize = 0;
-    qint64 m_credit;
+    qint64 m_credit; // in bytes; negative after the last one sent on it
     qint64 m_creditedMs;
     size_t m_dropped = 0;
-    size_t m_droppedUntold = 0;
+    size_t m_droppedSinceWarning = 0;
     qint64 m_nextWarningMs = 0;
 };
 

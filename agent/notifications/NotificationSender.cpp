@@ -12,7 +12,7 @@ namespace {
 
 const ObjectId snmpTrapOid{1, 3, 6, 1, 6, 3, 1, 1, 4, 1, 0};
 
-/// A list of varbinds in the making.
+/// A list of varbinds that grows.
 class Varbinds
 {
 public:
@@ -54,12 +54,12 @@ private:
 
 void NotificationSender::send(const Notification& notification)
 {
-    Varbinds varbinds; // behind sysUpTime.0, which Net-SNMP puts in front
+    Varbinds varbinds; // Net-SNMP puts sysUpTime.0 in front
     varbinds.append(snmpTrapOid, notification.type);
     for (const auto& [id, value] : notification.objects)
         varbinds.append(id, value);
 
-    const u_int sentBefore = snmp_get_statistic(STAT_SNMPOUTTRAPS); // one for each receiver
+    const u_int sentBefore = snmp_get_statistic(STAT_SNMPOUTTRAPS); // counts receivers
     send_v2trap(varbinds.get());
     const bool isSent = snmp_get_statistic(STAT_SNMPOUTTRAPS) != sentBefore;
     if (isSent)

@@ -10,18 +10,17 @@
 
 namespace agent {
 
-/// Hands notifications to Net-SNMP, which sends them to whatever receivers its configuration names, as traps
-/// or informs; behind a master agent, to the master, which has its own.
+/// Hands notifications to Net-SNMP. Standalone, Net-SNMP sends them as traps or informs to the receivers in
+/// its configuration. As a subagent, it sends them to the master, which has its own receivers.
 ///
-/// Threads: the agent has one, which is Net-SNMP's too.
-/// Failure: a notification without a receiver, or that Net-SNMP cannot send, is lost and does not count.
-/// Nobody waits for the answer to an inform.
+/// Failure: a notification is lost, and not counted, if there is no receiver or Net-SNMP cannot send it. The
+/// agent does not wait for responses to informs.
 class NotificationSender
 {
 public:
     void send(const Notification& notification);
 
-    /// Those that at least one receiver has been sent.
+    /// Counts notifications with at least one receiver.
     quint64 sent() const { return m_sent; }
 
 private:

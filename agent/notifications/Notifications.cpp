@@ -10,7 +10,7 @@ Notifications::Notifications(const ServedCells& cells, Clock& clock)
       m_queue(clock, [this](const Notification& notification) { m_sender.send(notification); }),
       m_policy(
           clock, [this](const ObjectId& check) { return served(check); },
-          [this](const HealthChange& change) { m_queue.add(Notification::ofHealth(change)); })
+          [this](const HealthChange& change) { m_queue.sendInTurn(Notification::ofHealth(change)); })
 {
     connect(&cells, &ServedCells::statusWritten, &m_policy, &NotificationPolicy::handleStatusWritten);
     connect(&cells, &ServedCells::summaryWritten, &m_policy, &NotificationPolicy::handleSummaryWritten);
@@ -34,7 +34,7 @@ std::optional<NotificationPolicy::Served> Notifications::served(const ObjectId& 
 void Notifications::notifyOfValue(const ObjectId& cell)
 {
     if (const Cell* found = m_cells.store().find(cell))
-        m_queue.addUnlessBusy(Notification::ofValue(cell, found->served()));
+        m_queue.sendNowOrDrop(Notification::ofValue(cell, found->served()));
 }
 
 } // namespace agent

@@ -44,7 +44,7 @@ TEST_F(DelayQueueTest, EachKeyExpiresOnceAfterTheDelay)
     EXPECT_THAT(expired, ElementsAre(Pair(1, 100), Pair(2, 100)));
 }
 
-TEST_F(DelayQueueTest, RestartingBeginsTheDelayAnewAndStartingDoesNot)
+TEST_F(DelayQueueTest, RestartResetsTheDelayAndStartDoesNot)
 {
     Queue queue = queueOf(100);
     queue.restart(1);
@@ -69,7 +69,20 @@ TEST_F(DelayQueueTest, ARemovedKeyDoesNotExpire)
     EXPECT_THAT(expired, ElementsAre(Pair(2, 100)));
 }
 
-TEST_F(DelayQueueTest, AKeyMayBeStartedAgainWhileItExpires)
+TEST_F(DelayQueueTest, ContainsTheKeysThatWait)
+{
+    Queue queue = queueOf(100);
+    queue.restart(1);
+    queue.restart(2);
+    queue.remove(2);
+    EXPECT_TRUE(queue.contains(1));
+    EXPECT_FALSE(queue.contains(2));
+    EXPECT_EQ(queue.size(), 1u);
+    clock.advance(100);
+    EXPECT_FALSE(queue.contains(1));
+}
+
+TEST_F(DelayQueueTest, AnExpiringKeyMayBeRestarted)
 {
     int times = 0;
     std::unique_ptr<Queue> queue;
@@ -91,7 +104,7 @@ TEST_F(DelayQueueTest, WithTheDelayNeverNothingExpires)
     EXPECT_THAT(expired, IsEmpty());
 }
 
-TEST_F(DelayQueueTest, NothingExpiresOnceTheQueueIsGone)
+TEST_F(DelayQueueTest, NothingExpiresAfterTheQueueIsDestroyed)
 {
     {
         Queue queue = queueOf(100);

@@ -10,7 +10,7 @@
 
 using agent::SystemClock;
 
-TEST(SystemClock, MakesTheCallWhenItsTimeHasCome)
+TEST(SystemClock, CallsAfterTheDelay)
 {
     SystemClock clock;
     QObject context;
@@ -22,7 +22,7 @@ TEST(SystemClock, MakesTheCallWhenItsTimeHasCome)
     EXPECT_GE(called - start, 20);
 }
 
-TEST(SystemClock, NeverCallsForAContextThatIsGone)
+TEST(SystemClock, ADestroyedContextCancelsTheCall)
 {
     SystemClock clock;
     QObject other;

@@ -45,6 +45,8 @@ const ObjectId memory{2};
 class NotificationPolicyTest : public testing::Test
 {
 protected:
+    explicit NotificationPolicyTest(qint64 timersFireEarlyMs = 0) : clock(timersFireEarlyMs) {}
+
     void writeStatus(int status, const ObjectId& check = disk)
     {
         rows[check].status = status;
@@ -65,7 +67,7 @@ protected:
 
     void create(const ObjectId& check = disk) { write(unknown, "", check); }
 
-    void overrule(const std::string& summary, const ObjectId& check = disk)
+    void cover(const std::string& summary, const ObjectId& check = disk)
     {
         rows[check] = {unknown, summary};
         policy.handleCovered(check);
@@ -77,7 +79,7 @@ protected:
         policy.handleRemoved(check);
     }
 
-    /// A check that managers have last heard of as OK, or not at all, some time ago.
+    /// A check evaluated as OK, and not muted.
     void createEvaluated(const ObjectId& check = disk)
     {
         create(check);
@@ -98,18 +100,24 @@ protected:
                               [this](const HealthChange& change) { sent.push_back(change); }};
 };
 
+class NotificationPolicyWithEarlyTimers : public NotificationPolicyTest
+{
+protected:
+    NotificationPolicyWithEarlyTimers() : NotificationPolicyTest(1) {}
+};
+
 } // namespace
 
 // --- The first evaluation
 
-TEST_F(NotificationPolicyTest, ACheckThatHasOnlyBeenCreatedIsNoNews)
+TEST_F(NotificationPolicyTest, CreatingACheckSendsNothing)
 {
     create();
     clock.advance(5000);
     EXPECT_THAT(sent, IsEmpty());
 }
 
-TEST_F(NotificationPolicyTest, AFirstEvaluationAsOkOrUnknownIsNoNews)
+TEST_F(NotificationPolicyTest, AFirstEvaluationAsOkOrUnknownSendsNothing)
 {
     create(disk);
     write(ok, "fine", disk);
@@ -119,7 +127,7 @@ TEST_F(NotificationPolicyTest, AFirstEvaluationAsOkOrUnknownIsNoNews)
     EXPECT_THAT(sent, IsEmpty());
 }
 
-TEST_F(NotificationPolicyTest, AFirstEvaluationAsWarningOrCriticalIsNewsSinceUnknown)
+TEST_F(NotificationPolicyTest, AFirstEvaluationAsWarningOrCriticalIsSentWithThePreviousStatusUnknown)
 {
     create(disk);
     write(warning, "filling up", disk);
@@ -129,7 +137,7 @@ TEST_F(NotificationPolicyTest, AFirstEvaluationAsWarningOrCriticalIsNewsSinceUnk
                                   HealthChange{memory, critical, unknown, "full"}));
 }
 
-TEST_F(NotificationPolicyTest, AnUnknownWithASummaryIsAnEvaluationSoThatTheNextStatusIsAChange)
+TEST_F(NotificationPolicyTest, UnknownWithASummaryIsAnEvaluation)
 {
     create();
     write(unknown, "disk is unknown");
@@ -137,10 +145,10 @@ TEST_F(NotificationPolicyTest, AnUnknownWithASummaryIsAnEvaluationSoThatTheNextS
     EXPECT_THAT(sent, ElementsAre(HealthChange{disk, ok, unknown, "fine"}));
 }
 
-TEST_F(NotificationPolicyTest, ACheckThatIsCreatedAndLostBeforeItsEvaluationIsNoNews)
+TEST_F(NotificationPolicyTest, ALossBeforeTheFirstEvaluationSendsNothing)
 {
     create();
-    overrule("No connection");
+    cover("No connection");
     clock.advance(5000);
     EXPECT_THAT(sent, IsEmpty());
     write(ok, "fine");
@@ -149,7 +157,7 @@ TEST_F(NotificationPolicyTest, ACheckThatIsCreatedAndLostBeforeItsEvaluationIsNo
 
 // --- Later changes
 
-TEST_F(NotificationPolicyTest, EveryLaterChangeIsNewsRecoveryIncluded)
+TEST_F(NotificationPolicyTest, EveryLaterChangeIsSentRecoveryIncluded)
 {
     createEvaluated();
     write(critical, "full");
@@ -162,7 +170,7 @@ TEST_F(NotificationPolicyTest, EveryLaterChangeIsNewsRecoveryIncluded)
                                   HealthChange{disk, ok, warning, "fine"}));
 }
 
-TEST_F(NotificationPolicyTest, TheSameStatusAgainIsNoNewsWhateverTheSummarySays)
+TEST_F(NotificationPolicyTest, ANewSummaryAloneSendsNothing)
 {
     createEvaluated();
     write(ok, "still fine");
@@ -171,27 +179,27 @@ TEST_F(NotificationPolicyTest, TheSameStatusAgainIsNoNewsWhateverTheSummarySays)
     EXPECT_THAT(sent, IsEmpty());
 }
 
-TEST_F(NotificationPolicyTest, ALossIsNewsAtOnceWithTheAgentsOwnText)
+TEST_F(NotificationPolicyTest, ALossIsSentAtOnceWithTheAgentsText)
 {
     createEvaluated();
-    overrule("No connection");
+    cover("No connection");
     EXPECT_THAT(sent, ElementsAre(HealthChange{disk, unknown, ok, "No connection"}));
 }
 
-TEST_F(NotificationPolicyTest, AReturnAfterALossIsNewsWithTheApplicationsText)
+TEST_F(NotificationPolicyTest, ARecoveryFromALossIsSentWithTheApplicationsText)
 {
     createEvaluated();
-    overrule("No connection");
+    cover("No connection");
     clock.advance(1000);
-    rows[disk].summary = "fine"; // what was there before the loss
+    rows[disk].summary = "fine"; // from before the loss
     writeStatus(ok);
-    EXPECT_EQ(sent.size(), 1u) << "its own summary has not come yet";
+    EXPECT_EQ(sent.size(), 1u) << "the new summary has not come yet";
     writeSummary("fine again");
     ASSERT_EQ(sent.size(), 2u);
     EXPECT_EQ(sent[1], (HealthChange{disk, ok, unknown, "fine again"}));
 }
 
-TEST_F(NotificationPolicyTest, AReplayWithoutALossIsNoNews)
+TEST_F(NotificationPolicyTest, AReplayWithoutALossSendsNothing)
 {
     createEvaluated();
     createEvaluated(memory);
@@ -203,9 +211,9 @@ TEST_F(NotificationPolicyTest, AReplayWithoutALossIsNoNews)
     EXPECT_THAT(sent, IsEmpty());
 }
 
-TEST_F(NotificationPolicyTest, AfterAStartOfTheAgentAReplayIsNewsForWhatNeedsAttentionAlone)
+TEST_F(NotificationPolicyTest, AReplayToARestartedAgentSendsOnlyChecksInNeedOfAttention)
 {
-    writeStatus(ok, disk); // in the order of identifiers: every status before the first summary
+    writeStatus(ok, disk); // a replay sends every status before the first summary
     writeStatus(critical, memory);
     writeSummary("fine", disk);
     writeSummary("full", memory);
@@ -213,10 +221,10 @@ TEST_F(NotificationPolicyTest, AfterAStartOfTheAgentAReplayIsNewsForWhatNeedsAtt
     EXPECT_THAT(sent, ElementsAre(HealthChange{memory, critical, unknown, "full"}));
 }
 
-TEST_F(NotificationPolicyTest, AnApplicationThatStartsAnewIsNewsWhileItsCheckIsUnknown)
+TEST_F(NotificationPolicyTest, ARowCreatedAgainAfterACrashIsSentAsUnknown)
 {
     createEvaluated();
-    create(); // its cells had stayed after a crash
+    create(); // within the grace period of the crash
     clock.advance(5000);
     EXPECT_THAT(sent, ElementsAre(HealthChange{disk, unknown, ok, ""}));
 }
@@ -233,7 +241,7 @@ TEST_F(NotificationPolicyTest, AStatusWaitsForItsSummary)
     EXPECT_THAT(sent, ElementsAre(HealthChange{disk, critical, ok, "full"}));
 }
 
-TEST_F(NotificationPolicyTest, AStatusWithoutSummaryWaits200Milliseconds)
+TEST_F(NotificationPolicyTest, AStatusWithoutASummaryWaits200Milliseconds)
 {
     createEvaluated();
     writeStatus(critical);
@@ -243,7 +251,7 @@ TEST_F(NotificationPolicyTest, AStatusWithoutSummaryWaits200Milliseconds)
     EXPECT_THAT(sent, ElementsAre(HealthChange{disk, critical, ok, "fine"}));
 }
 
-TEST_F(NotificationPolicyTest, StatusesThatFlapWhileTheyWaitAreOneChangeOrNone)
+TEST_F(NotificationPolicyTest, ChangesDuringTheWaitAreSentAsOneOrNone)
 {
     createEvaluated();
     writeStatus(warning);
@@ -260,7 +268,7 @@ TEST_F(NotificationPolicyTest, StatusesThatFlapWhileTheyWaitAreOneChangeOrNone)
     EXPECT_EQ(sent.size(), 1u);
 }
 
-TEST_F(NotificationPolicyTest, AStatusThatKeepsChangingDoesNotPutItsNotificationOffForEver)
+TEST_F(NotificationPolicyTest, AFurtherChangeDoesNotExtendTheWait)
 {
     createEvaluated();
     for (int i = 0; i < 4; ++i) {
@@ -270,18 +278,18 @@ TEST_F(NotificationPolicyTest, AStatusThatKeepsChangingDoesNotPutItsNotification
     EXPECT_THAT(sent, ElementsAre(HealthChange{disk, critical, ok, "fine"}));
 }
 
-TEST_F(NotificationPolicyTest, ALossEndsTheWaiting)
+TEST_F(NotificationPolicyTest, ALossEndsTheWait)
 {
     createEvaluated();
     writeStatus(critical);
-    overrule("No connection");
+    cover("No connection");
     clock.advance(5000);
     EXPECT_THAT(sent, ElementsAre(HealthChange{disk, unknown, ok, "No connection"}));
 }
 
-// --- One a second
+// --- Muted checks
 
-TEST_F(NotificationPolicyTest, WhatWasHeldBackIsSentAsTheNewestStateWhenTheSecondIsOver)
+TEST_F(NotificationPolicyTest, AMutedCheckSendsItsNewestStatusAfterTheSecond)
 {
     createEvaluated();
     write(warning, "filling up");
@@ -296,7 +304,7 @@ TEST_F(NotificationPolicyTest, WhatWasHeldBackIsSentAsTheNewestStateWhenTheSecon
                                   HealthChange{disk, ok, warning, "fine again"}));
 }
 
-TEST_F(NotificationPolicyTest, WhatWasHeldBackIsNotSentWhenTheStatusIsTheNotifiedOneAgain)
+TEST_F(NotificationPolicyTest, AMutedCheckBackAtTheSentStatusSendsNothing)
 {
     createEvaluated();
     write(warning, "filling up");
@@ -306,18 +314,18 @@ TEST_F(NotificationPolicyTest, WhatWasHeldBackIsNotSentWhenTheStatusIsTheNotifie
     EXPECT_EQ(sent.size(), 1u);
 }
 
-TEST_F(NotificationPolicyTest, ALossWithinTheSecondIsHeldBackToo)
+TEST_F(NotificationPolicyTest, ALossOfAMutedCheckWaitsToo)
 {
     createEvaluated();
     write(warning, "filling up");
-    overrule("No connection");
+    cover("No connection");
     EXPECT_EQ(sent.size(), 1u);
     clock.advance(1000);
     ASSERT_EQ(sent.size(), 2u);
     EXPECT_EQ(sent[1], (HealthChange{disk, unknown, warning, "No connection"}));
 }
 
-TEST_F(NotificationPolicyTest, AStatusThatIsWrittenAtTheEndOfTheSecondStillWaitsForItsSummary)
+TEST_F(NotificationPolicyTest, AStatusAtTheEndOfTheSecondStillWaitsForItsSummary)
 {
     createEvaluated();
     write(warning, "filling up");
@@ -331,7 +339,7 @@ TEST_F(NotificationPolicyTest, AStatusThatIsWrittenAtTheEndOfTheSecondStillWaits
     EXPECT_EQ(sent[1], (HealthChange{disk, ok, warning, "fine again"}));
 }
 
-TEST_F(NotificationPolicyTest, OneCheckDoesNotHoldAnotherBack)
+TEST_F(NotificationPolicyTest, OneCheckDoesNotMuteAnother)
 {
     createEvaluated(disk);
     createEvaluated(memory);
@@ -340,7 +348,7 @@ TEST_F(NotificationPolicyTest, OneCheckDoesNotHoldAnotherBack)
     EXPECT_EQ(sent.size(), 2u);
 }
 
-TEST_F(NotificationPolicyTest, ACheckThatFlapsForTenSecondsIsNewsTenTimesAtMost)
+TEST_F(NotificationPolicyTest, ACheckFlappingForTenSecondsIsSentTenTimesAtMost)
 {
     createEvaluated();
     for (int i = 1; i < 1000; ++i) {
@@ -351,9 +359,31 @@ TEST_F(NotificationPolicyTest, ACheckThatFlapsForTenSecondsIsNewsTenTimesAtMost)
     EXPECT_GE(sent.size(), 5u);
 }
 
-// --- Rows that go
+// --- Timers that fire early
 
-TEST_F(NotificationPolicyTest, ARowThatGoesIsNoNews)
+TEST_F(NotificationPolicyWithEarlyTimers, AStatusWithoutASummaryIsSent)
+{
+    createEvaluated();
+    writeStatus(critical);
+    clock.advance(199);
+    EXPECT_THAT(sent, IsEmpty());
+    clock.advance(1);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, critical, ok, "fine"}));
+}
+
+TEST_F(NotificationPolicyWithEarlyTimers, AMutedCheckSendsItsNewestStatusAfterTheSecond)
+{
+    createEvaluated();
+    write(warning, "filling up");
+    write(critical, "full");
+    clock.advance(1000);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, warning, ok, "filling up"},
+                                  HealthChange{disk, critical, warning, "full"}));
+}
+
+// --- Removed rows
+
+TEST_F(NotificationPolicyTest, RemovingARowSendsNothing)
 {
     createEvaluated();
     remove();
@@ -362,7 +392,7 @@ TEST_F(NotificationPolicyTest, ARowThatGoesIsNoNews)
     EXPECT_EQ(policy.size(), 0u);
 }
 
-TEST_F(NotificationPolicyTest, ARowThatGoesTakesBackWhatWaits)
+TEST_F(NotificationPolicyTest, RemovingARowDropsItsPendingChange)
 {
     createEvaluated(disk);
     writeStatus(critical, disk);
@@ -376,7 +406,7 @@ TEST_F(NotificationPolicyTest, ARowThatGoesTakesBackWhatWaits)
     EXPECT_EQ(policy.size(), 0u);
 }
 
-TEST_F(NotificationPolicyTest, ARowThatIsMadeAgainIsEvaluatedAnew)
+TEST_F(NotificationPolicyTest, ARowCreatedAgainStartsUnevaluated)
 {
     createEvaluated();
     write(critical, "full");
@@ -393,7 +423,7 @@ TEST_F(NotificationPolicyTest, ARowThatIsMadeAgainIsEvaluatedAnew)
     EXPECT_EQ(sent[1], (HealthChange{disk, critical, unknown, "full again"}));
 }
 
-TEST_F(NotificationPolicyTest, ARowThatIsMadeAgainAllTheTimeIsNewsOnceASecond)
+TEST_F(NotificationPolicyTest, ARowCreatedAgainStaysMutedForTheRestOfTheSecond)
 {
     for (int i = 0; i < 300; ++i) {
         create();
@@ -403,5 +433,11 @@ TEST_F(NotificationPolicyTest, ARowThatIsMadeAgainAllTheTimeIsNewsOnceASecond)
     }
     EXPECT_EQ(sent.size(), 3u);
     clock.advance(1000);
+    EXPECT_EQ(policy.size(), 0u);
+}
+
+TEST_F(NotificationPolicyTest, ASummaryWithoutAStatusTakesNoMemory)
+{
+    writeSummary("full");
     EXPECT_EQ(policy.size(), 0u);
 }

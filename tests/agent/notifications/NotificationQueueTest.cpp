@@ -20,13 +20,13 @@ protected:
     void addHealth(int count)
     {
         for (int i = 0; i < count; ++i)
-            queue.add(Notification::ofHealth({{++m_check}, 2, 0, "full"}));
+            queue.sendInTurn(Notification::ofHealth({{++m_check}, 2, 0, "full"}));
     }
 
     void addValues(int count)
     {
         for (int i = 0; i < count; ++i)
-            queue.addUnlessBusy(Notification::ofValue(value, i));
+            queue.sendNowOrDrop(Notification::ofValue(value, i));
     }
 
     size_t sentValues() const
@@ -50,7 +50,7 @@ private:
 
 } // namespace
 
-TEST_F(NotificationQueueTest, SendsAtOnceAsLongAsThereAreFew)
+TEST_F(NotificationQueueTest, SendsAFewAtOnce)
 {
     addHealth(100);
     addValues(100);
@@ -58,7 +58,7 @@ TEST_F(NotificationQueueTest, SendsAtOnceAsLongAsThereAreFew)
     EXPECT_EQ(sentValues(), 100u);
 }
 
-TEST_F(NotificationQueueTest, ChangesOfHealthWaitForTheirTurnAndKeepTheirOrder)
+TEST_F(NotificationQueueTest, ChangesOfHealthWaitForTheirTurnInOrder)
 {
     addHealth(2000);
     EXPECT_LT(sent.size(), 400u);
@@ -72,7 +72,7 @@ TEST_F(NotificationQueueTest, ChangesOfHealthWaitForTheirTurnAndKeepTheirOrder)
     EXPECT_EQ(queue.dropped(), 0u);
 }
 
-TEST_F(NotificationQueueTest, ValuesDoNotWait)
+TEST_F(NotificationQueueTest, ValuesAreDroppedRatherThanDelayed)
 {
     addValues(5000);
     const size_t first = sent.size();
@@ -84,7 +84,7 @@ TEST_F(NotificationQueueTest, ValuesDoNotWait)
     EXPECT_EQ(sent.size(), first + 1);
 }
 
-TEST_F(NotificationQueueTest, AFloodOfValuesDoesNotDelayWaitingChangesOfHealth)
+TEST_F(NotificationQueueTest, AFloodOfValuesDoesNotDelayChangesOfHealth)
 {
     addHealth(700);
     for (int i = 0; i < 300; ++i) {
@@ -94,7 +94,7 @@ TEST_F(NotificationQueueTest, AFloodOfValuesDoesNotDelayWaitingChangesOfHealth)
     EXPECT_EQ(sentHealth(), 700u);
 }
 
-TEST_F(NotificationQueueTest, WhatWaitsIsBounded)
+TEST_F(NotificationQueueTest, TheQueueIsBounded)
 {
     addHealth(50'000);
     EXPECT_GT(queue.dropped(), 0u);

@@ -19,7 +19,7 @@ std::string textOf(const Notification& notification, size_t index)
 
 } // namespace
 
-TEST(Notification, OfHealthCarriesTheRowsCellsAndThePreviousStatus)
+TEST(Notification, OfHealthHasTheRowsCellsAndThePreviousStatus)
 {
     const Notification notification = Notification::ofHealth({{1, 65, 1, 66}, 2, 0, "full"});
     EXPECT_EQ(notification.type, (ObjectId{1, 3, 6, 1, 4, 1, 32473, 127, 3, 1, 200, 4, 0, 1}));
@@ -34,7 +34,7 @@ TEST(Notification, OfHealthCarriesTheRowsCellsAndThePreviousStatus)
     EXPECT_EQ(notification.objects[2].second, CellValue(std::string("full")));
 }
 
-TEST(Notification, OfValueCarriesTheCellAlone)
+TEST(Notification, OfValueHasTheCellAlone)
 {
     const Notification notification = Notification::ofValue({1, 3, 6, 1, 4, 1, 32473, 5}, 42);
     EXPECT_EQ(notification.type, (ObjectId{1, 3, 6, 1, 4, 1, 32473, 127, 3, 1, 200, 4, 0, 2}));
