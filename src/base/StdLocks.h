@@ -66,6 +66,25 @@ private:
     int m_available = 0;
 };
 
+/// Qt runs a queued call after its posting, but the sanitizer cannot see the queue's lock. This one stands in
+/// for it: the poster holds it, the receiver calls followPosting() before it looks at the call.
+class PostingLock
+{
+public:
+    PostingLock() : m_lock(mutex()) {}
+
+    static void followPosting() { const PostingLock lock; }
+
+private:
+    static std::mutex& mutex()
+    {
+        static std::mutex queueMutex;
+        return queueMutex;
+    }
+
+    const std::lock_guard<std::mutex> m_lock;
+};
+
 } // namespace base
 
 #endif

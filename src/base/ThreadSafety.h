@@ -32,6 +32,17 @@ using Semaphore = StdSemaphore;
 #else
 using PlainMutex = QMutex;
 using Semaphore = QSemaphore;
+
+/// Held while a call is put into another thread's event queue. Does nothing: Qt's queue has a lock of its
+/// own.
+class PostingLock
+{
+public:
+    PostingLock() {} // not defaulted: a variable of this type must not count as unused
+
+    /// The receiver of such a call begins with this.
+    static void followPosting() {}
+};
 #endif
 
 /// A mutex with annotations. Not recursive.

@@ -11,6 +11,7 @@
 #include <vigil/ValueChangedCallback.h>
 
 #include "base/Logging.h"
+#include "base/ThreadSafety.h"
 #include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpResponse.h"
@@ -88,6 +89,12 @@ void Client::init()
     connectLog();
     onTimerReconnect();
     m_reconnectTimer->start(reconnectIntervalMs);
+}
+
+bool Client::event(QEvent* event)
+{
+    base::PostingLock::followPosting();
+    return QObject::event(event);
 }
 
 void Client::createConnections()

@@ -5,6 +5,7 @@
 #define VIGIL_CLIENT_CLIENT_H
 
 #include <QByteArray>
+#include <QEvent>
 #include <QObject>
 #include <QString>
 #include <QTimer>
@@ -40,6 +41,8 @@ class Client : public QObject
 public:
     Client();
     ~Client() override;
+
+    bool event(QEvent* event) override;
 
 signals:
     void finished();

@@ -43,16 +43,15 @@ QString toText(const Oid& oid)
     return QString::fromStdString(oid.toStdString());
 }
 
-/// Puts the client's exit into its queue; done is released once it has run. What it returns expires when the
-/// call has run or was dropped.
+/// Queues the client's exit. done is released once it has run. The result expires when the call has run or Qt
+/// has dropped it.
 std::weak_ptr<void> queueExit(Client* client, const std::shared_ptr<base::Semaphore>& done)
 {
     const auto life = std::make_shared<char>();
-    const auto exit = [client, done, life] {
+    ClientQueue::post(client, [client, done, life] {
         client->exit();
         done->release();
-    };
-    QMetaObject::invokeMethod(client, exit, Qt::QueuedConnection);
+    });
     return life;
 }
 
@@ -105,10 +104,7 @@ void VigilSnmp::startClient()
     client->moveToThread(m_clientThread);
     QObject::connect(m_clientThread, SIGNAL(started()), client, SLOT(init()));
     QObject::connect(client, SIGNAL(finished()), client, SLOT(deleteLater()));
-    {
-        const base::MutexLock lock(m_clientMutex);
-        m_client = client;
-    }
+    m_clientQueue.open(client);
     m_initialised = true;
     m_clientThread->start(QThread::InheritPriority);
 }
@@ -121,13 +117,8 @@ void VigilSnmp::pauseClient(const std::shared_ptr<ApplicationRunner::Pause>& pau
         pause->begun.release();
         pause->over.tryAcquire(1, maxPauseMs);
     };
-    {
-        const base::MutexLock lock(m_clientMutex);
-        if (!m_client)
-            return;
-        QMetaObject::invokeMethod(m_client, rest, Qt::QueuedConnection);
-    }
-    pause->begun.tryAcquire(1, pauseTimeoutMs);
+    if (m_clientQueue.post(rest))
+        pause->begun.tryAcquire(1, pauseTimeoutMs);
 }
 
 // --- Stop
@@ -168,21 +159,7 @@ void VigilSnmp::stop(const Limits& limits)
 
 bool VigilSnmp::stopClient(int timeoutMs)
 {
-    return runClientExit(takeClient(), timeoutMs) && endClientThread(timeoutMs);
-}
-
-Client* VigilSnmp::currentClient()
-{
-    const base::MutexLock lock(m_clientMutex);
-    return m_client;
-}
-
-Client* VigilSnmp::takeClient()
-{
-    const base::MutexLock lock(m_clientMutex);
-    Client* client = m_client;
-    m_client = nullptr;
-    return client;
+    return runClientExit(m_clientQueue.close(), timeoutMs) && endClientThread(timeoutMs);
 }
 
 /// Waits until the client has closed its connection. The exit is one more call in the client's queue, so
@@ -274,22 +251,6 @@ void VigilSnmp::abandon()
 
 // --- Publishing
 
-/// Hands a call over to the client: by its queue, or directly when this is already the client's thread.
-template <typename... Arguments>
-void VigilSnmp::callClient(const char* method, Arguments... arguments)
-{
-    if (ClientThread::isCurrent()) {
-        // Without the lock: what happens in the call may come back here. The client is deleted by this thread
-        // only.
-        if (Client* client = currentClient())
-            QMetaObject::invokeMethod(client, method, Qt::DirectConnection, arguments...);
-        return;
-    }
-    const base::MutexLock lock(m_clientMutex);
-    if (m_client)
-        QMetaObject::invokeMethod(m_client, method, Qt::QueuedConnection, arguments...);
-}
-
 void VigilSnmp::sendValue(const Oid& oid, const char* value, int useTraps)
 {
     sendValue(oid, std::string(value), useTraps);
@@ -297,26 +258,25 @@ void VigilSnmp::sendValue(const Oid& oid, const char* value, int useTraps)
 
 void VigilSnmp::sendValue(const Oid& oid, const std::string& value, int useTraps)
 {
-    callClient("sendValue", Q_ARG(Oid, oid), Q_ARG(QString, QString::fromStdString(value)),
-               Q_ARG(bool, useTraps == 1));
+    m_clientQueue.sendValue(oid, QString::fromStdString(value), useTraps == 1);
 }
 
 void VigilSnmp::sendValue(const Oid& oid, int value, int useTraps)
 {
-    callClient("sendValue", Q_ARG(Oid, oid), Q_ARG(qint32, value), Q_ARG(bool, useTraps == 1));
+    m_clientQueue.sendValue(oid, value, useTraps == 1);
 }
 
 void VigilSnmp::unsetOid(const Oid& oid)
 {
-    callClient("unsetOid", Q_ARG(Oid, oid));
+    m_clientQueue.unsetOid(oid);
 }
 
 void VigilSnmp::unsetOidTree(const Oid& oid)
 {
-    if (!currentClient())
+    if (!m_clientQueue.isOpen())
         return;
     base::writeLog(QStringLiteral("Unset tree %1.").arg(toText(oid)));
-    callClient("unsetOidTree", Q_ARG(Oid, oid));
+    m_clientQueue.unsetOidTree(oid);
 }
 
 // --- Registration

@@ -13,8 +13,8 @@
 
 #include <vigil/VigilSnmpInterface.h>
 
-#include "base/ThreadSafety.h"
 #include "client/ApplicationRunner.h"
+#include "client/ClientQueue.h"
 #include "client/StoreMutex.h"
 
 class CallbackStore;
@@ -98,17 +98,10 @@ private:
     void abandonWithoutThreads();
     void abandon();
 
-    Client* currentClient();
-    Client* takeClient();
     void changeStore(const char* operation, const QString& logLine,
                      const std::function<void(CallbackStore&)>& change);
 
-    template <typename... Arguments>
-    void callClient(const char* method, Arguments... arguments);
-
-    base::Mutex
-        m_clientMutex; // held while a call is put into the client's queue, so that it is there to get it
-    Client* m_client VIGIL_GUARDED_BY(m_clientMutex) = nullptr;
+    ClientQueue m_clientQueue;
     ClientThread* m_clientThread = nullptr;
     std::shared_ptr<SnmpTableManager> m_tableManager;
     std::shared_ptr<CallbackStore> m_callbackStore; // guarded by m_storeMutex

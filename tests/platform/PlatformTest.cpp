@@ -2,13 +2,13 @@
 // SPDX-License-Identifier: MIT
 
 #include "platform/Platform.h"
+#include "base/ThreadSafety.h"
 
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFileInfo>
-#include <QSemaphore>
 #include <QSysInfo>
 
 #include <atomic>
@@ -47,9 +47,9 @@ TEST(PlatformThread, RunsItsRoutineOnAnotherThreadAndEnds)
 
 TEST(PlatformThread, JoinComesBackAtItsLimitWhileTheThreadRuns)
 {
-    QSemaphore mayEnd;
+    base::Semaphore mayEnd;
     const auto thread = platform::Thread::start([&mayEnd] {
-        mayEnd.acquire();
+        mayEnd.tryAcquire(1, longMs);
         return 0;
     });
     ASSERT_TRUE(thread);
@@ -74,11 +74,11 @@ TEST(PlatformThread, JoinMayBeRepeatedAfterTheEnd)
 
 TEST(PlatformThread, KnowsItself)
 {
-    QSemaphore known;
+    base::Semaphore known;
     std::unique_ptr<platform::Thread> thread;
     std::atomic<bool> isCurrent{false};
     thread = platform::Thread::start([&] {
-        known.acquire();
+        known.tryAcquire(1, longMs);
         isCurrent = thread->isCurrent();
         return 0;
     });
@@ -92,10 +92,10 @@ TEST(PlatformThread, KnowsItself)
 
 TEST(PlatformThread, MayOutliveItsObject)
 {
-    QSemaphore mayEnd;
-    QSemaphore ended;
+    base::Semaphore mayEnd;
+    base::Semaphore ended;
     platform::Thread::start([&] {
-        mayEnd.acquire();
+        mayEnd.tryAcquire(1, longMs);
         ended.release();
         return 0;
     }).reset();

@@ -117,6 +117,7 @@ private:
     void stop()
     {
         execute([this] { m_stopped = true; });
+        m_ended.get_future().wait(); // the thread sanitizer does not see Qt's wait()
         wait();
     }
 
@@ -133,6 +134,7 @@ private:
         m_connections.clear();
         m_portHolder.reset();
         m_server.reset();
+        m_ended.set_value();
     }
 
     void runCommands()
@@ -266,6 +268,7 @@ private:
     int m_closeAfter = 0;
     bool m_isReading = true;
     bool m_stopped = false;
+    std::promise<void> m_ended;
 };
 
 FakeService::FakeService() : m_thread(std::make_unique<FakeServiceThread>(*this)) {}
