@@ -11,8 +11,8 @@
 
 #include "health/MetricStore.h"
 
-/// The health check that createHealthCheck() makes: see vigil::HealthCheck. Counts itself among the living
-/// checks of the process; the last one to go stops the library.
+/// The implementation of vigil::HealthCheck, created by createHealthCheck(). The last check of the process
+/// stops the library.
 class HealthCheckImpl : public vigil::HealthCheck
 {
 public:

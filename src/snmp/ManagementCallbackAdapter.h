@@ -9,13 +9,12 @@
 class ManagementHandler;
 class SnmpMgmFuncTable;
 
-/// Turns the manager's SETs of a management row into calls of the application's handler.
+/// Turns a manager's SETs of a management row into calls of the application's handler.
 ///
-/// Every SET is accepted, and the cell returns to its idle value at once, whatever was set: 1 for the
-/// triggers, the empty text for the command. Only 2, and the empty text, do anything; without a handler
-/// nothing does.
+/// Accepts every SET and resets the cell at once, a trigger to 1 and the command to the empty text. Only 2 on
+/// a trigger and the empty text on the command call the handler.
 ///
-/// Threads: called on the client thread. Ownership: owned by the management row, owns neither handler nor
+/// Threads: called on the client thread. Ownership: the management row owns it; it owns neither handler nor
 /// table.
 class ManagementCallbackAdapter : public vigil::ValueChangedCallback
 {

@@ -9,13 +9,12 @@
 class RemoteMetricObserver;
 class SnmpMetricTable;
 
-/// Turns the manager's SETs of a metric's range cells into new ranges of the metric, with the application's
-/// consent.
+/// Turns a manager's SETs of range cells into new ranges of the metric, with the application's consent.
 ///
-/// Consent is asked for in the validation only; a committed value is applied. Integer SETs on a metric's row
-/// are accepted and change nothing.
+/// Only the validation asks for consent; a committed range is applied. Integer SETs are accepted and change
+/// nothing.
 ///
-/// Threads: called on the client thread. Ownership: owned by the metric's row, owns neither observer nor
+/// Threads: called on the client thread. Ownership: the metric's row owns it; it owns neither observer nor
 /// table.
 class RangeCallbackAdapter : public vigil::ValueChangedCallback
 {

@@ -11,10 +11,10 @@ class Metric;
 class Range;
 } // namespace vigil
 
-/// How a metric takes part in the manager's changes of its ranges.
+/// A metric with ranges writable for a manager.
 ///
 /// Threads: checkRangeChange(), applyRange() and onRangeChanged() are called on the client thread, with the
-/// callback store's lock held. Ownership: not owned by whoever holds it.
+/// callback store's lock held. Ownership: the metric owns itself; connector and adapter only point to it.
 class RemoteMetricObserver
 {
 public:
@@ -23,12 +23,12 @@ public:
     /// Whether the application accepts the new range.
     virtual bool checkRangeChange(RangeKind kind, const vigil::Range& range) = 0;
 
-    /// The range of that kind has been replaced.
+    /// Called after applyRange().
     virtual void onRangeChanged(RangeKind kind) = 0;
 
     virtual ~RemoteMetricObserver() = default;
 
-    /// Replaces the range of that kind, without publishing it.
+    /// Replaces the range without publishing it.
     virtual void applyRange(RangeKind kind, const vigil::Range& range) = 0;
 };
 

@@ -84,8 +84,7 @@ void SnmpConnector::publishResult(const ResultEntry& entry)
 
 void SnmpConnector::addMetric(const std::string& name)
 {
-    // A metric of this name may be there already, with a callback that must leave the store before its row
-    // goes.
+    // An earlier metric of this name may have a callback: deregister it before its row is replaced.
     m_metricTable.removeRowCallback(name);
     m_metricTable.createRow(name);
     m_metricTable.setIntColumn(name, SnmpMetricTable::remoteChangeIndex, 0);

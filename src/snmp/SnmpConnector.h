@@ -21,17 +21,17 @@ class MetricStore;
 
 /// Publishes one health check as rows of the five SNMP tables.
 ///
-/// Purpose: decides what goes into which table, and when. The check's own row exists as long as the
-/// connector; metric rows follow addMetric() and removeMetric(), result rows follow updateResults(), the
-/// management row comes with a handler and stays.
+/// Purpose: fills the tables. The check's own row exists as long as the connector. Metric rows follow
+/// addMetric() and removeMetric(); result rows follow updateResults(). The first management handler creates
+/// the management row, and the row stays.
 ///
-/// Threads: the thread that drives the health check; updateMetric() and updateResults() also on the client
-/// thread, when an application republishes from inside a callback.
+/// Threads: the thread of the health check; updateMetric() and updateResults() also the client thread if an
+/// application publishes inside a callback.
 ///
-/// Ownership: owned by its health check, which it only points to. Owns the tables of metrics, results and
-/// performance data; shares the other two while their manager lives.
+/// Ownership: the health check owns its connector. The connector owns the tables of metrics, results and
+/// performance data; it shares the other two while SnmpTableManager lives.
 ///
-/// Failure: nothing is reported. Without the shared tables their part of an operation is left out.
+/// Failure: nothing is reported. After the library has stopped, operations skip the shared tables.
 class SnmpConnector : public Connector
 {
 public:
@@ -61,8 +61,7 @@ private:
     const StringPair m_key;
 };
 
-/// The connector for a health check. Other kinds of connector may want the check's metric store; this one
-/// does not.
+/// The connector for a health check. store is for other kinds of connector; SnmpConnector does not need it.
 std::unique_ptr<Connector> createConnector(vigil::HealthCheck* healthCheck,
                                            const std::shared_ptr<MetricStore>& store);
 

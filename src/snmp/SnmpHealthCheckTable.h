@@ -12,7 +12,7 @@ class SnmpHealthCheckTable : public SnmpTable<StringPair>
 public:
     SnmpHealthCheckTable();
 
-    /// Writes the row of the check with these keys, and makes it when there is none.
+    /// Writes the row of the check with these keys and creates it if absent.
     void setRow(const StringPair& key, unsigned int status, const std::string& summary);
 };
 

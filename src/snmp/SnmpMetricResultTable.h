@@ -12,7 +12,7 @@ class SnmpMetricResultTable : public SnmpTable<std::string>
 public:
     SnmpMetricResultTable(const std::string& firstKey, const std::string& secondKey);
 
-    /// Writes the row of the result with this name, and makes it when there is none.
+    /// Writes the row of the result with this name and creates it if absent.
     void setRow(const std::string& name, unsigned int status, const std::string& summary);
 };
 

@@ -16,8 +16,8 @@ public:
 
     SnmpMetricTable(const std::string& firstKey, const std::string& secondKey);
 
-    /// Writes unit and ranges of a metric whose row exists. Unlike in the other tables no row is made: an
-    /// update may come before the metric is announced.
+    /// Writes unit and ranges of a metric if its row exists. Unlike the other tables, this one creates no row
+    /// here: a metric may be updated before it is announced.
     void setRow(const std::string& name, const std::string& unit, const std::string& warning,
                 const std::string& critical);
 };

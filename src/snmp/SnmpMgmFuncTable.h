@@ -15,7 +15,7 @@ public:
 
     SnmpMgmFuncTable();
 
-    /// Writes the row of the check with these keys, and makes it when there is none.
+    /// Writes the row of the check with these keys and creates it if absent.
     void setRow(const StringPair& key, unsigned int trigger1, int trigger2, int trigger3, int trigger4,
                 const std::string& command);
 };

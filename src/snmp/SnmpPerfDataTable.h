@@ -6,13 +6,13 @@
 
 #include "snmp/SnmpTable.h"
 
-/// One row for each result that has numbers to show. All columns are texts. Read-only for the manager.
+/// One row for each result with performance data. All columns are texts. Read-only for the manager.
 class SnmpPerfDataTable : public SnmpTable<std::string>
 {
 public:
     SnmpPerfDataTable(const std::string& firstKey, const std::string& secondKey);
 
-    /// Writes the row of the result with this name, and makes it when there is none.
+    /// Writes the row of the result with this name and creates it if absent.
     void setRow(const std::string& name, const std::string& label, const std::string& value,
                 const std::string& unit, const std::string& warning, const std::string& critical);
 };

@@ -230,7 +230,7 @@ template <typename Key>
 void SnmpTable<Key>::removeRowCallback(const Key& key)
 {
     if (!hasRowCallback(key))
-        return; // without touching the store's lock: an application may be updating from inside a callback
+        return; // not touching the store's lock: an application may be updating inside a callback
     const CallbackStoreLock store;
     const base::MutexLock lock(m_rowsMutex);
     const auto row = m_rows.find(key);

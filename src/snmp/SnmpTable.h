@@ -20,24 +20,23 @@ namespace vigil {
 class ValueChangedCallback;
 }
 
-/// A conceptual SNMP table whose rows are named by a text or by a pair of texts.
+/// A conceptual SNMP table with a text or a pair of texts as index.
 ///
-/// Purpose: knows the object identifier of each cell, writes and withdraws cells through the service facade,
-/// and routes SETs of a row's cells to the row's callback. What goes into which column is decided by the
-/// derived classes and by SnmpConnector.
+/// Purpose: builds the object identifiers of the cells, writes and withdraws cells through the facade, and
+/// routes SETs of a row's cells to the row's callback. The derived classes and SnmpConnector choose the
+/// contents.
 ///
-/// A cell's identifier is the entry's, the column number, the index prefix and the row's index. A text in an
-/// index is its length and one arc for each byte. "Column index" means the place in the list of columns; the
-/// column number is what stands in the identifier.
+/// The identifier of a cell is the entry's, the column number, the index prefix and the row's index. A text
+/// in an index is its length and one arc for each byte. A column index is a position in the list of columns;
+/// a column number is an arc in an identifier.
 ///
-/// Threads: used on the thread of the health check, and on the client thread when an application republishes
-/// from inside a callback; the rows have a lock of their own for that. It is taken after the callback
-/// store's.
+/// Threads: the thread of the health check, and the client thread if an application publishes inside a
+/// callback. A lock guards the rows; it is taken after the callback store's.
 ///
-/// Ownership: a row owns its callback; the callback store only points to it. Destroying a table withdraws
-/// nothing and deregisters nothing: remove the rows first.
+/// Ownership: a row owns its callback; the callback store only points to it. The destructor withdraws and
+/// deregisters nothing: remove the rows first.
 ///
-/// Failure: operations on rows that do not exist do nothing. The service gives no answer to what is written.
+/// Failure: operations on missing rows do nothing. The service does not acknowledge values.
 template <typename Key>
 class SnmpTable
 {
@@ -46,12 +45,11 @@ public:
     SnmpTable(const SnmpTable&) = delete;
     SnmpTable& operator=(const SnmpTable&) = delete;
 
-    /// The index of a text: its length, then its bytes as signed characters, which sends bytes from 0x80 up
-    /// to the far end of the arcs. Throws a text when id has more than 4294967295 bytes.
+    /// The index of a text: its length, then its bytes, sign-extended: 0x80 to 0xFF become 4294967168 to
+    /// 4294967295. Throws a text if id has more than 4294967295 bytes.
     static vigil::Oid makeVarLenStringOid(const std::string& id);
 
-    /// The first arc of makeVarLenStringOid(), for a text of that many bytes. On its own so that its limit
-    /// can be tested without a text of 4 GiB.
+    /// The first arc of makeVarLenStringOid(). Separate, so that a test of its limit needs no text of 4 GiB.
     static unsigned int makeLengthArc(std::uint64_t length);
 
     vigil::Oid indexOid(const Key& key) const;
@@ -59,8 +57,7 @@ public:
     bool hasRow(const Key& key) const;
     bool hasRowCallback(const Key& key) const;
 
-    /// Makes the row, or makes it anew: then it loses its callback, which must have been removed before.
-    /// Writes nothing.
+    /// Creates or replaces the row; writes nothing. Remove the callback of a row before replacing it.
     void createRow(const Key& key);
 
     void setIntColumn(const Key& key, int columnIndex, unsigned int value);
@@ -69,26 +66,25 @@ public:
     void removeRow(const Key& key);
     void removeAllRows();
 
-    /// Routes SETs of all cells of the row to callback, in place of an earlier one. Without such a row the
-    /// callback is destroyed.
+    /// Routes SETs of all cells of the row to callback; it replaces an earlier one. Destroys callback if the
+    /// row is missing.
     void setRowCallback(const Key& key, std::unique_ptr<vigil::ValueChangedCallback> callback);
 
-    /// When it returns, no call of the row's callback is under way.
+    /// Waits for a call of the row's callback in progress.
     void removeRowCallback(const Key& key);
 
-    /// The column index of the column that contains oid, or all bits set. The other variant answers the
-    /// number that the adapters take for "no column": 4 for tables keyed by a text, 5 for those keyed by a
-    /// pair.
+    /// The column index of oid. For an oid outside all columns, columnIndexOf() returns all bits set;
+    /// columnIndexOrNone() returns 4 for tables keyed by a text and 5 for tables keyed by a pair.
     unsigned int columnIndexOf(const vigil::Oid& oid) const;
     unsigned int columnIndexOrNone(const vigil::Oid& oid) const;
 
 protected:
     SnmpTable(const std::string& entry, std::vector<unsigned int> columns);
 
-    /// Called on no occasion yet; a place for tables that want to know of changes.
+    /// A hook for derived classes; not called yet.
     virtual void onTableEvent();
 
-    /// Adds key to the part of the index that all rows share.
+    /// Adds key to the index prefix, the part of the index shared by all rows.
     void appendIndexPrefix(const Key& key);
 
     void createRowIfAbsent(const Key& key);

@@ -7,8 +7,10 @@
 #include "snmp/SnmpHealthCheckTable.h"
 #include "snmp/SnmpMgmFuncTable.h"
 
-/// The two tables with a row for each health check, which all connectors share. The facade owns it;
-/// connectors hold weak references, so those that outlive the facade's cleanup leave the shared tables alone.
+/// The two tables with a row for each health check, shared by all connectors.
+///
+/// Ownership: the facade owns it. Connectors hold weak references and skip these tables after the facade's
+/// cleanup.
 class SnmpTableManager
 {
 public:

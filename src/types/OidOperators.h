@@ -8,8 +8,7 @@
 
 namespace vigil {
 
-// Kept out of the public header: applications compare with Oid::compare(), the library keys its maps by
-// these.
+// Not in the public header: the library keys its maps by these, applications call Oid::compare().
 
 inline bool operator==(const Oid& left, const Oid& right)
 {

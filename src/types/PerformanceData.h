@@ -8,8 +8,8 @@
 
 #include <vigil/Range.h>
 
-/// The numeric side of one metric's outcome: what a graph needs. Texts are UTF-8; ranges are kept as text,
-/// since that is all that is ever published of them. A plain value without locks.
+/// The numbers of one metric's result, for graphs. Texts are UTF-8. Ranges are stored as text, the form they
+/// are published in.
 class PerformanceData
 {
 public:

@@ -10,8 +10,7 @@
 
 #include "types/PerformanceData.h"
 
-/// What one evaluation of one metric gave: the result, and its numbers unless the metric has none to show
-/// (then perfData is null).
+/// The outcome of one evaluation of one metric. perfData is null for a metric without performance data.
 struct ResultEntry
 {
     vigil::Result result;

@@ -13,15 +13,15 @@ namespace vigil {
 class HealthCheck;
 }
 
-/// Writes the one line that stands for a whole health check. Stateless; texts are UTF-8.
+/// Writes the one-line summary of a health check. Stateless; texts are UTF-8.
 class Summary
 {
 public:
-    /// For a check whose results are all OK: its description.
+    /// The summary if all results are OK: the check's description.
     virtual std::string summarizeOk(const vigil::HealthCheck& check,
                                     const std::vector<ResultEntry>& entries) const;
 
-    /// For any other check: its description, " - " and the texts of everything that is not OK.
+    /// The summary otherwise: the description, " - " and the texts of all results other than OK.
     virtual std::string summarizeProblems(const vigil::HealthCheck& check,
                                           const std::vector<ResultEntry>& entries) const;
 

@@ -10,8 +10,8 @@
 
 #include "types/ResultEntry.h"
 
-/// The most severe status of the list, in the order OK < UNKNOWN < WARNING < CRITICAL: a metric that could
-/// not be judged must not hide one that is known to be bad. UNKNOWN for an empty list.
+/// The most severe status of the list, UNKNOWN if it is empty. The order is OK < UNKNOWN < WARNING <
+/// CRITICAL: a metric without a result must not hide a known problem.
 vigil::HealthStatus worstStatus(const std::vector<ResultEntry>& entries);
 
 #endif
