@@ -6,10 +6,10 @@
 
 #include <string>
 
-/// Writes one line to standard output at once. Any thread; lines never mix.
+/// Writes one line to standard output and flushes it. Callable from any thread; lines never mix.
 void say(const std::string& line);
 
-/// The same on standard error.
+/// As say(), on standard error.
 void complain(const std::string& line);
 
 #endif

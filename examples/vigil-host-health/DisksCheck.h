@@ -12,8 +12,8 @@
 #include "Options.h"
 #include "WatchedMetric.h"
 
-/// The use of each disk, under the name of the place where it is mounted, and the number of disks. Metrics
-/// come and go with the disks.
+/// The use of each disk, named by its mount point, and the number of disks. Metrics come and go with the
+/// disks.
 class DisksCheck : public HostCheck
 {
 public:

@@ -8,7 +8,7 @@
 
 #include <memory>
 
-// The library's objects end with operations of their own instead of delete.
+// The library's objects are ended by destroy() and remove(), not by delete.
 
 struct DestroyCheck
 {

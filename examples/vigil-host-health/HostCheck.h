@@ -8,8 +8,8 @@
 
 #include "Handles.h"
 
-/// What the checks of this program have in common: a health check below the key "host" that takes the
-/// manager's triggers. Used on the main thread. The handler must outlive it.
+/// The base of this program's checks: a health check under the first key "host", with management functions.
+/// Used on the main thread. The handler must outlive it.
 class HostCheck
 {
 public:
@@ -18,11 +18,11 @@ public:
     HostCheck(const HostCheck&) = delete;
     HostCheck& operator=(const HostCheck&) = delete;
 
-    /// Reads the host's values, publishes them and says on the console what they are.
+    /// Reads the host's values, publishes them and writes them to the console.
     void update();
 
 protected:
-    /// Sets the metrics. Returns them as a text for the console.
+    /// Sets the metrics. Returns their values as a text for the console.
     virtual std::string readValues() = 0;
 
     vigil::HealthCheck& check() { return *m_check; }

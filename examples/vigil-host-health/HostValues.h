@@ -8,20 +8,20 @@
 #include <string>
 #include <vector>
 
-/// What the operating system says about this machine: the seam between the checks and the system, with one
-/// source file for each system. Every function reads afresh and gives nothing when the system does not tell.
-/// To be called from one thread at a time.
+/// The values of this machine: one header, with one source file for each operating system. Every call reads
+/// the system again and returns nothing if the system does not provide the value. Call from one thread at a
+/// time.
 namespace host {
 
-/// A disk of this machine that is mounted, under the name that the system gives to the place.
+/// A mounted disk, named by its mount point.
 struct Disk
 {
     std::string name;
     double usePercent = 0.0;
 };
 
-/// How busy the processors are, as a share of all of them: 1 is a machine with just enough to do. A mean over
-/// the last minute, or over the time since the last call where the system keeps no such mean.
+/// The load divided by the number of processors; 1 means all of them are busy. The mean of the last minute,
+/// or of the time since the last call if the system keeps no such mean.
 std::optional<double> loadPerCore();
 
 std::optional<double> memoryUsePercent();
@@ -32,7 +32,7 @@ std::optional<double> swapUsePercent();
 std::optional<double> uptimeHours();
 std::optional<double> processCount();
 
-/// Local disks only: a server that does not answer must not stop the program.
+/// Local disks only: a hanging file server must not stop the program.
 std::optional<std::vector<Disk>> disks();
 
 } // namespace host

@@ -24,7 +24,7 @@ std::string readFile(const char* path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// As df shows it: of what is not kept for the administrator. Nothing for a disk without a size.
+/// As df shows it: without the blocks reserved for the administrator. Nothing for a disk without a size.
 std::optional<double> usePercentOf(const std::string& mountPoint)
 {
     struct statvfs info = {};

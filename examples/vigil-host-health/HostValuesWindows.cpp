@@ -7,7 +7,7 @@
 #define NOMINMAX
 #endif
 #include <windows.h>
-// windows.h comes first.
+// psapi.h needs windows.h before it.
 #include <psapi.h>
 
 namespace host {
@@ -70,7 +70,7 @@ std::optional<double> memoryUsePercent()
     return status ? std::optional(usedPercent(status->ullTotalPhys, status->ullAvailPhys)) : std::nullopt;
 }
 
-/// The page files' part of what the system can promise to programs.
+/// The use of the page files: the commit limit without the physical memory.
 std::optional<double> swapUsePercent()
 {
     const auto status = memoryStatus();

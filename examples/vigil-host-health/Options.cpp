@@ -26,7 +26,7 @@ constexpr Quantity quantities[] = {
     {"load", "load per core", &Options::load, "~:1.5", "~:4"},
     {"memory", "use of memory in %", &Options::memory, "~:85", "~:95"},
     {"swap", "use of swap space in %", &Options::swap, "~:50", "~:80"},
-    {"uptime", "hours since the start", &Options::uptime, "off", "off"},
+    {"uptime", "hours since boot", &Options::uptime, "off", "off"},
     {"processes", "number of processes", &Options::processes, "~:2000", "~:5000"},
     {"disk", "use of each disk in %", &Options::disk, "~:85", "~:95"},
 };
@@ -58,7 +58,7 @@ std::string parseRange(const std::string& name, const std::string& value, Range&
     return {};
 }
 
-/// The range that an option sets, or null.
+/// The range set by option name, or null for another option.
 Range* findRange(Options& options, const std::string& name)
 {
     for (const Quantity& quantity : quantities) {
@@ -115,7 +115,8 @@ std::string Options::help()
         text << column(quantity.name, 9) << column(quantity.meaning, 24) << column(quantity.warning, 6)
              << "  " << quantity.critical << '\n';
     }
-    text << "\nRANGE holds the acceptable values: 10 (0 to 10), 10: (10 and more), ~:10 (10 and less),\n"
-            "10:20, @10:20 (outside 10 to 20), off.\n";
+    text
+        << "\nRANGE is the range of acceptable values: 10 (0 to 10), 10: (10 and more), ~:10 (10 and less),\n"
+           "10:20, @10:20 (outside 10 to 20), off.\n";
     return text.str();
 }

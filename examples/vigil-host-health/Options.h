@@ -16,14 +16,14 @@ struct Thresholds
     vigil::Range critical;
 };
 
-/// What the command line asks for. Every value is checked here.
+/// The command line, with all values checked.
 struct Options
 {
     enum class Action { Run, ShowHelp, Fail };
 
     Options(); ///< the defaults
 
-    /// Reads the arguments, without the program's name. When it fails, problem says why.
+    /// Reads the arguments, without the program's name. On Fail, problem has the reason.
     Action parse(const std::vector<std::string>& arguments, std::string& problem);
 
     static std::string help();

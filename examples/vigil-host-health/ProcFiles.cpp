@@ -15,7 +15,7 @@ namespace procfiles {
 
 namespace {
 
-/// The kernel writes numbers in one way, whatever the user's locale.
+/// The kernel's numbers do not depend on the user's locale.
 template <typename Text>
 Text inClassicLocale(const std::string& text)
 {
@@ -50,7 +50,7 @@ Amounts parseAmounts(const std::string& text)
     return amounts;
 }
 
-/// Nothing unless both amounts are there and the whole is larger than 0.
+/// Nothing unless both amounts exist and the whole is above 0.
 std::optional<double> usedPercent(const Amounts& amounts, const char* wholeName, const char* freeName)
 {
     const auto whole = amounts.find(wholeName);
@@ -65,7 +65,7 @@ bool isOctalDigit(char c)
     return c >= '0' && c <= '7';
 }
 
-/// Blanks and backslashes in names are written as three octal digits behind a backslash.
+/// A blank or backslash in a name is written as a backslash and three octal digits.
 std::string unescape(const std::string& text)
 {
     std::string plain;
@@ -97,7 +97,7 @@ std::optional<Mount> parseMount(const std::string& line)
     return Mount{fields[2], unescape(fields[3]), unescape(fields[4]), separator[1], unescape(separator[2])};
 }
 
-/// Images that are full from the day they are made.
+/// Read-only images, always full.
 bool isImage(const std::string& fileSystem)
 {
     static const std::array<std::string, 4> images = {"squashfs", "erofs", "iso9660", "udf"};
@@ -109,7 +109,7 @@ bool isDisk(const Mount& mount)
     return mount.source.rfind("/dev/", 0) == 0 && !isImage(mount.fileSystem);
 }
 
-/// Single files and folders of a disk, mounted a second time elsewhere, stand back behind the disk itself.
+/// A whole disk is better than a bind mount of one of its folders; otherwise the shorter name is better.
 bool isBetter(const Mount& candidate, const Mount& known)
 {
     const bool isWhole = candidate.root == "/";
@@ -153,7 +153,7 @@ std::vector<Mount> parseMounts(const std::string& text)
 
 std::vector<Mount> selectDisks(const std::vector<Mount>& mounts)
 {
-    std::map<std::string, Mount> best; // by source: volumes of one pool have devices of their own
+    std::map<std::string, Mount> best; // by source: each volume of a pool has its own device number
     for (const Mount& mount : mounts) {
         if (!isDisk(mount))
             continue;

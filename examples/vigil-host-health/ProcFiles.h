@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-/// Understands the text of Linux's /proc files. Reads no file itself, so that it can be tested with any text.
-/// Text that is not what it should be gives nothing.
+/// Parses the text of Linux's /proc files. The functions read no file, so tests can pass any text. Malformed
+/// text gives nothing.
 namespace procfiles {
 
 struct MemoryUse
@@ -21,7 +21,7 @@ struct MemoryUse
 struct Mount
 {
     std::string device; ///< "major:minor"
-    std::string root;   ///< what of the file system is mounted; "/" is all of it
+    std::string root;   ///< the mounted folder of the file system; "/" is all of it
     std::string mountPoint;
     std::string fileSystem;
     std::string source;
@@ -30,20 +30,20 @@ struct Mount
 /// The mean of the last minute in /proc/loadavg.
 std::optional<double> parseLoad(const std::string& text);
 
-/// /proc/meminfo. Memory that the kernel can give back at once does not count as used.
+/// /proc/meminfo. Memory available at once, such as caches, does not count as used.
 std::optional<MemoryUse> parseMemory(const std::string& text);
 
 /// /proc/uptime.
 std::optional<double> parseUptimeSeconds(const std::string& text);
 
-/// /proc/self/mountinfo. Lines that are not understood are left out.
+/// /proc/self/mountinfo. Malformed lines are skipped.
 std::vector<Mount> parseMounts(const std::string& text);
 
-/// The mounts of disks with something of their own to fill up, each device once, at the place with the
-/// shortest name. When there is none, as in most containers, the root whatever it is.
+/// The mounted disks, without read-only images; each device once, at its shortest mount point. Without any
+/// such disk, as in most containers, the root file system.
 std::vector<Mount> selectDisks(const std::vector<Mount>& mounts);
 
-/// Whether an entry of /proc is a process: a name of digits.
+/// True if an entry of /proc is a process: its name is a number.
 bool isProcessName(const std::string& name);
 
 } // namespace procfiles

@@ -6,15 +6,15 @@
 
 #include <vigil/vigil.h>
 
-/// Decides on the ranges that a manager wants to set: one without an upper bound would never tell of a
-/// machine that is full, so it is refused. Called on the library's client thread.
+/// Accepts a manager's range only if it has an upper bound; without one a full machine would raise no alarm.
+/// Called on the library's client thread.
 class RangeGuard : public vigil::RangeChangeHandler
 {
 public:
     bool acceptRangeChange(vigil::ScalarMetric* metric, vigil::RangeKind kind,
                            const vigil::Range& range) override;
 
-    /// Publishes the range anew, so that the manager finds the new text after a reconnection, too.
+    /// Publishes the new range, so that managers still read it after a reconnect.
     void rangeChanged(vigil::ScalarMetric* metric, vigil::RangeKind kind) override;
 };
 

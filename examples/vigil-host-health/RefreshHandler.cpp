@@ -11,7 +11,7 @@ namespace {
 
 void sayUnused(int function)
 {
-    say("Management function " + std::to_string(function) + " has no meaning in this program.");
+    say("Management function " + std::to_string(function) + " does nothing in this program.");
 }
 
 } // namespace

@@ -8,8 +8,8 @@
 
 #include "UpdateClock.h"
 
-/// The management functions: function 1 updates everything at once, the others have no meaning here. Called
-/// on the library's client thread, which must not be kept waiting: the update is left to the main loop.
+/// The management functions: function 1 updates everything at once, the others do nothing. Called on the
+/// library's client thread, so it leaves the update to the main loop.
 class RefreshHandler : public vigil::ManagementHandler
 {
 public:

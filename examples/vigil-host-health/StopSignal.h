@@ -4,8 +4,8 @@
 #ifndef VIGIL_HOST_HEALTH_STOPSIGNAL_H
 #define VIGIL_HOST_HEALTH_STOPSIGNAL_H
 
-/// Turns SIGINT (Ctrl-C) and SIGTERM into a wish to stop that the main loop asks for. A signal handler may do
-/// next to nothing, and nothing of the library: it sets a flag.
+/// Remembers SIGINT (Ctrl-C) and SIGTERM until the main loop asks. A signal handler must not call the
+/// library; this one sets a flag.
 namespace stopsignal {
 
 void install();

@@ -27,7 +27,7 @@ std::string SystemCheck::readValues()
     missing += !m_uptime.set(host::uptimeHours());
     missing += !m_processes.set(host::processCount());
     m_readings->setStatus(missing == 0 ? HealthStatus::Ok : HealthStatus::Unknown);
-    m_readings->setInfo(missing == 0 ? "all values are fresh"
+    m_readings->setInfo(missing == 0 ? "all values are up to date"
                                      : std::to_string(missing) + " values could not be read");
     return m_load.text() + ", " + m_memory.text() + ", " + m_swap.text() + ", " + m_uptime.text() + ", " +
            m_processes.text();

@@ -8,7 +8,7 @@
 #include "Options.h"
 #include "WatchedMetric.h"
 
-/// Load, memory, swap space, uptime and processes, and whether all of them could be read.
+/// Load, memory, swap space, uptime and processes, and whether all of them are readable.
 class SystemCheck : public HostCheck
 {
 public:

@@ -9,10 +9,10 @@
 #include <functional>
 #include <mutex>
 
-/// Tells the main loop when to update next: at its interval, or at once when somebody asks for it.
+/// The pace of the main loop: an update at each interval, and at once on request.
 ///
-/// The library calls handlers on its client thread, which must not be kept; they hand their wish over here.
-/// requestNow() may be called from any thread, wait() from one.
+/// The library calls handlers on its client thread, and they must return quickly; requestNow() lets them ask
+/// for an update. Any thread may call requestNow(), one thread wait().
 class UpdateClock
 {
 public:
@@ -22,12 +22,12 @@ public:
 
     void requestNow();
 
-    /// Requests made since the last call are one; none is lost.
+    /// Blocks until the next update is due. Requests since the last call count as one.
     Wake wait();
 
 private:
     const std::chrono::milliseconds m_interval;
-    const std::function<bool()> m_isStopWanted; // cannot wake anybody, so it is asked now and then
+    const std::function<bool()> m_isStopWanted; // polled, because a signal handler cannot wake wait()
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_isRequested = false;

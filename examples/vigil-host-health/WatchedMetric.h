@@ -10,8 +10,8 @@
 #include "Handles.h"
 #include "Options.h"
 
-/// A value of the host as a scalar metric whose ranges the manager may change with the handler's consent. The
-/// handler must outlive it.
+/// A value of the host as a scalar metric; a manager may change its ranges if the handler agrees. The handler
+/// must outlive it.
 class WatchedMetric
 {
 public:
@@ -21,7 +21,7 @@ public:
     WatchedMetric(const WatchedMetric&) = delete;
     WatchedMetric& operator=(const WatchedMetric&) = delete;
 
-    /// Without a value the last one stays. Returns whether there was one.
+    /// Keeps the last value if there is no new one. Returns whether there was a new one.
     bool set(std::optional<double> value);
 
     /// Name, value and unit, for the console.

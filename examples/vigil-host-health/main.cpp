@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// Publishes the health of the machine it runs on: load, memory, swap space, uptime, processes and disks.
+// Publishes the health of this machine: load, memory, swap space, uptime, processes and disks.
 
 #include <exception>
 #include <iostream>
