@@ -83,6 +83,7 @@ install(FILES
   ${PROJECT_SOURCE_DIR}/LICENSE
   ${PROJECT_SOURCE_DIR}/README.md
   ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+  ${PROJECT_SOURCE_DIR}/docs/abi.md
   ${PROJECT_SOURCE_DIR}/docs/architecture.md
   ${PROJECT_SOURCE_DIR}/docs/building.md
   ${PROJECT_SOURCE_DIR}/docs/operations.md

@@ -1,24 +1,34 @@
 # SPDX-FileCopyrightText: 2026 The Vigil authors
 # SPDX-License-Identifier: MIT
 
-# Run by CTest, see CMakeLists.txt.
+# Fails unless LIBRARY exports exactly the names in LIST. Run by CTest, see CMakeLists.txt.
 cmake_policy(SET CMP0057 NEW) # if(IN_LIST)
 
-execute_process(COMMAND ${OBJDUMP} -p ${LIBRARY} OUTPUT_VARIABLE output RESULT_VARIABLE result)
-string(FIND "${output}" "[Ordinal/Name Pointer] Table" position)
-if(NOT result EQUAL 0 OR position EQUAL -1)
-  message(FATAL_ERROR "${OBJDUMP} -p ${LIBRARY} ended with ${result} and shows no exports")
-endif()
-string(SUBSTRING "${output}" ${position} -1 output)
-set(line_pattern "\n\t\\[ *[0-9]+\\][^\n]* ([_A-Za-z0-9]+)")
-string(REGEX MATCHALL "${line_pattern}" lines "${output}")
-set(found "")
-foreach(line IN LISTS lines)
-  string(REGEX REPLACE "${line_pattern}" "\\1" name "${line}")
-  list(APPEND found ${name})
-endforeach()
+function(run_tool)
+  execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE output RESULT_VARIABLE result)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "${ARGN} ended with ${result}")
+  endif()
+  set(output "${output}" PARENT_SCOPE)
+endfunction()
 
 file(STRINGS ${LIST} expected)
+if(WINDOWS)
+  run_tool(${OBJDUMP} -p ${LIBRARY})
+  string(REGEX REPLACE "^.*\\[Ordinal/Name Pointer\\] Table" "" output "${output}")
+  set(line_pattern "\n\t\\[ *[0-9]+\\][^\n]* ([_A-Za-z0-9]+)")
+else()
+  # Weak symbols, first of all vtables and type information, depend on compiler and optimisation.
+  run_tool(${NM} -D --defined-only ${LIBRARY})
+  list(FILTER expected EXCLUDE REGEX "^_ZT")
+  set(line_pattern "[0-9a-f]+ [A-UX-Z] ([_A-Za-z0-9]+)")
+endif()
+string(REGEX MATCHALL "${line_pattern}" lines "${output}")
+if(NOT lines)
+  message(FATAL_ERROR "${LIBRARY} shows no exports")
+endif()
+list(TRANSFORM lines REPLACE "${line_pattern}" "\\1" OUTPUT_VARIABLE found)
+
 set(difference "")
 foreach(name IN LISTS expected)
   if(NOT name IN_LIST found)

@@ -16,9 +16,10 @@ static_assert(static_cast<int>(HealthStatus::Warning) == 1, "what a manager read
 static_assert(static_cast<int>(HealthStatus::Critical) == 2, "what a manager reads");
 static_assert(static_cast<int>(HealthStatus::Unknown) == 3, "what a manager reads");
 static_assert(sizeof(HealthStatus) == 4, "binary interface");
+static_assert(sizeof(void*) != 8 || sizeof(Result) == 2 * sizeof(std::string) + 16, "binary interface");
 static_assert(std::has_virtual_destructor_v<Result>, "binary interface");
 
-TEST(Result, TheDefaultOneIsUnknownWithoutNameOrSummary)
+TEST(Result, ADefaultResultIsUnknownWithoutNameOrSummary)
 {
     const Result result;
     EXPECT_EQ(result.getName(), "");
@@ -26,7 +27,7 @@ TEST(Result, TheDefaultOneIsUnknownWithoutNameOrSummary)
     EXPECT_EQ(result.getSummary(), "");
 }
 
-TEST(Result, WithANameAloneItIsUnknown)
+TEST(Result, AResultWithOnlyANameIsUnknown)
 {
     const Result result("load");
     EXPECT_EQ(result.getName(), "load");
@@ -34,7 +35,7 @@ TEST(Result, WithANameAloneItIsUnknown)
     EXPECT_EQ(result.getSummary(), "");
 }
 
-TEST(Result, GivesBackWhatItWasMadeWith)
+TEST(Result, ReturnsItsConstructorArguments)
 {
     const Result result("load", HealthStatus::Warning, "load is 4");
     EXPECT_EQ(result.getName(), "load");
@@ -42,7 +43,7 @@ TEST(Result, GivesBackWhatItWasMadeWith)
     EXPECT_EQ(result.getSummary(), "load is 4");
 }
 
-TEST(Result, EveryStatusHasItsWordWhateverTheResultHolds)
+TEST(Result, TheWordForAStatusDoesNotDependOnTheResult)
 {
     const Result result("load", HealthStatus::Critical, "");
     EXPECT_EQ(result.getStatusString(HealthStatus::Ok), "OK");
@@ -52,7 +53,7 @@ TEST(Result, EveryStatusHasItsWordWhateverTheResultHolds)
     EXPECT_EQ(Result().getStatusString(HealthStatus::Unknown), "UNKNOWN");
 }
 
-TEST(Result, CopiesAreWhole)
+TEST(Result, CopiesHaveAllFields)
 {
     const Result source("load", HealthStatus::Ok, "fine");
     const Result constructed(source);
@@ -65,7 +66,7 @@ TEST(Result, CopiesAreWhole)
     }
 }
 
-TEST(Result, GettersGiveCopies)
+TEST(Result, GettersReturnCopies)
 {
     const Result result("load", HealthStatus::Ok, "fine");
     std::string name = result.getName();
