@@ -36,7 +36,7 @@ void expectRefused(const std::vector<std::string>& arguments, const std::string&
 
 } // namespace
 
-TEST(HostHealthOptions, WithoutArgumentsHaveDefaults)
+TEST(HostHealthOptions, HaveDefaultsWithoutArguments)
 {
     const Parsed parsed = parse({});
     EXPECT_EQ(parsed.action, Options::Action::Run);

@@ -17,7 +17,7 @@ using testing::Le;
 using testing::Not;
 using testing::Optional;
 
-TEST(HostValues, OfThisMachineArePlausible)
+TEST(HostValues, AreInTheirPossibleRanges)
 {
     EXPECT_THAT(host::loadPerCore(), Optional(Ge(0.0)));
     EXPECT_THAT(host::memoryUsePercent(), Optional(AllOf(Gt(0.0), Le(100.0))));

@@ -49,7 +49,7 @@ TEST(ProcUptime, IsInSeconds)
     EXPECT_THAT(procfiles::parseUptimeSeconds("3600.50 7000.00\n"), Optional(3600.5));
 }
 
-TEST(ProcMemory, WhatIsAvailableIsNotInUse)
+TEST(ProcMemory, AvailableMemoryDoesNotCountAsUsed)
 {
     const auto use = procfiles::parseMemory("MemTotal:       1000 kB\n"
                                             "MemFree:         100 kB\n"
@@ -61,7 +61,7 @@ TEST(ProcMemory, WhatIsAvailableIsNotInUse)
     EXPECT_THAT(use->swapPercent, DoubleNear(25.0, 1e-9));
 }
 
-TEST(ProcMemory, AMachineWithoutSwapSpaceUsesNone)
+TEST(ProcMemory, WithoutSwapSpaceItsUseIsZero)
 {
     const auto use =
         procfiles::parseMemory("MemTotal: 10 kB\nMemAvailable: 5 kB\nSwapTotal: 0 kB\nSwapFree: 0 kB\n");
@@ -77,12 +77,12 @@ TEST(ProcMemory, WithoutTheTotalOrTheAvailableAmountIsNothing)
     EXPECT_FALSE(procfiles::parseMemory("MemTotal: 0 kB\nMemAvailable: 0 kB\n"));
 }
 
-TEST(ProcMemory, OddLinesAreLeftOut)
+TEST(ProcMemory, MalformedLinesAreSkipped)
 {
     EXPECT_TRUE(procfiles::parseMemory("no colon\n:\nMemTotal: much\nMemTotal: 10 kB\n\nMemAvailable: 5 kB"));
 }
 
-TEST(ProcMounts, FieldsAreFoundBehindAnyNumberOfOptionalOnes)
+TEST(ProcMounts, FieldsAreFoundAfterAnyNumberOfOptionalOnes)
 {
     const auto mounts = procfiles::parseMounts(
         "36 35 98:0 /mnt1 /mnt2 rw,noatime master:1 shared:2 - ext3 /dev/root rw,errors=continue\n"
@@ -96,7 +96,7 @@ TEST(ProcMounts, FieldsAreFoundBehindAnyNumberOfOptionalOnes)
     EXPECT_EQ(mounts[1].source, "/dev/vda");
 }
 
-TEST(ProcMounts, OctalEscapesInNamesAreUndone)
+TEST(ProcMounts, OctalEscapesInNamesAreDecoded)
 {
     const auto mounts =
         procfiles::parseMounts(R"(36 35 8:1 / /media/My\040Disk\134\011\012 rw - ext4 /dev/disk\040one rw)");
@@ -105,7 +105,7 @@ TEST(ProcMounts, OctalEscapesInNamesAreUndone)
     EXPECT_EQ(mounts[0].source, "/dev/disk one");
 }
 
-TEST(ProcMounts, ABackslashThatBeginsNoEscapeStays)
+TEST(ProcMounts, ABackslashWithoutAnEscapeStays)
 {
     const auto mounts = procfiles::parseMounts(R"(36 35 8:1 / /a\04 rw - ext4 /dev/b\089\ rw)");
     ASSERT_THAT(mounts, SizeIs(1));
@@ -113,7 +113,7 @@ TEST(ProcMounts, ABackslashThatBeginsNoEscapeStays)
     EXPECT_EQ(mounts[0].source, R"(/dev/b\089\)");
 }
 
-TEST(ProcMounts, OddLinesAreLeftOut)
+TEST(ProcMounts, MalformedLinesAreSkipped)
 {
     EXPECT_THAT(procfiles::parseMounts(""), IsEmpty());
     EXPECT_THAT(procfiles::parseMounts("\n36 35 98:0\n"), IsEmpty());
@@ -130,27 +130,27 @@ TEST(ProcDisks, OnlyFileSystemsOnDevicesAreDisks)
     EXPECT_THAT(procfiles::selectDisks(mounts), ElementsAre(at("/")));
 }
 
-TEST(ProcDisks, ADeviceThatIsMountedTwiceCountsOnceAtItsShorterName)
+TEST(ProcDisks, ADeviceMountedTwiceCountsOnceAtItsShorterMountPoint)
 {
     const std::vector<Mount> mounts = {mountOf("/dev/sda1", "/mnt/second"), mountOf("/dev/sda1", "/data"),
                                        mountOf("/dev/sda1", "/data/third")};
     EXPECT_THAT(procfiles::selectDisks(mounts), ElementsAre(at("/data")));
 }
 
-TEST(ProcDisks, TheWholeDeviceGoesBeforeAFolderOfItWithAShorterName)
+TEST(ProcDisks, AWholeDeviceIsPreferredToAFolderWithAShorterMountPoint)
 {
     const std::vector<Mount> mounts = {mountOf("/dev/sda1", "/a", "/folder"), mountOf("/dev/sda1", "/data")};
     EXPECT_THAT(procfiles::selectDisks(mounts), ElementsAre(at("/data")));
 }
 
-TEST(ProcDisks, WithoutAnyDiskTheRootStandsForIt)
+TEST(ProcDisks, WithoutAnyDiskTheRootIsUsed)
 {
     const std::vector<Mount> mounts = {mountOf("overlay", "/", "/", "overlay"),
                                        mountOf("proc", "/proc", "/", "proc")};
     EXPECT_THAT(procfiles::selectDisks(mounts), ElementsAre(at("/")));
 }
 
-TEST(ProcProcesses, AreTheEntriesThatAreNumbers)
+TEST(ProcProcesses, AreTheEntriesWithNumbersAsNames)
 {
     EXPECT_TRUE(procfiles::isProcessName("1"));
     EXPECT_TRUE(procfiles::isProcessName("14210"));

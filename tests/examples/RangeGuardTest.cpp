@@ -53,7 +53,7 @@ TEST_F(RangeGuardTest, RefusesRangesWithoutAnUpperBound)
         EXPECT_FALSE(accepts(text)) << text;
 }
 
-TEST_F(RangeGuardTest, LeavesTheMetricWithTheRangeThatItPublishesAnew)
+TEST_F(RangeGuardTest, PublishingTheNewRangeKeepsIt)
 {
     metric->setWarningRange(rangeOf("~:10"));
     metric->setCriticalRange(rangeOf("~:20"));

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The Vigil authors
 # SPDX-License-Identifier: MIT
 
-# Run by CTest, see CMakeLists.txt. Nobody listens on port 1.
+# Run by CTest, see CMakeLists.txt. No service listens on port 1.
 file(REMOVE_RECURSE ${LOG_DIR})
 set(ENV{VIGIL_SERVICE_PORT} 1)
 set(ENV{VIGIL_LOG_DIR} ${DRIVE}${LOG_DIR})
@@ -13,9 +13,9 @@ if(NOT result EQUAL 0)
   message(FATAL_ERROR "hello_health ended with ${result}:\n${output}")
 endif()
 string(REPLACE "\r\n" "\n" output "${output}")
-set(well "Hello, health\n")
+set(ok "Hello, health\n")
 set(warning "Hello, health - out of warning range: seconds is")
-set(expected "${well}${well}${well}${warning} 4 s.\n${warning} 5 s.\n")
+set(expected "${ok}${ok}${ok}${warning} 4 s.\n${warning} 5 s.\n")
 if(NOT output STREQUAL expected)
   message(FATAL_ERROR "hello_health printed\n${output}instead of\n${expected}")
 endif()

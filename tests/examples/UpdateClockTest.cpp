@@ -42,7 +42,7 @@ TEST(UpdateClock, ARequestFromAnotherThreadEndsTheWait)
     other.join();
 }
 
-TEST(UpdateClock, RequestsMadeTogetherAreOne)
+TEST(UpdateClock, RequestsBeforeOneWaitCountAsOne)
 {
     UpdateClock clock(milliseconds(1), never);
     clock.requestNow();
@@ -51,7 +51,7 @@ TEST(UpdateClock, RequestsMadeTogetherAreOne)
     EXPECT_EQ(clock.wait(), UpdateClock::Wake::Interval);
 }
 
-TEST(UpdateClock, AWishToStopEndsTheWaitAndGoesBeforeARequest)
+TEST(UpdateClock, AStopEndsTheWaitAndPrecedesARequest)
 {
     std::atomic<int> questions{0};
     UpdateClock clock(hours(1), [&] { return ++questions > 3; });

@@ -17,7 +17,7 @@ namespace {
 
 thread_local std::size_t failingSize = 0;
 
-/// Allocations of one size fail on this thread while the object lives.
+/// Lets allocations of one size fail on this thread during its lifetime.
 class FailingAllocation
 {
 public:
@@ -54,7 +54,7 @@ class AllocationFailure : public support::LibraryTest
 {
 };
 
-TEST_F(AllocationFailure, GivesNoCheckAndCountsNone)
+TEST_F(AllocationFailure, CreateHealthCheckReturnsNullAndCountsNoCheck)
 {
     CheckPointer first = makeCheck("app", "1");
     {

@@ -26,8 +26,7 @@ namespace {
 const std::vector<std::string> checkRow = {"app", "hc"};
 const std::string warningCell = cell(2, 3, {"app", "hc", "cpu"});
 
-/// Calls that an application must not make from inside a callback: they would wait for the lock that the
-/// callback's own thread holds.
+/// The calls forbidden inside a callback: they would wait for a lock held by their own thread.
 class CallbackRules : public support::LibraryTest
 {
 protected:
@@ -94,7 +93,7 @@ protected:
     vigil::SimpleMetric* const simple = check->createSimpleMetric("db");
 };
 
-TEST_F(CallbackRules, AManagementFunctionThatBreaksThemIsRefusedAndLogged)
+TEST_F(CallbackRules, ForbiddenCallsInAManagementFunctionAreRefusedAndLogged)
 {
     for (const int column : {1, 2, 3, 4})
         commit(cell(5, column, checkRow), 2);
@@ -104,14 +103,14 @@ TEST_F(CallbackRules, AManagementFunctionThatBreaksThemIsRefusedAndLogged)
     expectEverythingToWorkAsBefore();
 }
 
-TEST_F(CallbackRules, ARangeHandlerThatBreaksThemWhenAskedIsRefusedAndLogged)
+TEST_F(CallbackRules, ForbiddenCallsInAcceptRangeChangeAreRefusedAndLogged)
 {
     EXPECT_EQ(validate(warningCell, "10:20"), "answer 0 to " + set(warningCell, "10:20"));
     expectEachCallToBeRefused(1);
     expectEverythingToWorkAsBefore();
 }
 
-TEST_F(CallbackRules, ARangeHandlerThatBreaksThemWhenToldIsRefusedAndLogged)
+TEST_F(CallbackRules, ForbiddenCallsInRangeChangedAreRefusedAndLogged)
 {
     commit(warningCell, "10:20");
     EXPECT_THAT(recorder.lines(), ElementsAre("cpu changed warning"));
@@ -120,8 +119,8 @@ TEST_F(CallbackRules, ARangeHandlerThatBreaksThemWhenToldIsRefusedAndLogged)
     expectEverythingToWorkAsBefore();
 }
 
-// A metric made anew in a callback was entered into the check while its row stayed with the old one.
-TEST_F(CallbackRules, CreatingAMetricInsideACallbackIsRefusedAsAWhole)
+// Once the check took the new metric while its row stayed with the old one.
+TEST_F(CallbackRules, CreatingAMetricInsideACallbackIsRefusedAndChangesNothing)
 {
     rangeHandler.onChanged = [this](auto&) {
         EXPECT_EQ(check->createScalarMetric("cpu"), nullptr);

@@ -28,7 +28,7 @@ namespace {
 const std::vector<std::string> checkRow = {"app", "hc"};
 const std::vector<std::string> metricRow = {"app", "hc", "cpu"};
 
-/// A metric "NAME" whose text is text.
+/// A metric with a fixed text.
 SimpleMetric* addSimpleMetric(vigil::HealthCheck& check, const char* name, HealthStatus status,
                               const char* text)
 {
@@ -65,7 +65,7 @@ TEST_F(HealthCheck, ANewCheckIsUnknownWithAnEmptySummary)
     EXPECT_THAT(resultsOf(*check), IsEmpty());
 }
 
-TEST_F(HealthCheck, WithoutMetricsAnUpdateGivesUnknownAndTheDescriptionWithItsSeparator)
+TEST_F(HealthCheck, AnUpdateWithoutMetricsGivesUnknownAndTheDescriptionWithASeparator)
 {
     const CheckPointer check = makeCheck("app", "hc");
     check->setDescription("D");
@@ -74,7 +74,7 @@ TEST_F(HealthCheck, WithoutMetricsAnUpdateGivesUnknownAndTheDescriptionWithItsSe
     EXPECT_EQ(check->getSummary(), "D - ");
 }
 
-TEST_F(HealthCheck, TheWorstStatusWinsAndTheSummaryListsWhatIsNotOk)
+TEST_F(HealthCheck, TheWorstStatusWinsAndTheSummaryListsTheProblems)
 {
     const CheckPointer check = makeCheck("app", "hc");
     check->setDescription("D");
@@ -92,7 +92,7 @@ TEST_F(HealthCheck, TheWorstStatusWinsAndTheSummaryListsWhatIsNotOk)
     b->remove();
 }
 
-TEST_F(HealthCheck, WhenAllMetricsAreOkTheSummaryIsTheDescriptionAlone)
+TEST_F(HealthCheck, TheSummaryOfAnOkCheckIsItsDescription)
 {
     const CheckPointer check = makeCheck("app", "hc");
     check->setDescription("D");
@@ -103,7 +103,7 @@ TEST_F(HealthCheck, WhenAllMetricsAreOkTheSummaryIsTheDescriptionAlone)
     metric->remove();
 }
 
-TEST_F(HealthCheck, AWarningIsWorseThanAnUnknown)
+TEST_F(HealthCheck, WarningIsWorseThanUnknown)
 {
     const CheckPointer check = makeCheck("app", "hc");
     SimpleMetric* a = addSimpleMetric(*check, "a", HealthStatus::Unknown, "x");
@@ -114,7 +114,7 @@ TEST_F(HealthCheck, AWarningIsWorseThanAnUnknown)
     b->remove();
 }
 
-TEST_F(HealthCheck, StatusSummaryAndResultsAreThoseOfTheLastUpdate)
+TEST_F(HealthCheck, StatusSummaryAndResultsComeFromTheLastUpdate)
 {
     const CheckPointer check = makeCheck("app", "hc");
     SimpleMetric* metric = addSimpleMetric(*check, "a", HealthStatus::Ok, "x");
@@ -132,7 +132,7 @@ TEST_F(HealthCheck, StatusSummaryAndResultsAreThoseOfTheLastUpdate)
     metric->remove();
 }
 
-TEST_F(HealthCheck, TheDescriptionMayBeSetToItself)
+TEST_F(HealthCheck, TheDescriptionCanBeSetToItself)
 {
     const CheckPointer check = makeCheck("app", "hc");
     check->setDescription("D");
@@ -140,7 +140,7 @@ TEST_F(HealthCheck, TheDescriptionMayBeSetToItself)
     EXPECT_EQ(check->getDescription(), "D");
 }
 
-TEST_F(HealthCheck, ResultsComeInTheByteOrderOfTheMetricsNames)
+TEST_F(HealthCheck, ResultsAreInByteOrderOfTheMetricNames)
 {
     const CheckPointer check = makeCheck("app", "hc");
     std::vector<SimpleMetric*> metrics;
@@ -154,7 +154,7 @@ TEST_F(HealthCheck, ResultsComeInTheByteOrderOfTheMetricsNames)
 
 // --- Metrics
 
-TEST_F(HealthCheck, ASecondMetricOfANameHidesTheFirstWhichLivesOn)
+TEST_F(HealthCheck, ASecondMetricOfTheSameNameHidesTheFirst)
 {
     const CheckPointer check = makeCheck("app", "hc");
     SimpleMetric* older = addSimpleMetric(*check, "a", HealthStatus::Critical, "older");
@@ -169,8 +169,8 @@ TEST_F(HealthCheck, ASecondMetricOfANameHidesTheFirstWhichLivesOn)
     older->remove();
 }
 
-// The metric keeps its name as UTF-8; row, entry and removal have to agree on what has become of it.
-TEST_F(HealthCheck, ANameThatIsNotUtf8IsTheSameBrokenNameEverywhere)
+// Row, entry and removal must agree on the converted name.
+TEST_F(HealthCheck, InvalidUtf8InANameIsReplacedTheSameWayEverywhere)
 {
     start();
     const CheckPointer check = makeCheck("app", "hc");
@@ -187,7 +187,7 @@ TEST_F(HealthCheck, ANameThatIsNotUtf8IsTheSameBrokenNameEverywhere)
     EXPECT_THAT(resultsOf(*check), IsEmpty());
 }
 
-TEST_F(HealthCheck, EmptyKeysAndNamesAreKeysAndNames)
+TEST_F(HealthCheck, EmptyKeysAndNamesAreAllowed)
 {
     start();
     const CheckPointer check = makeCheck("", "");
@@ -201,7 +201,7 @@ TEST_F(HealthCheck, EmptyKeysAndNamesAreKeysAndNames)
     metric->remove();
 }
 
-TEST_F(HealthCheck, RemovingTheHiddenMetricTakesTheNewerOnesEntryAndRows)
+TEST_F(HealthCheck, RemovingAHiddenMetricRemovesTheEntryAndRowsOfTheNewerOne)
 {
     start();
     const CheckPointer check = makeCheck("app", "hc");
@@ -249,7 +249,7 @@ TEST_F(HealthCheck, MetricsOutliveTheirCheck)
     simple->remove();
 }
 
-// --- What is published
+// --- Publications
 
 TEST_F(HealthCheck, TheLifeOfACheckIsPublishedStepByStep)
 {
@@ -303,7 +303,7 @@ TEST_F(HealthCheck, TheLifeOfACheckIsPublishedStepByStep)
     EXPECT_THAT(publicationsSoFar(), ElementsAre(unset(cell(1, 3, checkRow)), unset(cell(1, 4, checkRow))));
 }
 
-TEST_F(HealthCheck, AKeyMayHoldANulByteAndBytesBeyondAscii)
+TEST_F(HealthCheck, AKeyCanContainNulAndNonAsciiBytes)
 {
     start();
     const CheckPointer check = makeCheck(std::string("a\0b", 3), "\xC3\xA4");
@@ -312,7 +312,7 @@ TEST_F(HealthCheck, AKeyMayHoldANulByteAndBytesBeyondAscii)
                 ElementsAre(set("127.3.1.200.4.1.1.3" + index, 3), set("127.3.1.200.4.1.1.4" + index, "")));
 }
 
-TEST_F(HealthCheck, TheFirstOfTwoChecksWithTheSameKeysTakesTheirRowsAlong)
+TEST_F(HealthCheck, DestroyingOneOfTwoChecksWithTheSameKeysWithdrawsTheirRows)
 {
     start();
     support::Recorder recorder;
@@ -333,7 +333,7 @@ TEST_F(HealthCheck, TheFirstOfTwoChecksWithTheSameKeysTakesTheirRowsAlong)
     second->unregisterManagementHandler();
 }
 
-TEST_F(HealthCheck, DestroyWithdrawsTheRowsOfMetricsThatWereNotRemoved)
+TEST_F(HealthCheck, DestroyWithdrawsTheRowsOfRemainingMetrics)
 {
     start();
     CheckPointer check = makeCheck("app", "hc");
@@ -355,7 +355,7 @@ TEST_F(HealthCheck, DestroyWithdrawsTheRowsOfMetricsThatWereNotRemoved)
     cpu->remove();
 }
 
-TEST_F(HealthCheck, AMetricWithoutPerformanceDataIsPublishedWithoutIt)
+TEST_F(HealthCheck, AMetricWithoutPerformanceDataHasNoPerformanceRow)
 {
     start();
     const CheckPointer check = makeCheck("app", "hc");
@@ -369,7 +369,7 @@ TEST_F(HealthCheck, AMetricWithoutPerformanceDataIsPublishedWithoutIt)
     cpu->remove();
 }
 
-TEST_F(HealthCheck, PerformanceDataThatIsSwitchedOffLosesItsRowWithTheNextUpdate)
+TEST_F(HealthCheck, DisablingPerformanceDataWithdrawsItsRowAtTheNextUpdate)
 {
     start();
     const CheckPointer check = makeCheck("app", "hc");
@@ -387,7 +387,7 @@ TEST_F(HealthCheck, PerformanceDataThatIsSwitchedOffLosesItsRowWithTheNextUpdate
     cpu->remove();
 }
 
-TEST_F(HealthCheck, AManagementHandlerIsReachedUntilItIsUnregistered)
+TEST_F(HealthCheck, AManagementHandlerIsCalledUntilItIsUnregistered)
 {
     start();
     support::Recorder recorder;
@@ -409,7 +409,7 @@ TEST_F(HealthCheck, AManagementHandlerIsReachedUntilItIsUnregistered)
     EXPECT_EQ(recorder.lines().size(), 2u);
 }
 
-TEST_F(HealthCheck, StatusResultsAndNumbersAreReadOnlyForTheManager)
+TEST_F(HealthCheck, StatusResultsAndPerformanceDataAreReadOnly)
 {
     start();
     support::Recorder recorder;
@@ -427,7 +427,7 @@ TEST_F(HealthCheck, StatusResultsAndNumbersAreReadOnlyForTheManager)
     cpu->remove();
 }
 
-TEST_F(HealthCheck, AManagementFunctionMayUpdateTheCheck)
+TEST_F(HealthCheck, AManagementFunctionCanUpdateTheCheck)
 {
     start();
     support::Recorder recorder;
@@ -442,7 +442,7 @@ TEST_F(HealthCheck, AManagementFunctionMayUpdateTheCheck)
     check->unregisterManagementHandler();
 }
 
-// --- The library's life
+// --- Start and stop of the library
 
 TEST_F(HealthCheck, TheFirstCheckStartsTheLibraryAndTheLastOneStopsIt)
 {
@@ -463,7 +463,7 @@ TEST_F(HealthCheck, TheFirstCheckStartsTheLibraryAndTheLastOneStopsIt)
     EXPECT_EQ(log.count("[VigilSnmp::init] Initializing vigilsnmpif."), 2);
 }
 
-TEST_F(HealthCheck, AfterTheFacadesCleanupChecksComeAndGoWithoutTouchingAnything)
+TEST_F(HealthCheck, AfterCleanupCreatingAndDestroyingACheckPublishesNothing)
 {
     start();
     CheckPointer first = makeCheck("app", "1");

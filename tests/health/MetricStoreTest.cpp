@@ -22,7 +22,7 @@ using vigil::Result;
 
 namespace {
 
-/// Gives the answers that the test wants.
+/// A metric with results chosen by the test.
 class FakeMetric : public InternalMetric
 {
 public:
@@ -67,7 +67,7 @@ protected:
         return metric;
     }
 
-    /// The names of the results, with the label of their numbers where they have any.
+    /// The names of the results, each with the label of its performance data if it has any.
     std::vector<std::string> evaluated()
     {
         store.evaluateAll();
@@ -90,14 +90,14 @@ TEST_F(MetricStore, EvaluatesInTheOrderOfTheNames)
     EXPECT_THAT(evaluated(), ElementsAre("a with numbers of a", "b with numbers of b"));
 }
 
-TEST_F(MetricStore, AMetricWithoutNumbersKeepsItsResult)
+TEST_F(MetricStore, AMetricWithoutPerformanceDataHasAResult)
 {
     const auto metric = add("a");
     metric->hasNumbers = false;
     EXPECT_THAT(evaluated(), ElementsAre("a"));
 }
 
-TEST_F(MetricStore, AMetricWithNothingToSayHasNoResultAndIsNotAskedForNumbers)
+TEST_F(MetricStore, AMetricWithoutAResultIsNotAskedForPerformanceData)
 {
     const auto silent = add("a");
     silent->hasResult = false;
@@ -106,7 +106,7 @@ TEST_F(MetricStore, AMetricWithNothingToSayHasNoResultAndIsNotAskedForNumbers)
     EXPECT_EQ(silent->askedForNumbers, 0);
 }
 
-TEST_F(MetricStore, AMetricThatIsGoneIsSkipped)
+TEST_F(MetricStore, ADestroyedMetricIsSkipped)
 {
     auto metric = add("a");
     const auto other = add("b");
@@ -114,21 +114,21 @@ TEST_F(MetricStore, AMetricThatIsGoneIsSkipped)
     EXPECT_THAT(evaluated(), ElementsAre("b with numbers of b"));
 }
 
-TEST_F(MetricStore, OwnsNoMetric)
+TEST_F(MetricStore, DoesNotOwnItsMetrics)
 {
     const auto metric = add("a");
     evaluated();
     EXPECT_EQ(metric.use_count(), 1);
 }
 
-TEST_F(MetricStore, EachEvaluationReplacesTheResultsOfTheOneBefore)
+TEST_F(MetricStore, EachEvaluationReplacesTheEarlierResults)
 {
     const auto metric = add("a");
     evaluated();
     EXPECT_THAT(evaluated(), ElementsAre("a with numbers of a"));
 }
 
-TEST_F(MetricStore, ClearedItForgetsItsMetricsButNotTheLastResults)
+TEST_F(MetricStore, ClearRemovesTheMetricsButNotTheLastResults)
 {
     const auto metric = add("a");
     evaluated();

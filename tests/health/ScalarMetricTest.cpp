@@ -58,7 +58,7 @@ protected:
 
 // --- Evaluation
 
-TEST_F(ScalarMetric, ANewMetricIsOkWithAValueOf0AndItsRangesAreOff)
+TEST_F(ScalarMetric, ANewMetricIsOkWithValue0AndRangesOff)
 {
     EXPECT_EQ(metric->getValue(), 0);
     EXPECT_EQ(metric->getUnit(), "");
@@ -70,7 +70,7 @@ TEST_F(ScalarMetric, ANewMetricIsOkWithAValueOf0AndItsRangesAreOff)
     EXPECT_EQ(result.getSummary(), "cpu is 0.");
 }
 
-TEST_F(ScalarMetric, ANewMetricsPerformanceDataHasRangesThatAreOff)
+TEST_F(ScalarMetric, PerformanceDataOfANewMetricHasRangesOff)
 {
     settle();
     publications();
@@ -83,7 +83,7 @@ TEST_F(ScalarMetric, ANewMetricsPerformanceDataHasRangesThatAreOff)
                                    set(cell(4, 5, metricRow), "off")));
 }
 
-TEST_F(ScalarMetric, IsJudgedByTheCriticalRangeFirst)
+TEST_F(ScalarMetric, TheCriticalRangeIsCheckedFirst)
 {
     metric->setUnit("%");
     metric->setCriticalRange(Range::CreateThresholdAbove(95));
@@ -97,7 +97,7 @@ TEST_F(ScalarMetric, IsJudgedByTheCriticalRangeFirst)
     EXPECT_EQ(evaluated().getSummary(), "out of critical range: cpu is 97.5%.");
 }
 
-TEST_F(ScalarMetric, WithACriticalRangeAloneThereIsNoWarning)
+TEST_F(ScalarMetric, WithOnlyACriticalRangeThereIsNoWarning)
 {
     metric->setCriticalRange(Range::CreateRange(10, 20));
     EXPECT_EQ(evaluatedWith(9.99).getStatus(), HealthStatus::Critical);
@@ -114,21 +114,21 @@ TEST_F(ScalarMetric, ANarrowerCriticalRangeWinsOverTheWarningRange)
     EXPECT_EQ(evaluatedWith(90).getStatus(), HealthStatus::Critical);
 }
 
-TEST_F(ScalarMetric, ARangeThatIsUnsetMatchesEverything)
+TEST_F(ScalarMetric, AnUnsetRangeMatchesEverything)
 {
     metric->setCriticalRange(Range());
     metric->setWarningRange(Range());
     EXPECT_EQ(evaluatedWith(-1e300).getStatus(), HealthStatus::Ok);
 }
 
-TEST_F(ScalarMetric, AValueThatWasNeverSetIsJudgedAs0)
+TEST_F(ScalarMetric, AMissingValueIsJudgedAs0)
 {
     metric->setCriticalRange(Range::CreateThresholdBelow(1));
     EXPECT_EQ(evaluated().getStatus(), HealthStatus::Critical);
     EXPECT_EQ(evaluated().getSummary(), "out of critical range: cpu is 0.");
 }
 
-TEST_F(ScalarMetric, ANaNCountsAsInsideARangeAndAnInfinityAsOutside)
+TEST_F(ScalarMetric, NaNIsInsideARangeAndInfinityOutside)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const double notANumber = std::numeric_limits<double>::quiet_NaN();
@@ -158,7 +158,7 @@ TEST_F(ScalarMetric, PlaceholdersInNameAndUnitAreReplacedInTheirOrder)
     odd->remove();
 }
 
-TEST_F(ScalarMetric, CreationIsToldOnTheDebugOutput)
+TEST_F(ScalarMetric, CreationWritesADebugLine)
 {
     const QtMessages messages;
     vigil::ScalarMetric* other = check->createScalarMetric("other");
@@ -166,7 +166,7 @@ TEST_F(ScalarMetric, CreationIsToldOnTheDebugOutput)
     other->remove();
 }
 
-TEST_F(ScalarMetric, ValueAndPerformanceSwitchAreNotPushed)
+TEST_F(ScalarMetric, ValueAndPerformanceSwitchAreNotPublishedAtOnce)
 {
     settle();
     publications();
@@ -199,7 +199,7 @@ TEST_F(ScalarMetric, AHandlerMakesTheRowWritableAndColumn5ShowsIt)
     EXPECT_THAT(recorder.lines(), IsEmpty());
 }
 
-TEST_F(ScalarMetric, ASecondHandlerTakesThePlaceOfTheFirst)
+TEST_F(ScalarMetric, ASecondHandlerReplacesTheFirst)
 {
     settle();
     support::Recorder secondRecorder;
@@ -212,7 +212,7 @@ TEST_F(ScalarMetric, ASecondHandlerTakesThePlaceOfTheFirst)
     metric->clearRangeChangeHandler();
 }
 
-TEST_F(ScalarMetric, AClearedHandlerIsForgottenAlsoByAMetricThatOutlivesItsCheck)
+TEST_F(ScalarMetric, AMetricWithoutItsCheckCanStillClearItsHandler)
 {
     CheckPointer otherCheck = makeCheck("app", "other");
     vigil::ScalarMetric* survivor = otherCheck->createScalarMetric("survivor");
@@ -227,18 +227,18 @@ TEST_F(ScalarMetric, AClearedHandlerIsForgottenAlsoByAMetricThatOutlivesItsCheck
     survivor->remove();
 }
 
-TEST_F(ScalarMetric, ANullHandlerRefusesEveryChangeThoughColumn5Shows1)
+TEST_F(ScalarMetric, ANullHandlerRefusesEveryChangeAlthoughColumn5Shows1)
 {
     settle();
     publications();
     metric->setRangeChangeHandler(nullptr);
     EXPECT_THAT(publications(), ElementsAre(set(cell(2, 5, metricRow), 1)));
     EXPECT_EQ(validate(warningCell, "10:20"), "answer 1 to " + set(warningCell, "10:20"));
-    commit(warningCell, "10:20"); // which no manager gets past the validation
+    commit(warningCell, "10:20"); // the validation stops this for a real manager
     EXPECT_EQ(metric->getWarningRange().toString(), "10:20");
 }
 
-TEST_F(ScalarMetric, ACommittedRangeChangesTheMetricWithoutPublishingAnything)
+TEST_F(ScalarMetric, ACommittedRangeIsAppliedButNotPublished)
 {
     settle();
     metric->setRangeChangeHandler(&handler);
@@ -257,7 +257,7 @@ TEST_F(ScalarMetric, ACommittedRangeChangesTheMetricWithoutPublishingAnything)
     EXPECT_EQ(evaluated().getStatus(), HealthStatus::Warning);
 }
 
-TEST_F(ScalarMetric, ARangeCanBeRepublishedFromInsideRangeChanged)
+TEST_F(ScalarMetric, ARangeCanBePublishedInsideRangeChanged)
 {
     settle();
     handler.onChanged = [](vigil::ScalarMetric& changed) {
@@ -270,7 +270,7 @@ TEST_F(ScalarMetric, ARangeCanBeRepublishedFromInsideRangeChanged)
                                             set(criticalCell, "off")));
 }
 
-TEST_F(ScalarMetric, ARangeThatTheHandlerRefusesChangesNothing)
+TEST_F(ScalarMetric, ARefusedRangeChangesNothing)
 {
     settle();
     handler.accepts = false;
@@ -284,7 +284,7 @@ TEST_F(ScalarMetric, ARangeThatTheHandlerRefusesChangesNothing)
         QStringLiteral("Client invalidated requested range change. Ignore SET request.\n")));
 }
 
-TEST_F(ScalarMetric, AMetricCreatedAgainUnderItsNameIsNoLongerWritable)
+TEST_F(ScalarMetric, AMetricCreatedAgainUnderTheSameNameIsNotWritable)
 {
     settle();
     metric->setRangeChangeHandler(&handler);
@@ -296,7 +296,7 @@ TEST_F(ScalarMetric, AMetricCreatedAgainUnderItsNameIsNoLongerWritable)
     newer->remove();
 }
 
-TEST_F(ScalarMetric, ARemovedMetricsHandlerIsNotAskedAgain)
+TEST_F(ScalarMetric, TheHandlerOfARemovedMetricIsNotCalled)
 {
     settle();
     vigil::ScalarMetric* other = check->createScalarMetric("other");
@@ -307,7 +307,7 @@ TEST_F(ScalarMetric, ARemovedMetricsHandlerIsNotAskedAgain)
     EXPECT_THAT(recorder.lines(), IsEmpty());
 }
 
-TEST_F(ScalarMetric, IntegersOnItsRowAreAcceptedAndIgnored)
+TEST_F(ScalarMetric, IntegerSetsOnItsRowAreAcceptedAndIgnored)
 {
     settle();
     metric->setRangeChangeHandler(&handler);
@@ -317,7 +317,7 @@ TEST_F(ScalarMetric, IntegersOnItsRowAreAcceptedAndIgnored)
     EXPECT_THAT(recorder.lines(), IsEmpty());
 }
 
-TEST_F(ScalarMetric, TheManagersChangesMayComeWhileTheApplicationUpdates)
+TEST_F(ScalarMetric, AManagerCanChangeRangesDuringUpdates)
 {
     settle();
     handler.onChanged = [](vigil::ScalarMetric& changed) {

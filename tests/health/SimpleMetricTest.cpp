@@ -63,7 +63,7 @@ TEST_F(SimpleMetric, TheTextShowsStatusAndInfoWithoutAPrefix)
     EXPECT_EQ(evaluated().getStatus(), HealthStatus::Ok);
 }
 
-TEST_F(SimpleMetric, TheTemplateIsTheApplicationsAndUnknownPlaceholdersStay)
+TEST_F(SimpleMetric, ATemplateReplacesTheTextAndUnknownPlaceholdersStay)
 {
     metric->setInfo("\xC3\xA4");
     metric->setTemplate("{info}{info} {NAME} {name} {unit} {value}");
@@ -79,14 +79,14 @@ TEST_F(SimpleMetric, PlaceholdersInsideEarlierReplacementsAreReplacedToo)
     odd->remove();
 }
 
-TEST_F(SimpleMetric, BothRangesAreTheOneThatWasNeverSet)
+TEST_F(SimpleMetric, BothRangesAreUnset)
 {
     EXPECT_EQ(&metric->getWarningRange(), &metric->getCriticalRange());
     EXPECT_EQ(metric->getWarningRange().toString(), "");
     EXPECT_FALSE(metric->getWarningRange().isEnabled());
 }
 
-TEST_F(SimpleMetric, ANewMetricsRowIsAnnouncedBeforeItIsFilled)
+TEST_F(SimpleMetric, TheRowOfANewMetricIsAnnouncedBeforeItIsFilled)
 {
     settle();
     publications();
@@ -97,8 +97,8 @@ TEST_F(SimpleMetric, ANewMetricsRowIsAnnouncedBeforeItIsFilled)
     other->remove();
 }
 
-// Its template is set in its constructor, before the row is announced.
-TEST_F(SimpleMetric, AMetricCreatedAgainFillsTheOldRowBeforeItIsAnnouncedAnew)
+// The constructor sets the template, before the row is announced.
+TEST_F(SimpleMetric, AMetricCreatedAgainFillsTheOldRowBeforeItIsAnnouncedAgain)
 {
     settle();
     publications();
@@ -110,7 +110,7 @@ TEST_F(SimpleMetric, AMetricCreatedAgainFillsTheOldRowBeforeItIsAnnouncedAnew)
     newer->remove();
 }
 
-TEST_F(SimpleMetric, InfoAndTemplatePushTheRowStatusAndSwitchDoNot)
+TEST_F(SimpleMetric, InfoAndTemplatePublishTheRowButStatusAndSwitchDoNot)
 {
     settle();
     publications();
@@ -133,7 +133,7 @@ TEST_F(SimpleMetric, PerformanceDataIsOffUntilItIsEnabled)
     EXPECT_THAT(publications(), Not(Contains(StartsWith("127.3.1.200.4.4."))));
 }
 
-TEST_F(SimpleMetric, ItsPerformanceDataIsTheNumberOfItsStatus)
+TEST_F(SimpleMetric, PerformanceDataIsTheNumberOfTheStatus)
 {
     settle();
     metric->setPerformanceDataEnabled(true);

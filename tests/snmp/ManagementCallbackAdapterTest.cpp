@@ -33,7 +33,7 @@ protected:
     ::ManagementCallbackAdapter adapter{&handler, &table};
 };
 
-TEST_F(ManagementCallbackAdapter, The2RunsTheColumnsFunctionOnceAndTheCellReturnsTo1)
+TEST_F(ManagementCallbackAdapter, Setting2RunsTheFunctionOnceAndResetsTheCellTo1)
 {
     start();
     for (const int column : {1, 2, 3, 4}) {
@@ -53,7 +53,7 @@ TEST_F(ManagementCallbackAdapter, AnyOtherNumberOnlyResetsTheCell)
     EXPECT_THAT(recorder.lines(), IsEmpty());
 }
 
-TEST_F(ManagementCallbackAdapter, The2OnAnyOtherCellRunsNothingAndResetsIt)
+TEST_F(ManagementCallbackAdapter, Setting2OnAnyOtherCellOnlyResetsIt)
 {
     start();
     adapter.callbackValueChanged(managementCell(5), 2);
@@ -63,7 +63,7 @@ TEST_F(ManagementCallbackAdapter, The2OnAnyOtherCellRunsNothingAndResetsIt)
     EXPECT_THAT(recorder.lines(), IsEmpty());
 }
 
-TEST_F(ManagementCallbackAdapter, TheEmptyTextRunsFunction5AndIsWrittenBack)
+TEST_F(ManagementCallbackAdapter, TheEmptyTextRunsFunction5AndResetsTheCell)
 {
     start();
     adapter.callbackValueChanged(managementCell(5), std::string());
@@ -71,7 +71,7 @@ TEST_F(ManagementCallbackAdapter, TheEmptyTextRunsFunction5AndIsWrittenBack)
     EXPECT_THAT(publications(), ElementsAre(set(cell(5, 5, row), "")));
 }
 
-TEST_F(ManagementCallbackAdapter, AnyOtherTextRunsNothingAndIsReplacedByTheEmptyOne)
+TEST_F(ManagementCallbackAdapter, AnyOtherTextOnlyResetsTheCell)
 {
     start();
     adapter.callbackValueChanged(managementCell(5), std::string("run"));
@@ -87,7 +87,7 @@ TEST_F(ManagementCallbackAdapter, TheEmptyTextOnATriggerRunsNothing)
     EXPECT_THAT(publications(), ElementsAre(set(cell(5, 4, row), "")));
 }
 
-TEST_F(ManagementCallbackAdapter, WithoutAHandlerEveryCellIsOnlyReset)
+TEST_F(ManagementCallbackAdapter, WithoutAHandlerEverySetOnlyResetsTheCell)
 {
     start();
     ::ManagementCallbackAdapter withoutHandler(nullptr, &table);

@@ -32,7 +32,7 @@ std::string nameOf(RangeKind kind)
     return kind == RangeKind::Warning ? "warning " : "critical ";
 }
 
-/// Records what it is asked and told.
+/// Records all calls.
 class FakeObserver : public RemoteMetricObserver
 {
 public:
@@ -85,7 +85,7 @@ protected:
     ::RangeCallbackAdapter adapter{&observer, &table};
 };
 
-TEST_F(RangeCallbackAdapter, AnAcceptedWarningRangeIsValidatedWith0AndAppliedWithTheCommit)
+TEST_F(RangeCallbackAdapter, AnAcceptedWarningRangeIsValidatedWith0AndAppliedAtTheCommit)
 {
     EXPECT_EQ(validate(3, "10:20"), 0u);
     EXPECT_THAT(observer.calls, ElementsAre("check warning 10:20"));
@@ -103,7 +103,7 @@ TEST_F(RangeCallbackAdapter, Column4IsTheCriticalRange)
                 ElementsAre("check critical @10:20", "apply critical @10:20", "changed critical 1"));
 }
 
-TEST_F(RangeCallbackAdapter, ARangeThatTheObserverRefusesIsRefusedAndLogged)
+TEST_F(RangeCallbackAdapter, ARangeRefusedByTheObserverIsLogged)
 {
     observer.accepts = false;
     EXPECT_EQ(validate(3, "10:20"), 1u);
@@ -112,7 +112,7 @@ TEST_F(RangeCallbackAdapter, ARangeThatTheObserverRefusesIsRefusedAndLogged)
                 ElementsAre("Client invalidated requested range change. Ignore SET request.\n"));
 }
 
-TEST_F(RangeCallbackAdapter, TextThatIsNoRangeIsRefusedAndLoggedWithoutAskingTheObserver)
+TEST_F(RangeCallbackAdapter, MalformedTextIsRefusedAndLoggedWithoutAskingTheObserver)
 {
     EXPECT_EQ(validate(4, "abc"), 1u);
     EXPECT_THAT(observer.calls, IsEmpty());
@@ -128,7 +128,7 @@ TEST_F(RangeCallbackAdapter, ATextForAnyOtherCellIsRefusedSilently)
     EXPECT_THAT(debugTexts(), IsEmpty());
 }
 
-TEST_F(RangeCallbackAdapter, TheTextIsLookedAtBeforeTheCell)
+TEST_F(RangeCallbackAdapter, TheTextIsCheckedBeforeTheCell)
 {
     EXPECT_EQ(validate(2, "\xC3\xA4"), 1u);
     adapter.callbackValueChanged(metricCell(2), std::string("abc"));
@@ -138,7 +138,7 @@ TEST_F(RangeCallbackAdapter, TheTextIsLookedAtBeforeTheCell)
                             "RangeCallbackAdapter::callbackValueChanged: Bad range format string."));
 }
 
-TEST_F(RangeCallbackAdapter, TheEmptyTextAndOffAreRangesToo)
+TEST_F(RangeCallbackAdapter, TheEmptyTextAndOffAreRanges)
 {
     EXPECT_EQ(validate(3, ""), 0u);
     EXPECT_EQ(validate(4, "off"), 0u);
@@ -146,7 +146,7 @@ TEST_F(RangeCallbackAdapter, TheEmptyTextAndOffAreRangesToo)
     EXPECT_THAT(debugTexts(), IsEmpty());
 }
 
-TEST_F(RangeCallbackAdapter, TheSameColumnOfAnotherTableIsNoRange)
+TEST_F(RangeCallbackAdapter, TheSameColumnOfAnotherTableIsNotARange)
 {
     const Oid result = Oid::fromStdString("1.3.6.1.4.1.32473." + cell(3, 3, {"app", "hc", "m"}));
     EXPECT_EQ(adapter.callbackValidateValue(result, std::string("10:20")), 1u);
@@ -154,7 +154,7 @@ TEST_F(RangeCallbackAdapter, TheSameColumnOfAnotherTableIsNoRange)
     EXPECT_THAT(observer.calls, IsEmpty());
 }
 
-TEST_F(RangeCallbackAdapter, TextThatIsNoRangeButCommittedIsLoggedAndChangesNothing)
+TEST_F(RangeCallbackAdapter, ACommittedMalformedTextIsLoggedAndChangesNothing)
 {
     adapter.callbackValueChanged(metricCell(3), std::string("abc"));
     EXPECT_THAT(observer.calls, IsEmpty());
@@ -162,7 +162,7 @@ TEST_F(RangeCallbackAdapter, TextThatIsNoRangeButCommittedIsLoggedAndChangesNoth
                 ElementsAre("RangeCallbackAdapter::callbackValueChanged: Bad range format string."));
 }
 
-TEST_F(RangeCallbackAdapter, ACommittedTextForAnyOtherCellChangesNothingSilently)
+TEST_F(RangeCallbackAdapter, ACommittedTextForAnyOtherCellIsIgnoredSilently)
 {
     adapter.callbackValueChanged(metricCell(2), std::string("10:20"));
     EXPECT_THAT(observer.calls, IsEmpty());

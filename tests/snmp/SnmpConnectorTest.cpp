@@ -35,7 +35,7 @@ namespace {
 const std::vector<std::string> checkRow = {"app", "hc"};
 const std::vector<std::string> metricRow = {"app", "hc", "m"};
 
-/// A check that only shows what the connector reads.
+/// A check with fixed keys, status and summary.
 class FakeCheck : public vigil::HealthCheck
 {
 public:
@@ -120,7 +120,7 @@ std::vector<ResultEntry> listOf(Entries... entries)
 class SnmpConnector : public support::LibraryTest
 {
 protected:
-    /// Starts the library and makes the connector, whose first publications are over when it returns.
+    /// Starts the library and creates the connector; returns after its first publications.
     void startWithConnector()
     {
         start();
@@ -148,7 +148,7 @@ protected:
     std::unique_ptr<Connector> connector;
 };
 
-// --- Life
+// --- Lifetime
 
 TEST_F(SnmpConnector, ANewConnectorPublishesTheCheckAtOnce)
 {
@@ -157,7 +157,7 @@ TEST_F(SnmpConnector, ANewConnectorPublishesTheCheckAtOnce)
     EXPECT_THAT(publications(), ElementsAre(set(cell(1, 3, checkRow), 3), set(cell(1, 4, checkRow), "")));
 }
 
-TEST_F(SnmpConnector, DestructionUnsetsTheCheckAndEveryCellOfItsMetricsResultsAndNumbers)
+TEST_F(SnmpConnector, DestructionWithdrawsAllCellsOfTheCheck)
 {
     startWithConnector();
     connector->addMetric("m");
@@ -179,7 +179,7 @@ TEST_F(SnmpConnector, DestructionUnsetsTheCheckAndEveryCellOfItsMetricsResultsAn
     EXPECT_EQ(publications(), expected);
 }
 
-TEST_F(SnmpConnector, DestructionLeavesTheRowsOfOtherChecksAlone)
+TEST_F(SnmpConnector, DestructionKeepsTheRowsOfOtherChecks)
 {
     class OtherCheck : public FakeCheck
     {
@@ -196,7 +196,7 @@ TEST_F(SnmpConnector, DestructionLeavesTheRowsOfOtherChecksAlone)
         EXPECT_THAT(line, testing::HasSubstr(".5.111.116.104.101.114"));
 }
 
-TEST_F(SnmpConnector, AfterCleanupAnOldConnectorTouchesNothingAndDoesNotFail)
+TEST_F(SnmpConnector, AfterCleanupAConnectorDoesNothingAndDoesNotFail)
 {
     startWithConnector();
     connector->addMetric("m");
@@ -236,7 +236,7 @@ TEST_F(SnmpConnector, WithoutARunningLibraryAConnectorDoesNothingAndDoesNotFail)
 
 // --- Results
 
-TEST_F(SnmpConnector, AnUpdatePublishesTheCheckAndThenEachResultInTheListsOrder)
+TEST_F(SnmpConnector, AnUpdatePublishesTheCheckAndThenEachResultInListOrder)
 {
     startWithConnector();
     check.status = HealthStatus::Warning;
@@ -251,7 +251,7 @@ TEST_F(SnmpConnector, AnUpdatePublishesTheCheckAndThenEachResultInTheListsOrder)
                             set(cell(4, 4, metricRow), "~:80"), set(cell(4, 5, metricRow), "off")));
 }
 
-TEST_F(SnmpConnector, NumbersArePublishedAsTextsOfSixSignificantDigits)
+TEST_F(SnmpConnector, NumbersArePublishedAsTextWithSixSignificantDigits)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const double notANumber = std::numeric_limits<double>::quiet_NaN();
@@ -265,7 +265,7 @@ TEST_F(SnmpConnector, NumbersArePublishedAsTextsOfSixSignificantDigits)
     }
 }
 
-TEST_F(SnmpConnector, AResultWithoutNumbersRemovesThePerformanceRowOfItsName)
+TEST_F(SnmpConnector, AResultWithoutPerformanceDataWithdrawsThePerformanceRow)
 {
     startWithConnector();
     connector->updateResults(listOf(resultWithNumber("m", 1), resultWithNumber("n", 1)));
@@ -278,7 +278,7 @@ TEST_F(SnmpConnector, AResultWithoutNumbersRemovesThePerformanceRowOfItsName)
                                    unset(cell(4, 5, metricRow))));
 }
 
-TEST_F(SnmpConnector, ResultsThatNoLongerOccurKeepTheirRows)
+TEST_F(SnmpConnector, MissingResultsKeepTheirRows)
 {
     startWithConnector();
     connector->updateResults(listOf(resultWithNumber("m", 1)));
@@ -289,14 +289,14 @@ TEST_F(SnmpConnector, ResultsThatNoLongerOccurKeepTheirRows)
 
 // --- Metrics
 
-TEST_F(SnmpConnector, AnAddedMetricShowsOnlyThatItCannotBeChanged)
+TEST_F(SnmpConnector, AnAddedMetricPublishesOnlyItsRemoteChangeFlag)
 {
     startWithConnector();
     connector->addMetric("m");
     EXPECT_THAT(publications(), ElementsAre(set(cell(2, 5, metricRow), 0)));
 }
 
-TEST_F(SnmpConnector, AnUpdatedMetricShowsUnitAndRanges)
+TEST_F(SnmpConnector, AnUpdatedMetricPublishesUnitAndRanges)
 {
     startWithConnector();
     connector->addMetric("m");
@@ -369,7 +369,7 @@ TEST_F(SnmpConnector, AnUnregisteredObserverShows0AndSetsAreNoLongerRouted)
               1);
 }
 
-TEST_F(SnmpConnector, AnObserverOfAMetricWithoutARowIsLoggedButRoutesNothing)
+TEST_F(SnmpConnector, AnObserverWithoutARowIsLoggedButReceivesNothing)
 {
     startWithConnector();
     const QtMessages messages;
@@ -379,7 +379,7 @@ TEST_F(SnmpConnector, AnObserverOfAMetricWithoutARowIsLoggedButRoutesNothing)
     EXPECT_EQ(countDebugTexts(messages, "Registering metric observer for m."), 1);
 }
 
-TEST_F(SnmpConnector, AMetricAddedAgainLosesItsCallbackFromTheStore)
+TEST_F(SnmpConnector, AddingAMetricAgainDeregistersItsCallback)
 {
     startWithConnector();
     connector->addMetric("m");
@@ -391,7 +391,7 @@ TEST_F(SnmpConnector, AMetricAddedAgainLosesItsCallbackFromTheStore)
     EXPECT_EQ(verdict(3, "10:20"), "answer 1");
 }
 
-TEST_F(SnmpConnector, ARemovedMetricLosesItsCallbackFromTheStore)
+TEST_F(SnmpConnector, RemovingAMetricDeregistersItsCallback)
 {
     startWithConnector();
     connector->addMetric("m");
@@ -402,7 +402,7 @@ TEST_F(SnmpConnector, ARemovedMetricLosesItsCallbackFromTheStore)
 
 // --- Management functions
 
-TEST_F(SnmpConnector, ARegisteredHandlerShowsTheManagementRowAndIsReached)
+TEST_F(SnmpConnector, ARegisteredHandlerHasARowAndIsCalled)
 {
     startWithConnector();
     connector->registerManagementHandler(&handler);
@@ -413,7 +413,7 @@ TEST_F(SnmpConnector, ARegisteredHandlerShowsTheManagementRowAndIsReached)
     EXPECT_THAT(recorder.lines(), ElementsAre("function 3"));
 }
 
-TEST_F(SnmpConnector, AnUnregisteredHandlerLeavesTheRowButIsNotReached)
+TEST_F(SnmpConnector, AnUnregisteredHandlerKeepsItsRowButIsNotCalled)
 {
     startWithConnector();
     connector->registerManagementHandler(&handler);
@@ -425,7 +425,7 @@ TEST_F(SnmpConnector, AnUnregisteredHandlerLeavesTheRowButIsNotReached)
     connector->unregisterManagementHandler();
 }
 
-TEST_F(SnmpConnector, ASecondHandlerTakesThePlaceOfTheFirst)
+TEST_F(SnmpConnector, ASecondHandlerReplacesTheFirst)
 {
     startWithConnector();
     Recorder secondRecorder;

@@ -83,7 +83,7 @@ TEST_F(SnmpTable, TheIndexOfATextIsItsLengthAndItsBytes)
     EXPECT_EQ(indexText(std::string("a\0b", 3)), "3.97.0.98");
 }
 
-TEST_F(SnmpTable, TheIndexOfTheEmptyTextIsALengthOf0)
+TEST_F(SnmpTable, TheIndexOfTheEmptyTextIsTheLength0)
 {
     EXPECT_EQ(indexText(""), "0");
 }
@@ -108,13 +108,13 @@ TEST_F(SnmpTable, ATextTooLongForItsLengthArcThrowsAText)
     }
 }
 
-TEST_F(SnmpTable, TheIndexOfAPairIsThatOfItsTextsOneAfterTheOther)
+TEST_F(SnmpTable, TheIndexOfAPairIsTheIndexesOfItsTextsInOrder)
 {
     EXPECT_EQ(SnmpHealthCheckTable().indexOid({"a", "bc"}).toStdString(), "1.97.2.98.99");
     EXPECT_EQ(SnmpHealthCheckTable().indexOid({"", ""}).toStdString(), "0.0");
 }
 
-TEST_F(SnmpTable, ACellIsEntryColumnCheckAndMetric)
+TEST_F(SnmpTable, ACellIdentifierIsEntryColumnCheckAndMetric)
 {
     start();
     metrics.createRow("m");
@@ -142,7 +142,7 @@ TEST_F(SnmpTable, AnIdentifierOfAnotherTableHasNoColumn)
     EXPECT_EQ(metrics.columnIndexOf(Oid()), noColumn);
 }
 
-TEST_F(SnmpTable, TheOtherVariantAnswers4ForTextKeysAnd5ForPairKeys)
+TEST_F(SnmpTable, WithoutAColumnTheIndexIs4ForTextKeysAnd5ForPairKeys)
 {
     const Oid other = below(cell(1, 3, {"app", "hc"}));
     EXPECT_EQ(metrics.columnIndexOrNone(other), 4u);
@@ -163,7 +163,7 @@ TEST_F(SnmpTable, ANewRowWritesNothing)
     EXPECT_THAT(publications(), IsEmpty());
 }
 
-TEST_F(SnmpTable, ARowMadeAnewLosesItsCallbackAndWritesNothing)
+TEST_F(SnmpTable, ReplacingARowDropsItsCallbackAndWritesNothing)
 {
     start();
     metrics.createRow("m");
@@ -174,11 +174,11 @@ TEST_F(SnmpTable, ARowMadeAnewLosesItsCallbackAndWritesNothing)
     EXPECT_TRUE(metrics.hasRow("m"));
     EXPECT_FALSE(metrics.hasRowCallback("m"));
     EXPECT_THAT(publications(), IsEmpty());
-    for (const int column : {2, 3, 4, 5}) // the store was not told
+    for (const int column : {2, 3, 4, 5}) // still in the store
         facade.deregisterValueChanged(below(cell(2, column, {"app", "hc", "m"})));
 }
 
-TEST_F(SnmpTable, NothingIsWrittenToARowThatDoesNotExist)
+TEST_F(SnmpTable, NothingIsWrittenToAMissingRow)
 {
     start();
     metrics.setIntColumn("m", 3, 1);
@@ -188,7 +188,7 @@ TEST_F(SnmpTable, NothingIsWrittenToARowThatDoesNotExist)
     EXPECT_THAT(publications(), IsEmpty());
 }
 
-TEST_F(SnmpTable, RemovingARowUnsetsEachOfItsCellsOnceAfterItsCallbackIsGone)
+TEST_F(SnmpTable, RemovingARowDeregistersItsCallbackAndThenWithdrawsEachCellOnce)
 {
     start();
     metrics.createRow("m");
@@ -205,7 +205,7 @@ TEST_F(SnmpTable, RemovingARowUnsetsEachOfItsCellsOnceAfterItsCallbackIsGone)
         EXPECT_EQ(validate(cell(2, column, row), 5), "answer 1 to " + set(cell(2, column, row), 5));
 }
 
-TEST_F(SnmpTable, RemovingAllRowsGoesInTheOrderOfTheKeysBytes)
+TEST_F(SnmpTable, AllRowsAreRemovedInByteOrderOfTheirKeys)
 {
     start();
     SnmpMetricResultTable results("a", "b");
@@ -236,7 +236,7 @@ TEST_F(SnmpTable, DestroyingATableWithdrawsNothing)
 
 // --- Callbacks
 
-TEST_F(SnmpTable, ARowsCallbackGetsTheSetsOfAllItsCells)
+TEST_F(SnmpTable, ACallbackReceivesTheSetsOfAllCellsOfItsRow)
 {
     start();
     const std::vector<std::string> row = {"app", "hc", "m"};
@@ -253,7 +253,7 @@ TEST_F(SnmpTable, ARowsCallbackGetsTheSetsOfAllItsCells)
     metrics.removeAllRows();
 }
 
-TEST_F(SnmpTable, ASecondCallbackTakesThePlaceOfTheFirstWhichIsDestroyed)
+TEST_F(SnmpTable, ASecondCallbackReplacesAndDestroysTheFirst)
 {
     start();
     const std::string oid = cell(2, 3, {"app", "hc", "m"});
@@ -267,7 +267,7 @@ TEST_F(SnmpTable, ASecondCallbackTakesThePlaceOfTheFirstWhichIsDestroyed)
     metrics.removeAllRows();
 }
 
-TEST_F(SnmpTable, ACallbackForARowThatDoesNotExistIsDestroyed)
+TEST_F(SnmpTable, ACallbackForAMissingRowIsDestroyed)
 {
     start();
     bool isGone = false;
@@ -292,7 +292,7 @@ TEST_F(SnmpTable, ARemovedCallbackIsDestroyedAndNoLongerCalled)
     metrics.removeRowCallback("m");
 }
 
-TEST_F(SnmpTable, WithoutARunningLibraryRowsAreKeptAndNothingFails)
+TEST_F(SnmpTable, WithoutARunningLibraryRowsAreKept)
 {
     metrics.createRow("m");
     metrics.setRowCallback("m", makeCallback("m"));
@@ -337,7 +337,7 @@ TEST_F(SnmpTable, AMetricRowIsUnitWarningRangeAndCriticalRange)
     EXPECT_THAT(debugTexts(messages), ElementsAre("set SnmpMetricTable row for  m"));
 }
 
-TEST_F(SnmpTable, TheRowOfAnUnknownMetricIsNeitherWrittenNorMadeNorLogged)
+TEST_F(SnmpTable, TheRowOfAnUnknownMetricIsNotCreatedWrittenOrLogged)
 {
     start();
     const QtMessages messages;
@@ -384,7 +384,7 @@ TEST_F(SnmpTable, AManagementRowIsFourNumbersAndAText)
     EXPECT_THAT(debugTexts(messages), IsEmpty());
 }
 
-TEST_F(SnmpTable, AnExistingRowKeepsItsCallbackWhenItIsWritten)
+TEST_F(SnmpTable, WritingARowKeepsItsCallback)
 {
     start();
     SnmpMgmFuncTable table;

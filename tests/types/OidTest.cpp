@@ -29,10 +29,10 @@ std::string reprinted(const std::string& text)
 
 } // namespace
 
-// Applications hold Oids in classes of their own: the size is part of the binary interface.
+// The size is part of the binary interface.
 static_assert(sizeof(Oid) == sizeof(void*), "an Oid is one pointer wide");
 
-TEST(Oid, TheDefaultOneIsInvalidAndPrintsAsTheEmptyText)
+TEST(Oid, ADefaultOidIsInvalidAndPrintsAsTheEmptyText)
 {
     const Oid empty;
     EXPECT_FALSE(empty.isValid());
@@ -41,7 +41,7 @@ TEST(Oid, TheDefaultOneIsInvalidAndPrintsAsTheEmptyText)
     EXPECT_TRUE(empty.toStdVector().empty());
 }
 
-TEST(Oid, OneArcMakesItValidEvenWhenTheArcIsZero)
+TEST(Oid, OneArcMakesItValidEvenIfTheArcIsZero)
 {
     EXPECT_TRUE(oid("0").isValid());
     EXPECT_EQ(oid("0").size(), 1);
@@ -73,7 +73,7 @@ TEST(Oid, IsBuiltFromAVectorAndGivesTheSameVectorBack)
     EXPECT_FALSE(Oid::fromStdVector({}).isValid());
 }
 
-TEST(Oid, NoRuleIsImposedOnTheFirstTwoArcs)
+TEST(Oid, AnyFirstTwoArcsAreAccepted)
 {
     EXPECT_EQ(reprinted("9.4294967295.0"), "9.4294967295.0");
 }
@@ -108,15 +108,15 @@ TEST(Oid, AssignmentToItselfChangesNothing)
     EXPECT_EQ(self.toStdString(), "1.3.6");
 }
 
-TEST(Oid, MovingCopiesSoTheSourceStaysWhole)
+TEST(Oid, MovingCopiesAndKeepsTheSource)
 {
     Oid source = oid("1.3.6");
     const Oid target(std::move(source));
     EXPECT_EQ(target.toStdString(), "1.3.6");
-    EXPECT_EQ(source.toStdString(), "1.3.6"); // NOLINT(bugprone-use-after-move): that is the point
+    EXPECT_EQ(source.toStdString(), "1.3.6"); // NOLINT(bugprone-use-after-move): tested here
 }
 
-TEST(Oid, PrintsArcsInDecimalWithDotsBetweenThemOnly)
+TEST(Oid, PrintsDecimalArcsWithDotsBetweenThem)
 {
     EXPECT_EQ(Oid({1, 3, 6, 1, 4, 1}).toStdString(), "1.3.6.1.4.1");
     EXPECT_EQ(Oid({0, 10, 4294967295u}).toStdString(), "0.10.4294967295");
@@ -137,7 +137,7 @@ TEST(Oid, EmptyPiecesOfTheTextAreSkipped)
     EXPECT_EQ(reprinted("...1...3..."), "1.3");
 }
 
-TEST(Oid, PiecesThatAreNoArcsAreSkippedAndTheRestIsKept)
+TEST(Oid, PiecesOtherThanArcsAreSkipped)
 {
     EXPECT_EQ(reprinted("1.3.abc.6"), "1.3.6");
     EXPECT_EQ(reprinted("1.x.3"), "1.3");
@@ -160,13 +160,13 @@ TEST(Oid, PiecesAreReadInBaseTen)
     EXPECT_EQ(reprinted("010.08"), "10.8");
 }
 
-TEST(Oid, BlanksAndASignAroundAnArcAreRead)
+TEST(Oid, BlanksAndAPlusSignAroundAnArcAreAccepted)
 {
     EXPECT_EQ(reprinted(" 1 . 3\t.+6"), "1.3.6");
     EXPECT_EQ(reprinted("1 3.6"), "6");
 }
 
-TEST(Oid, DigitsOfOtherScriptsAndNulBytesAreNoArcs)
+TEST(Oid, NonAsciiDigitsAndNulBytesAreNotArcs)
 {
     EXPECT_EQ(reprinted("1.\xD9\xA1.3"), "1.3");
     EXPECT_EQ(reprinted(std::string("1.2\0.3", 6)), "1.3");
@@ -180,7 +180,7 @@ TEST(Oid, TextWithoutAnyArcGivesTheInvalidOid)
     EXPECT_FALSE(oid("a.b.c").isValid());
 }
 
-TEST(Oid, AnyOidSurvivesTheWayThroughText)
+TEST(Oid, AnyOidCanBePrintedAndParsedBack)
 {
     const Oid original({0, 1, 4294967295u, 42});
     EXPECT_TRUE(Oid::fromStdString(original.toStdString()) == original);
@@ -215,7 +215,7 @@ TEST(Oid, AppendAddsAllArcsOfAnotherAndReturnsTheTarget)
     EXPECT_EQ(target.toStdString(), "1.3.6.1");
 }
 
-TEST(Oid, AppendedToItselfItDoubles)
+TEST(Oid, AppendingAnOidToItselfDoublesIt)
 {
     Oid self = oid("1.3");
     self.append(self);
@@ -241,7 +241,7 @@ TEST(Oid, AtGivesTheArcAtAnIndexCountedFromZero)
     EXPECT_EQ(three.at(2), 9u);
 }
 
-TEST(Oid, AtGivesZeroWhereThereIsNoArc)
+TEST(Oid, AtGivesZeroOutsideTheArcs)
 {
     const Oid three = oid("7.8.9");
     EXPECT_EQ(three.at(3), 0u);
@@ -291,7 +291,7 @@ TEST(Oid, TheOperatorsFollowCompare)
     EXPECT_FALSE(oid("1.4") < oid("1.3.6"));
 }
 
-TEST(Oid, AsAKeyItOrdersAMapTheWayAManagerWalks)
+TEST(Oid, AMapOfOidsIsInTheOrderOfAWalk)
 {
     std::map<Oid, int> cells;
     for (const char* text : {"1.10", "1.9", "1", "1.9.1", "2"})
@@ -310,7 +310,7 @@ TEST(Oid, ContainsItselfAndItsDescendants)
     EXPECT_TRUE(a.containsChild(oid("1.3.6.1.4.1")));
 }
 
-TEST(Oid, TheEmptyOneContainsEveryOid)
+TEST(Oid, TheEmptyOidContainsEveryOid)
 {
     EXPECT_TRUE(Oid().containsChild(oid("1.3")));
     EXPECT_TRUE(Oid().containsChild(Oid()));
@@ -324,7 +324,7 @@ TEST(Oid, DoesNotContainItsParentNorASibling)
     EXPECT_FALSE(oid("1.3.6").containsChild(oid("2.3.6")));
 }
 
-TEST(Oid, RemovePrefixTakesAMatchingPrefixAway)
+TEST(Oid, RemovePrefixRemovesAMatchingPrefix)
 {
     Oid x = oid("1.3.6.1.4");
     EXPECT_EQ(&x.removePrefix(oid("1.3.6")), &x);
@@ -364,7 +364,7 @@ TEST(Oid, RemovePrefixWithTheEmptyPrefixDoesNothing)
     EXPECT_EQ(x.toStdString(), "1.3");
 }
 
-TEST(Oid, RemoveCommonPrefixTakesTheLongestCommonRunAway)
+TEST(Oid, RemoveCommonPrefixRemovesTheLongestCommonRun)
 {
     const Oid other = oid("1.3.7");
     Oid x = oid("1.3.6.1.4");

@@ -12,7 +12,7 @@
 using vigil::HealthStatus;
 using vigil::Range;
 
-TEST(PerformanceData, TheDefaultOneHasEmptyTextsAndTheValueZero)
+TEST(PerformanceData, ADefaultObjectHasEmptyTextsAndTheValueZero)
 {
     const PerformanceData data;
     EXPECT_EQ(data.getLabel(), "");
@@ -22,7 +22,7 @@ TEST(PerformanceData, TheDefaultOneHasEmptyTextsAndTheValueZero)
     EXPECT_EQ(data.getCritical(), "");
 }
 
-TEST(PerformanceData, GivesBackWhatWasSet)
+TEST(PerformanceData, ReturnsTheValuesSet)
 {
     PerformanceData data;
     data.setLabel("temperature");
@@ -35,7 +35,7 @@ TEST(PerformanceData, GivesBackWhatWasSet)
                               "C");
 }
 
-TEST(PerformanceData, KeepsRangesAsText)
+TEST(PerformanceData, StoresRangesAsText)
 {
     PerformanceData data;
     data.setWarning(Range::CreateThresholdAbove(80));
@@ -44,7 +44,7 @@ TEST(PerformanceData, KeepsRangesAsText)
     EXPECT_EQ(data.getCritical(), "@10:20");
 }
 
-TEST(PerformanceData, TellsARangeThatIsOffFromOneThatWasNeverConfigured)
+TEST(PerformanceData, DistinguishesOffFromUnset)
 {
     PerformanceData data;
     data.setWarning(Range::CreateNoLimit());
@@ -53,7 +53,7 @@ TEST(PerformanceData, TellsARangeThatIsOffFromOneThatWasNeverConfigured)
     EXPECT_EQ(data.getCritical(), "");
 }
 
-TEST(ResultEntry, AFreshOneHoldsADefaultResultAndDefaultPerformanceData)
+TEST(ResultEntry, ANewEntryHasADefaultResultAndDefaultPerformanceData)
 {
     const ResultEntry entry;
     EXPECT_EQ(entry.result.getName(), "");
@@ -63,16 +63,16 @@ TEST(ResultEntry, AFreshOneHoldsADefaultResultAndDefaultPerformanceData)
     EXPECT_EQ(entry.perfData->getLabel(), "");
 }
 
-TEST(ResultEntry, MovingItMovesThePerformanceDataAndLeavesNullBehind)
+TEST(ResultEntry, MovingAnEntryLeavesTheSourceWithoutPerformanceData)
 {
     ResultEntry source;
     const PerformanceData* data = source.perfData.get();
     const ResultEntry target(std::move(source));
     EXPECT_EQ(target.perfData.get(), data);
-    EXPECT_EQ(source.perfData, nullptr); // NOLINT(bugprone-use-after-move): that is the point
+    EXPECT_EQ(source.perfData, nullptr); // NOLINT(bugprone-use-after-move): tested here
 }
 
-TEST(ResultEntry, GrowthOfAVectorKeepsThePerformanceData)
+TEST(ResultEntry, AGrowingVectorKeepsThePerformanceData)
 {
     std::vector<ResultEntry> entries;
     std::vector<const PerformanceData*> data;

@@ -16,7 +16,7 @@ using vigil::Result;
 
 namespace {
 
-/// A health check that has nothing but a description.
+/// A health check with nothing but a description.
 class DescribedCheck : public vigil::HealthCheck
 {
 public:
@@ -52,7 +52,7 @@ std::vector<ResultEntry> entries(const std::vector<std::pair<HealthStatus, std::
 
 } // namespace
 
-TEST(Summary, WhenAllIsWellItIsTheDescription)
+TEST(Summary, WithoutProblemsItIsTheDescription)
 {
     const DescribedCheck check("disk");
     EXPECT_EQ(Summary().summarizeOk(check, entries({{HealthStatus::Ok, "a"}})), "disk");
@@ -60,7 +60,7 @@ TEST(Summary, WhenAllIsWellItIsTheDescription)
     EXPECT_EQ(Summary().summarizeOk(DescribedCheck(""), {}), "");
 }
 
-TEST(Summary, WhenAllIsWellTheEntriesAreNotLookedAt)
+TEST(Summary, WithoutProblemsTheEntriesAreIgnored)
 {
     EXPECT_EQ(Summary().summarizeOk(DescribedCheck("disk"), entries({{HealthStatus::Critical, "c"}})),
               "disk");
@@ -96,20 +96,20 @@ TEST(Summary, TheSeparatorIsWrittenEvenWithoutAProblemText)
               "disk - ");
 }
 
-TEST(Summary, AnEmptyProblemTextStillTakesItsPlace)
+TEST(Summary, AnEmptyProblemTextKeepsItsSeparator)
 {
     const auto list =
         entries({{HealthStatus::Warning, "b"}, {HealthStatus::Unknown, ""}, {HealthStatus::Critical, "c"}});
     EXPECT_EQ(Summary().summarizeProblems(DescribedCheck("disk"), list), "disk - b  c");
 }
 
-TEST(Summary, ABlankWithinATextOrADescriptionStays)
+TEST(Summary, BlanksInTextsAndDescriptionsStay)
 {
     const auto list = entries({{HealthStatus::Warning, " b "}, {HealthStatus::Warning, "c\n"}});
     EXPECT_EQ(Summary().summarizeProblems(DescribedCheck(" disk "), list), " disk  -  b  c\n");
 }
 
-TEST(Summary, TextsStayUtf8)
+TEST(Summary, TextsAreUtf8)
 {
     const auto list = entries({{HealthStatus::Warning, "40 \xC2\xB0"
                                                        "C"}});

@@ -35,7 +35,7 @@ TEST(WorstStatus, OfAnEmptyListIsUnknown)
     EXPECT_EQ(worstOf({}), unknown);
 }
 
-TEST(WorstStatus, OfOneEntryIsThatEntrys)
+TEST(WorstStatus, OfOneEntryIsItsStatus)
 {
     for (const HealthStatus status : {ok, warning, critical, unknown})
         EXPECT_EQ(worstOf({status}), status);
@@ -47,7 +47,7 @@ TEST(WorstStatus, UnknownIsWorseThanOk)
     EXPECT_EQ(worstOf({unknown, ok}), unknown);
 }
 
-TEST(WorstStatus, AWarningIsNotHiddenByAnUnknownOne)
+TEST(WorstStatus, WarningIsWorseThanUnknown)
 {
     EXPECT_EQ(worstOf({unknown, warning}), warning);
     EXPECT_EQ(worstOf({warning, unknown}), warning);
@@ -60,7 +60,7 @@ TEST(WorstStatus, CriticalIsTheWorst)
     EXPECT_EQ(worstOf({unknown, critical}), critical);
 }
 
-TEST(WorstStatus, OfOnlyGoodEntriesIsOk)
+TEST(WorstStatus, OfOkEntriesIsOk)
 {
     EXPECT_EQ(worstOf({ok, ok, ok}), ok);
 }
