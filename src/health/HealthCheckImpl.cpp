@@ -3,7 +3,7 @@
 
 #include "health/HealthCheckImpl.h"
 
-#include <vigil/VigilSnmpInterface.h>
+#include <vigil/Connector.h>
 
 #include <new>
 

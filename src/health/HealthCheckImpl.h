@@ -6,10 +6,11 @@
 
 #include <memory>
 
-#include <vigil/Connector.h>
 #include <vigil/HealthCheck.h>
 
 #include "health/MetricStore.h"
+
+class Connector;
 
 /// The implementation of vigil::HealthCheck, created by createHealthCheck(). The last check of the process
 /// stops the library.

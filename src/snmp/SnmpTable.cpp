@@ -4,6 +4,7 @@
 #include "snmp/SnmpTable.h"
 
 #include <vigil/ValueChangedCallback.h>
+#include <vigil/VigilSnmpInterface.h>
 
 #include <limits>
 

@@ -12,13 +12,13 @@
 #include <vector>
 
 #include <vigil/Oid.h>
-#include <vigil/VigilSnmpInterface.h>
 
 #include "base/ThreadSafety.h"
 
 namespace vigil {
 class ValueChangedCallback;
-}
+class VigilSnmpInterface;
+} // namespace vigil
 
 /// A conceptual SNMP table with a text or a pair of texts as index.
 ///
