@@ -43,7 +43,7 @@ enum class RangeKind : int { Warning = 0, Critical = 1 };
 /// check->destroy();
 /// \endcode
 ///
-/// Purpose: a metric without a handler refuses every change.
+/// Purpose: accepts or refuses each change. A metric without a handler refuses every change.
 ///
 /// Threads: called on the library's client thread, one call at a time in the whole process, with the lock of
 /// the callback registry held. Return quickly: the manager is waiting, and the library sends nothing
