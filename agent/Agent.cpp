@@ -43,7 +43,9 @@ Error Agent::start()
 {
     if (Error error = m_engine.initialise())
         return error;
-    if (Error error = registerObjects())
+    if (Error error = m_handler.registerSubtree(m_options.subtree))
+        return error;
+    if (Error error = m_agentMib.registerObjects())
         return error;
     if (Error error = m_engine.start())
         return error;
@@ -52,18 +54,6 @@ Error Agent::start()
     if (m_options.isStandalone())
         log::info(m_engine.statusText());
     log::info(QStringLiteral("listening for applications on %1").arg(m_applications.address()));
-    return {};
-}
-
-Error Agent::registerObjects()
-{
-    if (!m_handler.registerSubtree(m_options.subtree))
-        return Error(QStringLiteral("Net-SNMP refuses the subtree %1; its message above says why")
-                         .arg(toText(m_options.subtree)));
-    if (!m_agentMib.registerObjects())
-        return Error(QStringLiteral(
-                         "Net-SNMP refuses the agent's own objects at %1; --subtree must not lie among them")
-                         .arg(toText(agentMibRoot())));
     return {};
 }
 

@@ -41,7 +41,6 @@ public:
     void setStatusListener(const std::function<void(const QString&)>& listener);
 
 private:
-    Error registerObjects();
     Error listen();
 
     const Options m_options;

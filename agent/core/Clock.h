@@ -11,7 +11,7 @@
 
 namespace agent {
 
-/// The agent's only source of time. Tests replace it with a clock that they advance by hand.
+/// The agent's only source of time. Tests use a clock they advance by hand.
 ///
 /// Ownership: the clock must outlive its users.
 /// A change of the host's time affects nowUtc() alone; delays are measured on elapsedMs().
@@ -33,8 +33,8 @@ public:
     void callAt(qint64 dueMs, QObject* context, std::function<void()> call);
 
 protected:
-    /// Makes the call from the event loop after at most delayMs. A call that comes early is repeated for the
-    /// rest of its time, so system timers may be inexact and may have an upper limit.
+    /// Makes the call from the event loop after at most delayMs. If the call comes early, callAt() waits
+    /// again for the rest: system timers may be inexact, and may have an upper limit.
     virtual void wait(qint64 delayMs, QObject* context, std::function<void()> call) = 0;
 };
 

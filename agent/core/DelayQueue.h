@@ -16,14 +16,14 @@ namespace agent {
 /// Lets keys wait, all for the same delay, and reports each key that has expired.
 ///
 /// There may be a key for each of a hundred thousand checks, restarted by every update. The queue is in the
-/// order of the starts, so it needs one timer, and an update costs no more than a look-up of its key.
+/// order of the starts, so it needs one timer, and an update costs one look-up of its key.
 ///
 /// Ownership: the clock must outlive the queue.
 template <typename Key>
 class DelayQueue
 {
 public:
-    /// As delayMs: no key ever expires, and none is kept.
+    /// As delayMs: the queue keeps no keys, so no key expires.
     static constexpr qint64 never = -1;
 
     /// Called from the event loop with a key and the time it has waited. The key has left the queue.

@@ -11,7 +11,7 @@ namespace {
 
 bool isVerboseLog = false;
 
-/// Text from applications and managers gets into messages: it must not be able to forge a line of its own.
+/// Texts from applications and managers appear in messages. They must not be able to forge a line.
 QByteArray onOneLine(const QString& message)
 {
     QByteArray line = message.trimmed().toUtf8();

@@ -6,18 +6,18 @@
 
 #include <QString>
 
-/// The agent's own messages: one line per event on standard error, whatever the text holds.
+/// The agent's messages. Each event is one line on standard error, even if its text has line breaks.
 ///
-/// Threads: the agent has one. Failure: a line that cannot be written is lost.
+/// Failure: if the line cannot be written, it is lost.
 namespace agent::log {
 
-/// Also writes the lines of detail(). Off at the start.
+/// Turns the lines of detail() on. They are off at the start.
 void setVerbose(bool isVerbose);
 
-/// Something that stops the agent or an operation that an operator asked for.
+/// The agent stops, or cannot do what the operator asked for.
 void error(const QString& message);
 
-/// Something that an operator should look at; the agent goes on.
+/// The operator should have a look. The agent goes on.
 void warning(const QString& message);
 
 /// A step in the agent's life.
@@ -25,8 +25,8 @@ void info(const QString& message);
 
 bool isVerbose();
 
-/// Connections, cells and SETs one by one; nothing unless verbose. makeText returns the message and is called
-/// only when it is wanted, since there is one for every value that arrives.
+/// Single connections, cells and SETs. makeText returns the message; it is called only if the log is verbose,
+/// since every value that arrives has a message.
 template <typename MakeText>
 void detail(MakeText makeText)
 {

@@ -13,33 +13,30 @@
 
 namespace agent {
 
-/// An object identifier as the agent holds it: all arcs in a row, ordered as SNMP orders them.
-///
-/// Purpose: keys of the cells. A walk over a large table compares identifiers all the time, which the
-/// application's linked vigil::Oid is not made for.
+/// An object identifier: all arcs in a vector, in the order of SNMP. It is the key of a cell; a walk over a
+/// large table compares identifiers all the time, so the linked vigil::Oid of the library will not do.
 using ObjectId = std::vector<unsigned int>;
 
-/// The subtree that the agent serves; identifiers travel on the application's connection relative to it.
+/// The enterprise's subtree. On an application's connection identifiers are relative to it.
 const ObjectId& enterpriseRoot();
 
-/// The part of it that VIGIL-MIB describes.
+/// VIGIL-MIB, a part of the enterprise's subtree.
 const ObjectId& vigilMibRoot();
 
-/// The part of it that is the agent's own, where applications cannot publish.
+/// VIGIL-AGENT-MIB, another part. Applications cannot publish in it.
 const ObjectId& agentMibRoot();
 
-/// The most arcs that SNMP carries in one identifier.
+/// SNMP's limit for one identifier.
 constexpr size_t maxArcs = 128;
 
-/// The full identifier for a relative one in dotted text; the empty text is the root itself. Nothing when the
-/// text is anything else than numbers between dots, or a number is above 4294967295.
+/// Reads dotted text relative to enterpriseRoot(); the empty text is the root itself. Returns nothing unless
+/// the text consists of numbers up to 4294967295 between dots.
 std::optional<ObjectId> fromRelativeText(const std::string& text);
 
-/// The identifier that a full dotted text names, a leading dot allowed. Nothing when the text is anything
-/// else.
+/// Reads full dotted text. A leading dot is allowed. Returns nothing if the text has another form.
 std::optional<ObjectId> fromFullText(const std::string& text);
 
-/// The dotted text of id relative to the root. id lies below the root.
+/// The dotted text relative to enterpriseRoot(). id must lie below it.
 std::string toRelativeText(const ObjectId& id);
 
 /// The full dotted text, for messages.

@@ -25,7 +25,7 @@ public:
     /// Makes one call, delayMs from now. Replaces what was started before.
     void startOnce(qint64 delayMs);
 
-    /// Makes the first call intervalMs from now. An event loop that is late by several intervals makes one
+    /// Makes the first call intervalMs from now. If the event loop is late by several intervals, there is one
     /// call for all of them.
     void startRepeating(qint64 intervalMs);
 

@@ -39,7 +39,7 @@ class NotificationPolicy : public QObject
 
 public:
     enum State {
-        Unevaluated,     ///< the row has been created, no more
+        Unevaluated,     ///< the row has been created only
         Settled,         ///< managers know the status
         AwaitingSummary, ///< a new status waits for its summary
         Pending,         ///< a change waits until the check is no longer muted
@@ -87,13 +87,13 @@ public:
 
     // Call these once the look-up returns the new state.
 
-    /// status is what the application wrote.
+    /// status is the application's own.
     void handleStatusWritten(const ObjectId& check, int status);
     void handleSummaryWritten(const ObjectId& check, const std::string& summary);
     void handleCovered(const ObjectId& check);
     void handleRemoved(const ObjectId& check);
 
-    /// The number of checks that take up memory here.
+    /// The number of checks in memory.
     size_t size() const { return m_checks.size() + m_muted.size(); }
 
 private:
@@ -101,7 +101,7 @@ private:
     {
         State state = Unevaluated;
         int written = healthTable::unknownStatus;
-        std::optional<int> notified; // the status that managers know, once the check is evaluated
+        std::optional<int> notified; // the status managers know, once the check is evaluated
     };
 
     void handle(Event event, const ObjectId& id);

@@ -16,7 +16,7 @@ constexpr qint64 bytesPerMs = 2'000;
 constexpr qint64 maxCredit = 1000 * bytesPerMs;
 constexpr size_t maxWaitingSize = 60'000'000;
 constexpr qint64 turnMs = 50;
-constexpr qint64 warningDelayMs = 1'000; // the warning counts what is dropped meanwhile
+constexpr qint64 warningDelayMs = 1'000; // the warning counts the drops meanwhile
 constexpr qint64 warningPauseMs = 60'000;
 
 } // namespace

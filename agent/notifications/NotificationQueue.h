@@ -16,10 +16,10 @@ namespace agent {
 
 /// Limits the rate of notifications, and the memory they take.
 ///
-/// Net-SNMP keeps every inform until its response or a time-out of some seconds, without a limit of its own.
+/// Net-SNMP keeps every inform until its response or a time-out of some seconds, and has no limit itself.
 /// The queue therefore lets 2 MB of notifications through a second, about 300 of them. Changes of health wait
-/// for their turn, in 60 MB at most, and go first. Values never wait: an application that floods the agent
-/// with values must not delay the health of the others.
+/// for their turn, in 60 MB at most, and go first. Values never wait: a flood of values from one application
+/// must not delay the health of the others.
 ///
 /// Ownership: the clock must outlive the queue.
 /// Failure: what does not fit is dropped, with at most one warning a minute.

@@ -12,7 +12,7 @@ namespace {
 
 const ObjectId snmpTrapOid{1, 3, 6, 1, 6, 3, 1, 1, 4, 1, 0};
 
-/// A list of varbinds that grows.
+/// Owns a list of varbinds.
 class Varbinds
 {
 public:

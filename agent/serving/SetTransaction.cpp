@@ -12,7 +12,7 @@ namespace agent {
 
 namespace {
 
-/// The index of the first question that meets the condition, or their number.
+/// The index of the first question to meet the condition, or the number of questions.
 template <typename Questions, typename Condition>
 size_t findIndex(const Questions& questions, Condition condition)
 {

@@ -3,8 +3,9 @@
 
 #include "agent/serving/SubtreeHandler.h"
 
-#include <algorithm>
-#include <limits>
+#include <utility>
+
+#include "agent/serving/VarbindValue.h"
 
 namespace agent {
 
@@ -12,41 +13,7 @@ namespace {
 
 constexpr char keyDataName[] = "vigil-set";
 
-ObjectId objectIdOf(const netsnmp_variable_list& varbind)
-{
-    ObjectId id(varbind.name_length);
-    std::transform(varbind.name, varbind.name + varbind.name_length, id.begin(),
-                   [](oid arc) { return static_cast<unsigned int>(arc); });
-    return id;
-}
-
-void putValue(netsnmp_variable_list* varbind, const CellValue& value)
-{
-    if (const int* number = std::get_if<int>(&value)) {
-        snmp_set_var_typed_integer(varbind, ASN_INTEGER, *number);
-    } else {
-        const std::string& text = std::get<std::string>(value);
-        snmp_set_var_typed_value(varbind, ASN_OCTET_STR, text.data(), text.size());
-    }
-}
-
-/// The manager's value, as far as its type is one that a cell can have.
-int readValue(const netsnmp_variable_list& varbind, CellValue& value)
-{
-    if (varbind.type == ASN_OCTET_STR) {
-        value = std::string(reinterpret_cast<const char*>(varbind.val.string), varbind.val_len);
-        return SNMP_ERR_NOERROR;
-    }
-    if (varbind.type != ASN_INTEGER)
-        return SNMP_ERR_WRONGTYPE;
-    const long number = *varbind.val.integer;
-    if (number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max())
-        return SNMP_ERR_WRONGVALUE;
-    value = static_cast<int>(number);
-    return SNMP_ERR_NOERROR;
-}
-
-/// Ties a SET of the coordinator to Net-SNMP's request: however that one ends, so does the other.
+/// Ends the coordinator's SET together with Net-SNMP's request, however that ends.
 struct RequestKey
 {
     SetCoordinator& coordinator;
@@ -80,10 +47,18 @@ SubtreeHandler::~SubtreeHandler()
         netsnmp_free_delegated_cache(cache);
 }
 
-bool SubtreeHandler::registerSubtree(const ObjectId& root)
+Error SubtreeHandler::registerSubtree(const ObjectId& root)
 {
     m_root = root;
-    const std::vector<oid> rootOid(root.begin(), root.end());
+    if (registerHandler())
+        return {};
+    return Error(
+        QStringLiteral("Net-SNMP refuses the subtree %1; its message above says why").arg(toText(root)));
+}
+
+bool SubtreeHandler::registerHandler()
+{
+    const std::vector<oid> rootOid(m_root.begin(), m_root.end());
     netsnmp_handler_registration* registration = netsnmp_create_handler_registration(
         "vigil", &SubtreeHandler::handle, rootOid.data(), rootOid.size(), HANDLER_CAN_RWRITE);
     if (!registration)
@@ -141,12 +116,12 @@ void SubtreeHandler::handleGetNext(netsnmp_request_info* requests) const
     for (netsnmp_request_info* request = requests; request; request = request->next) {
         const ObjectId asked = objectIdOf(*request->requestvb);
         const CellStore::Entry* entry = nullptr;
-        if (asked < m_root) // Net-SNMP checks what lies behind the subtree, not what lies before it
+        if (asked < m_root) // Net-SNMP checks the end of the subtree, but not its start
             entry = m_store.findAtOrNext(m_root);
         else
             entry = request->inclusive ? m_store.findAtOrNext(asked) : m_store.findNext(asked);
         if (!entry)
-            continue; // left as it is, Net-SNMP goes on behind the subtree
+            continue; // Net-SNMP goes on after the subtree
         const std::vector<oid> name(entry->first.begin(), entry->first.end());
         snmp_set_var_objid(request->requestvb, name.data(), name.size());
         putValue(request->requestvb, entry->second.served());

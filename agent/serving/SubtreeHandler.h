@@ -9,21 +9,26 @@
 #include <map>
 
 #include "agent/cells/CellStore.h"
+#include "agent/core/Error.h"
 #include "agent/netsnmp/NetSnmp.h"
 #include "agent/serving/SetCoordinator.h"
 
 namespace agent {
 
-/// Answers a manager's requests below one root from the store.
+/// Serves a manager's GET, GETNEXT and SET below one root. Net-SNMP calls it for the whole subtree.
 ///
-/// Purpose: the one handler that Net-SNMP calls for the whole subtree. GET and GETNEXT are answered at once.
-/// A SET runs through Net-SNMP's phases: the first reserve phase checks what can be checked here, the second
-/// asks the applications and delegates the request until they have answered, the action phase makes sure that
-/// nothing has changed since, the commit phase carries it out.
+/// GET and GETNEXT are answered from the store at once. A SET runs through Net-SNMP's phases:
 ///
-/// Threads: the agent has one, which is Net-SNMP's too.
+/// | Phase      | What happens                                                       |
+/// |------------|--------------------------------------------------------------------|
+/// | RESERVE1   | checks what the agent knows itself                                 |
+/// | RESERVE2   | asks the applications, and delegates the request until they answer |
+/// | ACTION     | checks that no cell has gone or changed hands since                |
+/// | COMMIT     | changes the cells and tells the applications                       |
+/// | FREE, UNDO | an earlier phase has failed: drops the SET                         |
+///
 /// Ownership: store and coordinator must outlive the handler, and the handler Net-SNMP's agent.
-/// Failure: is told to the manager as an SNMP error status.
+/// Failure: the manager gets an SNMP error status.
 class SubtreeHandler : public QObject
 {
     Q_OBJECT
@@ -32,8 +37,8 @@ public:
     SubtreeHandler(const CellStore& store, SetCoordinator& coordinator);
     ~SubtreeHandler() override;
 
-    /// Takes the subtree. Net-SNMP's agent must be initialised. False when it refuses.
-    bool registerSubtree(const ObjectId& root);
+    /// Net-SNMP's agent must be initialised.
+    Error registerSubtree(const ObjectId& root);
 
     /// True while a SET waits for applications.
     bool isWaiting() const { return !m_delegated.empty(); }
@@ -42,6 +47,7 @@ private:
     static int handle(netsnmp_mib_handler* handler, netsnmp_handler_registration* registration,
                       netsnmp_agent_request_info* info, netsnmp_request_info* requests);
 
+    bool registerHandler();
     void handleGet(netsnmp_request_info* requests) const;
     void handleGetNext(netsnmp_request_info* requests) const;
     void checkVarbinds(netsnmp_request_info* requests) const;

@@ -80,7 +80,7 @@ protected:
 
 // --- Before the owners are asked
 
-TEST_F(SetCoordinatorTest, ChecksWhatTheAgentKnowsItself)
+TEST_F(SetCoordinatorTest, ChecksExistenceTypeAndValue)
 {
     EXPECT_EQ(coordinator.check({{1}, 5}), SNMP_ERR_NOERROR);
     EXPECT_EQ(coordinator.check({{1}, std::string("5")}), SNMP_ERR_WRONGTYPE);
@@ -154,7 +154,7 @@ TEST_F(SetCoordinatorTest, ALostOwnerMakesTheResourceUnavailable)
     EXPECT_THAT(decisions, ElementsAre(Decision{SNMP_ERR_RESOURCEUNAVAILABLE, 1}));
 }
 
-TEST_F(SetCoordinatorTest, ALostOwnerDecidesEverySetThatAsksIt)
+TEST_F(SetCoordinatorTest, ALostOwnerDecidesAllItsSets)
 {
     beginBoth();
     coordinator.begin({{{1}, 12}});
@@ -176,7 +176,7 @@ TEST_F(SetCoordinatorTest, ADecisionMayEndOtherSets)
     EXPECT_EQ(decisions.size(), 1u);
 }
 
-TEST_F(SetCoordinatorTest, AnswersBecomeStatusesThatAManagerUnderstands)
+TEST_F(SetCoordinatorTest, AnswersBecomeStatusesForTheManager)
 {
     const std::pair<int, int> statuses[] = {{0, SNMP_ERR_NOERROR},     {1, SNMP_ERR_WRONGVALUE},
                                             {2, SNMP_ERR_NOSUCHNAME},  {5, SNMP_ERR_GENERR},
@@ -192,7 +192,7 @@ TEST_F(SetCoordinatorTest, AnswersBecomeStatusesThatAManagerUnderstands)
 
 // --- Time-out
 
-TEST_F(SetCoordinatorTest, AnOwnerThatDoesNotAnswerInTimeMakesTheResourceUnavailable)
+TEST_F(SetCoordinatorTest, ASilentOwnerMakesTheResourceUnavailable)
 {
     beginBoth();
     coordinator.handleAnswer(7, owners.numbers[0], 0);
@@ -241,7 +241,7 @@ TEST_F(SetCoordinatorTest, CommitChangesTheCellsAndTellsTheOwners)
     EXPECT_THAT(owners.committed, ElementsAre(7, 8));
 }
 
-TEST_F(SetCoordinatorTest, ASetThatIsNotAcceptedChangesNothing)
+TEST_F(SetCoordinatorTest, AnUnacceptedSetChangesNothing)
 {
     const SetCoordinator::Key key = beginBoth();
     coordinator.commit(key);

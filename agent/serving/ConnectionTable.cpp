@@ -1,0 +1,112 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/serving/ConnectionTable.h"
+
+#include "agent/serving/VarbindValue.h"
+
+namespace agent {
+
+namespace {
+
+// The arcs in the MIB.
+constexpr unsigned int tableArc = 2;
+enum Column : unsigned int { Address = 2, Port, State, Since, Cells, Frames, RecordsRefused, LastFrame };
+
+void putColumn(netsnmp_variable_list* varbind, unsigned int column, const ApplicationInfo& application)
+{
+    constexpr quint64 connected = 1;
+    constexpr quint64 lost = 2;
+    switch (column) {
+    case Address:
+        return putText(varbind, application.address.toString().toLatin1());
+    case Port:
+        return putNumber(varbind, ASN_UNSIGNED, application.port);
+    case State:
+        return putNumber(varbind, ASN_INTEGER,
+                         application.state == ApplicationInfo::State::Connected ? connected : lost);
+    case Since:
+        return putTime(varbind, application.since);
+    case Cells:
+        return putGauge(varbind, application.cells);
+    case Frames:
+        return putNumber(varbind, ASN_COUNTER, application.frames);
+    case RecordsRefused:
+        return putNumber(varbind, ASN_COUNTER, application.recordsRefused);
+    case LastFrame:
+        return putTime(varbind, application.lastFrame);
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+bool ConnectionTable::registerObjects()
+{
+    const ObjectId root = below(agentMibRoot(), {tableArc});
+    const std::vector<oid> rootOid(root.begin(), root.end());
+    netsnmp_handler_registration* registration =
+        netsnmp_create_handler_registration("vigilAgentConnectionTable", &ConnectionTable::handle,
+                                            rootOid.data(), rootOid.size(), HANDLER_CAN_RONLY);
+    auto* columns = SNMP_MALLOC_TYPEDEF(netsnmp_table_registration_info);
+    auto* rows = SNMP_MALLOC_TYPEDEF(netsnmp_iterator_info);
+    if (!registration || !columns || !rows)
+        return false;
+    netsnmp_table_helper_add_indexes(columns, ASN_UNSIGNED, 0);
+    columns->min_column = Address;
+    columns->max_column = LastFrame;
+    rows->get_first_data_point = &ConnectionTable::firstRow;
+    rows->get_next_data_point = &ConnectionTable::nextRow;
+    rows->table_reginfo = columns;
+    rows->myvoid = this;
+    rows->flags = NETSNMP_ITERATOR_FLAG_SORTED;
+    netsnmp_mib_handler* iterator = netsnmp_get_table_iterator_handler(rows);
+    netsnmp_handler_owns_iterator_info(iterator);
+    netsnmp_inject_handler(registration, iterator);
+    netsnmp_inject_handler(registration, netsnmp_get_table_handler(columns));
+    // One request at a time: if several reach the end of their columns together, the iterator loses some.
+    return netsnmp_register_serialize(registration) == MIB_REGISTERED_OK;
+}
+
+int ConnectionTable::handle(netsnmp_mib_handler*, netsnmp_handler_registration*, netsnmp_agent_request_info*,
+                            netsnmp_request_info* requests)
+{
+    for (netsnmp_request_info* request = requests; request; request = request->next) {
+        const auto* row = static_cast<const ApplicationInfo*>(netsnmp_extract_iterator_context(request));
+        const netsnmp_table_request_info* cell = netsnmp_extract_table_info(request);
+        if (row && cell && !request->processed)
+            putColumn(request->requestvb, cell->colnum, *row);
+    }
+    return SNMP_ERR_NOERROR;
+}
+
+netsnmp_variable_list* ConnectionTable::firstRow(void** loop, void** data, netsnmp_variable_list* index,
+                                                 netsnmp_iterator_info* info)
+{
+    auto* self = static_cast<ConnectionTable*>(info->myvoid);
+    self->m_rows = self->m_applications.applications();
+    return self->offerRow(0, loop, data, index);
+}
+
+netsnmp_variable_list* ConnectionTable::nextRow(void** loop, void** data, netsnmp_variable_list* index,
+                                                netsnmp_iterator_info* info)
+{
+    auto* self = static_cast<ConnectionTable*>(info->myvoid);
+    const auto* row = static_cast<const ApplicationInfo*>(*loop);
+    return self->offerRow(static_cast<size_t>(row - self->m_rows.data()) + 1, loop, data, index);
+}
+
+netsnmp_variable_list* ConnectionTable::offerRow(size_t row, void** loop, void** data,
+                                                 netsnmp_variable_list* index)
+{
+    if (row >= m_rows.size())
+        return nullptr;
+    ApplicationInfo& application = m_rows[row];
+    *loop = &application;
+    *data = &application;
+    putNumber(index, ASN_UNSIGNED, application.number);
+    return index;
+}
+
+} // namespace agent
