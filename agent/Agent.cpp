@@ -59,14 +59,15 @@ Error Agent::start()
 
 Error Agent::listen()
 {
-    if (m_applications.listen(m_options.listenHost, m_options.listenPort))
+    const Error error = m_applications.listen(m_options.listenHost, m_options.listenPort);
+    if (!error)
         return {};
     return Error(
         QStringLiteral("cannot listen for applications on %1:%2: %3. Stop the other agent, or choose "
                        "another port with --listen")
             .arg(m_options.listenHost.toString())
             .arg(m_options.listenPort)
-            .arg(m_applications.errorText()));
+            .arg(error.text()));
 }
 
 void Agent::reload()

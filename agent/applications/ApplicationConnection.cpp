@@ -15,14 +15,14 @@ namespace agent {
 
 namespace {
 
-// One burst of an application that floods the agent; the others have their turn after it.
+// The most that one application can send before the others have their turn.
 constexpr qint64 maxBurst = 1'048'576;
 
 constexpr qint64 maxUnread = 10'000'000;
 
 } // namespace
 
-ApplicationConnection::ApplicationConnection(QTcpSocket* socket, ApplicationId owner, Clock& clock,
+ApplicationConnection::ApplicationConnection(QTcpSocket* socket, ApplicationId application, Clock& clock,
                                              const Limits& limits, QObject* parent)
     : QObject(parent),
       m_socket(socket),
@@ -30,7 +30,7 @@ ApplicationConnection::ApplicationConnection(QTcpSocket* socket, ApplicationId o
       m_clock(clock),
       m_peer(QStringLiteral("%1:%2").arg(socket->peerAddress().toString()).arg(socket->peerPort()))
 {
-    m_info.number = owner;
+    m_info.number = application;
     m_info.address = socket->peerAddress();
     m_info.port = socket->peerPort();
     m_info.since = clock.nowUtc();
@@ -71,7 +71,7 @@ void ApplicationConnection::readFrames()
     watchFrame();
 }
 
-/// Half a frame must not take up its memory for ever, however slowly the rest of it trickles in.
+/// An incomplete frame must not hold its memory for long, however slowly the rest arrives.
 void ApplicationConnection::watchFrame()
 {
     if (m_isWatched || !m_stream.isInsideFrame())
@@ -85,7 +85,7 @@ void ApplicationConnection::watchFrame()
             return watchFrame();
         if (m_stream.isInsideFrame())
             closeBecause(
-                QStringLiteral("it has not completed a frame for %1 seconds").arg(Limits::frameMs / 1000));
+                QStringLiteral("it has not completed a frame within %1 seconds").arg(Limits::frameMs / 1000));
     });
 }
 
@@ -128,7 +128,7 @@ void ApplicationConnection::sendRecord(int dataType, int callbackId, const base:
         return;
     if (m_socket->bytesToWrite() > maxUnread) {
         m_isClosing = true;
-        const QString problem = QStringLiteral("it does not read what it is sent");
+        const QString problem = QStringLiteral("it does not read from its connection");
         QMetaObject::invokeMethod(
             this, [this, problem] { closeBecause(problem); }, Qt::QueuedConnection);
         return;

@@ -22,39 +22,34 @@ class DbBaseType;
 
 namespace agent {
 
-/// The connection of one application.
+/// The connection of one application: its frames become signals, and requests to it become frames.
 ///
-/// Purpose: turns its frames and records into signals, and what the agent has to say into frames.
-///
-/// Threads: the agent has one; all signals are emitted from the event loop, never from inside ask() or
-/// commit().
-///
-/// Ownership: takes the socket.
-///
-/// Failure: an application that sends what is not a frame or not a record, or that leaves too much unread, is
-/// disconnected with a line in the log, and so is one that does not complete a frame in time. lost() is
-/// emitted once, however the connection ended.
+/// Threads: emits all signals from the event loop, never from inside ask() or commit().
+/// Ownership: owns the socket.
+/// Failure: disconnects an application, with a line in the log, if it sends malformed frames or records, does
+/// not complete a frame in time, or leaves too much unread. lost() comes once, however the connection ends.
 class ApplicationConnection : public QObject, private ApplicationStream::Receiver
 {
     Q_OBJECT
 
 public:
-    ApplicationConnection(QTcpSocket* socket, ApplicationId owner, Clock& clock, const Limits& limits,
+    ApplicationConnection(QTcpSocket* socket, ApplicationId application, Clock& clock, const Limits& limits,
                           QObject* parent);
 
-    /// How messages call the application.
+    /// The application's name in messages.
     QString name() const;
 
-    /// All but the number of cells.
+    /// Everything but the number of cells.
     const ApplicationInfo& info() const { return m_info; }
 
-    /// Counts a record that whoever listens does not serve.
+    /// Counts a record that the listener refuses.
     void countRefusal() { ++m_info.recordsRefused; }
 
     void ask(int number, const ObjectId& id, const CellValue& value);
     void commit(const ObjectId& id, const CellValue& value);
 
 signals:
+    /// notify: the application wants a notification about the value.
     void valueReceived(const agent::ObjectId& id, const agent::CellValue& value, bool notify);
     void unsetReceived(const agent::ObjectId& tree);
     void answerReceived(int number, int errorStatus);

@@ -11,9 +11,7 @@
 
 namespace agent {
 
-/// What the agent can tell about the connection of one application, the lost ones with cells included.
-///
-/// Threads: plain values. Failure: none.
+/// What the agent reports about an application, connected or lost.
 struct ApplicationInfo
 {
     enum class State { Connected, Lost };
@@ -22,11 +20,11 @@ struct ApplicationInfo
     QHostAddress address;
     quint16 port = 0;
     State state = State::Connected;
-    QDateTime since; ///< in this state, UTC
+    QDateTime since; ///< UTC; start of this state
     size_t cells = 0;
     quint64 frames = 0;         ///< received
-    quint64 recordsRefused = 0; ///< received, but not served
-    QDateTime lastFrame;        ///< UTC; null before the first one
+    quint64 recordsRefused = 0; ///< received but not served
+    QDateTime lastFrame;        ///< UTC; null before the first frame
 };
 
 } // namespace agent

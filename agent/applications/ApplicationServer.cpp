@@ -19,20 +19,33 @@ QString valueText(const CellValue& value)
     return QLatin1Char('"') + QString::fromStdString(std::get<std::string>(value)) + QLatin1Char('"');
 }
 
+void logDisconnected(const QString& name, size_t cells)
+{
+    if (cells > 0)
+        log::warning(
+            QStringLiteral("%1 has disconnected without removing its %2 cells; its health checks turn "
+                           "UNKNOWN unless it reconnects. An application that shuts down cleanly "
+                           "destroys them first")
+                .arg(name)
+                .arg(cells));
+    else
+        log::detail([&] { return QStringLiteral("%1 has disconnected").arg(name); });
+}
+
 } // namespace
 
 ApplicationServer::ApplicationServer(ServedCells& cells, Clock& clock, const Limits& limits)
     : m_cells(cells), m_clock(clock), m_limits(limits), m_cellLimits(cells.store(), limits)
 {
     connect(&m_cells, &ServedCells::applicationGone, this,
-            [this](ApplicationId owner) { m_lost.erase(owner); });
+            [this](ApplicationId application) { m_lost.erase(application); });
     connect(&m_server, &QTcpServer::newConnection, this, &ApplicationServer::acceptAll);
     connect(&m_server, &QTcpServer::acceptError, this, &ApplicationServer::acceptLater);
 }
 
-bool ApplicationServer::listen(const QHostAddress& host, quint16 port)
+Error ApplicationServer::listen(const QHostAddress& host, quint16 port)
 {
-    return m_server.listen(host, port);
+    return m_server.listen(host, port) ? Error() : Error(m_server.errorString());
 }
 
 QString ApplicationServer::address() const
@@ -47,11 +60,11 @@ QString ApplicationServer::address() const
 std::vector<ApplicationInfo> ApplicationServer::applications() const
 {
     std::map<ApplicationId, ApplicationInfo> all = m_lost;
-    for (const auto& [owner, connection] : m_connections)
-        all[owner] = connection->info();
+    for (const auto& [application, connection] : m_connections)
+        all[application] = connection->info();
     std::vector<ApplicationInfo> list;
-    for (auto& [owner, info] : all) {
-        info.cells = m_cells.store().countOf(owner);
+    for (auto& [application, info] : all) {
+        info.cells = m_cells.store().countOf(application);
         list.push_back(std::move(info));
     }
     return list;
@@ -90,11 +103,11 @@ void ApplicationServer::acceptAll()
     }
 }
 
-/// Qt stops listening when a connection cannot be had, which may be for want of descriptors.
+/// Qt stops accepting after an error, for example if there are no descriptors left.
 void ApplicationServer::acceptLater()
 {
     log::warning(
-        QStringLiteral("an application cannot connect: %1. The agent tries again; it may need a higher "
+        QStringLiteral("cannot accept an application: %1. The agent tries again; it may need a higher "
                        "limit of open files or a lower --max-connections")
             .arg(m_server.errorString()));
     m_clock.callAfter(acceptAgainMs, this, [this] { m_server.resumeAccepting(); });
@@ -102,101 +115,93 @@ void ApplicationServer::acceptLater()
 
 void ApplicationServer::turnAway(QTcpSocket* socket)
 {
-    if (!m_isFullTold)
+    if (!m_isFullLogged)
         log::warning(QStringLiteral("an application is turned away: %1 are connected, as many as "
-                                    "--max-connections allows. This is not repeated until one of them leaves")
+                                    "--max-connections allows. Further ones are not logged until one of "
+                                    "them disconnects")
                          .arg(m_connections.size()));
-    m_isFullTold = true;
+    m_isFullLogged = true;
     socket->abort();
     socket->deleteLater();
 }
 
 void ApplicationServer::accept(QTcpSocket* socket)
 {
-    const ApplicationId owner = ++m_lastOwner;
-    auto* connection = new ApplicationConnection(socket, owner, m_clock, m_limits, this);
-    m_connections[owner] = connection;
+    const ApplicationId application = ++m_lastApplication;
+    auto* connection = new ApplicationConnection(socket, application, m_clock, m_limits, this);
+    m_connections[application] = connection;
     connect(connection, &ApplicationConnection::valueReceived, this,
-            [this, owner](const ObjectId& id, const CellValue& value, bool notify) {
-                storeValue(owner, id, value, notify);
+            [this, application](const ObjectId& id, const CellValue& value, bool notify) {
+                publish(application, id, value, notify);
             });
     connect(connection, &ApplicationConnection::unsetReceived, this,
-            [this, owner](const ObjectId& tree) { unsetTree(owner, tree); });
+            [this, application](const ObjectId& tree) { unset(application, tree); });
     connect(connection, &ApplicationConnection::answerReceived, this,
-            [this, owner](int number, int errorStatus) { emit answered(owner, number, errorStatus); });
-    connect(connection, &ApplicationConnection::lost, this, [this, owner] { remove(owner); });
+            [this, application](int number, int status) { emit answered(application, number, status); });
+    connect(connection, &ApplicationConnection::lost, this,
+            [this, application] { handleDisconnected(application); });
     log::detail([&] { return QStringLiteral("%1 has connected").arg(connection->name()); });
 }
 
-void ApplicationServer::storeValue(ApplicationId owner, const ObjectId& id, const CellValue& value,
-                                   bool notify)
+void ApplicationServer::publish(ApplicationId application, const ObjectId& id, const CellValue& value,
+                                bool notify)
 {
-    QString problem = m_cellLimits.cellProblem(id, value);
-    if (!problem.isEmpty())
-        return refuse(owner, id, problem);
-    problem = m_cellLimits.countProblem(owner, id);
-    if (!problem.isEmpty())
-        return refuse(owner, ObjectId(), problem);
+    if (const Error error = m_cellLimits.checkCell(id, value))
+        return refuse(application, id, error);
+    if (const Error error = m_cellLimits.checkCount(application, id))
+        return refuse(application, ObjectId(), error);
     log::detail(
-        [&] { return QStringLiteral("%1: %2 = %3").arg(nameOf(owner), toText(id), valueText(value)); });
-    const std::optional<ApplicationId> previous = m_cells.publish(owner, id, value);
-    if (previous)
+        [&] { return QStringLiteral("%1: %2 = %3").arg(nameOf(application), toText(id), valueText(value)); });
+    const std::optional<ApplicationId> previousOwner = m_cells.publish(application, id, value);
+    if (previousOwner)
         m_warnings.warn(
-            owner, id,
-            QStringLiteral("%1 has taken %2 over from %3; two applications publish the same object")
-                .arg(nameOf(owner), toText(id), nameOf(*previous)));
+            application, id,
+            QStringLiteral("%1 has taken over %2 from %3; two applications publish the same object")
+                .arg(nameOf(application), toText(id), nameOf(*previousOwner)));
     if (notify)
         emit notificationWanted(id);
 }
 
-/// id is what the problem is about, and empty for the connection as a whole.
-void ApplicationServer::refuse(ApplicationId owner, const ObjectId& id, const QString& problem)
+/// id is empty for an error that concerns all cells of the application.
+void ApplicationServer::refuse(ApplicationId application, const ObjectId& id, const Error& error)
 {
-    m_connections.at(owner)->countRefusal();
-    m_warnings.warn(owner, id, QStringLiteral("%1 %2").arg(nameOf(owner), problem));
+    m_connections.at(application)->countRefusal();
+    m_warnings.warn(application, id, QStringLiteral("%1 %2").arg(nameOf(application), error.text()));
     const Cell* cell = m_cells.store().find(id);
-    if (cell && cell->owner == owner)
-        m_cells.unset(owner, id); // rather no value than one that the application has replaced
+    if (cell && cell->owner == application)
+        m_cells.unset(application, id); // no value is better than an outdated one
 }
 
-void ApplicationServer::unsetTree(ApplicationId owner, const ObjectId& tree)
+void ApplicationServer::unset(ApplicationId application, const ObjectId& tree)
 {
-    const size_t removed = m_cells.unset(owner, tree);
+    const size_t removed = m_cells.unset(application, tree);
     log::detail([&] {
         return QStringLiteral("%1: %2 unset, cells removed: %3")
-            .arg(nameOf(owner), toText(tree))
+            .arg(nameOf(application), toText(tree))
             .arg(removed);
     });
 }
 
-void ApplicationServer::remove(ApplicationId owner)
+void ApplicationServer::handleDisconnected(ApplicationId application)
 {
-    ApplicationConnection* connection = m_connections.at(owner);
-    const size_t left = m_cells.store().countOf(owner);
-    if (left > 0)
-        log::warning(
-            QStringLiteral("%1 has disconnected and left %2 cells behind; its health checks turn UNKNOWN "
-                           "unless it comes back. An application that ends in order destroys them first")
-                .arg(connection->name())
-                .arg(left));
-    else
-        log::detail([&] { return QStringLiteral("%1 has disconnected").arg(connection->name()); });
-    ApplicationInfo& info = m_lost[owner] = connection->info();
+    ApplicationConnection* connection = m_connections.at(application);
+    logDisconnected(connection->name(), m_cells.store().countOf(application));
+    ApplicationInfo& info = m_lost[application] = connection->info();
     info.state = ApplicationInfo::State::Lost;
     info.since = m_clock.nowUtc();
     connection->deleteLater();
-    m_connections.erase(owner);
-    m_warnings.forget(owner);
-    m_isFullTold = false;
-    if (!m_cells.lose(owner))
-        m_lost.erase(owner);
-    emit lost(owner);
+    m_connections.erase(application);
+    m_warnings.forget(application);
+    m_isFullLogged = false;
+    if (!m_cells.lose(application))
+        m_lost.erase(application);
+    emit lost(application);
 }
 
-QString ApplicationServer::nameOf(ApplicationId owner) const
+QString ApplicationServer::nameOf(ApplicationId application) const
 {
-    const auto connection = m_connections.find(owner);
-    return connection == m_connections.end() ? QStringLiteral("application %1").arg(owner)
+    const auto connection = m_connections.find(application);
+    return connection == m_connections.end() ? QStringLiteral("application %1").arg(application)
                                              : connection->second->name();
 }
 

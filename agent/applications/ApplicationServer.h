@@ -19,20 +19,20 @@
 #include "agent/cells/CellStore.h"
 #include "agent/cells/ServedCells.h"
 #include "agent/core/Clock.h"
+#include "agent/core/Error.h"
 
 namespace agent {
 
 class ApplicationConnection;
 
-/// Accepts the applications of this host and hands on what they publish.
+/// Accepts the applications of this host and publishes their values.
 ///
-/// Purpose: one ApplicationConnection for each application, and what there is to know about it for as long as
-/// it has cells.
+/// It has one ApplicationConnection for each connected application, and keeps the ApplicationInfo of a lost
+/// one until its last cell is gone.
 ///
-/// Threads: the agent has one.
-/// Ownership: cells and clock must outlive the server, which owns the connections.
-/// Failure: what is wrong with one connection ends that one alone. What is beyond the limits is refused with
-/// a warning.
+/// Ownership: cells and clock must outlive the server. It owns the connections.
+/// Failure: an error ends only the connection that caused it. What exceeds the limits is refused with a
+/// warning.
 class ApplicationServer : public QObject, public CellOwners
 {
     Q_OBJECT
@@ -40,27 +40,28 @@ class ApplicationServer : public QObject, public CellOwners
 public:
     ApplicationServer(ServedCells& cells, Clock& clock, const Limits& limits);
 
-    /// False when the port cannot be had; errorText() says why.
-    bool listen(const QHostAddress& host, quint16 port);
-    QString errorText() const { return m_server.errorString(); }
+    Error listen(const QHostAddress& host, quint16 port);
 
-    /// Host and port, as they are now.
+    /// The host and port that it listens on.
     QString address() const;
 
-    /// In the order of their numbers: those that are there, and the lost ones that have cells.
+    /// The connected applications, and the lost ones with cells, in the order of their numbers.
     std::vector<ApplicationInfo> applications() const;
 
-    bool isConnected(ApplicationId owner) const override { return m_connections.count(owner) > 0; }
+    bool isConnected(ApplicationId application) const override
+    {
+        return m_connections.count(application) > 0;
+    }
     void ask(ApplicationId owner, int number, const ObjectId& id, const CellValue& value) override;
     void commit(ApplicationId owner, const ObjectId& id, const CellValue& value) override;
 
 signals:
-    void answered(agent::ApplicationId owner, int number, int errorStatus);
+    void answered(agent::ApplicationId application, int number, int errorStatus);
 
-    /// The owner can no longer be asked about its cells.
-    void lost(agent::ApplicationId owner);
+    /// The application has disconnected and can no longer answer.
+    void lost(agent::ApplicationId application);
 
-    /// A value has arrived for which the application wishes a notification; the cell has it already.
+    /// The application wants a notification about a value. The cell already has it.
     void notificationWanted(const agent::ObjectId& id);
 
 private:
@@ -68,11 +69,11 @@ private:
     void acceptLater();
     void accept(QTcpSocket* socket);
     void turnAway(QTcpSocket* socket);
-    void storeValue(ApplicationId owner, const ObjectId& id, const CellValue& value, bool notify);
-    void unsetTree(ApplicationId owner, const ObjectId& tree);
-    void remove(ApplicationId owner);
-    QString nameOf(ApplicationId owner) const;
-    void refuse(ApplicationId owner, const ObjectId& id, const QString& problem);
+    void publish(ApplicationId application, const ObjectId& id, const CellValue& value, bool notify);
+    void unset(ApplicationId application, const ObjectId& tree);
+    void refuse(ApplicationId application, const ObjectId& id, const Error& error);
+    void handleDisconnected(ApplicationId application);
+    QString nameOf(ApplicationId application) const;
 
     QTcpServer m_server;
     ServedCells& m_cells;
@@ -82,8 +83,8 @@ private:
     CellWarnings m_warnings;
     std::map<ApplicationId, ApplicationConnection*> m_connections;
     std::map<ApplicationId, ApplicationInfo> m_lost;
-    ApplicationId m_lastOwner = 0;
-    bool m_isFullTold = false;
+    ApplicationId m_lastApplication = 0;
+    bool m_isFullLogged = false;
 };
 
 } // namespace agent

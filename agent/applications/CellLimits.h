@@ -4,32 +4,30 @@
 #ifndef VIGIL_AGENT_APPLICATIONS_CELLLIMITS_H
 #define VIGIL_AGENT_APPLICATIONS_CELLLIMITS_H
 
-#include <QString>
-
 #include "agent/applications/Limits.h"
 #include "agent/cells/CellStore.h"
+#include "agent/core/Error.h"
 
 namespace agent {
 
-/// Decides which values of applications can be served.
+/// Decides which values of applications the agent serves.
 ///
-/// Purpose: each function says why a value cannot be and what to do about it, or returns an empty text.
+/// An error continues a sentence that starts with the application's name, and tells the operator what to do.
 ///
-/// Threads: the agent has one. Ownership: the store must outlive it. Failure: none.
+/// Ownership: the store must outlive it.
 class CellLimits
 {
 public:
     CellLimits(const CellStore& store, const Limits& limits) : m_store(store), m_limits(limits) {}
 
-    /// What is wrong with this very cell.
-    QString cellProblem(const ObjectId& id, const CellValue& value) const;
+    /// Checks the identifier and the length of a text.
+    Error checkCell(const ObjectId& id, const CellValue& value) const;
 
-    /// Whether the owner has room for the cell.
-    QString countProblem(ApplicationId owner, const ObjectId& id) const;
+    /// Checks how many cells the application owns; its own cells can always change.
+    Error checkCount(ApplicationId application, const ObjectId& id) const;
 
 private:
-    QString identifierProblem(const ObjectId& id) const;
-    QString textProblem(const ObjectId& id, const CellValue& value) const;
+    Error checkText(const ObjectId& id, const CellValue& value) const;
 
     const CellStore& m_store;
     const Limits m_limits;

@@ -10,25 +10,18 @@
 
 namespace agent {
 
-void CellWarnings::warn(ApplicationId owner, const ObjectId& id, const QString& text)
+void CellWarnings::warn(ApplicationId application, const ObjectId& id, const QString& text)
 {
-    std::set<size_t>& said = m_said[owner];
-    if (said.size() >= maxPerOwner)
+    std::set<size_t>& warned = m_warned[application];
+    if (warned.size() >= maxPerApplication)
         return;
     const std::string_view bytes(reinterpret_cast<const char*>(id.data()), id.size() * sizeof(id[0]));
-    if (!said.insert(std::hash<std::string_view>()(bytes)).second)
+    if (!warned.insert(std::hash<std::string_view>()(bytes)).second)
         return;
     log::warning(text);
-    if (said.size() == maxPerOwner)
-        log::warning(
-            QStringLiteral("application %1: further warnings about its cells are not written").arg(owner));
-}
-
-QString shortText(const ObjectId& id)
-{
-    if (id.size() <= maxArcs)
-        return toText(id);
-    return toText(ObjectId(id.begin(), id.begin() + maxArcs)) + QStringLiteral(" ...");
+    if (warned.size() == maxPerApplication)
+        log::warning(QStringLiteral("application %1: further warnings about its cells are suppressed")
+                         .arg(application));
 }
 
 } // namespace agent

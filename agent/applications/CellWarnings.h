@@ -14,31 +14,24 @@
 
 namespace agent {
 
-/// Warnings about single cells, each once and not at every update.
+/// Logs warnings about cells, one for each cell and not one for each update.
 ///
-/// Purpose: keeps an application that publishes what cannot be served from filling the log, and the memory of
-/// what has been said from growing with what it sends.
-///
-/// Threads: the agent has one. Ownership: none. Failure: beyond a number of warnings for one application the
-/// others are not written, which the last one says.
+/// A defective application must fill neither the log nor the memory. After maxPerApplication warnings a last
+/// line announces that the rest is suppressed.
 class CellWarnings
 {
 public:
-    /// The most warnings for one application.
-    static constexpr size_t maxPerOwner = 1000;
+    static constexpr size_t maxPerApplication = 1000;
 
-    /// Writes the text unless the same has been written about the cell.
-    void warn(ApplicationId owner, const ObjectId& id, const QString& text);
+    /// Logs the text unless the application already has a warning about the cell.
+    void warn(ApplicationId application, const ObjectId& id, const QString& text);
 
-    /// The owner is gone.
-    void forget(ApplicationId owner) { m_said.erase(owner); }
+    /// The application has disconnected.
+    void forget(ApplicationId application) { m_warned.erase(application); }
 
 private:
-    std::map<ApplicationId, std::set<size_t>> m_said; // hashes: identifiers may be long
+    std::map<ApplicationId, std::set<size_t>> m_warned; // hashes: identifiers can be long
 };
-
-/// The identifier for a message, cut where SNMP's own ones end.
-QString shortText(const ObjectId& id);
 
 } // namespace agent
 

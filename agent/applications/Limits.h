@@ -10,20 +10,18 @@
 
 namespace agent {
 
-/// How much of the agent applications may take up. What is beyond is refused, so that one application that
-/// goes wrong does no harm to the others.
-///
-/// Threads: plain values. Failure: none.
+/// The most that applications can take up. The agent refuses what is beyond, so one defective application
+/// does not harm the others.
 struct Limits
 {
     int connections = 256;     ///< at one time
-    int cells = 100'000;       ///< of one connection
+    int cells = 100'000;       ///< of one application
     int textBytes = 65'535;    ///< of one value; SNMP carries no more
-    int frameBytes = maxFrame; ///< of one frame behind its length field
+    int frameBytes = maxFrame; ///< of one frame after its length field
 
     static constexpr int maxFrame = static_cast<int>(base::FrameHeader::maxLength);
 
-    /// The time that a frame may take from its first byte to its last one. Half a frame takes up memory.
+    /// The time from the first byte of a frame to its last: an unfinished frame takes up memory.
     static constexpr qint64 frameMs = 60'000;
 };
 

@@ -9,10 +9,9 @@
 
 namespace agent {
 
-/// The way to the applications that own cells, for whoever handles a manager's SET.
+/// The applications as owners of cells: a manager's SET asks them.
 ///
-/// Threads: the agent has one. Failure: an owner that is lost is neither asked nor told; isConnected() says
-/// so before, and whoever asks hears from the applications' server when it happens after.
+/// Failure: ask() and commit() do nothing if the owner is not connected. Its answer can also never come.
 class CellOwners
 {
 public:
@@ -20,10 +19,10 @@ public:
 
     virtual bool isConnected(ApplicationId owner) const = 0;
 
-    /// Asks whether the manager may set the cell. The answer carries the same number.
+    /// Asks whether a manager may set the cell. The answer carries the same number.
     virtual void ask(ApplicationId owner, int number, const ObjectId& id, const CellValue& value) = 0;
 
-    /// Tells the owner that the manager has set the cell.
+    /// Tells the owner that a manager has set the cell.
     virtual void commit(ApplicationId owner, const ObjectId& id, const CellValue& value) = 0;
 };
 

@@ -10,26 +10,24 @@
 
 namespace agent {
 
-/// Where vigilHealthCheckTable has its cells.
-///
-/// Any thread. Failure: none.
+/// Where the cells of vigilHealthCheckTable are.
 namespace healthTable {
 
 enum class Column : unsigned int { Status = 3, Summary = 4 };
 
-/// The status of a check about which nothing is known.
+/// UNKNOWN
 constexpr int unknownStatus = 3;
 
 struct Position
 {
     Column column;
-    ObjectId check; ///< the row's index: the two keys of the check
+    ObjectId check; ///< index of the row: the two keys of the check
 };
 
-/// Nothing when id is no cell of the table.
+/// Nothing if id is not a status or summary cell.
 std::optional<Position> positionOf(const ObjectId& id);
 
-/// The tree of all cells of the column.
+/// The tree with all cells of the column.
 ObjectId column(Column column);
 
 ObjectId cellOf(Column column, const ObjectId& check);

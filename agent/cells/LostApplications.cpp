@@ -65,8 +65,8 @@ void LostApplications::makeRoom()
         return a.second.since < b.second.since;
     });
     const ApplicationId application = oldest->first;
-    log::warning(QStringLiteral("%1 lost applications have left too many cells; those of application %2 are "
-                                "removed. Find out which application keeps crashing")
+    log::warning(QStringLiteral("%1 lost applications still have cells, more than the limits allow; those of "
+                                "application %2 are removed. Find out which application keeps crashing")
                      .arg(m_losses.size())
                      .arg(application));
     removeAndEnd(application);

@@ -230,7 +230,7 @@ TEST(AgentLimits, ReachTheAgentFromTheCommandLine)
     for (const char* oid : {"1.1", "1.2", "1.3", "1.4", "1.5"})
         first.publish(oid, 1);
     first.publish("1.1", std::string("hello"));
-    EXPECT_TRUE(agent.waitForLog("more than the 3 cells that --max-cells allows"));
+    EXPECT_TRUE(agent.waitForLog("more cells than --max-cells allows (3)"));
     EXPECT_TRUE(agent.waitForLog("a text of 5 bytes, --max-text allows 4"));
 
     FakeApplication third(agent.applicationPort());

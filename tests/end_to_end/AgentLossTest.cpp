@@ -87,7 +87,7 @@ TEST_F(AgentLoss, WhileTheGraceLastsNothingChanges)
 {
     start({QStringLiteral("--grace"), QStringLiteral("600")});
     connectWithARow()->close();
-    ASSERT_TRUE(agent->waitForLog("left 3 cells behind"));
+    ASSERT_TRUE(agent->waitForLog("without removing its 3 cells"));
     EXPECT_EQ(tool->get(statusName), QStringLiteral("0"));
     EXPECT_EQ(tool->get(summaryName), QStringLiteral("all is well"));
 }
@@ -128,7 +128,7 @@ TEST_F(AgentLoss, ACellOfALostConnectionCannotBeSetAndTheManagerLearnsAtOnce)
     start({QStringLiteral("--config"), file.fileName(), QStringLiteral("--set-timeout"),
            QStringLiteral("60000")});
     connectWithARow()->close();
-    ASSERT_TRUE(agent->waitForLog("left 3 cells behind"));
+    ASSERT_TRUE(agent->waitForLog("without removing its 3 cells"));
     const SnmpTool::Result result = tool->set({otherName, QStringLiteral("i"), QStringLiteral("1")});
     EXPECT_TRUE(result.err.contains(QStringLiteral("resourceUnavailable"))) << qPrintable(result.err);
     EXPECT_EQ(tool->get(otherName), QStringLiteral("42"));

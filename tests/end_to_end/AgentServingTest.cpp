@@ -135,7 +135,7 @@ TEST_F(AgentServing, TheLastWriterOwnsACellAndTheTakeoverIsLogged)
     second.publish("5.1", 2);
     settle(second, tool);
     EXPECT_EQ(tool.get(full("5.1")), QStringLiteral("2"));
-    EXPECT_TRUE(agent.waitForLog("has taken 1.3.6.1.4.1.32473.5.1 over from application 1"));
+    EXPECT_TRUE(agent.waitForLog("has taken over 1.3.6.1.4.1.32473.5.1 from application 1"));
 
     first.unset("5.1");
     first.publish("5.3", 3);

@@ -61,7 +61,7 @@ public:
 
     void reconnect()
     {
-        m_cells.lose(m_owner);
+        m_cells.lose(m_application);
         connect();
     }
 
@@ -69,13 +69,13 @@ public:
 
     void handleValue(const ObjectId& id, const CellValue& value, bool) override
     {
-        if (!m_cellLimits.cellProblem(id, value).isEmpty())
-            m_cells.unset(m_owner, id);
-        else if (m_cellLimits.countProblem(m_owner, id).isEmpty())
-            m_cells.publish(m_owner, id, value);
+        if (m_cellLimits.checkCell(id, value))
+            m_cells.unset(m_application, id);
+        else if (!m_cellLimits.checkCount(m_application, id))
+            m_cells.publish(m_application, id, value);
     }
 
-    void handleUnset(const ObjectId& tree) override { m_cells.unset(m_owner, tree); }
+    void handleUnset(const ObjectId& tree) override { m_cells.unset(m_application, tree); }
     void handleAnswer(int, int) override {}
 
     /// Walks as a manager does. What is wrong is not a matter of the input.
@@ -108,7 +108,7 @@ private:
 
     void connect()
     {
-        ++m_owner;
+        ++m_application;
         m_stream = std::make_unique<agent::ApplicationStream>(*this, m_limits.frameBytes);
     }
 
@@ -117,7 +117,7 @@ private:
     agent::CellStore m_store;
     agent::ServedCells m_cells{m_store, m_clock, smallSettings()};
     const agent::CellLimits m_cellLimits{m_store, m_limits};
-    ApplicationId m_owner = 0;
+    ApplicationId m_application = 0;
     std::unique_ptr<agent::ApplicationStream> m_stream;
 };
 

@@ -52,7 +52,7 @@ TEST_F(ApplicationConnectionTest, AQuestionCarriesItsNumberAndTheRelativeIdentif
     EXPECT_EQ(application->questions()[0].value, "5");
 }
 
-TEST_F(ApplicationConnectionTest, AnAnswerBringsTheNumberBack)
+TEST_F(ApplicationConnectionTest, AnAnswerCarriesTheNumberOfItsQuestion)
 {
     int number = 0;
     int status = 0;
@@ -77,7 +77,7 @@ TEST_F(ApplicationConnectionTest, ACommitCarriesNoNumber)
     EXPECT_EQ(application->commits()[0].value, "text");
 }
 
-TEST_F(ApplicationConnectionTest, AnApplicationThatLeavesItsFramesUnreadIsDisconnectedFromTheEventLoop)
+TEST_F(ApplicationConnectionTest, DisconnectsASlowReaderButNeverInsideACall)
 {
     application->stopReading();
     const std::string text(65'000, 'x');
@@ -90,7 +90,7 @@ TEST_F(ApplicationConnectionTest, AnApplicationThatLeavesItsFramesUnreadIsDiscon
     EXPECT_EQ(losses, 1);
 }
 
-TEST_F(ApplicationConnectionTest, TheLossOfAConnectionIsToldOnce)
+TEST_F(ApplicationConnectionTest, SignalsTheLossOnce)
 {
     application->sendBytes("not a frame at all, but sixteen bytes and more");
     EXPECT_TRUE(support::runUntil([&] { return losses == 1; }));
@@ -98,7 +98,7 @@ TEST_F(ApplicationConnectionTest, TheLossOfAConnectionIsToldOnce)
     EXPECT_EQ(losses, 1);
 }
 
-TEST_F(ApplicationConnectionTest, AFrameThatIsNotCompletedInTimeEndsTheConnection)
+TEST_F(ApplicationConnectionTest, DisconnectsAnApplicationThatDoesNotCompleteAFrame)
 {
     application->sendBytes(QByteArray::fromHex("abba0815"));
     ASSERT_TRUE(support::runUntil([&] { return clock.pendingCalls() == 1; }));
@@ -108,7 +108,7 @@ TEST_F(ApplicationConnectionTest, AFrameThatIsNotCompletedInTimeEndsTheConnectio
     EXPECT_TRUE(support::runUntil([&] { return losses == 1; }));
 }
 
-TEST_F(ApplicationConnectionTest, FramesThatAreCompletedInTimeMayGoOnForEver)
+TEST_F(ApplicationConnectionTest, AcceptsSlowFramesThatAreCompletedInTime)
 {
     base::SnmpInt record;
     record.oid = "5.1";

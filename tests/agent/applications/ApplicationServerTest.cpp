@@ -22,7 +22,7 @@ const agent::ObjectId firstCell{1, 3, 6, 1, 4, 1, 32473, 5, 1};
 class ApplicationServerTest : public testing::Test
 {
 protected:
-    void SetUp() override { ASSERT_TRUE(server.listen(QHostAddress::LocalHost, 0)); }
+    void SetUp() override { ASSERT_FALSE(server.listen(QHostAddress::LocalHost, 0)); }
 
     quint16 port() const { return server.address().section(QLatin1Char(':'), -1).toUShort(); }
     static agent::Limits limits()
@@ -47,7 +47,7 @@ protected:
 
 } // namespace
 
-TEST_F(ApplicationServerTest, TellsWhatThereIsToKnowAboutAConnection)
+TEST_F(ApplicationServerTest, ReportsAConnectedApplication)
 {
     FakeApplication application(port());
     ASSERT_TRUE(runUntil([&] { return server.applications().size() == 1; }));
@@ -71,7 +71,7 @@ TEST_F(ApplicationServerTest, TellsWhatThereIsToKnowAboutAConnection)
     EXPECT_EQ(info.lastFrame, clock.nowUtc());
 }
 
-TEST_F(ApplicationServerTest, TurnsAwayWhoeverComesBeyondTheLimitUntilSomebodyLeaves)
+TEST_F(ApplicationServerTest, TurnsApplicationsAwayAtTheLimitUntilOneDisconnects)
 {
     std::vector<std::unique_ptr<FakeApplication>> applications;
     for (int i = 0; i < 3; ++i)
@@ -90,7 +90,7 @@ TEST_F(ApplicationServerTest, TurnsAwayWhoeverComesBeyondTheLimitUntilSomebodyLe
     EXPECT_TRUE(waitForCells(2));
 }
 
-TEST_F(ApplicationServerTest, RefusesCellsBeyondTheLimitAndGoesOnWithTheOthers)
+TEST_F(ApplicationServerTest, RefusesCellsBeyondTheLimitAndServesTheOthers)
 {
     FakeApplication application(port());
     FakeApplication other(port());
@@ -108,7 +108,7 @@ TEST_F(ApplicationServerTest, RefusesCellsBeyondTheLimitAndGoesOnWithTheOthers)
     EXPECT_TRUE(runUntil([&] { return store.find({1, 3, 6, 1, 4, 1, 32473, 5, 5}) != nullptr; }));
 }
 
-TEST_F(ApplicationServerTest, ATextThatIsTooLongTakesTheCellAwayUntilItIsShorter)
+TEST_F(ApplicationServerTest, ATooLongTextRemovesTheCellUntilTheTextIsShorter)
 {
     FakeApplication application(port());
     application.publish("5.1", std::string("0123456789"));
@@ -120,7 +120,7 @@ TEST_F(ApplicationServerTest, ATextThatIsTooLongTakesTheCellAwayUntilItIsShorter
     EXPECT_TRUE(application.isConnected());
 }
 
-TEST_F(ApplicationServerTest, ARecordThatIsNotServedIsCountedAsRefused)
+TEST_F(ApplicationServerTest, CountsRefusedRecords)
 {
     FakeApplication application(port());
     application.publish("", 1);
@@ -130,7 +130,7 @@ TEST_F(ApplicationServerTest, ARecordThatIsNotServedIsCountedAsRefused)
     EXPECT_EQ(server.applications()[0].frames, 2u);
 }
 
-TEST_F(ApplicationServerTest, AConnectionWithoutCellsLeavesNothingBehind)
+TEST_F(ApplicationServerTest, ForgetsAnApplicationThatDisconnectsWithoutCells)
 {
     FakeApplication application(port());
     application.publish("5.1", 1);
@@ -140,11 +140,36 @@ TEST_F(ApplicationServerTest, AConnectionWithoutCellsLeavesNothingBehind)
     EXPECT_TRUE(runUntil([&] { return server.applications().empty(); }));
 }
 
-TEST_F(ApplicationServerTest, AValueWithTheWishForANotificationIsTold)
+TEST_F(ApplicationServerTest, ReportsALostApplicationUntilItsLastCellIsGone)
 {
-    std::vector<agent::ObjectId> notable;
+    FakeApplication application(port());
+    application.publish("5.1", 1);
+    ASSERT_TRUE(waitForCells(1));
+    clock.advance(1000);
+    application.close();
+    ASSERT_TRUE(runUntil([&] { return server.applications()[0].state == ApplicationInfo::State::Lost; }));
+    EXPECT_FALSE(server.isConnected(1));
+    EXPECT_EQ(server.applications()[0].since, clock.nowUtc());
+    EXPECT_EQ(server.applications()[0].cells, 1u);
+
+    FakeApplication next(port());
+    next.publish("5.1", 2);
+    ASSERT_TRUE(runUntil([&] { return server.applications()[0].number == 2; }));
+    EXPECT_EQ(server.applications().size(), 1u);
+}
+
+TEST_F(ApplicationServerTest, SaysWhyItCannotListen)
+{
+    ApplicationServer other(cells, clock, limits());
+    const agent::Error error = other.listen(QHostAddress::LocalHost, port());
+    EXPECT_FALSE(error.text().isEmpty());
+}
+
+TEST_F(ApplicationServerTest, SignalsAValueThatWantsANotification)
+{
+    std::vector<agent::ObjectId> wanted;
     QObject::connect(&server, &ApplicationServer::notificationWanted, &server,
-                     [&](const agent::ObjectId& id) { notable.push_back(id); });
+                     [&](const agent::ObjectId& id) { wanted.push_back(id); });
     base::SnmpInt record;
     record.oid = "5.1";
     record.value.setValue(7);
@@ -153,6 +178,6 @@ TEST_F(ApplicationServerTest, AValueWithTheWishForANotificationIsTold)
     FakeApplication application(port());
     application.publish("5.2", 1);
     application.sendFrame(base::SnmpIntType, base::ValueAndNotify, payload);
-    EXPECT_TRUE(runUntil([&] { return !notable.empty(); }));
-    EXPECT_THAT(notable, testing::ElementsAre(firstCell));
+    EXPECT_TRUE(runUntil([&] { return !wanted.empty(); }));
+    EXPECT_THAT(wanted, testing::ElementsAre(firstCell));
 }

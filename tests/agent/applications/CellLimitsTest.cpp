@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "agent/applications/CellLimits.h"
+#include "support/QtPrinters.h"
 
 using agent::CellLimits;
 using agent::CellStore;
@@ -11,65 +12,92 @@ using agent::ObjectId;
 
 namespace {
 
-ObjectId withArcs(size_t count)
+class CellLimitsTest : public testing::Test
 {
-    ObjectId id = agent::enterpriseRoot();
-    id.resize(count, 7);
-    return id;
-}
+protected:
+    static ObjectId withArcs(size_t count)
+    {
+        ObjectId id = agent::enterpriseRoot();
+        id.resize(count, 7);
+        return id;
+    }
 
-agent::Limits limits()
-{
-    agent::Limits limits;
-    limits.cells = 2;
-    limits.textBytes = 5;
-    return limits;
-}
+    static agent::Limits smallLimits()
+    {
+        agent::Limits limits;
+        limits.cells = 2;
+        limits.textBytes = 5;
+        return limits;
+    }
+
+    QString cellError(const ObjectId& id, const agent::CellValue& value) const
+    {
+        return limits.checkCell(id, value).text();
+    }
+
+    QString countError(agent::ApplicationId application, const ObjectId& id) const
+    {
+        return limits.checkCount(application, id).text();
+    }
+
+    CellStore store;
+    const CellLimits limits{store, smallLimits()};
+};
 
 } // namespace
 
-TEST(CellLimits, AnIdentifierHasAtMost128Arcs)
+TEST_F(CellLimitsTest, AnIdentifierHasAtMost128Arcs)
 {
-    const CellStore store;
-    const CellLimits cellLimits(store, limits());
-    EXPECT_EQ(cellLimits.cellProblem(withArcs(8), 1), QString());
-    EXPECT_EQ(cellLimits.cellProblem(withArcs(128), 1), QString());
-    EXPECT_TRUE(cellLimits.cellProblem(withArcs(129), 1).contains(QStringLiteral("129 arcs")));
+    EXPECT_EQ(cellError(withArcs(8), 1), QString());
+    EXPECT_EQ(cellError(withArcs(128), 1), QString());
+    EXPECT_TRUE(cellError(withArcs(129), 1).contains(QStringLiteral("129 arcs")));
 }
 
-TEST(CellLimits, AnIdentifierLiesBelowTheRoot)
+TEST_F(CellLimitsTest, AnIdentifierLiesBelowTheRoot)
 {
-    const CellStore store;
-    const CellLimits cellLimits(store, limits());
-    EXPECT_FALSE(cellLimits.cellProblem(agent::enterpriseRoot(), 1).isEmpty());
+    EXPECT_TRUE(cellError(agent::enterpriseRoot(), 1).contains(QStringLiteral("without an identifier")));
 }
 
-TEST(CellLimits, TheMessageAboutALongIdentifierIsShort)
+TEST_F(CellLimitsTest, ApplicationsCannotPublishTheAgentsOwnObjects)
 {
-    const CellStore store;
-    const CellLimits cellLimits(store, limits());
-    EXPECT_LT(cellLimits.cellProblem(withArcs(30'000), 1).size(), 1000);
+    ObjectId id = agent::agentMibRoot();
+    id.push_back(1);
+    EXPECT_TRUE(cellError(id, 1).contains(QStringLiteral("agent's own objects")));
 }
 
-TEST(CellLimits, ATextIsNotLongerThanTheLimit)
+TEST_F(CellLimitsTest, TheErrorAboutALongIdentifierIsShort)
 {
-    const CellStore store;
-    const CellLimits cellLimits(store, limits());
-    EXPECT_EQ(cellLimits.cellProblem(withArcs(9), std::string("12345")), QString());
-    EXPECT_TRUE(
-        cellLimits.cellProblem(withArcs(9), std::string("123456")).contains(QStringLiteral("--max-text")));
+    const QString error = cellError(withArcs(30'000), 1);
+    EXPECT_LT(error.size(), 1000);
+    EXPECT_TRUE(error.endsWith(QStringLiteral(".7.7 ...")));
 }
 
-TEST(CellLimits, AnOwnerOfAsManyCellsAsAllowedGetsNoMore)
+TEST_F(CellLimitsTest, ATextIsNotLongerThanTheLimit)
 {
-    CellStore store;
-    const CellLimits cellLimits(store, limits());
+    EXPECT_EQ(cellError(withArcs(9), std::string("12345")), QString());
+    EXPECT_TRUE(cellError(withArcs(9), std::string("123456")).contains(QStringLiteral("--max-text")));
+}
+
+TEST_F(CellLimitsTest, AnApplicationOwnsNoMoreCellsThanTheLimit)
+{
     store.set(withArcs(9), 1, 1);
-    EXPECT_EQ(cellLimits.countProblem(1, withArcs(10)), QString());
+    EXPECT_EQ(countError(1, withArcs(10)), QString());
+    store.set(withArcs(10), 1, 1);
+    EXPECT_TRUE(countError(1, withArcs(11)).contains(QStringLiteral("--max-cells")));
+    EXPECT_EQ(countError(2, withArcs(11)), QString());
+}
+
+TEST_F(CellLimitsTest, AnApplicationAtTheLimitCanStillChangeItsOwnCells)
+{
+    store.set(withArcs(9), 1, 1);
+    store.set(withArcs(10), 1, 1);
+    EXPECT_EQ(countError(1, withArcs(10)), QString());
+}
+
+TEST_F(CellLimitsTest, AnApplicationAtTheLimitCannotTakeOverCells)
+{
+    store.set(withArcs(9), 1, 1);
     store.set(withArcs(10), 1, 1);
     store.set(withArcs(12), 1, 2);
-    EXPECT_TRUE(cellLimits.countProblem(1, withArcs(11)).contains(QStringLiteral("--max-cells")));
-    EXPECT_FALSE(cellLimits.countProblem(1, withArcs(12)).isEmpty()) << "taking over counts as well";
-    EXPECT_EQ(cellLimits.countProblem(1, withArcs(10)), QString()) << "its own cells may change";
-    EXPECT_EQ(cellLimits.countProblem(2, withArcs(11)), QString());
+    EXPECT_NE(countError(1, withArcs(12)), QString());
 }

@@ -6,7 +6,6 @@
 #include "agent/applications/CellWarnings.h"
 
 using agent::CellWarnings;
-using agent::ObjectId;
 
 namespace {
 
@@ -15,7 +14,7 @@ class CellWarningsTest : public testing::Test
 protected:
     CellWarningsTest() { testing::internal::CaptureStderr(); }
 
-    /// The lines so far.
+    /// The number of lines logged so far.
     static std::ptrdiff_t lines()
     {
         const std::string text = testing::internal::GetCapturedStderr();
@@ -27,7 +26,7 @@ protected:
 
 } // namespace
 
-TEST_F(CellWarningsTest, EachCellOfEachApplicationIsWarnedAboutOnce)
+TEST_F(CellWarningsTest, WarnsOnceAboutEachCellOfAnApplication)
 {
     for (int i = 0; i < 3; ++i) {
         warnings.warn(1, {1, 2}, QStringLiteral("text"));
@@ -37,7 +36,7 @@ TEST_F(CellWarningsTest, EachCellOfEachApplicationIsWarnedAboutOnce)
     EXPECT_EQ(lines(), 3);
 }
 
-TEST_F(CellWarningsTest, AreRepeatedForTheNextConnection)
+TEST_F(CellWarningsTest, WarnsAgainAfterTheApplicationIsForgotten)
 {
     warnings.warn(1, {1, 2}, QStringLiteral("text"));
     warnings.forget(1);
@@ -45,17 +44,10 @@ TEST_F(CellWarningsTest, AreRepeatedForTheNextConnection)
     EXPECT_EQ(lines(), 2);
 }
 
-TEST_F(CellWarningsTest, EndWithALineThatSaysSo)
+TEST_F(CellWarningsTest, EndsWithALineAboutTheSuppression)
 {
-    for (unsigned int i = 0; i < CellWarnings::maxPerOwner + 100; ++i)
+    for (unsigned int i = 0; i < CellWarnings::maxPerApplication + 100; ++i)
         warnings.warn(1, {1, i}, QStringLiteral("text"));
     warnings.warn(2, {1, 2}, QStringLiteral("text"));
-    EXPECT_EQ(lines(), std::ptrdiff_t(CellWarnings::maxPerOwner) + 2);
-}
-
-TEST_F(CellWarningsTest, CutIdentifiersShort)
-{
-    lines();
-    EXPECT_EQ(agent::shortText({1, 2}), QStringLiteral("1.2"));
-    EXPECT_EQ(agent::shortText(ObjectId(200, 1)).size(), 2 * 128 + 3);
+    EXPECT_EQ(lines(), std::ptrdiff_t(CellWarnings::maxPerApplication) + 2);
 }

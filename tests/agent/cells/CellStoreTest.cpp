@@ -20,7 +20,7 @@ TEST(CellStore, HoldsValuesOfBothTypes)
     EXPECT_EQ(store.find({1, 1, 0}), nullptr);
 }
 
-TEST(CellStore, IsWalkedInTheOrderOfArcsNotOfText)
+TEST(CellStore, IsOrderedByArcsNotByText)
 {
     CellStore store;
     for (const ObjectId& id : {ObjectId{1, 10}, ObjectId{1, 9}, ObjectId{1, 9, 1}, ObjectId{1, 4294967295u}})
@@ -41,7 +41,7 @@ TEST(CellStore, FindAtOrNextIncludesTheCellItself)
     EXPECT_EQ(store.findAtOrNext({1, 9, 0}), nullptr);
 }
 
-TEST(CellStore, TheLastWriterTakesTheCellOver)
+TEST(CellStore, TheLastWriterOwnsTheCell)
 {
     CellStore store;
     EXPECT_EQ(store.set({1}, 1, 7), std::nullopt);
@@ -51,7 +51,7 @@ TEST(CellStore, TheLastWriterTakesTheCellOver)
     EXPECT_EQ(store.size(), 1u);
 }
 
-TEST(CellStore, AnUnsetRemovesTheTreeOfItsSenderAlone)
+TEST(CellStore, AnUnsetRemovesOnlyCellsOfItsSender)
 {
     CellStore store;
     store.set({1, 3}, 0, 1);
@@ -66,7 +66,7 @@ TEST(CellStore, AnUnsetRemovesTheTreeOfItsSenderAlone)
     EXPECT_EQ(store.unsetTree({1, 3}, 1).size(), 0u);
 }
 
-TEST(CellStore, AnUnsetOfACellThatWasTakenOverRemovesNothing)
+TEST(CellStore, AnUnsetByAFormerOwnerRemovesNothing)
 {
     CellStore store;
     store.set({1}, 0, 1);
@@ -75,7 +75,7 @@ TEST(CellStore, AnUnsetOfACellThatWasTakenOverRemovesNothing)
     EXPECT_EQ(store.unsetTree({1}, 2).size(), 1u);
 }
 
-TEST(CellStore, AllCellsOfOneOwnerCanBeRemoved)
+TEST(CellStore, RemovesAllCellsOfAnApplication)
 {
     CellStore store;
     store.set({1}, 0, 1);
@@ -87,7 +87,7 @@ TEST(CellStore, AllCellsOfOneOwnerCanBeRemoved)
     EXPECT_NE(store.find({2}), nullptr);
 }
 
-TEST(CellStore, AChangedValueKeepsItsOwner)
+TEST(CellStore, AChangedValueKeepsTheOwner)
 {
     CellStore store;
     store.set({1}, 1, 7);
@@ -98,7 +98,7 @@ TEST(CellStore, AChangedValueKeepsItsOwner)
     EXPECT_EQ(store.size(), 1u);
 }
 
-TEST(CellStore, ACoverIsServedInPlaceOfThePublishedValueUntilItIsTakenAway)
+TEST(CellStore, ServesTheCoverUntilItIsRemoved)
 {
     CellStore store;
     store.set({1}, 0, 7);
@@ -118,7 +118,7 @@ TEST(CellStore, ACoverNeedsACell)
     EXPECT_EQ(store.size(), 0u);
 }
 
-TEST(CellStore, CountsTheCellsOfEachOwner)
+TEST(CellStore, CountsTheCellsOfAnApplication)
 {
     CellStore store;
     store.set({1}, 0, 7);
@@ -129,7 +129,7 @@ TEST(CellStore, CountsTheCellsOfEachOwner)
     EXPECT_EQ(store.countOf(9), 0u);
 }
 
-TEST(CellStore, AnUnsetTellsWhichCellsHaveGone)
+TEST(CellStore, AnUnsetReturnsTheRemovedCells)
 {
     CellStore store;
     store.set({1, 1}, 0, 7);

@@ -22,7 +22,7 @@ ObjectId below(std::initializer_list<unsigned int> arcs)
 
 } // namespace
 
-TEST(HealthTable, NamesTheColumnAndTheCheckOfACell)
+TEST(HealthTable, FindsColumnAndCheckOfACell)
 {
     const auto status = healthTable::positionOf(below({3, 1, 97, 1, 98}));
     ASSERT_TRUE(status);
@@ -31,7 +31,7 @@ TEST(HealthTable, NamesTheColumnAndTheCheckOfACell)
     EXPECT_EQ(healthTable::positionOf(below({4, 1, 97, 1, 98}))->column, Column::Summary);
 }
 
-TEST(HealthTable, LeavesOtherObjectsAlone)
+TEST(HealthTable, IgnoresOtherObjects)
 {
     EXPECT_FALSE(healthTable::positionOf(below({2, 1, 97})));
     EXPECT_FALSE(healthTable::positionOf(below({5, 1, 97})));
@@ -40,7 +40,7 @@ TEST(HealthTable, LeavesOtherObjectsAlone)
     EXPECT_FALSE(healthTable::positionOf({1, 3, 6, 1, 4, 1, 32473, 127, 3, 1, 200, 4, 3, 1, 3, 1, 97}));
 }
 
-TEST(HealthTable, BuildsTheIdentifierThatItReads)
+TEST(HealthTable, BuildsTheIdentifierOfACell)
 {
     EXPECT_EQ(healthTable::cellOf(Column::Summary, {1, 97}), below({4, 1, 97}));
 }
