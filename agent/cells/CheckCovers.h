@@ -23,19 +23,20 @@ namespace agent {
 ///     Stale        UNKNOWN and "No update since ..."
 ///     Lost         UNKNOWN and "No connection to the application since ..."
 ///
-///     state       | status written         | summary written | not updated   | application's | status
-///                 |                        |                 | for long      | grace over    | removed
-///     ------------+------------------------+-----------------+---------------+---------------+----------
-///     AsPublished | restart delay          | uncover it      | cover → Stale | cover → Lost  | stop delay
-///     Stale       | uncover, restart delay | none (1)        | cannot be     | cover → Lost  | row ends
+///     state       | status written         | summary written | no update for | grace over    | status
+///                 |                        |                 | staleAfterMs  | after a loss  | removed
+///     ------------+------------------------+-----------------+---------------+---------------+-----------
+///     AsPublished | restart delay          | uncover it (1)  | cover → Stale | cover → Lost  | stop delay
+///     Stale       | uncover, restart delay | none (2)        | cannot be     | cover → Lost  | row ends
 ///                 | → AsPublished          |                 |               |               |
 ///     Lost        | uncover, restart delay | uncover it      | cannot be     | cannot be     | row ends
 ///                 | → AsPublished          |                 |               |               |
 ///
-/// (1) "uncover it" if the application of the check has been lost meanwhile.
+/// (1) A summary is still covered if only the status of its row was removed.
+/// (2) "uncover it" if the owner of the status is lost, within its grace period.
 ///
-/// The state lies in the cover of the status cell, so it ends with the cell. A row belongs to the owner of
-/// its status cell. A summary of another, connected application is not covered when the row turns Lost.
+/// The cover of the status cell holds the state, so the state ends with the cell. A row belongs to the owner
+/// of its status cell. If a connected application owns the summary, a loss does not cover it.
 ///
 /// Ownership: store, lost and clock must outlive it.
 class CheckCovers

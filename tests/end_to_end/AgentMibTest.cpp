@@ -227,7 +227,7 @@ TEST_F(AgentMib, AnApplicationCannotPublishThere)
     }
     settle(*first);
     EXPECT_TRUE(first->isConnected());
-    EXPECT_EQ(agent->log().count("among the agent's own objects"), 4) << agent->log().constData();
+    EXPECT_EQ(agent->log().count("one of the agent's own objects"), 4) << agent->log().constData();
     EXPECT_EQ(tool->get(scalar("Cells")), QStringLiteral("1"));
     EXPECT_EQ(tool->get(column("State", 1)), QStringLiteral("1"));
     EXPECT_EQ(tool->get(column("RecordsRefused", 1)), QStringLiteral("8"));

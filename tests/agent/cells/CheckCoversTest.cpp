@@ -207,6 +207,16 @@ TEST_F(CheckCoversTest, AStaleRowEndsWhenItIsRemoved)
     EXPECT_EQ(served(), "1 -");
 }
 
+TEST_F(CheckCoversTest, ASummaryLeftFromAStaleRowIsUncoveredWhenItIsWritten)
+{
+    clock.advance(staleAfterMs);
+    store.unsetTree(cellOf(Column::Status, check), 1);
+    covers.handleStatusRemoved(check);
+    EXPECT_EQ(served(), "- No update since 2026-01-31 12:34:56 UTC.");
+    writeSummary(1, "alone");
+    EXPECT_EQ(served(), "- alone");
+}
+
 // --- Lost
 
 TEST_F(CheckCoversTest, ALostRowReadsAsPublishedOnceItsStatusReturns)
