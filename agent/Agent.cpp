@@ -29,7 +29,8 @@ Agent::Agent(const Options& options)
       m_cells(m_store, m_clock, settingsOf(options)),
       m_applications(m_cells, m_clock, options.limits),
       m_coordinator(m_store, m_applications, m_clock, options.setTimeoutMs),
-      m_engine({options.standaloneAddress, options.configFile, options.agentxAddress, options.subtree})
+      m_engine({options.standaloneAddress, options.configFile, options.agentxAddress, options.subtree},
+               m_clock)
 {
     QObject::connect(&m_applications, &ApplicationServer::answered, &m_coordinator,
                      &SetCoordinator::handleAnswer);

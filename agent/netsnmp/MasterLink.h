@@ -6,75 +6,96 @@
 
 #include <QObject>
 #include <QString>
-#include <QTimer>
 
+#include "agent/core/Clock.h"
 #include "agent/core/ObjectId.h"
-#include "agent/netsnmp/NetSnmp.h"
+#include "agent/core/Timer.h"
+#include "agent/netsnmp/MasterSession.h"
 
 namespace agent {
 
-/// The AgentX session with the host's snmpd, and the subtree that is registered in it.
+/// Keeps the agent joined to the host's snmpd: joins, registers the subtree, pings, and joins again after a
+/// loss. It also registers the agent's own objects if they lie outside the subtree.
 ///
-/// Purpose: joins, registers (the agent's own objects, too, when they lie outside of the subtree), finds out
-/// when the session is lost or worth nothing any more, and joins again, for as long as it lives. Net-SNMP
-/// could do that itself, but it would neither notice that a registration is refused nor keep from waiting,
-/// with everything else of the agent, for a snmpd that hangs. So it is told not to; it opens and closes
-/// sessions when it is told, and what goes through them is sent from here.
+///     State                  Event                              Next state
+///     NotJoined              step: the session opens            Registering
+///                            step: it does not open             NotJoined
+///     Registering            accepted                           RegisteringOwnObjects, or Serving if
+///                                                               the subtree contains them
+///                            refused                            Refused
+///     Refused                step                               Registering
+///     RegisteringOwnObjects  accepted or refused                Serving
+///     Serving                step                               Pinging
+///     Pinging                reply, or no reply in time         Serving
+///                            reply with an error                Closing
+///     Registering…           no reply in time, session unknown  Closing
+///     any of these           a request cannot be sent           Closing
+///     any of these           the session has closed             NotJoined
+///     Closing                the session has closed             NotJoined
 ///
-/// Threads: the agent has one.
-/// Ownership: Net-SNMP's state is global: one object in a process. start() goes between init_agent() and
-/// init_snmp(), prepareToEnd() before snmp_shutdown().
-/// Failure: there is none that lasts. The log has one line for each change, not one for each attempt.
+/// A step comes every second.
+///
+/// Ownership: session and clock must outlive the link.
+/// Failure: each problem is retried for as long as the link lives. The log has one line for each problem, not
+/// for each attempt.
 class MasterLink : public QObject
 {
     Q_OBJECT
 
 public:
-    /// address in Net-SNMP's notation.
-    MasterLink(const QString& address, const ObjectId& subtree);
+    /// address is where snmpd listens, for messages.
+    MasterLink(MasterSession& session, Clock& clock, const QString& address, const ObjectId& subtree);
 
+    /// Joins for the first time as soon as the event loop runs.
     void start();
 
-    /// Net-SNMP is about to be shut down and with it the session. A snmpd that hangs is not waited for.
-    void prepareToEnd();
+    /// From now on nothing is sent.
+    void stop();
 
-    /// One line about how things stand, for whoever looks after the agent.
+    /// The state in one line, for the operator.
     QString statusText() const;
 
 signals:
-    /// The session is another one than before, or none. Descriptors have changed with it.
-    void sessionChanged();
     void statusChanged();
 
 private:
-    enum class State { Waiting, Registering, RegisteringOwnObjects, Serving };
-
-    static int handleSessionCreated(int, int, void* session, void* self);
-    static int handleOpened(int, int, void* session, void* self);
-    static int handleClosed(int, int, void* session, void* self);
-    static int handleAnswer(int operation, netsnmp_session* session, int request, netsnmp_pdu* answer,
-                            void* self);
+    enum class State {
+        NotJoined,
+        Registering,
+        Refused,
+        RegisteringOwnObjects,
+        Serving,
+        Pinging,
+        Closing, ///< given up, but Net-SNMP still holds the session
+    };
 
     void takeStep();
-    void tryToJoin();
-    void ask(int command);
-    const ObjectId& treeToRegister() const;
+    void join();
+    void requestRegistration(State state);
+    void ping();
+    void serve();
+    void hangUp();
+    void lose(State next);
+
+    void handleAnswered(long error);
     void handleRegistration(long error);
     void handleOwnRegistration(long error);
-    void serve();
     void handlePing(long error);
-    void handleSilence();
-    void hangUp();
-    void change(State state);
+    void handleUnanswered();
 
+    void enter(State state);
+    bool isServing() const { return m_state == State::Serving || m_state == State::Pinging; }
+    const ObjectId& treeToRegister() const;
+    void warnOnce(bool& isWarned, const QString& message);
+
+    MasterSession& m_session;
+    Clock& m_clock;
     const QString m_address;
     const ObjectId m_subtree;
-    netsnmp_session* m_session = nullptr;
-    State m_state = State::Waiting;
-    int m_asked = 0; ///< the command that has not been answered yet
-    bool m_isProblemTold = false;
-    bool m_isOwnProblemTold = false;
-    QTimer m_timer;
+    State m_state = State::NotJoined;
+    bool m_isWarned = false; ///< of the present problem
+    bool m_isOwnRegistrationWarned = false;
+    Timer m_stepTimer;
 };
 
 } // namespace agent

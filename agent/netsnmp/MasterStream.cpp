@@ -14,16 +14,16 @@ namespace agent {
 
 namespace {
 
-constexpr int patienceMs = 500;
+constexpr int sendTimeoutMs = 500;
 
 bool waitUntilWritable(int descriptor, const QElapsedTimer& waited)
 {
-    const qint64 left = patienceMs - waited.elapsed();
+    const qint64 left = sendTimeoutMs - waited.elapsed();
     pollfd watched = {descriptor, POLLOUT, 0};
     return left > 0 && poll(&watched, 1, static_cast<int>(left)) > 0;
 }
 
-int sendOrGiveUp(netsnmp_transport* transport, const void* data, int size, void**, int*)
+int sendOrShutDown(netsnmp_transport* transport, const void* data, int size, void**, int*)
 {
     QElapsedTimer waited;
     waited.start();
@@ -34,14 +34,14 @@ int sendOrGiveUp(netsnmp_transport* transport, const void* data, int size, void*
         if (step >= 0) {
             sent += static_cast<int>(step);
         } else if (errno != EINTR && (errno != EAGAIN || !waitUntilWritable(transport->sock, waited))) {
-            shutdown(transport->sock, SHUT_RDWR); // half a message cannot be followed by another one
+            shutDownStream(*transport); // no other message can follow half of one
             return -1;
         }
     }
     return size;
 }
 
-/// A stream has no sender's address to tell: address stays empty.
+/// Reports no sender's address: a stream has none.
 int receive(netsnmp_transport* transport, void* data, int size, void** address, int* addressLength)
 {
     *address = nullptr;
@@ -57,8 +57,13 @@ int receive(netsnmp_transport* transport, void* data, int size, void** address, 
 
 void takeOverStream(netsnmp_transport& transport)
 {
-    transport.f_send = &sendOrGiveUp;
+    transport.f_send = &sendOrShutDown;
     transport.f_recv = &receive;
+}
+
+void shutDownStream(const netsnmp_transport& transport)
+{
+    shutdown(transport.sock, SHUT_RDWR);
 }
 
 } // namespace agent

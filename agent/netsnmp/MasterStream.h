@@ -8,15 +8,17 @@
 
 namespace agent {
 
-/// Sends and receives in Net-SNMP's place what goes through a session with snmpd.
+/// Replaces how Net-SNMP sends and receives on the stream to snmpd.
 ///
-/// Purpose: Net-SNMP writes until everything is written. A snmpd that hangs would hold up the agent as soon
-/// as the system's buffer is full; here it has half a second to take what is sent, then the stream is shut
-/// down and Net-SNMP finds it closed, as if snmpd had ended. When a stream is reset, as it is by a snmpd that
-/// is killed, Net-SNMP loses the memory for the sender's address; here there is none.
+/// Net-SNMP blocks until everything is sent; a snmpd that hangs would block the agent once the system's
+/// buffer is full. Here a send gets half a second, then the stream is shut down. When snmpd is killed and the
+/// stream is reset, Net-SNMP leaks the sender's address; here there is none.
 ///
-/// Threads: Net-SNMP's. Ownership: the transport stays Net-SNMP's. Failure: see above.
+/// Ownership: the transport stays Net-SNMP's.
 void takeOverStream(netsnmp_transport& transport);
+
+/// Net-SNMP then finds the stream closed, as if snmpd had ended.
+void shutDownStream(const netsnmp_transport& transport);
 
 } // namespace agent
 

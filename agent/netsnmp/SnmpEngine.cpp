@@ -55,19 +55,23 @@ int readOurConfiguration(int, int, void*, void* configFile)
 
 } // namespace
 
-SnmpEngine::SnmpEngine(const Settings& settings) : m_settings(settings)
+SnmpEngine::SnmpEngine(const Settings& settings, Clock& clock) : m_settings(settings)
 {
     if (isStandalone())
         return;
-    m_link = std::make_unique<MasterLink>(m_settings.agentxAddress, m_settings.subtree);
-    QObject::connect(m_link.get(), &MasterLink::sessionChanged, &m_eventLoop, &NetSnmpEventLoop::watchAnew);
+    m_session = std::make_unique<AgentxSession>(m_settings.agentxAddress);
+    QObject::connect(m_session.get(), &AgentxSession::descriptorsChanged, &m_eventLoop,
+                     &NetSnmpEventLoop::watchAnew);
+    m_link = std::make_unique<MasterLink>(*m_session, clock, m_settings.agentxAddress, m_settings.subtree);
 }
 
 SnmpEngine::~SnmpEngine()
 {
     m_eventLoop.stop();
-    if (m_link)
-        m_link->prepareToEnd();
+    if (!isStandalone()) {
+        m_link->stop();
+        m_session->prepareToEnd();
+    }
     if (!m_isRunning)
         return;
     snmp_shutdown(applicationName);
@@ -104,10 +108,12 @@ Error SnmpEngine::initialise()
     add_to_init_list(QByteArray("!smux").data()); // it would listen on a port that nobody asked for
     if (init_agent(applicationName) != 0)
         return Error(QStringLiteral("Net-SNMP cannot be initialised; its message above says why"));
-    if (m_link)
-        m_link->start();
-    else
+    if (isStandalone()) {
         takeConfiguration();
+    } else {
+        m_session->initialise();
+        m_link->start();
+    }
     return {};
 }
 

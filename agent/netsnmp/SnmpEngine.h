@@ -10,34 +10,33 @@
 #include <functional>
 #include <memory>
 
+#include "agent/core/Clock.h"
 #include "agent/core/Error.h"
 #include "agent/core/ObjectId.h"
+#include "agent/netsnmp/AgentxSession.h"
 #include "agent/netsnmp/MasterLink.h"
 #include "agent/netsnmp/NetSnmpEventLoop.h"
 
 namespace agent {
 
-/// The Net-SNMP agent library as this agent uses it: its configuration, its role, its addresses.
+/// Configures and runs the Net-SNMP agent library, either as an SNMP agent of its own or, by default, as a
+/// subagent of the host's snmpd. It reads nothing but the given configuration and leaves nothing on disk, so
+/// it behaves the same on every host.
 ///
-/// Purpose: either an SNMP agent of its own or, by default, a subagent of the host's snmpd. Nothing outside
-/// the given configuration is read and nothing is left behind on disk, so that the agent does the same on
-/// every host.
-///
-/// Threads: Net-SNMP is not safe for threads; everything stays on the thread of the event loop.
-/// Ownership: Net-SNMP's state is global, so there can be one engine in a process.
-/// Failure: initialise() and start() say in text why the agent cannot serve.
+/// Threads: Net-SNMP is not thread-safe; everything stays on the thread of the event loop.
+/// Ownership: Net-SNMP's state is global, so one engine per process.
 class SnmpEngine
 {
 public:
     struct Settings
     {
-        QString standaloneAddress; ///< listening addresses, comma-separated; empty: joins the host's snmpd
-        QString configFile;        ///< standalone; empty: the built-in read-only access from this host
+        QString standaloneAddress; ///< comma-separated; empty: subagent of the host's snmpd
+        QString configFile;        ///< standalone only; empty: this host may read
         QString agentxAddress;     ///< where the host's snmpd listens for subagents
-        ObjectId subtree;          ///< what is registered there
+        ObjectId subtree;          ///< registered with snmpd
     };
 
-    explicit SnmpEngine(const Settings& settings);
+    SnmpEngine(const Settings& settings, Clock& clock);
     ~SnmpEngine();
     SnmpEngine(const SnmpEngine&) = delete;
     SnmpEngine& operator=(const SnmpEngine&) = delete;
@@ -55,8 +54,10 @@ public:
     /// Reads the configuration file again. An error changes nothing.
     Error reload();
 
-    /// One line about how things stand, for whoever looks after the agent; also called at every change.
+    /// The state in one line, for the operator.
     QString statusText() const;
+
+    /// Calls the listener at once and after every change.
     void setStatusListener(const std::function<void(const QString&)>& listener);
 
     /// See NetSnmpEventLoop.
@@ -71,7 +72,8 @@ private:
     const Settings m_settings;
     QTemporaryDir m_directory;
     NetSnmpEventLoop m_eventLoop;
-    std::unique_ptr<MasterLink> m_link; // null when standalone
+    std::unique_ptr<AgentxSession> m_session; // null when standalone
+    std::unique_ptr<MasterLink> m_link;       // null when standalone
     bool m_isRunning = false;
 };
 

@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_AGENT_NETSNMP_AGENTXSESSION_H
+#define VIGIL_AGENT_NETSNMP_AGENTXSESSION_H
+
+#include <QString>
+
+#include "agent/netsnmp/MasterSession.h"
+#include "agent/netsnmp/NetSnmp.h"
+
+namespace agent {
+
+/// The AgentX session that Net-SNMP holds with the host's snmpd.
+///
+/// Net-SNMP opens and closes the session only when told: its own pings and reconnects block on a snmpd that
+/// hangs, and it does not notice a refused registration.
+///
+/// Ownership: Net-SNMP's state is global, so one object per process.
+class AgentxSession : public MasterSession
+{
+    Q_OBJECT
+
+public:
+    /// address in Net-SNMP's notation.
+    explicit AgentxSession(const QString& address);
+
+    /// Takes the session over from Net-SNMP. Call it between init_agent() and init_snmp().
+    void initialise();
+
+    /// Call it before snmp_shutdown(), which closes the session. A snmpd that hangs does not delay that.
+    void prepareToEnd();
+
+    bool open() override;
+    bool registerTree(const ObjectId& tree) override;
+    bool ping() override;
+    void hangUp() override;
+
+signals:
+    /// The session was opened or closed, and its descriptor with it.
+    void descriptorsChanged();
+
+private:
+    static int handleCreated(int, int, void* session, void* self);
+    static int handleOpened(int, int, void* session, void* self);
+    static int handleClosed(int, int, void* session, void* self);
+    static int handleReply(int operation, netsnmp_session* session, int request, netsnmp_pdu* reply,
+                           void* self);
+
+    netsnmp_pdu* makeRequest(int command) const;
+    bool send(netsnmp_pdu* request);
+
+    const QString m_address;
+    netsnmp_session* m_session = nullptr; // Net-SNMP's; null while not joined
+};
+
+} // namespace agent
+
+#endif
