@@ -11,10 +11,10 @@ class StoreMutex;
 
 /// Access to the facade's callback store: holds the store's lock as long as it lives.
 ///
-/// Purpose: one handle is one undivided operation on the store, callbacks into the application included.
+/// Purpose: one handle is one atomic operation on the store, callbacks into the application included.
 ///
-/// Threads: any. Making one on a thread that already has one would block for ever; operations that an
-/// application might call from inside a callback ask refuseInsideCallback() first.
+/// Threads: any. A thread that has a handle must not make a second one: it would wait for itself. Operations
+/// of the application are checked by refuseInsideCallback() first.
 ///
 /// Failure: the handle is false, and must not be dereferenced, while the facade has no store.
 class CallbackStoreLock
@@ -28,10 +28,8 @@ public:
     explicit operator bool() const { return m_store != nullptr; }
     CallbackStore* operator->() const { return m_store.get(); }
 
+    /// True inside a callback, and while this thread has a handle.
     static bool isHeldByThisThread();
-
-    /// True, and an error line in the log, when this thread holds the lock. operation is what was tried.
-    static bool refuseInsideCallback(const char* operation);
 
 private:
     StoreMutex* m_mutex = nullptr;

@@ -13,6 +13,7 @@
 
 #include "base/Logging.h"
 #include "base/NeverDestroyed.h"
+#include "client/CallbackRules.h"
 #include "client/CallbackStore.h"
 #include "client/CallbackStoreLock.h"
 #include "client/Client.h"
@@ -24,6 +25,8 @@ namespace vigil {
 
 namespace {
 
+using Event = Lifecycle::Event;
+
 constexpr int threadEndTimeoutMs = 5000;
 constexpr int aliveCheckMs = 20;
 constexpr int pauseTimeoutMs = 5000;
@@ -31,8 +34,7 @@ constexpr int maxPauseMs = 10000;
 
 constexpr int noLimit = -1;
 
-// At the end of the process waiting has limits. An attempt to connect, which cannot be interrupted, takes up
-// to 5 s.
+// Limits at process exit. A connect cannot be interrupted and takes up to 5 s.
 constexpr int clientTimeoutAtExitMs = 6000;
 constexpr int drainTimeoutAtExitMs = 2000;
 constexpr int storeTimeoutAtExitMs = 300;
@@ -66,8 +68,8 @@ VigilSnmpInterface& VigilSnmpInterface::instance()
 
 VigilSnmp& VigilSnmp::instance()
 {
-    // Statics of the application may be destroyed after those of the library and still release their checks,
-    // so this object must never be.
+    // Never destroyed: statics of the application may release their checks after the library's statics are
+    // gone.
     static base::NeverDestroyed<VigilSnmp> facade;
     return facade.get();
 }
@@ -76,19 +78,21 @@ VigilSnmp& VigilSnmp::instance()
 
 void VigilSnmp::init(const std::string& name)
 {
-    if (m_initialised || m_outOfUse)
+    if (!m_lifecycle.on(Event::Init))
         return;
-    // Qt leaves traces in threads of the process, so its libraries have to stay when this one is unloaded.
+    // Qt keeps data in the process's threads, so its libraries must stay loaded when this one is unloaded.
     platform::pinModule(&QObject::staticMetaObject);
     platform::pinModule(&QAbstractSocket::staticMetaObject);
     m_runner = ApplicationRunner::start([this](const auto& pause) { pauseClient(pause); });
-    if (!m_runner)
+    if (!m_runner) {
+        m_lifecycle.on(Event::NoThread);
         return;
+    }
     m_oidTypeId = qRegisterMetaType<Oid>("Oid");
     base::writeLog(QStringLiteral("[VigilSnmp::init] Initializing %1.").arg(QString::fromUtf8(name.c_str())));
     startClient();
     {
-        // The client may be connected by now. It sends its cache all the same; there is nobody to notify yet.
+        // The client may be connected already. It sends its cache; no callback can be registered yet.
         const CallbackStoreLock lock;
         m_callbackStore = std::make_shared<CallbackStore>();
     }
@@ -105,19 +109,19 @@ void VigilSnmp::startClient()
     QObject::connect(m_clientThread, SIGNAL(started()), client, SLOT(init()));
     QObject::connect(client, SIGNAL(finished()), client, SLOT(deleteLater()));
     m_clientQueue.open(client);
-    m_initialised = true;
+    m_lifecycle.on(Event::Started);
     m_clientThread->start(QThread::InheritPriority);
 }
 
-/// Returns when the client rests, or will not come to it: a callback or an attempt to connect takes its time.
-/// Calls that were put into its queue before are dealt with, later ones wait there.
+/// Returns once the client thread is paused, or on time-out if a callback or a connect blocks it. Calls
+/// queued before run first; later ones stay pending.
 void VigilSnmp::pauseClient(const std::shared_ptr<ApplicationRunner::Pause>& pause)
 {
-    const auto rest = [pause] {
+    const auto wait = [pause] {
         pause->begun.release();
         pause->over.tryAcquire(1, maxPauseMs);
     };
-    if (m_clientQueue.post(rest))
+    if (m_clientQueue.post(wait))
         pause->begun.tryAcquire(1, pauseTimeoutMs);
 }
 
@@ -125,36 +129,36 @@ void VigilSnmp::pauseClient(const std::shared_ptr<ApplicationRunner::Pause>& pau
 
 void VigilSnmp::cleanup()
 {
-    if (!CallbackStoreLock::refuseInsideCallback("VigilSnmp::cleanup"))
+    if (!refuseInsideCallback("VigilSnmp::cleanup"))
         stop({noLimit, noLimit, noLimit});
 }
 
-/// Runs when the library is unloaded or the process ends. Then it may be on any thread, even inside a
-/// callback, and others may be gone or stuck: it must come back whatever it finds.
+/// Runs when the library is unloaded or the process ends. It may run on any thread, even inside a callback,
+/// while other threads are gone or stuck. It must always return.
 void VigilSnmp::cleanupAtExit()
 {
     VigilSnmp& facade = instance();
     facade.muteCallbacks();
     facade.stop({clientTimeoutAtExitMs, storeTimeoutAtExitMs, runnerTimeoutAtExitMs});
-    facade.m_outOfUse = true;
+    facade.m_lifecycle.on(Event::ProcessEnds);
 }
 
 void VigilSnmp::stop(const Limits& limits)
 {
-    if (!m_initialised)
+    if (!m_lifecycle.on(Event::Stop))
         return;
-    m_initialised = false;
-    if (m_runner->isGone()) // and with it every other thread, with any lock they held
+    if (m_runner->isGone()) // like all other threads; they may have held any lock
         return abandonWithoutThreads();
     base::writeLog(QStringLiteral("[VigilSnmp::cleanup] Cleanup."));
     const bool clientStopped = stopClient(limits.clientMs) && releaseShared(limits.storeMs);
     const bool runnerStopped = m_runner->stop(limits.runnerMs);
     if (!runnerStopped)
-        base::stopLogging(); // which the runner would have done
+        base::stopLogging(); // usually the runner's last step
     if (!clientStopped || !runnerStopped)
         return abandon();
     m_runner.reset();
-    QMetaType::unregisterType(m_oidTypeId); // it points to code that goes when the library is unloaded
+    QMetaType::unregisterType(m_oidTypeId); // it points to code of this library, which may be unloaded next
+    m_lifecycle.on(Event::ThreadsEnded);
 }
 
 bool VigilSnmp::stopClient(int timeoutMs)
@@ -162,22 +166,21 @@ bool VigilSnmp::stopClient(int timeoutMs)
     return runClientExit(m_clientQueue.close(), timeoutMs) && endClientThread(timeoutMs);
 }
 
-/// Waits until the client has closed its connection. The exit is one more call in the client's queue, so
-/// everything that was published before goes out first.
+/// Waits until the client has closed its connection. The exit is the last call in the client's queue, so all
+/// values published before are sent first.
 bool VigilSnmp::runClientExit(Client* client, int timeoutMs)
 {
-    if (ClientThread::isCurrent()) { // the process ends from inside a callback; nobody returns to the
-                                     // client's loop
+    if (ClientThread::isCurrent()) { // the process ends inside a callback; its event loop never runs again
         client->exit();
         return false;
     }
     const auto done = std::make_shared<base::Semaphore>();
     std::weak_ptr<void> call = queueExit(client, done);
-    const QDeadlineTimer deadline(timeoutMs); // negative: never
+    const QDeadlineTimer deadline(timeoutMs); // never expires if negative
     const QDeadlineTimer drained(timeoutMs < 0 ? noLimit : drainTimeoutAtExitMs);
     while (!done->tryAcquire(1, aliveCheckMs)) {
-        // Qt drops calls that come up while the process has no application object: between the host's and the
-        // one that takes its place.
+        // Qt drops calls while the process has no application object, after the host's and before the
+        // runner's.
         if (call.expired() && done->available() == 0)
             call = queueExit(client, done);
         if (drained.hasExpired())
@@ -188,10 +191,11 @@ bool VigilSnmp::runClientExit(Client* client, int timeoutMs)
     return true;
 }
 
-/// A QThread that still runs must not be deleted: Qt would end the process. With a limit for the client,
-/// which is when the library may be unloaded, the waiting is done in short steps: each asks Qt first whether
-/// the thread is done with its work, and while a Windows process unloads a library that is all that can be
-/// had.
+/// A running QThread must not be deleted: Qt would end the process.
+///
+/// With a limit, the library may be being unloaded, and then no thread of a Windows process can end. Qt's
+/// wait() first checks whether the thread has finished its work. So wait in short steps and let it check
+/// again.
 bool VigilSnmp::endClientThread(int clientTimeoutMs)
 {
     m_clientThread->quit();
@@ -206,18 +210,18 @@ bool VigilSnmp::endClientThread(int clientTimeoutMs)
     return true;
 }
 
-/// Statics of the application, handlers among them, may have been destroyed before this library's exit
-/// handler runs, so nobody is called any more. A replay holds the lock; it is given up then.
+/// The application's statics, handlers among them, may be destroyed by now, so callbacks are muted. A replay
+/// holds the lock; it is given up.
 void VigilSnmp::muteCallbacks()
 {
-    if (!m_initialised || m_runner->isGone() || m_storeMutex.isHeldByThisThread() ||
-        releaseStore(storeTimeoutAtExitMs))
+    if (m_lifecycle.state() != Lifecycle::State::Running || m_runner->isGone() ||
+        m_storeMutex.isHeldByThisThread() || releaseStore(storeTimeoutAtExitMs))
         return;
     m_clientThread->requestInterruption();
     releaseStore(storeTimeoutAtExitMs);
 }
 
-/// False when somebody will not let go of the store.
+/// False if another thread keeps the lock.
 bool VigilSnmp::releaseStore(int timeoutMs)
 {
     if (!m_storeMutex.tryLock(timeoutMs))
@@ -233,8 +237,7 @@ bool VigilSnmp::releaseShared(int storeTimeoutMs)
     return releaseStore(storeTimeoutMs);
 }
 
-/// Touches nothing but the log, which must not lack its last line, and that only if the file is not the one
-/// of a parent process.
+/// Writes the log's last line and touches nothing else. In a forked child the log belongs to the parent.
 void VigilSnmp::abandonWithoutThreads()
 {
     if (m_runner->isOfThisProcess())
@@ -242,10 +245,10 @@ void VigilSnmp::abandonWithoutThreads()
     abandon();
 }
 
-/// Leaves behind what a thread that could not be stopped may still use.
+/// Leaks all objects that a running thread may still use.
 void VigilSnmp::abandon()
 {
-    m_outOfUse = true;
+    m_lifecycle.on(Event::ThreadLost);
     static_cast<void>(m_runner.release());
 }
 
@@ -319,7 +322,7 @@ void VigilSnmp::deregisterStateInfoCallback(StateInfoCallback* cb)
 void VigilSnmp::changeStore(const char* operation, const QString& logLine,
                             const std::function<void(CallbackStore&)>& change)
 {
-    if (CallbackStoreLock::refuseInsideCallback(operation))
+    if (refuseInsideCallback(operation))
         return;
     const CallbackStoreLock store;
     if (!store)

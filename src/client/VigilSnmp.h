@@ -6,7 +6,6 @@
 
 #include <QString>
 
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
@@ -15,6 +14,7 @@
 
 #include "client/ApplicationRunner.h"
 #include "client/ClientQueue.h"
+#include "client/Lifecycle.h"
 #include "client/StoreMutex.h"
 
 class CallbackStore;
@@ -29,19 +29,19 @@ class NeverDestroyed;
 
 namespace vigil {
 
-/// The service facade: owns the library's threads and what lives in them, and hands calls over to the client
-/// thread.
+/// The service facade: owns the library's threads and passes calls on to the client thread.
 ///
-/// Purpose: see VigilSnmpInterface. For the rest of the library it also keeps the callback store with its
-/// lock, and the tables that all health checks share.
+/// Purpose: see VigilSnmpInterface. The rest of the library also gets the callback store and the tables here,
+/// which all health checks share. Lifecycle has the states between init() and the end of the process.
 ///
-/// Threads: publishing and registration from any thread; init(), cleanup() and cleanupAtExit() from one at a
-/// time.
+/// Threads: any thread may publish and register. Only one at a time may be in init(), cleanup() or the exit
+/// handler.
 ///
-/// Ownership: the one object is never destroyed, since application statics may use it after the library's own
-/// are gone. What it owns comes with init() and goes with cleanup().
+/// Ownership: the one object is never destroyed, because statics of the application may use it after the
+/// library's own are gone. init() creates its members and cleanup() destroys them.
 ///
-/// Failure: a thread that does not stop in time is left behind, and the facade stays out of use from then on.
+/// Failure: a thread that does not stop in time is left running, and the facade is out of use from then on:
+/// every call does nothing. Checks and metrics still work, but publish nothing.
 class VigilSnmp final : public VigilSnmpInterface
 {
 public:
@@ -60,15 +60,13 @@ public:
     void registerStateInfoCallback(StateInfoCallback* cb) override;
     void deregisterStateInfoCallback(StateInfoCallback* cb) override;
 
-    /// For CallbackStoreLock: the lock, and what it guards. The store is null outside init() and cleanup().
+    /// For CallbackStoreLock: the lock and the store. The store is null unless the library runs.
     StoreMutex& storeMutex() { return m_storeMutex; }
     std::shared_ptr<CallbackStore> callbackStore() const { return m_callbackStore; }
 
-    /// True when the process is ending, or a thread could not be stopped: then nothing of the facade is left
-    /// to use.
-    bool isOutOfUse() const { return m_outOfUse; }
+    bool isOutOfUse() const { return m_lifecycle.state() == Lifecycle::State::OutOfUse; }
 
-    /// Expired outside init() and cleanup().
+    /// Expired unless the library runs.
     std::weak_ptr<SnmpTableManager> tableManager() const { return m_tableManager; }
 
 private:
@@ -76,7 +74,7 @@ private:
     VigilSnmp() = default;
     ~VigilSnmp() = default;
 
-    /// How long a stop waits for each of its steps, in milliseconds; negative means without limit.
+    /// How long a stop waits for each of its steps, in milliseconds; negative means no limit.
     struct Limits
     {
         int clientMs;
@@ -101,6 +99,7 @@ private:
     void changeStore(const char* operation, const QString& logLine,
                      const std::function<void(CallbackStore&)>& change);
 
+    Lifecycle m_lifecycle;
     ClientQueue m_clientQueue;
     ClientThread* m_clientThread = nullptr;
     std::shared_ptr<SnmpTableManager> m_tableManager;
@@ -108,8 +107,6 @@ private:
     StoreMutex m_storeMutex;
     std::unique_ptr<ApplicationRunner> m_runner;
     int m_oidTypeId = 0;
-    bool m_initialised = false;
-    std::atomic<bool> m_outOfUse{false};
 };
 
 } // namespace vigil

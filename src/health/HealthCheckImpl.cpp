@@ -3,11 +3,11 @@
 
 #include "health/HealthCheckImpl.h"
 
-#include <vigil/Connector.h>
+#include <vigil/VigilSnmpInterface.h>
 
 #include <new>
 
-#include "client/CallbackStoreLock.h"
+#include "client/CallbackRules.h"
 #include "health/LiveChecks.h"
 #include "health/ScalarMetricImpl.h"
 #include "health/SimpleMetricImpl.h"
@@ -37,9 +37,8 @@ HealthCheckImpl::HealthCheckImpl(const std::string& firstKey, const std::string&
       m_connector(createConnector(this, m_store).release())
 {}
 
-/// The connector's destructor waits for a callback in progress. This callback may still publish through
-/// m_connector, so the pointer must stay valid until the destructor returns; a unique_ptr may be null by
-/// then.
+/// The connector waits for a callback that is under way, and the callback may publish through the connector
+/// meanwhile: the pointer to it must stay good until the connector is gone.
 HealthCheckImpl::~HealthCheckImpl()
 {
     delete m_connector;
@@ -48,7 +47,7 @@ HealthCheckImpl::~HealthCheckImpl()
 
 void HealthCheckImpl::destroy()
 {
-    if (CallbackStoreLock::refuseInsideCallback("HealthCheck::destroy"))
+    if (refuseInsideCallback("HealthCheck::destroy"))
         return;
     m_store->clear();
     delete this;
@@ -58,14 +57,14 @@ void HealthCheckImpl::destroy()
 
 vigil::SimpleMetric* HealthCheckImpl::createSimpleMetric(const std::string& name)
 {
-    if (CallbackStoreLock::refuseInsideCallback("HealthCheck::createSimpleMetric"))
+    if (refuseInsideCallback("HealthCheck::createSimpleMetric"))
         return nullptr;
     return announce(SimpleMetricImpl::create(name, m_store));
 }
 
 vigil::ScalarMetric* HealthCheckImpl::createScalarMetric(const std::string& name)
 {
-    if (CallbackStoreLock::refuseInsideCallback("HealthCheck::createScalarMetric"))
+    if (refuseInsideCallback("HealthCheck::createScalarMetric"))
         return nullptr;
     return announce(ScalarMetricImpl::create(name, m_store));
 }
@@ -85,13 +84,13 @@ MetricImpl* HealthCheckImpl::announce(const std::shared_ptr<MetricImpl>& metric)
 
 void HealthCheckImpl::registerManagementHandler(ManagementHandler* handler)
 {
-    if (!CallbackStoreLock::refuseInsideCallback("HealthCheck::registerManagementHandler"))
+    if (!refuseInsideCallback("HealthCheck::registerManagementHandler"))
         m_connector->registerManagementHandler(handler);
 }
 
 void HealthCheckImpl::unregisterManagementHandler()
 {
-    if (!CallbackStoreLock::refuseInsideCallback("HealthCheck::unregisterManagementHandler"))
+    if (!refuseInsideCallback("HealthCheck::unregisterManagementHandler"))
         m_connector->unregisterManagementHandler();
 }
 

@@ -5,7 +5,7 @@
 
 #include <QtGlobal>
 
-#include "client/CallbackStoreLock.h"
+#include "client/CallbackRules.h"
 
 using vigil::HealthStatus;
 using vigil::Range;
@@ -27,14 +27,14 @@ ScalarMetricImpl::ScalarMetricImpl(const std::string& name, const std::shared_pt
 
 void ScalarMetricImpl::remove()
 {
-    if (CallbackStoreLock::refuseInsideCallback("ScalarMetric::remove"))
+    if (refuseInsideCallback("ScalarMetric::remove"))
         return;
     if (const auto store = m_store.lock())
         store->removeMetric(this);
-    const std::shared_ptr<ScalarMetricImpl> last = std::move(m_self); // the scope ends this object
+    const std::shared_ptr<ScalarMetricImpl> last = std::move(m_self); // this object ends with the scope
 }
 
-// --- Published attributes
+// --- What is published
 
 std::string ScalarMetricImpl::getName() const
 {
@@ -138,7 +138,7 @@ bool ScalarMetricImpl::getPerformanceData(PerformanceData& out)
 
 void ScalarMetricImpl::setRangeChangeHandler(RangeChangeHandler* handler)
 {
-    if (CallbackStoreLock::refuseInsideCallback("ScalarMetric::setRangeChangeHandler"))
+    if (refuseInsideCallback("ScalarMetric::setRangeChangeHandler"))
         return;
     {
         const Lock lock(m_mutex);
@@ -150,7 +150,7 @@ void ScalarMetricImpl::setRangeChangeHandler(RangeChangeHandler* handler)
 
 void ScalarMetricImpl::clearRangeChangeHandler()
 {
-    if (CallbackStoreLock::refuseInsideCallback("ScalarMetric::clearRangeChangeHandler"))
+    if (refuseInsideCallback("ScalarMetric::clearRangeChangeHandler"))
         return;
     {
         const Lock lock(m_mutex);

@@ -3,7 +3,7 @@
 
 #include "health/SimpleMetricImpl.h"
 
-#include "client/CallbackStoreLock.h"
+#include "client/CallbackRules.h"
 
 using vigil::Result;
 
@@ -23,11 +23,11 @@ SimpleMetricImpl::SimpleMetricImpl(const std::string& name, const std::shared_pt
 
 void SimpleMetricImpl::remove()
 {
-    if (CallbackStoreLock::refuseInsideCallback("SimpleMetric::remove"))
+    if (refuseInsideCallback("SimpleMetric::remove"))
         return;
     if (const auto store = m_store.lock())
         store->removeMetric(this);
-    const std::shared_ptr<SimpleMetricImpl> last = std::move(m_self); // the scope ends this object
+    const std::shared_ptr<SimpleMetricImpl> last = std::move(m_self); // this object ends with the scope
 }
 
 void SimpleMetricImpl::setInfo(const std::string& info)
