@@ -28,13 +28,12 @@ namespace {
 constexpr int reconnectIntervalMs = 5000;
 constexpr int stateConnected = 0;
 constexpr int stateDisconnected = 1;
-constexpr unsigned int genErr = 5;     // the callback failed
-constexpr unsigned int noCallback = 1; // nobody registered for the identifier
+constexpr unsigned int genErr = 5;     // the callback threw
+constexpr unsigned int noCallback = 1; // none is registered for the identifier
 
 const Oid enterprisePrefix = Oid::fromStdString(base::enterpriseOid);
 
-/// Identifiers travel without what they have in common with the enterprise's, even where that is not all of
-/// it.
+/// Removes the arcs shared with the enterprise's identifier, even if it is not a full prefix.
 std::string relativeText(Oid oid)
 {
     return oid.removeCommonPrefix(enterprisePrefix).toStdString();
@@ -106,8 +105,7 @@ void Client::createConnections()
     connect(m_reconnectTimer, SIGNAL(timeout()), this, SLOT(onTimerReconnect()));
 }
 
-/// The two debug lines for each frame would drive everything else out of the ring of log files, so they are
-/// shown on demand only.
+/// The two debug lines for each frame would soon fill the ring of log files, so they are off by default.
 void Client::connectLog()
 {
     using Socket = base::ComConnectionSocket;
@@ -122,7 +120,7 @@ void Client::exit()
     m_reconnectTimer->stop();
     if (m_socket) {
         m_socket->closeConnection();
-        m_socket->dispose(); // not deleted at once: it may be up the stack, letting this very event run
+        m_socket->dispose(); // deleted later: this call may come from the socket's own event processing
     }
     m_socket = nullptr;
     m_connected = false;
@@ -134,7 +132,7 @@ void Client::exit()
 void Client::onTimerReconnect()
 {
     if (m_connected || CallbackStoreLock::isHeldByThisThread())
-        return; // inside a callback that runs an event loop of its own: not now
+        return; // the timer can fire inside a callback that runs an event loop
     m_socket->connectToServer(m_service);
 }
 
@@ -155,7 +153,7 @@ void Client::onDisconnected()
 {
     base::writeLog(QStringLiteral("[Client::onDisconnected] Disconnected from snmp service."));
     m_connected = false;
-    // A write finds out that the peer is gone, and writes happen while this thread holds the lock.
+    // A write may find that the peer is gone, while this thread holds the lock.
     if (CallbackStoreLock::isHeldByThisThread())
         m_lossIsDeferred = true;
     else
@@ -183,7 +181,7 @@ bool Client::sendValue(Oid oid, bool value, bool useTraps)
 {
     if (isGivingUp())
         return false;
-    m_valueCache[oid] = value;
+    m_valueCache.set(oid, value);
     return sendInt(oid, value ? 1 : 2, useTraps); // SNMP's TruthValue
 }
 
@@ -191,7 +189,7 @@ bool Client::sendValue(Oid oid, qint32 value, bool useTraps)
 {
     if (isGivingUp())
         return false;
-    m_valueCache[oid] = value;
+    m_valueCache.set(oid, value);
     return sendInt(oid, value, useTraps);
 }
 
@@ -199,7 +197,7 @@ bool Client::sendValue(Oid oid, double value, bool useTraps)
 {
     if (isGivingUp())
         return false;
-    m_valueCache[oid] = value;
+    m_valueCache.set(oid, value);
     return sendString(oid, QString::number(value, 'g', 6), useTraps);
 }
 
@@ -207,11 +205,11 @@ bool Client::sendValue(Oid oid, QString value, bool useTraps)
 {
     if (isGivingUp())
         return false;
-    m_valueCache[oid] = value;
+    m_valueCache.set(oid, value);
     return sendString(oid, value, useTraps);
 }
 
-/// At the end of the process a long queue, or a long replay, is given up for the sake of the exit.
+/// At process exit, a long queue or replay is given up.
 bool Client::isGivingUp() const
 {
     return thread()->isInterruptionRequested();
@@ -243,23 +241,25 @@ void Client::unsetOid(Oid oid)
 {
     if (isGivingUp())
         return;
-    m_valueCache[oid] = QVariant();
-    if (!m_connected)
-        return;
-    base::SnmpInt record; // its null value is what unsets
-    record.oid = relativeText(oid);
-    m_socket->sendSerializedData(&record, base::SnmpIntType, base::PlainValue);
+    m_valueCache.unset(oid);
+    sendUnset(oid);
 }
 
-/// The service removes the whole tree at the first of these unsets. The tree's own entry stays in the cache
-/// as unset when it had descendants, so that the removal is repeated on the next connection.
+/// The service removes the whole tree at the first of these unsets.
 void Client::unsetOidTree(Oid tree)
 {
-    auto entry = m_valueCache.lower_bound(tree);
-    while (entry != m_valueCache.end() && tree.containsChild(entry->first)) {
-        unsetOid(tree);
-        entry = m_valueCache.erase(entry);
-    }
+    for (int left = m_valueCache.removeTree(tree); left > 0 && !isGivingUp(); --left)
+        sendUnset(tree);
+}
+
+/// A record with a null value.
+void Client::sendUnset(const Oid& oid)
+{
+    if (!m_connected)
+        return;
+    base::SnmpInt record;
+    record.oid = relativeText(oid);
+    m_socket->sendSerializedData(&record, base::SnmpIntType, base::PlainValue);
 }
 
 void Client::resendAll()
@@ -297,7 +297,7 @@ void Client::receiveData(int dataType, QByteArray& data, int callbackId)
         dispatch(dataType, data, callbackId);
     } catch (const QString& message) {
         base::writeLog(message);
-    } catch (const std::exception& error) { // out of memory: the next record may be smaller
+    } catch (const std::exception& error) { // out of memory, for example
         base::writeLog(QStringLiteral("___ERROR___ A received record was dropped: %1")
                            .arg(QString::fromLocal8Bit(error.what())));
     }
@@ -334,6 +334,6 @@ void Client::validateAndAnswer(const Record& record, int responseType)
     Response response;
     response.errorStatus = static_cast<int>(verdictOf(callback, oid, valueOf(record)));
     response.varbind = record;
-    if (m_connected) // an answer to a peer that is gone is nobody's
+    if (m_connected) // the callback may have taken long enough to lose the peer
         m_socket->sendSerializedData(&response, responseType, base::Validation);
 }

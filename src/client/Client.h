@@ -11,29 +11,38 @@
 #include <QTimer>
 #include <QVariant>
 
-#include <map>
-
 #include <vigil/Oid.h>
 
 #include "base/ComConnectionSocket.h"
 #include "base/ConnectionSettings.h"
-#include "types/OidOperators.h"
+#include "client/ValueCache.h"
 
-using vigil::Oid; // the slots' signatures name it without its namespace
+using vigil::Oid; // the slots' signatures have no namespace
 
 /// The one object that talks to the local SNMP service.
 ///
-/// Purpose: sends published values as records, keeps all of them in a cache and sends the cache again on
-/// every new connection, tries to connect every 5 seconds while there is none, and turns records from the
-/// service into calls of the registered callbacks.
+/// Purpose: sends published values as records and keeps them in a ValueCache. Retries every 5 seconds while
+/// there is no connection, and sends the whole cache after a reconnect. Turns records from the service into
+/// calls of the registered callbacks.
 ///
-/// Threads: everything runs in the client thread; other threads reach the slots through its event loop.
-/// Callbacks are called with the facade's store lock held.
+///     state         | event            | action, next state
+///     --------------|------------------|--------------------------------------------------------
+///     created       | init()           | connects, starts the timer; disconnected
+///     disconnected  | timer            | connects
+///                   | onConnected()    | tells the state callbacks, sends the cache; connected
+///                   | a value          | into the cache
+///     connected     | onDisconnected() | tells the state callbacks; disconnected
+///                   | a value          | into the cache and sent
+///                   | a record         | calls the callbacks, answers a validation
+///     both          | exit()           | closes the connection, emits finished(); stopped
+///
+/// Threads: runs in the client thread; other threads use ClientQueue. The facade's store lock is held during
+/// callbacks.
 ///
 /// Ownership: owns its socket. Deletes itself in its thread after exit().
 ///
-/// Failure: a value that cannot be sent waits in the cache. A received record that makes no sense is logged
-/// and dropped; the connection lives on.
+/// Failure: a value that cannot be sent stays in the cache. A malformed record is logged and dropped; the
+/// connection stays up.
 class Client : public QObject
 {
     Q_OBJECT
@@ -48,19 +57,19 @@ signals:
     void finished();
 
 public slots:
-    /// Makes the first attempt to connect and starts the timer.
+    /// Connects for the first time and starts the retry timer.
     void init();
 
     /// Closes the connection and emits finished().
     void exit();
 
-    /// Publish a value. False when it only went into the cache. useTraps asks for a notification.
+    /// Publish a value. False if it was not sent, only cached. useTraps asks for a notification.
     bool sendValue(Oid oid, bool value, bool useTraps);
     bool sendValue(Oid oid, qint32 value, bool useTraps);
     bool sendValue(Oid oid, double value, bool useTraps);
     bool sendValue(Oid oid, QString value, bool useTraps);
 
-    /// Sends the whole cache, in the order of the identifiers.
+    /// Sends the whole cache, without notifications.
     void resendAll();
 
     void unsetOid(Oid oid);
@@ -80,6 +89,7 @@ protected:
 
 private:
     bool isGivingUp() const;
+    void sendUnset(const Oid& oid);
     bool sendInt(const Oid& oid, int value, bool useTraps);
     bool sendString(const Oid& oid, const QString& value, bool useTraps);
     void connectLog();
@@ -94,11 +104,11 @@ private:
     void reportDeferredLoss();
 
     base::ComConnectionSocket* m_socket = nullptr;
-    bool m_connected = false; // alone decides whether a value is sent now or only cached
+    bool m_connected = false;
     bool m_lossIsDeferred = false;
     QTimer* m_reconnectTimer;
     base::ConnectionSettings m_service;
-    std::map<Oid, QVariant> m_valueCache; // an invalid QVariant means that the identifier is unset
+    ValueCache m_valueCache;
 };
 
 #endif

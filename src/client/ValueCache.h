@@ -1,0 +1,36 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_CLIENT_VALUECACHE_H
+#define VIGIL_CLIENT_VALUECACHE_H
+
+#include <QVariant>
+
+#include <map>
+
+#include <vigil/Oid.h>
+
+#include "types/OidOperators.h"
+
+/// Everything the application has published: what the client sends again after a reconnect.
+///
+/// One entry for each identifier, in the order of the identifiers, which is the order of the replay. An
+/// invalid QVariant means unset; the replay unsets the identifier again. Only removeTree() removes entries.
+class ValueCache
+{
+public:
+    void set(const vigil::Oid& oid, const QVariant& value);
+    void unset(const vigil::Oid& oid);
+
+    /// Removes tree and its descendants, and returns how many entries these were. If there was a descendant,
+    /// tree stays as unset: the replay repeats the removal.
+    int removeTree(const vigil::Oid& tree);
+
+    auto begin() const { return m_values.begin(); }
+    auto end() const { return m_values.end(); }
+
+private:
+    std::map<vigil::Oid, QVariant> m_values;
+};
+
+#endif

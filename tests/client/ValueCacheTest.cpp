@@ -1,0 +1,86 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "client/ValueCache.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using vigil::Oid;
+
+namespace {
+
+Oid oid(const char* text)
+{
+    return Oid::fromStdString(text);
+}
+
+/// "1.2=5", or "1.2 unset".
+std::vector<std::string> entries(const ValueCache& cache)
+{
+    std::vector<std::string> result;
+    for (const auto& [key, value] : cache)
+        result.push_back(key.toStdString() +
+                         (value.isValid() ? "=" + value.toString().toStdString() : " unset"));
+    return result;
+}
+
+} // namespace
+
+TEST(ValueCache, KeepsTheLastValueOfEachIdentifierInTheOrderOfTheIdentifiers)
+{
+    ValueCache cache;
+    cache.set(oid("1.10"), 1);
+    cache.set(oid("1.9"), 2);
+    cache.set(oid("1.10"), 3);
+    EXPECT_THAT(entries(cache), ElementsAre("1.9=2", "1.10=3"));
+}
+
+TEST(ValueCache, AnUnsetIdentifierStaysAsUnset)
+{
+    ValueCache cache;
+    cache.set(oid("1.1"), 1);
+    cache.unset(oid("1.1"));
+    cache.unset(oid("1.2"));
+    EXPECT_THAT(entries(cache), ElementsAre("1.1 unset", "1.2 unset"));
+}
+
+TEST(ValueCache, ARemovedTreeWithDescendantsStaysAsUnset)
+{
+    ValueCache cache;
+    cache.set(oid("1.1"), 1);
+    cache.set(oid("1.2.1"), 2);
+    cache.set(oid("1.2.2.1"), 3);
+    cache.set(oid("1.3"), 4);
+    EXPECT_EQ(cache.removeTree(oid("1.2")), 2);
+    EXPECT_THAT(entries(cache), ElementsAre("1.1=1", "1.2 unset", "1.3=4"));
+}
+
+TEST(ValueCache, ATreeWithAValueOfItsOwnCountsThatValue)
+{
+    ValueCache cache;
+    cache.set(oid("1.2"), 1);
+    cache.set(oid("1.2.1"), 2);
+    EXPECT_EQ(cache.removeTree(oid("1.2")), 2);
+    EXPECT_THAT(entries(cache), ElementsAre("1.2 unset"));
+}
+
+TEST(ValueCache, ATreeWithoutDescendantsLeavesNothing)
+{
+    ValueCache cache;
+    cache.set(oid("1.2"), 1);
+    EXPECT_EQ(cache.removeTree(oid("1.2")), 1);
+    EXPECT_THAT(entries(cache), IsEmpty());
+}
+
+TEST(ValueCache, RemovingAnUnknownTreeChangesNothing)
+{
+    ValueCache cache;
+    cache.set(oid("1.20"), 1);
+    EXPECT_EQ(cache.removeTree(oid("1.2")), 0);
+    EXPECT_THAT(entries(cache), ElementsAre("1.20=1"));
+}
