@@ -42,7 +42,7 @@ void NotificationReceiverFilter::addOrDrop(const Receiver& receiver)
         snmp_close(session);
         return;
     }
-    const int trap = session->version == SNMP_VERSION_1 ? SNMP_MSG_TRAP : SNMP_MSG_TRAP2;
+    const int trap = static_cast<int>(session->version == SNMP_VERSION_1 ? SNMP_MSG_TRAP : SNMP_MSG_TRAP2);
     add_trap_session(session, receiver.wantsInforms ? SNMP_MSG_INFORM : trap, receiver.wantsInforms,
                      static_cast<int>(session->version));
 }

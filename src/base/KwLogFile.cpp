@@ -60,8 +60,8 @@ bool writeStartRecord(const QString& directory)
 
 QString productDirectory()
 {
-    const QString preferred = QStringLiteral("D:/OrvanData");
-    const QString second = QStringLiteral("C:/OrvanData");
+    QString preferred = QStringLiteral("D:/OrvanData");
+    QString second = QStringLiteral("C:/OrvanData");
     if (QDir::isAbsolutePath(preferred) && !QDir(preferred).exists() && QDir(second).exists())
         return second;
     return preferred;

@@ -24,8 +24,8 @@ constexpr int takeOverTimeoutMs = 5000;
 class LocaleKeeper
 {
 public:
-    LocaleKeeper() : m_locale(std::setlocale(LC_ALL, nullptr)) {}
-    ~LocaleKeeper() { std::setlocale(LC_ALL, m_locale.c_str()); }
+    LocaleKeeper() : m_locale(std::setlocale(LC_ALL, nullptr)) {} // NOLINT(concurrency-mt-unsafe)
+    ~LocaleKeeper() { std::setlocale(LC_ALL, m_locale.c_str()); } // NOLINT(concurrency-mt-unsafe)
     LocaleKeeper(const LocaleKeeper&) = delete;
     LocaleKeeper& operator=(const LocaleKeeper&) = delete;
 

@@ -98,7 +98,7 @@ std::string pathOfModule(const char* moduleName)
         return {};
     link_map* map = nullptr;
     const bool found = dlinfo(handle, RTLD_DI_LINKMAP, &map) == 0 && map;
-    const std::string path = found ? absolutePath(map->l_name) : std::string();
+    std::string path = found ? absolutePath(map->l_name) : std::string();
     dlclose(handle); // gives back the reference that dlopen took
     return path;
 }
