@@ -1,9 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Vigil authors
 # SPDX-License-Identifier: MIT
 
-# Sets vigil_build_stamp (year to hour) and vigil_build_date (year to day), both UTC. They come from
-# SOURCE_DATE_EPOCH or else from the last commit, never from the clock, so that the same sources always give
-# the same binary.
+# Sets vigil_build_stamp (year to hour) and vigil_build_date (year to day), both UTC. They come from SOURCE_DATE_EPOCH or
+# from the last commit, never from the clock: the same sources always give the same binary.
 
 set(vigil_build_epoch "$ENV{SOURCE_DATE_EPOCH}")
 if(vigil_build_epoch STREQUAL "")

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Vigil authors
 # SPDX-License-Identifier: MIT
 
-# GoogleTest from its sources in VIGIL_GOOGLETEST_SOURCE, for a system for which it is not installed. Like an installed
-# one it is not our code to warn about.
+# Builds GoogleTest from its sources in VIGIL_GOOGLETEST_SOURCE, where no installed one fits. Its headers are system
+# headers: the compiler does not warn about them.
 
 add_subdirectory(${VIGIL_GOOGLETEST_SOURCE} ${CMAKE_CURRENT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 foreach(target gtest gmock)

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Vigil authors
 # SPDX-License-Identifier: MIT
 
-# What `cmake --install` puts where. The MIB goes to DATADIR/snmp/mibs, where Net-SNMP's tools look when the prefix
-# is /usr. Everything else that is not a program, a library or a header goes to the documentation directory.
+# Installation folders. The MIBs go to DATADIR/snmp/mibs, where Net-SNMP's tools look if the prefix is /usr. Programs,
+# libraries and headers go to the usual places, everything else to the documentation directory.
 #
 # Components are the packages of a distribution: runtime, dev, agent.
 
@@ -10,7 +10,7 @@ include(CMakePackageConfigHelpers)
 
 set(vigil_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/vigil)
 
-# Programs find the library beside themselves, wherever the prefix is moved to.
+# Programs find the library relative to themselves, so the prefix can be moved.
 if(UNIX AND NOT APPLE AND NOT CMAKE_INSTALL_RPATH)
   file(RELATIVE_PATH vigil_bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
   set(vigil_install_rpath "$ORIGIN/${vigil_bin_to_lib}")
@@ -51,10 +51,10 @@ if(VIGIL_BUILD_AGENT)
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/snmpd.conf.d COMPONENT agent)
   if(SYSTEMD_FOUND) # without, the agent could not tell systemd that it is ready
     install(CODE "
-      if(CMAKE_INSTALL_PREFIX MATCHES _CPack_Packages) # an archive, which nobody knows the later place of
+      if(CMAKE_INSTALL_PREFIX MATCHES _CPack_Packages) # an archive: its final place is unknown
         set(VIGIL_AGENT /usr/local/${CMAKE_INSTALL_BINDIR}/vigil-agent)
       else()
-        set(VIGIL_AGENT \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/vigil-agent\") # known only now
+        set(VIGIL_AGENT \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/vigil-agent\") # only known now
       endif()
       configure_file(\"${PROJECT_SOURCE_DIR}/packaging/vigil-agent.service.in\"
         \"${PROJECT_BINARY_DIR}/packaging/vigil-agent.service\" @ONLY)" COMPONENT agent)
@@ -69,7 +69,7 @@ endif()
 if(VIGIL_BUILD_EXAMPLES)
   set(vigil_installed_examples vigil-host-health)
   if(WIN32)
-    list(APPEND vigil_installed_examples hello_health) # to be tried out before there is any compiler
+    list(APPEND vigil_installed_examples hello_health) # to try out without a compiler
   endif()
   install(TARGETS ${vigil_installed_examples} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT dev)
   if(vigil_install_rpath)

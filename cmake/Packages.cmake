@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Vigil authors
 # SPDX-License-Identifier: MIT
 
-# What `cpack` makes of the installed files: a zip file for Windows; elsewhere a .tar.gz file of everything, and a Debian
-# package of each component.
+# Packages built by `cpack`: a zip file for Windows; elsewhere a .tar.gz file of everything and a Debian package for each
+# component.
 
 set(CPACK_PACKAGE_NAME vigil)
 set(CPACK_PACKAGE_VENDOR "The Vigil authors")
@@ -40,6 +40,6 @@ set(CPACK_DEBIAN_AGENT_PACKAGE_NAME vigil-agent)
 set(CPACK_DEBIAN_AGENT_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_AGENT_PACKAGE_RECOMMENDS snmpd)
 set(CPACK_DEBIAN_AGENT_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/postinst)
-set(CPACK_COMPONENT_AGENT_DESCRIPTION "The local SNMP service of applications that use libvigil, and its MIB modules.")
+set(CPACK_COMPONENT_AGENT_DESCRIPTION "The local SNMP service for applications with libvigil, and its MIB modules.")
 
 include(CPack)

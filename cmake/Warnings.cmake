@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The Vigil authors
 # SPDX-License-Identifier: MIT
 
-# vigil_enable_warnings(target): the one set of warnings for everything that is compiled here.
+# vigil_enable_warnings(target): the same warnings for every target.
 
 function(vigil_enable_warnings target)
   if(MSVC)

@@ -1,9 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Vigil authors
 # SPDX-License-Identifier: MIT
 
-# vigil_runtime_dlls: the DLLs of Qt and of the compiler that programs for Windows need beside them. They are copied to
-# where the programs are built, so that these can be started there. vigil_runtime_licences: their licences, each as
-# "name to install it by=file".
+# vigil_runtime_dlls: the DLLs of Qt and of the compiler. Programs for Windows need them in their own folder, so they are
+# copied to the build's program folder. vigil_runtime_licences: their licences, each as "installed name=file".
 
 set(vigil_runtime_dlls "")
 foreach(target Qt5::Core Qt5::Network)

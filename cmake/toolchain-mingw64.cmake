@@ -1,9 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Vigil authors
 # SPDX-License-Identifier: MIT
 
-# Builds for Windows x86-64 on a Unix system, with the MinGW-w64 cross compiler whose threads are POSIX threads (the
-# other kind has no std::thread). Libraries for Windows are looked for in CMAKE_PREFIX_PATH, never among the system's
-# own. What was built is run by Wine.
+# Builds for Windows x86-64 on a Unix system, with the MinGW-w64 cross compiler for POSIX threads (the other variant has no
+# std::thread). Libraries are only searched in CMAKE_PREFIX_PATH, never among the system's own. Wine runs the programs.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
@@ -21,7 +20,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# A prefix, Wine's word for a Windows machine, for each build folder, unless WINEPREFIX names one.
+# A prefix is Wine's folder for a Windows machine. Each build folder has its own, unless WINEPREFIX names one.
 set(wine_prefix $ENV{WINEPREFIX})
 if(NOT wine_prefix)
   set(wine_prefix ${CMAKE_BINARY_DIR}/wine)
