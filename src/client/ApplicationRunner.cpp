@@ -19,8 +19,8 @@ namespace {
 constexpr int startPollMs = 100;
 constexpr int takeOverTimeoutMs = 5000;
 
-/// QCoreApplication sets the process's locale from the environment on some systems. That is the host's
-/// choice, not a library's.
+/// On some systems QCoreApplication sets the process's locale from the environment. The locale is the host's
+/// choice, so it is restored.
 class LocaleKeeper
 {
 public:
@@ -35,8 +35,7 @@ private:
 
 } // namespace
 
-/// The runner that runs beside a host's application object. A function that Qt calls in that object's
-/// destructor has no argument to find it by.
+/// The runner beside a host's application object. Static: Qt calls the post routine without an argument.
 struct ApplicationRunner::HostWatch
 {
     base::Mutex mutex;
@@ -76,7 +75,7 @@ int ApplicationRunner::run()
     if (!m_stopRequested)
         runLoop();
     base::stopLogging();
-    m_control->running.release(); // nobody shall wait for a loop that will not come
+    m_control->running.release(); // in case start() or the host still waits for a loop
     return 0;
 }
 
@@ -86,9 +85,8 @@ std::unique_ptr<QCoreApplication> ApplicationRunner::createApplication()
     return std::make_unique<QCoreApplication>(m_arguments.count, m_arguments.list);
 }
 
-/// Returns when stop() was called, or when the host's application object is going away. The latter happens in
-/// the host's thread, in the object's destructor, which waits there until the library's own application is in
-/// place.
+/// Returns after stop(), or when the host destroys its application object. The host's destructor then waits
+/// until the library's own object is in place.
 void ApplicationRunner::runLoopBesideHost()
 {
     setHostWatch(m_control);
@@ -113,7 +111,7 @@ void ApplicationRunner::setHostWatch(const std::shared_ptr<LoopControl>& control
     hostWatch().control = control;
 }
 
-/// Runs at the beginning of the destructor, while events are still delivered.
+/// Runs at the start of the destructor, while Qt still delivers events.
 void ApplicationRunner::hostBeginsToLeave()
 {
     std::shared_ptr<LoopControl> control;
@@ -125,7 +123,7 @@ void ApplicationRunner::hostBeginsToLeave()
         control->pauseClient(control->pause);
 }
 
-/// Runs at its end, when there is no application object any more.
+/// Runs at its end, when the process has no application object.
 void ApplicationRunner::hostHasLeft(LoopControl& control)
 {
     control.quit();
@@ -136,7 +134,7 @@ void ApplicationRunner::hostHasLeft(LoopControl& control)
 void ApplicationRunner::runLoop()
 {
     QEventLoop loop;
-    // Said from inside the loop: an order to quit that came before it runs would be lost.
+    // Posted to the loop itself: a quit() before exec() would be lost.
     const auto sayRunning = [this, &loop] {
         m_control->setLoop(&loop);
         m_control->running.release();

@@ -19,32 +19,31 @@ class QEventLoop;
 class QThread;
 QT_END_NAMESPACE
 
-/// The thread of the library's event loop, with the library's QCoreApplication when the process has none.
+/// The thread of the library's event loop, with a QCoreApplication if the process has none.
 ///
-/// Purpose: Qt delivers no event in a process without an application object. Most hosts have none, so the
-/// library brings one. In a host that has its own, the runner runs a plain event loop beside it; should the
-/// host's go while the library is in use, the runner puts one of its own in its place before the host's
-/// destructor returns. Between the two Qt drops every event instead of delivering it, so the client thread is
-/// paused meanwhile. The log is open as long as the loop runs.
+/// Purpose: Qt delivers events only while the process has an application object. Most hosts have none, so the
+/// runner creates one. If the host has one, the runner runs a plain event loop in its own thread. If the host
+/// destroys its object while the library runs, the runner creates its own before the host's destructor
+/// returns. Qt drops all events in between, so the client thread is paused. The log is open while the loop
+/// runs.
 ///
 /// Threads: start() and stop() belong to the facade's init() and cleanup().
 ///
 /// Ownership: owned by the facade.
 ///
-/// Failure: start() gives null when the system has no thread to give.
+/// Failure: start() returns null if the system has no thread left.
 class ApplicationRunner
 {
 public:
-    /// The client thread's rest while the process has no application object.
+    /// Pauses the client thread while the process has no application object.
     struct Pause
     {
-        base::Semaphore begun; // released by the client thread when it rests
-        base::Semaphore over;  // released when it may go on
+        base::Semaphore begun; // released by the client thread once it is paused
+        base::Semaphore over;  // released when it may continue
     };
     using PauseClient = std::function<void(const std::shared_ptr<Pause>&)>;
 
-    /// Returns when the event loop runs. pauseClient makes the client thread begin the pause; it is called in
-    /// the host's thread.
+    /// Returns once the event loop runs. pauseClient starts the pause; it is called in the host's thread.
     static std::unique_ptr<ApplicationRunner> start(PauseClient pauseClient);
 
     ~ApplicationRunner();
@@ -54,16 +53,14 @@ public:
     /// Qt's object for the runner's thread.
     QThread* thread() const { return m_qtThread; }
 
-    /// True when the system has ended the thread (at the end of a Windows process) or left it behind (in a
-    /// forked child) without being asked by stop().
+    /// True if the thread is gone without stop(): at the end of a Windows process, or in a forked child.
     bool isGone() const { return m_thread->hasEnded(); }
 
-    /// False in a forked child, whose parent goes on.
+    /// False in a forked child.
     bool isOfThisProcess() const { return m_thread->isOfThisProcess(); }
 
-    /// Ends the event loop and waits for the thread, at most timeoutMs milliseconds, without limit when
-    /// negative. Returns false when the thread still runs. Called from the runner's own thread it does not
-    /// wait.
+    /// Ends the event loop and waits for the thread, at most timeoutMs milliseconds; negative means no limit.
+    /// False if the thread still runs. Does not wait on the runner's own thread.
     bool stop(int timeoutMs);
 
 private:
@@ -89,19 +86,19 @@ private:
     static HostWatch& hostWatch();
     static void setHostWatch(const std::shared_ptr<LoopControl>& control);
 
-    /// What other threads reach the loop by. Shared, since the host's destructor may wait here while the
-    /// runner is being stopped and destroyed.
+    /// Access to the loop for other threads. Shared: the host's destructor may wait here while the runner is
+    /// destroyed.
     struct LoopControl
     {
         void quit();
         void setLoop(QEventLoop* newLoop);
 
-        base::Semaphore running; // released whenever a loop has begun to run, and at the end
+        base::Semaphore running; // released when a loop starts, and at the end
         PauseClient pauseClient;
         const std::shared_ptr<Pause> pause = std::make_shared<Pause>();
 
     private:
-        base::Mutex m_mutex; // held while the loop is told to quit, so that it is there to hear it
+        base::Mutex m_mutex; // held during quit(), so the loop cannot be destroyed meanwhile
         QEventLoop* m_loop VIGIL_GUARDED_BY(m_mutex) = nullptr;
     };
 

@@ -17,20 +17,21 @@ class StateInfoCallback;
 class ValueChangedCallback;
 } // namespace vigil
 
-/// Who wants to know of what the manager sets, and of the connection.
+/// The registered callbacks: for values set by a manager, and for the state of the connection.
 ///
-/// Purpose: the two registries behind the facade's registration operations, and the calls into them.
+/// Purpose: the two registries of the facade's registration operations, and the calls of their callbacks.
 ///
-/// Threads: every operation needs the facade's store lock, see CallbackStoreLock; the notifications run on
-/// the client thread and hold it while they call.
+/// Threads: the caller holds the facade's store lock, see CallbackStoreLock. Notifications run on the client
+/// thread.
 ///
 /// Ownership: owns no callback.
 ///
-/// Failure: null callbacks are ignored. One that throws is logged, and the next one is called.
+/// Failure: null callbacks are ignored. If a callback throws, the exception is logged and the next one is
+/// called.
 class CallbackStore
 {
 public:
-    /// A second registration for the same oid takes the place of the first.
+    /// Replaces an earlier registration for the same oid.
     void registerValueChangedCallback(const vigil::Oid& oid, vigil::ValueChangedCallback* cb);
 
     void deregisterValueChanged(const vigil::Oid& oid);
@@ -42,7 +43,7 @@ public:
     /// state is 0 for connected and 1 for disconnected.
     void notifyStateInfo(int state);
 
-    /// Tell every callback registered at oid or at an ancestor of it, ancestors first.
+    /// Calls every callback registered at oid or an ancestor, ancestors first.
     void notifyAll(const vigil::Oid& oid, int value);
     void notifyAll(const vigil::Oid& oid, const std::string& value);
 

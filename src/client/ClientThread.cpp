@@ -12,13 +12,13 @@
 
 namespace {
 
-/// Not asked of Qt, which would make a thread object for every application thread that publishes something.
-/// There is one client thread at a time.
+/// Asking Qt would create a thread object for every application thread that publishes. There is one client
+/// thread at a time.
 std::atomic<std::thread::id> clientThreadId{};
 
 } // namespace
 
-/// Whoever else hears of the start, the client among them, is already to find itself on a client thread.
+/// Connected first, so isCurrent() already holds in every other slot of started().
 ClientThread::ClientThread()
 {
     const auto takeId = [] { clientThreadId = std::this_thread::get_id(); };

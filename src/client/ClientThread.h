@@ -6,10 +6,10 @@
 
 #include <QThread>
 
-/// The thread in which the Client lives, with its socket, its timer and all calls into the application's
-/// callbacks. Only run() executes in it; the object itself belongs to the thread of the library's event loop.
+/// The thread of the Client, with its socket, its timer and all callbacks into the application. Only run()
+/// executes in it; the object itself belongs to the runner's thread.
 ///
-/// An interruption request tells the client to stop sending, so that it comes to its exit soon.
+/// An interruption request makes the client stop sending, so that its exit runs soon.
 class ClientThread : public QThread
 {
     Q_OBJECT

@@ -10,8 +10,8 @@
 
 #include "base/Logging.h"
 
-/// Runs a call into the application. What it throws, against its contract, must neither take the process with
-/// it nor keep anybody else from being called: it becomes an error line in the log. False when it threw.
+/// Calls into the application. An exception breaks the callback's contract, but must not end the process: it
+/// becomes an error line in the log. False if the call threw.
 template <typename Call>
 bool callGuarded(const char* callback, Call call)
 {

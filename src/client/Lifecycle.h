@@ -18,8 +18,8 @@
 ///     Stopping  | ThreadLost    | OutOfUse
 ///     any       | ProcessEnds   | OutOfUse
 ///
-/// Every other event is ignored: a second init(), a cleanup() without init(), a stop that finishes after the
-/// process has begun to end.
+/// All other events are ignored: a second init(), cleanup() without init(), the end of a stop after
+/// ProcessEnds.
 ///
 /// Threads: any. Only one thread at a time starts or stops the library.
 class Lifecycle

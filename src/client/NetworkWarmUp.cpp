@@ -8,7 +8,7 @@
 #include <QTcpSocket>
 
 namespace {
-constexpr int stepTimeoutMs = 500; // loopback: only a machine in trouble comes near it
+constexpr int stepTimeoutMs = 500; // ample on the loopback interface
 }
 
 void warmUpNetwork()

@@ -4,12 +4,11 @@
 #ifndef VIGIL_CLIENT_NETWORKWARMUP_H
 #define VIGIL_CLIENT_NETWORKWARMUP_H
 
-/// Makes Qt build every static object that a connection uses, by making one to itself on the loopback
-/// interface.
+/// Makes Qt create its static objects for networking, with one connection on the loopback interface.
 ///
-/// At the end of the process statics are destroyed in the reverse order of their construction, and between
-/// them the library's exit handler stops the client thread. What that thread uses must have been built before
-/// the handler was registered, or it is gone while the thread still runs.
+/// Statics are destroyed in the reverse order of their construction, mixed with the exit handlers. The client
+/// thread runs until the library's exit handler stops it, so all statics it uses must be older than the
+/// handler.
 void warmUpNetwork();
 
 #endif

@@ -9,9 +9,8 @@
 
 #include "base/ThreadSafety.h"
 
-/// The lock around the callback store. Not recursive, but it knows its holder: a callback runs with the lock
-/// held, and a call from inside it that needs the lock must be refused, since it would wait for its own
-/// thread.
+/// The lock of the callback store. Not recursive, but it knows its holder: callbacks run under this lock, and
+/// operations that need it must be refused inside a callback.
 class StoreMutex
 {
 public:
@@ -21,7 +20,7 @@ public:
         m_holder = std::this_thread::get_id();
     }
 
-    /// False when the lock could not be had within timeoutMs milliseconds; negative means without limit.
+    /// False if the lock is not free within timeoutMs milliseconds; negative means no limit.
     bool tryLock(int timeoutMs)
     {
         if (!m_mutex.tryLock(timeoutMs))

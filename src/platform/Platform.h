@@ -9,38 +9,36 @@
 #include <memory>
 #include <string>
 
-/// The seam to the operating system: everything that differs between systems, one source file for each of
-/// them, chosen by the build. All functions may be called from any thread and do not throw unless they say
-/// so.
+/// The interface to the operating system. Each system has one source file, chosen by the build. All functions
+/// may be called from any thread; none throws.
 namespace platform {
 
-/// A thread that runs one routine.
+/// Runs one routine in a thread of its own.
 ///
-/// Purpose: like std::thread, but it can be asked whether the system still has it, and waited for with a
-/// limit. At the end of a process the system may have ended every thread but one, and in a forked child it
-/// has; who waits for such a thread waits for ever.
+/// Purpose: like std::thread, but with hasEnded() and a time-out for join(). At the end of a process, and in
+/// a forked child, the system may have ended the thread; std::thread::join() would never return.
 ///
-/// Threads: the object belongs to the thread that made it.
-/// Ownership: destroying the object lets go of the thread; it neither ends it nor waits for it.
+/// Threads: the object belongs to its creator's thread.
+/// Ownership: the destructor detaches the thread; it neither ends it nor waits for it.
 class Thread
 {
 public:
-    /// Null when the system has no thread to give.
+    /// Null if the system has no thread left.
     static std::unique_ptr<Thread> start(std::function<int()> routine);
 
     virtual ~Thread() = default;
 
-    /// True once the system has no such thread any more, whatever ended it.
+    /// True once the thread is gone, for any reason.
     virtual bool hasEnded() const = 0;
 
-    /// False in a forked child of the process that started the thread.
+    /// False in a forked child.
     virtual bool isOfThisProcess() const = 0;
 
     /// True on the thread itself.
     virtual bool isCurrent() const = 0;
 
-    /// Waits until the thread has ended, at most timeoutMs milliseconds, without limit when negative. Returns
-    /// whether it has ended.
+    /// Waits for the end of the thread, at most timeoutMs milliseconds; negative means no limit. False on
+    /// time-out.
     virtual bool join(int timeoutMs) = 0;
 };
 
@@ -50,11 +48,11 @@ std::uint32_t currentThreadId();
 /// Suspends the calling thread.
 void sleepMs(unsigned int ms);
 
-/// The full path of a loaded module in the system's 8-bit encoding; with null, that of the module that this
-/// very code stands in. Empty when no such module is loaded.
+/// The full path of a loaded module in the system's 8-bit encoding. Null means this library. Empty if the
+/// module is not loaded.
 std::string moduleFilePath(const char* moduleName);
 
-/// Keeps the module that contains address loaded until the end of the process.
+/// Keeps the module at this address loaded until the end of the process.
 void pinModule(const void* address);
 
 } // namespace platform

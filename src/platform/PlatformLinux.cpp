@@ -73,7 +73,7 @@ private:
         return pthread_timedjoin_np(m_thread, nullptr, &deadline);
     }
 
-    const pid_t m_process = getpid(); // a forked child has none of its parent's threads
+    const pid_t m_process = getpid(); // a forked child does not have its parent's threads
     pthread_t m_thread{};
     bool m_started = false;
     bool m_joined = false;
@@ -99,7 +99,7 @@ std::string pathOfModule(const char* moduleName)
     link_map* map = nullptr;
     const bool found = dlinfo(handle, RTLD_DI_LINKMAP, &map) == 0 && map;
     std::string path = found ? absolutePath(map->l_name) : std::string();
-    dlclose(handle); // gives back the reference that dlopen took
+    dlclose(handle); // releases dlopen's reference
     return path;
 }
 
@@ -135,7 +135,7 @@ void pinModule(const void* address)
     Dl_info info{};
     if (dladdr(address, &info) == 0 || !info.dli_fname)
         return;
-    // The handle is never closed: that is the point.
+    // The handle is never closed.
     dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
 }
 

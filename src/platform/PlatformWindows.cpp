@@ -20,7 +20,7 @@ bool isSignalled(HANDLE handle)
     return WaitForSingleObject(handle, 0) == WAIT_OBJECT_0;
 }
 
-/// A handle of the system's, closed at the end.
+/// Owns a handle of the system.
 class Handle
 {
 public:
@@ -51,10 +51,9 @@ private:
     HANDLE m_handle;
 };
 
-/// While the library is being unloaded the system lets no thread end before that is over, so waiting for the
-/// thread itself would be in vain. There its routine's return has to do, and a moment for the last
-/// instructions behind it. Who waits without a limit is in no such place: the thread ends soon, and is waited
-/// for.
+/// While a library is being unloaded, Windows lets no thread end, so join() with a limit must not wait for
+/// the thread itself. It waits until the routine has returned, plus a moment for the last instructions.
+/// join() without a limit is never called during unloading and waits for the thread.
 class WindowsThread : public Thread
 {
 public:
@@ -86,7 +85,7 @@ public:
 
 private:
     static constexpr DWORD lastInstructionsMs = 100;
-    static constexpr DWORD endMs = 5000; // ample; without it a mistake about the place would hang the process
+    static constexpr DWORD endMs = 5000; // ample; INFINITE could hang the process during unloading
 
     struct Task
     {

@@ -77,7 +77,7 @@ protected:
     RecordingCallback b{"b", calls};
 };
 
-TEST_F(CallbackStore, ACallbackIsToldOfItsOwnIdentifier)
+TEST_F(CallbackStore, ACallbackHearsOfItsExactIdentifier)
 {
     store.registerValueChangedCallback(oid("1.2"), &a);
     store.notifyAll(oid("1.2"), 7);
@@ -117,7 +117,7 @@ TEST_F(CallbackStore, ANullCallbackIsIgnored)
     EXPECT_EQ(store.findValueChangedCallback(oid("1.2")), &a);
 }
 
-TEST_F(CallbackStore, DeregisteringAnIdentifierTouchesExactlyThatOne)
+TEST_F(CallbackStore, DeregisteringAnIdentifierLeavesAllOthers)
 {
     store.registerValueChangedCallback(oid("1.2"), &a);
     store.registerValueChangedCallback(oid("1.2.3"), &a);
@@ -146,7 +146,7 @@ TEST_F(CallbackStore, FindLooksForTheExactIdentifierOnly)
     EXPECT_EQ(store.findValueChangedCallback(oid("1")), nullptr);
 }
 
-TEST_F(CallbackStore, TheNullEntryThatFindLeavesBehindIsSkippedByNotifications)
+TEST_F(CallbackStore, NotificationsSkipTheNullEntryLeftByFind)
 {
     EXPECT_EQ(store.findValueChangedCallback(oid("1.2")), nullptr);
     store.registerValueChangedCallback(oid("1"), &a);
@@ -188,7 +188,7 @@ TEST_F(CallbackStore, StateCallbacksAreToldInTheOrderOfTheirAddresses)
     EXPECT_THAT(order, ElementsAre(0, 1, 2, 3, 4));
 }
 
-TEST_F(CallbackStore, ACallbackThatThrowsIsLoggedAndTheNextOneIsTold)
+TEST_F(CallbackStore, AThrowingCallbackIsLoggedAndTheNextOneCalled)
 {
     const LibraryLog log;
     base::startLogging();
@@ -203,7 +203,7 @@ TEST_F(CallbackStore, ACallbackThatThrowsIsLoggedAndTheNextOneIsTold)
     base::stopLogging();
 }
 
-TEST_F(CallbackStore, AStateCallbackThatThrowsIsLoggedAndTheOthersAreTold)
+TEST_F(CallbackStore, AThrowingStateCallbackIsLoggedAndTheOthersCalled)
 {
     const LibraryLog log;
     base::startLogging();

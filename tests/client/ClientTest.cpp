@@ -80,7 +80,7 @@ protected:
         ASSERT_TRUE(runUntil([&] { return log.count(lossText) > losses; }));
     }
 
-    /// What the service got since the last call.
+    /// The publications since the last call.
     std::vector<std::string> sent()
     {
         const std::string mark = set(markOid, ++m_mark);
@@ -96,7 +96,7 @@ protected:
         return lines;
     }
 
-    /// What the service gets on a new connection.
+    /// The publications after a reconnect.
     std::vector<std::string> replay()
     {
         sent();
@@ -159,7 +159,7 @@ TEST_F(Client, TheTimerConnectsOnlyWhileThereIsNoConnection)
     EXPECT_EQ(service.connections(), 1);
 }
 
-TEST_F(Client, ExitClosesTheConnectionAndSaysThatItIsFinished)
+TEST_F(Client, ExitClosesTheConnectionAndEmitsFinished)
 {
     client->init();
     bool finished = false;
@@ -246,7 +246,7 @@ TEST_F(Client, AllKindsOfValuesMayAskForATrap)
                                     withTrap(set("4", "text"))));
 }
 
-TEST_F(Client, IdentifiersTravelWithoutWhatTheyShareWithTheEnterprises)
+TEST_F(Client, IdentifiersTravelRelativeToTheEnterprise)
 {
     client->init();
     for (const char* oid : {"1.3.6.1.4.1.32473.127.3", "1.3.6.1.2.1.1", "1.3.6.1.4.1.32474", "2.5", "1.3.6"})
@@ -289,7 +289,7 @@ TEST_F(Client, AReplayRepeatsUnsets)
     EXPECT_THAT(replay(), ElementsAre(unset("1"), unset("2"), set("3", 6)));
 }
 
-TEST_F(Client, AReplayHoldsWhatWasPublishedWhileTheConnectionWasLost)
+TEST_F(Client, AReplayHoldsValuesPublishedWhileDisconnected)
 {
     client->init();
     client->sendValue(below("1"), 5, false);
@@ -417,7 +417,7 @@ TEST_F(Client, WithoutAStoreCommittedValuesAreDroppedAndValidationsRefused)
 
 // --- With a callback store
 
-/// The facade is started for its store; its own client talks to a service of its own.
+/// The facade is started for its store only; its client connects to another service.
 class ClientWithStore : public testing::Test
 {
 protected:
@@ -460,7 +460,7 @@ TEST_F(ClientWithStore, StateCallbacksAreToldBeforeTheReplayBegins)
     EXPECT_THAT(recorder.lines(), ElementsAre("connected"));
 }
 
-TEST_F(ClientWithStore, AStateCallbackThatThrowsDoesNotKeepTheReplayBack)
+TEST_F(ClientWithStore, AThrowingStateCallbackDoesNotBlockTheReplay)
 {
     stateCallback.onCall = [] { throw std::runtime_error("out of luck"); };
     client->sendValue(below("1"), 1, false);
@@ -478,7 +478,7 @@ TEST_F(ClientWithStore, ALossIsToldOnce)
     EXPECT_THAT(recorder.lines(), ElementsAre("connected", "disconnected"));
 }
 
-TEST_F(ClientWithStore, ExitTellsTheStateCallbacksThatTheConnectionIsGone)
+TEST_F(ClientWithStore, ExitReportsTheLossToTheStateCallbacks)
 {
     client->init();
     client->exit();

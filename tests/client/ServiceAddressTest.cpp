@@ -29,7 +29,7 @@ protected:
     LibraryLog log;
 };
 
-TEST_F(ServiceAddress, IsPort43125OfTheLoopbackAddressByItself)
+TEST_F(ServiceAddress, DefaultsToPort43125OfTheLoopbackAddress)
 {
     qunsetenv(variable);
     const base::ConnectionSettings settings = serviceAddress();
@@ -47,7 +47,7 @@ TEST_F(ServiceAddress, TheEnvironmentGivesAnotherPort)
     EXPECT_FALSE(log.contains(variable));
 }
 
-TEST_F(ServiceAddress, WhatIsNoPortIsReportedAndIgnored)
+TEST_F(ServiceAddress, ABadPortIsReportedAndIgnored)
 {
     for (const char* text :
          {"0", "-1", "65536", "4294967297", "abc", "43126x", "1.5", "0x10", "99999999999"}) {

@@ -60,7 +60,7 @@ TEST(ValueCache, ARemovedTreeWithDescendantsStaysAsUnset)
     EXPECT_THAT(entries(cache), ElementsAre("1.1=1", "1.2 unset", "1.3=4"));
 }
 
-TEST(ValueCache, ATreeWithAValueOfItsOwnCountsThatValue)
+TEST(ValueCache, TheValueOfTheTreeItselfCounts)
 {
     ValueCache cache;
     cache.set(oid("1.2"), 1);

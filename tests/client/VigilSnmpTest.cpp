@@ -132,7 +132,7 @@ TEST_F(VigilSnmp, ASecondCleanupDoesNothing)
     EXPECT_EQ(log.count("[VigilSnmp::cleanup] Cleanup."), 1);
 }
 
-TEST_F(VigilSnmp, InitAfterCleanupBuildsEverythingAnewWithAnEmptyCache)
+TEST_F(VigilSnmp, InitAfterCleanupStartsWithAnEmptyCache)
 {
     ScriptedCallback callback(recorder);
     start();
@@ -165,7 +165,7 @@ TEST_F(VigilSnmp, TheProcessHasTheLibrarysApplicationObjectFromInitToCleanup)
     EXPECT_EQ(log.count(" QThread affinity = " + affinity + "."), 2);
 }
 
-TEST_F(VigilSnmp, WhatWasPublishedBeforeCleanupGoesOutFirst)
+TEST_F(VigilSnmp, CleanupSendsPendingValuesFirst)
 {
     start();
     constexpr int count = 1000;
@@ -193,7 +193,7 @@ TEST_F(VigilSnmp, TheSharedTablesAndTheStoreLastFromInitToCleanup)
 }
 
 // A thread held up for longer than the end of a process may wait used to put the library out of use for good.
-TEST_F(VigilSnmp, CleanupWaitsForWhoeverUsesTheStore)
+TEST_F(VigilSnmp, CleanupWaitsUntilTheStoreIsReleased)
 {
     service.refuseConnections(); // or the client would need the store to tell of its loss
     facade.init("test");
@@ -469,7 +469,7 @@ TEST_F(VigilSnmp, ACallbackMayPublish)
     facade.deregisterValueChangedCallback(&callback);
 }
 
-TEST_F(VigilSnmp, ACallbackThatThrowsIsLoggedAndTheConnectionLivesOn)
+TEST_F(VigilSnmp, AThrowingCallbackIsLoggedAndTheConnectionStays)
 {
     start();
     ScriptedCallback callback(recorder);
@@ -487,7 +487,7 @@ TEST_F(VigilSnmp, ACallbackThatThrowsIsLoggedAndTheConnectionLivesOn)
     facade.deregisterValueChangedCallback(&callback);
 }
 
-TEST_F(VigilSnmp, DeregistrationWaitsForACallThatIsUnderWay)
+TEST_F(VigilSnmp, DeregistrationWaitsForACallInProgress)
 {
     start();
     QSemaphore called;
@@ -513,9 +513,9 @@ TEST_F(VigilSnmp, DeregistrationWaitsForACallThatIsUnderWay)
     EXPECT_TRUE(wasOver);
 }
 
-// --- Calls that break the rule
+// --- Calls refused inside a callback
 
-/// What an application must not do inside a callback, and how the log names it.
+/// A call refused inside a callback, and its name in the log.
 struct ForbiddenCall
 {
     std::string name;
@@ -558,8 +558,8 @@ TEST_F(VigilSnmp, ForbiddenCallsInsideAValueCallbackReturnAtOnceAndAreLogged)
     facade.deregisterValueChangedCallback(&callback);
 }
 
-// The one test that waits for the library's own retry, so it looks at all that belongs to a reconnection.
-TEST_F(VigilSnmp, AfterALossTheLibraryReconnectsByItselfAndTellsItsStateCallbacks)
+// The only test with the library's own 5-second retry, so it checks everything about a reconnect.
+TEST_F(VigilSnmp, AfterALossTheLibraryReconnectsAndCallsTheStateCallbacks)
 {
     start();
     ScriptedCallback callback(recorder);
@@ -588,7 +588,7 @@ TEST_F(VigilSnmp, AfterALossTheLibraryReconnectsByItselfAndTellsItsStateCallback
     facade.deregisterStateInfoCallback(&stateCallback);
 }
 
-// --- What the service sends
+// --- Records from the service
 
 TEST_F(VigilSnmp, FramesOfUnknownMeaningAreIgnoredWithoutALine)
 {
@@ -608,7 +608,7 @@ TEST_F(VigilSnmp, FramesOfUnknownMeaningAreIgnoredWithoutALine)
     facade.deregisterValueChangedCallback(&callback);
 }
 
-/// Sends the record as a plain value and to be validated, and sees that the library outlives both.
+/// Sends the record as a plain value and as a validation, and checks that the library survives both.
 class HostileRecord : public support::LibraryTest
 {
 protected:
@@ -676,7 +676,7 @@ TEST_F(HostileRecord, ARecordCutShortAnywhereIsSurvived)
     expectTheConnectionToLiveOn();
 }
 
-TEST_F(HostileRecord, BytesThatAreNoFrameAreThrownAwayAndTheNextFrameIsTaken)
+TEST_F(HostileRecord, BytesOutsideAFrameAreDroppedAndTheNextFrameIsRead)
 {
     start();
     service.sendRaw(QByteArray(16, 'x'));
@@ -684,7 +684,7 @@ TEST_F(HostileRecord, BytesThatAreNoFrameAreThrownAwayAndTheNextFrameIsTaken)
     expectTheConnectionToLiveOn();
 }
 
-TEST_F(HostileRecord, AFrameLengthThatMakesNoSenseIsHandledLikeABadFrame)
+TEST_F(HostileRecord, AnImpossibleFrameLengthCountsAsABadFrame)
 {
     start();
     int errors = 0;

@@ -6,7 +6,7 @@
 #include "lifecycle/HostProcess.h"
 #include "lifecycle/SilentServices.h"
 
-TEST(Fork, TheChildEndsWithoutTheLibrarysThreadsAndTheParentGoesOnPublishing)
+TEST(Fork, TheChildExitsAndTheParentStillPublishes)
 {
     const ReadingService service;
     HostProcess host(QStringLiteral(FORKING_HOST), {}, service.port());

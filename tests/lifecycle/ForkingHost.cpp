@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// Forks while the library is running. The child, which has none of the library's threads, ends in the
-// ordinary way, and so does the parent, whose connection must have survived.
+// Forks while the library runs. The child has no library threads and exits normally. The parent must still be
+// connected, and exits normally, too.
 
 #include <vigil/vigil.h>
 

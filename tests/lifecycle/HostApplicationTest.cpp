@@ -17,17 +17,17 @@ void expectOrderlyEnd(const char* way)
 
 } // namespace
 
-TEST(HostWithAnApplicationObject, ItsOwnLoopRunsOnBesideAndAfterTheLibrary)
+TEST(HostWithAnApplicationObject, ItsLoopKeepsRunningBesideAndAfterTheLibrary)
 {
     expectOrderlyEnd("own-loop");
 }
 
-TEST(HostWithAnApplicationObject, MayCreateItAfterTheLibraryHasStoppedAndBeUsedWithItAgain)
+TEST(HostWithAnApplicationObject, MayCreateItAfterAStopAndUseTheLibraryAgain)
 {
     expectOrderlyEnd("application-after");
 }
 
-TEST(HostWithAnApplicationObject, ChecksThatOutliveItStillPublishAndTakeTheirCellsBack)
+TEST(HostWithAnApplicationObject, ChecksThatOutliveItStillPublishAndWithdraw)
 {
     const ReadingService service;
     HostProcess host(QStringLiteral(QT_HOST), {QStringLiteral("application-before-checks")}, service.port());
@@ -44,8 +44,8 @@ TEST(HostWithAnApplicationObject, MayDestroyItWhileAnotherThreadDestroysTheLastC
     expectOrderlyEnd("application-beside-checks");
 }
 
-// What the client's thread took out of its queue while there was no application object used to be lost.
-TEST(HostWithAnApplicationObject, NothingIsLostThatIsOnItsWayWhenItGoes)
+// Calls used to be lost when the client thread dequeued them without an application object.
+TEST(HostWithAnApplicationObject, PendingValuesSurviveItsDestruction)
 {
     const ReadingService service;
     HostProcess host(QStringLiteral(QT_HOST), {QStringLiteral("application-gone-while-publishing")},
@@ -60,17 +60,17 @@ TEST(HostWithAnApplicationObject, NothingIsLostThatIsOnItsWayWhenItGoes)
     EXPECT_EQ(host.exitCode(), 0);
 }
 
-TEST(HostWithAnApplicationObject, MayEndWithChecksThatOutliveIt)
+TEST(HostWithAnApplicationObject, MayEndWithLiveChecks)
 {
     expectOrderlyEnd("application-gone-at-exit");
 }
 
-TEST(HostWithAnApplicationObject, MayQuitItsLoopWhileAChecksLives)
+TEST(HostWithAnApplicationObject, MayQuitItsLoopWithALiveCheck)
 {
     expectOrderlyEnd("quit-with-live-check");
 }
 
-TEST(HostWithAnApplicationObject, MayUseTheLibraryInAnyThread)
+TEST(HostWithAnApplicationObject, MayUseTheLibraryFromAnyThread)
 {
     expectOrderlyEnd("check-in-thread");
 }

@@ -14,8 +14,7 @@ HostProcess::HostProcess(const QString& program, const QStringList& arguments, i
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("VIGIL_LOG_DIR"), m_logDirectory.path());
     environment.insert(QStringLiteral("VIGIL_SERVICE_PORT"), QString::number(servicePort));
-    // Hosts that end with checks alive leave memory behind on purpose. Leaks are looked for in the other
-    // tests.
+    // Hosts that end with live checks leak on purpose. Other tests look for leaks.
     environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
     if (HOSTS_WAIT_FOR_REST)
         environment.insert(QStringLiteral("VIGIL_TEST_HOST_WAITS"), QStringLiteral("1"));
@@ -33,8 +32,7 @@ HostProcess::~HostProcess()
 void HostProcess::readOutput()
 {
     QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    m_output +=
-        m_process.readAllStandardOutput().replace('\r', ""); // before line feeds, where the system has that
+    m_output += m_process.readAllStandardOutput().replace('\r', ""); // Windows ends lines with CR and LF
 }
 
 bool HostProcess::waitForLine(const QString& line, int timeoutMs)
@@ -54,7 +52,7 @@ void HostProcess::say(const QString& line)
     m_process.write(line.toUtf8() + '\n');
 }
 
-/// At rest is who has written nothing to the log for a while since the client thread began to run.
+/// Idle means: the client thread runs, and the log has not grown for a while.
 void HostProcess::waitForRest()
 {
     constexpr int restMs = 300;

@@ -9,23 +9,22 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// A process that uses the library, with a log directory of its own.
+/// A process with the library and its own log directory.
 ///
-/// The test's event loop runs while it waits, so that services in the test answer meanwhile. A host that does
-/// not end within the limit is killed.
+/// Waiting runs the test's event loop, so services in the test can answer. A host is killed at the time
+/// limit.
 class HostProcess
 {
 public:
-    /// No orderly way to end a process may take longer.
+    /// Limit for every clean shutdown.
     static constexpr int limitMs = 8000;
 
-    /// What a host does before may take this long on a busy machine.
+    /// Limit for everything before the shutdown, ample for a busy machine.
     static constexpr int startLimitMs = 30000;
 
-    /// Starts program with arguments; the library connects to servicePort. On Windows the host begins to end
-    /// only when the library's threads have come to rest. Ending the process ends them wherever they are;
-    /// under Wine, a thread that is ended inside a call of the window system keeps that system's lock, for
-    /// which Qt waits at the very end. (Windows itself ends no thread there.)
+    /// Starts program with arguments; the library connects to servicePort. On Windows the shutdown starts
+    /// only once the library's threads are idle. Wine may end a thread inside a call of the window system
+    /// with that system's lock held, and Qt would wait for the lock. Windows itself ends no thread there.
     HostProcess(const QString& program, const QStringList& arguments, int servicePort);
     ~HostProcess();
 
@@ -34,22 +33,21 @@ public:
 
     void say(const QString& line);
 
-    /// Waits until the host has ended by itself and returns its exit code; -1 when it crashed or had to be
-    /// killed.
+    /// Waits for the host's exit and returns its exit code; -1 if it crashed or was killed.
     int exitCode();
 
-    /// Whether it has ended, in whatever way, without having to be killed. For after exitCode().
+    /// After exitCode(): true unless the host was killed.
     bool endedByItself() const { return m_process.state() == QProcess::NotRunning; }
 
-    /// How long the host took to come to the line "leaving".
+    /// The time from the start to the line "leaving".
     qint64 startingMs() const { return m_startingMs; }
 
-    /// How long the host took from the line "leaving" to its end.
+    /// The time from the line "leaving" to the exit.
     qint64 leavingMs() const { return m_leavingMs; }
 
     QString output() const { return QString::fromUtf8(m_output); }
 
-    /// All lines of the library's log, in order.
+    /// All lines of the library's log.
     QStringList log() const;
 
 private:

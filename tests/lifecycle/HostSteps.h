@@ -10,8 +10,7 @@
 
 namespace host {
 
-/// Says that the host begins to end. If the test has asked for it, the host says "ready" before and waits for
-/// a line.
+/// Reports the start of the shutdown. On request of the test, reports "ready" first and waits for a line.
 inline void sayLeaving()
 {
     if (std::getenv("VIGIL_TEST_HOST_WAITS")) {

@@ -6,19 +6,18 @@
 
 #include <string>
 
-/// Loading code into the process and unloading it again, by the means of the system alone: one source file
-/// for each system.
+/// Loads and unloads code without Qt. Each system has one source file.
 namespace module {
 
-/// Null when it cannot be loaded; the reason is on standard error.
+/// Null on failure, with the reason on standard error.
 void* load(const char* path);
 
-/// Null when there is no such function.
+/// Null if the function does not exist.
 void (*function(void* module, const char* name))();
 
 void unload(void* module);
 
-/// Whether the process has a module whose file has this name.
+/// True if a module with this file name is loaded.
 bool isLoaded(const std::string& fileName);
 
 } // namespace module

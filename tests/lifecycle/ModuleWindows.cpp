@@ -19,7 +19,7 @@ void* load(const char* path)
 
 void (*function(void* module, const char* name))()
 {
-    // Through a pointer without a type, as the system's own type for "any function" fits no other.
+    // Cast to void* first: compilers warn about a cast from FARPROC to another function type.
     return reinterpret_cast<void (*)()>(
         reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(module), name)));
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// A host without Qt. Its first argument says how it ends; it prints "leaving" when it begins to.
+// A host without Qt. Its first argument says how it ends; it prints "leaving" first.
 
 #include <vigil/vigil.h>
 
@@ -31,7 +31,7 @@ vigil::HealthCheck* makeCheck(int metrics = 3)
     return check;
 }
 
-/// Waits for the state of the connection.
+/// Waits for a state of the connection.
 class StateWatch : public vigil::StateInfoCallback
 {
 public:
@@ -56,7 +56,7 @@ private:
     int m_state = -1;
 };
 
-/// Does something on the client thread when the connection is lost.
+/// Runs a function on the client thread when the connection is lost.
 class OnLoss : public vigil::StateInfoCallback
 {
 public:
@@ -72,7 +72,7 @@ private:
     const std::function<void()> m_action;
 };
 
-/// Registers before it gives the service any reason to hang up.
+/// Registers first; the values published next make the service hang up.
 void provokeLoss(OnLoss& callback)
 {
     vigil::VigilSnmpInterface& facade = vigil::VigilSnmpInterface::instance();
@@ -87,7 +87,7 @@ void provokeLoss(OnLoss& callback)
         std::this_thread::sleep_for(std::chrono::hours(1));
 }
 
-/// A static of the application that is destroyed after everything that the library registered for the end.
+/// A static of the application, destroyed after the library's exit handler has run.
 struct LateOwner
 {
     vigil::HealthCheck* check = nullptr;
@@ -179,7 +179,7 @@ int exitWithALongQueue()
     return 0;
 }
 
-/// The service hangs up once; the connection after that begins with the replay.
+/// The service hangs up once. The next connection starts with the replay.
 int exitDuringAReplay()
 {
     vigil::VigilSnmpInterface::instance().init("host");

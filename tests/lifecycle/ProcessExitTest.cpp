@@ -13,8 +13,8 @@
 
 namespace {
 
-/// Runs the plain host and expects it to end by itself, in time and without a crash.
-void expectOrderlyEnd(const QString& way, int servicePort)
+/// Runs the plain host and expects a timely exit without a crash.
+void expectCleanShutdown(const QString& way, int servicePort)
 {
     HostProcess host(QStringLiteral(PLAIN_HOST), {way}, servicePort);
     EXPECT_EQ(host.exitCode(), 0) << qPrintable(host.output());
@@ -32,13 +32,13 @@ bool contains(const QStringList& log, const char* text)
 
 } // namespace
 
-// --- With checks left alive
+// --- With live checks
 
 class ExitWithLiveChecks : public testing::TestWithParam<const char*>
 {
 };
 
-TEST_P(ExitWithLiveChecks, ComesBackWhileTheServiceReads)
+TEST_P(ExitWithLiveChecks, ReturnsWhileTheServiceReads)
 {
     const ReadingService service;
     HostProcess host(QStringLiteral(PLAIN_HOST), {QLatin1String(GetParam())}, service.port());
@@ -49,21 +49,21 @@ TEST_P(ExitWithLiveChecks, ComesBackWhileTheServiceReads)
     EXPECT_TRUE(endsWithTermination(host.log()));
 }
 
-TEST_P(ExitWithLiveChecks, ComesBackWhenNobodyListens)
+TEST_P(ExitWithLiveChecks, ReturnsWithoutAService)
 {
-    expectOrderlyEnd(QLatin1String(GetParam()), refusingPort());
+    expectCleanShutdown(QLatin1String(GetParam()), refusingPort());
 }
 
-TEST_P(ExitWithLiveChecks, ComesBackWhenTheServiceNeverReads)
+TEST_P(ExitWithLiveChecks, ReturnsWhenTheServiceNeverReads)
 {
     const NeverReadingService service;
-    expectOrderlyEnd(QLatin1String(GetParam()), service.port());
+    expectCleanShutdown(QLatin1String(GetParam()), service.port());
 }
 
-TEST_P(ExitWithLiveChecks, ComesBackWhileAnAttemptToConnectIsUnderWay)
+TEST_P(ExitWithLiveChecks, ReturnsDuringAConnect)
 {
     const OverrunService service;
-    expectOrderlyEnd(QLatin1String(GetParam()), service.port());
+    expectCleanShutdown(QLatin1String(GetParam()), service.port());
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, ExitWithLiveChecks,
@@ -74,27 +74,27 @@ INSTANTIATE_TEST_SUITE_P(Ways, ExitWithLiveChecks,
                              return name;
                          });
 
-// --- In the middle of something
+// --- In the middle of an operation
 
-TEST(ProcessExit, ComesBackDuringAReplayToAServiceThatReads)
+TEST(ProcessExit, ReturnsDuringAReplayToAReadingService)
 {
     const ReadingService service(ReadingService::OnFirstBytes::HangUpThenRead);
-    expectOrderlyEnd(QStringLiteral("exit-during-replay"), service.port());
+    expectCleanShutdown(QStringLiteral("exit-during-replay"), service.port());
 }
 
-TEST(ProcessExit, ComesBackDuringAReplayToAServiceThatNeverReads)
+TEST(ProcessExit, ReturnsDuringAReplayToANeverReadingService)
 {
     const ReadingService service(ReadingService::OnFirstBytes::HangUpThenNeverRead);
-    expectOrderlyEnd(QStringLiteral("exit-during-replay"), service.port());
+    expectCleanShutdown(QStringLiteral("exit-during-replay"), service.port());
 }
 
-TEST(ProcessExit, ComesBackWithALongQueueOfUnsentValues)
+TEST(ProcessExit, ReturnsWithALongQueueOfPendingValues)
 {
     const NeverReadingService service;
-    expectOrderlyEnd(QStringLiteral("exit-with-long-queue"), service.port());
+    expectCleanShutdown(QStringLiteral("exit-with-long-queue"), service.port());
 }
 
-TEST(ProcessExit, ComesBackFromInsideACallback)
+TEST(ProcessExit, ReturnsFromInsideACallback)
 {
     const ReadingService service(ReadingService::OnFirstBytes::HangUp);
     HostProcess host(QStringLiteral(PLAIN_HOST), {QStringLiteral("exit-in-callback")}, service.port());
@@ -102,21 +102,21 @@ TEST(ProcessExit, ComesBackFromInsideACallback)
     EXPECT_TRUE(endsWithTermination(host.log()));
 }
 
-TEST(ProcessExit, ComesBackWhileACallbackHangsForEver)
+TEST(ProcessExit, ReturnsDuringAHangingCallback)
 {
     const ReadingService service(ReadingService::OnFirstBytes::HangUp);
-    expectOrderlyEnd(QStringLiteral("exit-while-callback-hangs"), service.port());
+    expectCleanShutdown(QStringLiteral("exit-while-callback-hangs"), service.port());
 }
 
-TEST(ProcessExit, ChecksMayBeUsedAndDestroyedByStaticsThatOutliveTheLibrary)
+TEST(ProcessExit, StaticsMayUseAndDestroyChecksAfterTheLibraryHasStopped)
 {
     const ReadingService service;
-    expectOrderlyEnd(QStringLiteral("static-destructor"), service.port());
+    expectCleanShutdown(QStringLiteral("static-destructor"), service.port());
 }
 
-// --- Orderly
+// --- Clean shutdown
 
-TEST(OrderlyEnd, TheLastCheckTakesItsCellsBackAndClosesTheConnection)
+TEST(CleanShutdown, TheLastCheckWithdrawsItsCellsAndCloses)
 {
     const ReadingService service;
     HostProcess host(QStringLiteral(PLAIN_HOST), {QStringLiteral("destroy")}, service.port());
@@ -128,14 +128,14 @@ TEST(OrderlyEnd, TheLastCheckTakesItsCellsBackAndClosesTheConnection)
     EXPECT_TRUE(endsWithTermination(host.log()));
 }
 
-TEST(OrderlyEnd, AChecksWholeLifeMayBeShorterThanTheStartOfTheThreads)
+TEST(CleanShutdown, ACheckMayBeDestroyedBeforeTheThreadsHaveStarted)
 {
     const ReadingService service;
-    expectOrderlyEnd(QStringLiteral("destroy-at-once"), service.port());
+    expectCleanShutdown(QStringLiteral("destroy-at-once"), service.port());
 }
 
-TEST(OrderlyEnd, TheHostKeepsItsLocale)
+TEST(CleanShutdown, TheHostKeepsItsLocale)
 {
     qputenv("LC_ALL", "C.UTF-8");
-    expectOrderlyEnd(QStringLiteral("keep-locale"), refusingPort());
+    expectCleanShutdown(QStringLiteral("keep-locale"), refusingPort());
 }

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// A host that has a QCoreApplication of its own. Its first argument says when the library is used; it prints
-// "leaving" when it begins to end.
+// A host with a QCoreApplication. Its first argument says when it uses the library; it prints "leaving"
+// before it ends.
 
 #include <vigil/vigil.h>
 
@@ -30,7 +30,7 @@ vigil::HealthCheck* makeCheck()
     return check;
 }
 
-/// True when the application's own loop still delivers events.
+/// True if the application's loop still delivers events.
 bool runsItsOwnLoop(QCoreApplication& application)
 {
     int ticks = 0;
@@ -70,8 +70,7 @@ int applicationAfterTheLibrary(int& argc, char** argv)
     return runs && runsAfter ? 0 : 1;
 }
 
-/// The check lives on, publishes, and is destroyed, all without the application object that was there at its
-/// creation.
+/// The check outlives the application object, publishes, and is destroyed.
 int applicationBeforeItsChecks(int& argc, char** argv)
 {
     auto application = std::make_unique<QCoreApplication>(argc, argv);
@@ -88,7 +87,7 @@ int applicationBeforeItsChecks(int& argc, char** argv)
     return QCoreApplication::instance() ? 1 : 0;
 }
 
-/// Many values are on their way to the client when the application object goes.
+/// Many values are pending when the application object is destroyed.
 int applicationGoneWhilePublishing(int& argc, char** argv)
 {
     constexpr unsigned int valueCount = 2000;

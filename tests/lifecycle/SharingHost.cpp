@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// Loads two plugins that use the library, and unloads the one while the other goes on. Says "published" and
-// waits for a line before it unloads that, too. Ends with 1 when a plugin cannot be used, with 2 when the
-// library, a file of the name in the third argument, goes too early, and with 3 when it does not go with its
-// last user.
+// Loads two plugins with the library and unloads the first one. Prints "published" and waits for a line, then
+// unloads the second one. The third argument is the library's file name.
+//
+// Exit codes: 1 if a plugin cannot be used, 2 if the library is unloaded too early, 3 if it stays loaded.
 
 #include <iostream>
 #include <string>

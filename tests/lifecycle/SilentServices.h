@@ -8,10 +8,10 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
-/// A port on which nobody listens.
+/// A port without a listener.
 int refusingPort();
 
-/// Lets the system complete connections but never reads from them.
+/// Accepts connections but never reads.
 class NeverReadingService
 {
 public:
@@ -22,7 +22,7 @@ private:
     QTcpServer m_server;
 };
 
-/// Has so many unaccepted connections that the system leaves further attempts without an answer.
+/// Has a full backlog: the system does not answer further connects.
 class OverrunService
 {
 public:
@@ -35,7 +35,7 @@ private:
     QList<QTcpSocket*> m_waiting;
 };
 
-/// Reads everything that arrives, or hangs up as soon as anything does, always or only once.
+/// Reads everything, or closes the connection at the first bytes, always or only once.
 class ReadingService
 {
 public:
@@ -43,7 +43,8 @@ public:
 
     explicit ReadingService(OnFirstBytes action = OnFirstBytes::GoOn);
     int port() const { return m_server.serverPort(); }
-    /// Run the test's event loop until text has arrived, or until a peer has closed its connection.
+
+    /// Run the test's event loop until text arrives, or until a peer closes its connection.
     bool waitForText(const QByteArray& text) const;
     bool waitForLostPeer() const;
 

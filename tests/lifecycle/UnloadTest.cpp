@@ -15,7 +15,7 @@ QStringList usePlugin(const char* function)
 
 } // namespace
 
-TEST(Unload, StopsTheLibraryWithAChecksLeftAliveAndCanBeRepeated)
+TEST(Unload, WithALiveCheckStopsTheLibraryAndCanBeRepeated)
 {
     const ReadingService service;
     HostProcess host(QStringLiteral(UNLOADING_HOST), usePlugin("start"), service.port());
@@ -24,14 +24,14 @@ TEST(Unload, StopsTheLibraryWithAChecksLeftAliveAndCanBeRepeated)
     EXPECT_EQ(host.log().filter(QLatin1String(", Application termination")).size(), 2);
 }
 
-TEST(Unload, WithAChecksLeftAliveComesBackWhenNobodyListens)
+TEST(Unload, WithALiveCheckReturnsWithoutAService)
 {
     HostProcess host(QStringLiteral(UNLOADING_HOST), usePlugin("start"), refusingPort());
     EXPECT_EQ(host.exitCode(), 0);
     EXPECT_LT(host.startingMs(), HostProcess::limitMs);
 }
 
-TEST(Unload, WithAChecksLeftAliveComesBackWhenTheServiceNeverReads)
+TEST(Unload, WithALiveCheckReturnsWhenTheServiceNeverReads)
 {
     const NeverReadingService service;
     HostProcess host(QStringLiteral(UNLOADING_HOST), usePlugin("start"), service.port());
@@ -39,7 +39,7 @@ TEST(Unload, WithAChecksLeftAliveComesBackWhenTheServiceNeverReads)
     EXPECT_LT(host.startingMs(), HostProcess::limitMs);
 }
 
-TEST(Unload, LeavesNothingBehindAfterAWholeLife)
+TEST(Unload, AfterStartAndStopRemovesEverything)
 {
     const ReadingService service;
     HostProcess host(QStringLiteral(UNLOADING_HOST), usePlugin("startAndStop"), service.port());
@@ -48,7 +48,7 @@ TEST(Unload, LeavesNothingBehindAfterAWholeLife)
     EXPECT_EQ(host.log().filter(QLatin1String(", Application termination")).size(), 2);
 }
 
-TEST(SharedLibrary, ServesTwoModulesOfOneProcessUntilTheLastOfThemGoes)
+TEST(SharedLibrary, ServesTwoModulesUntilTheLastIsUnloaded)
 {
     const ReadingService service;
     HostProcess host(

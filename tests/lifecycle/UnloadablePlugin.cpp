@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// A plugin that uses the library, as applications have them. PLUGIN_NAME is the first key of its checks.
+// A plugin of an application, linked with the library. PLUGIN_NAME is the first key of its checks.
 
 #include <vigil/vigil.h>
 
@@ -25,7 +25,7 @@ extern "C" PLUGIN_EXPORT void start()
     makeCheck();
 }
 
-/// Everything that was published reaches the service before this comes back, however long it takes.
+/// Returns once the service has received every value.
 extern "C" PLUGIN_EXPORT void startAndStop()
 {
     makeCheck()->destroy();

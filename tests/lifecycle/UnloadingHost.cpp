@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// Loads the plugin, uses the function that its second argument names, and unloads it, twice. Ends with 1 when
-// the plugin cannot be used and with 2 when the library, a file of the name in the third argument, is still
-// there afterwards.
+// Twice: loads the plugin, calls the function named by the second argument, and unloads the plugin. The third
+// argument is the library's file name.
+//
+// Exit codes: 1 if the plugin cannot be used, 2 if the library stays loaded.
 
 #include <iostream>
 #include <thread>
@@ -29,8 +30,8 @@ bool useOnce(const char* path, const char* function)
 int main(int, char** arguments)
 {
     int result = 0;
-    // In a thread of its own, which ends after the library has gone: whatever the library left behind in it
-    // is used now.
+    // In a separate thread, which ends after the library is unloaded: leftovers in its thread-local storage
+    // would be used then.
     std::thread([&] {
         for (int i = 0; i < 2 && result == 0; ++i) {
             if (!useOnce(arguments[1], arguments[2]))

@@ -26,7 +26,7 @@ bool endsWithTermination(const HostProcess& host)
 
 } // namespace
 
-// --- In order
+// --- Clean shutdown
 
 class WindowsExit : public testing::TestWithParam<const char*>
 {
@@ -39,18 +39,18 @@ protected:
     }
 };
 
-TEST_P(WindowsExit, ComesBackWhileTheServiceReads)
+TEST_P(WindowsExit, ReturnsWhileTheServiceReads)
 {
     const ReadingService service;
     expectOrderlyEnd(service.port());
 }
 
-TEST_P(WindowsExit, ComesBackWhenNobodyListens)
+TEST_P(WindowsExit, ReturnsWithoutAService)
 {
     expectOrderlyEnd(refusingPort());
 }
 
-TEST_P(WindowsExit, ComesBackWhenTheServiceNeverReads)
+TEST_P(WindowsExit, ReturnsWhenTheServiceNeverReads)
 {
     const NeverReadingService service;
     expectOrderlyEnd(service.port());
@@ -59,7 +59,7 @@ TEST_P(WindowsExit, ComesBackWhenTheServiceNeverReads)
 INSTANTIATE_TEST_SUITE_P(Ways, WindowsExit, testing::Values("exit-process", "exit-process-in-thread"),
                          nameOf);
 
-TEST(WindowsExitWithLocksHeld, ComesBackAndLeavesTheLastLine)
+TEST(WindowsExitWithLocksHeld, ReturnsAndWritesTheLastLine)
 {
     const ReadingService service;
     HostProcess host(QStringLiteral(WINDOWS_HOST), {QStringLiteral("exit-process-while-locked")},
@@ -68,7 +68,7 @@ TEST(WindowsExitWithLocksHeld, ComesBackAndLeavesTheLastLine)
     EXPECT_TRUE(endsWithTermination(host));
 }
 
-// --- Not in order: the process has to end, and not as if all were well
+// --- Crashes: the process must end, with an error
 
 class WindowsCrash : public testing::TestWithParam<const char*>
 {
@@ -87,7 +87,7 @@ TEST_P(WindowsCrash, EndsTheProcessWhileTheServiceReads)
     expectEnd(service.port());
 }
 
-TEST_P(WindowsCrash, EndsTheProcessWhenNobodyListens)
+TEST_P(WindowsCrash, EndsTheProcessWithoutAService)
 {
     expectEnd(refusingPort());
 }

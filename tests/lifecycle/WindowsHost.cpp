@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// A host that ends in the ways that only Windows has. Its first argument says which; it prints "leaving" when
-// it begins to.
+// A host for the ways to end a process on Windows alone. Its first argument says how; it prints "leaving"
+// first.
 
 #include <vigil/vigil.h>
 
@@ -26,7 +26,7 @@ void makeCheck()
     host::sayLeaving();
 }
 
-/// From outside of what the compiler can see to be wrong.
+/// Hides the null pointer from the compiler.
 int* volatile nowhere = nullptr;
 
 int exitProcess()
@@ -54,8 +54,8 @@ public:
     void callbackStateInfo(int) override {}
 };
 
-/// Each of these calls takes the lock of the callback store and that of the log, so that threads are ended
-/// with both in their hands.
+/// Takes the locks of the callback store and the log all the time, so that the system ends the thread with a
+/// lock held.
 int exitProcessWhileThreadsHoldLocks()
 {
     makeCheck();

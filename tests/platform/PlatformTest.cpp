@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr int longMs = 20000; // only a test that fails waits so long
+constexpr int longMs = 20000; // only reached in a failing test
 constexpr int shortMs = 20;
 
 QFileInfo program()
@@ -128,7 +128,7 @@ TEST(Platform, TheModuleWithoutANameIsTheOneWithThisCode)
     EXPECT_EQ(moduleFile(nullptr).canonicalFilePath(), program().canonicalFilePath());
 }
 
-TEST(Platform, ALoadedModuleIsFoundByNameAndStaysAsItIs)
+TEST(Platform, ALoadedModuleIsFoundByNameAndNotChanged)
 {
     const bool isWindows = QSysInfo::kernelType() == QLatin1String("winnt");
     const char* const name = isWindows ? "Qt5Core.dll" : "libQt5Core.so.5";
@@ -137,7 +137,7 @@ TEST(Platform, ALoadedModuleIsFoundByNameAndStaysAsItIs)
     EXPECT_EQ(platform::moduleFilePath(name), platform::moduleFilePath(name));
 }
 
-TEST(Platform, AModuleThatIsNotLoadedHasNoPath)
+TEST(Platform, AnUnknownModuleHasNoPath)
 {
     EXPECT_EQ(platform::moduleFilePath("no-such-module.dll"), "");
 }
