@@ -15,7 +15,6 @@ mkdir -p "$log_dir"
 if command -v ccache >/dev/null; then
     export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}
     export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
-    export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS-pch_defines,time_macros} # needed for precompiled headers
 fi
 
 fail() {
