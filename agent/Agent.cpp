@@ -32,6 +32,11 @@ Agent::Agent(const Options& options)
       m_engine({options.standaloneAddress, options.configFile, options.agentxAddress, options.subtree},
                m_clock)
 {
+    connectParts();
+}
+
+void Agent::connectParts()
+{
     QObject::connect(&m_applications, &ApplicationServer::answered, &m_coordinator,
                      &SetCoordinator::handleAnswer);
     QObject::connect(&m_applications, &ApplicationServer::lost, &m_coordinator, &SetCoordinator::handleLost);

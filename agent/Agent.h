@@ -22,25 +22,26 @@
 
 namespace agent {
 
-/// The whole agent: the applications on one side, SNMP on the other, the cells between them.
+/// The composition root: makes the agent's parts and connects them.
 ///
-/// Threads: lives on the thread of the event loop. Failure: start() says in text why the agent cannot run;
-/// from then on it goes on until it is destroyed.
+/// Applications publish cells on one side, managers read them over SNMP on the other.
+/// Failure: start() returns why the agent cannot serve. Once started, it serves until it is destroyed.
 class Agent
 {
 public:
     explicit Agent(const Options& options);
 
-    /// Nothing is served before the event loop runs.
+    /// Registers and listens. The event loop then serves managers and applications.
     Error start();
 
-    /// Takes a changed configuration over, and says in the log what came of it.
+    /// Reads the configuration file again and logs the result.
     void reload();
 
-    /// See SnmpEngine.
+    /// Calls the listener at once and after every change of the link to snmpd.
     void setStatusListener(const std::function<void(const QString&)>& listener);
 
 private:
+    void connectParts();
     Error listen();
 
     const Options m_options;
@@ -52,7 +53,7 @@ private:
     SetCoordinator m_coordinator;
     SubtreeHandler m_handler{m_store, m_coordinator};
     AgentMib m_agentMib{m_clock, m_store, m_applications, m_coordinator, m_notifications};
-    SnmpEngine m_engine; // last: goes first, and with it whatever Net-SNMP still holds of the others
+    SnmpEngine m_engine; // last, so destroyed first: Net-SNMP holds pointers to the others
 };
 
 } // namespace agent

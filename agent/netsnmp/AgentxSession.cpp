@@ -24,13 +24,12 @@ constexpr int pingCommand = 13;
 constexpr int responseCommand = 18;
 constexpr int defaultPriority = 127;
 
-// The agent blocks for at most this long while it connects to a snmpd that does not accept, opens a session
-// without a reply, or closes one.
+// For these times at most the agent blocks on a hung snmpd: to connect, to open a session and to close it.
 constexpr std::chrono::milliseconds connectDeadline(300);
 constexpr long openTimeoutUs = 300'000;
 constexpr long closeTimeoutUs = 200'000;
 
-// Nothing blocks on these replies. It is long because a reply may still arrive after the time-out.
+// Nothing blocks on these replies. A registration without one costs the session, so it gets plenty of time.
 constexpr long replyTimeoutUs = 10'000'000;
 
 } // namespace

@@ -11,10 +11,10 @@
 
 namespace agent {
 
-/// The AgentX session that Net-SNMP holds with the host's snmpd.
+/// The AgentX session with the host's snmpd, held by Net-SNMP.
 ///
-/// Net-SNMP opens and closes the session only when told: its own pings and reconnects block on a snmpd that
-/// hangs, and it does not notice a refused registration.
+/// Net-SNMP's own pings and reconnects are switched off: they block on a hung snmpd, and Net-SNMP does not
+/// notice a refused registration.
 ///
 /// Ownership: Net-SNMP's state is global, so one object per process.
 class AgentxSession : public MasterSession
@@ -28,7 +28,7 @@ public:
     /// Takes the session over from Net-SNMP. Call it between init_agent() and init_snmp().
     void initialise();
 
-    /// Call it before snmp_shutdown(), which closes the session. A snmpd that hangs does not delay that.
+    /// Call it before snmp_shutdown() closes the session. A hung snmpd delays that by 0.2 seconds at most.
     void prepareToEnd();
 
     bool open() override;

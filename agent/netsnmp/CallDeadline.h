@@ -8,12 +8,12 @@
 
 namespace agent {
 
-/// Interrupts system calls that have not come back when the time is up, for as long as the object lives.
+/// Interrupts blocking system calls once the time is up, for as long as the object lives. They then fail with
+/// EINTR. Without it, a library could take minutes to connect to a peer that does not accept.
 ///
-/// Purpose: a library that connects to a peer which does not accept would wait for minutes or for ever. The
-/// interrupted call fails with EINTR.
+/// One source file for each system; the one for POSIX takes SIGALRM.
 ///
-/// Threads: a process with one thread; one object at a time, since it takes SIGALRM. Failure: none.
+/// Threads: a process with a single thread. One object at a time.
 class CallDeadline
 {
 public:

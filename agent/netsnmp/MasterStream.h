@@ -10,9 +10,9 @@ namespace agent {
 
 /// Replaces how Net-SNMP sends and receives on the stream to snmpd.
 ///
-/// Net-SNMP blocks until everything is sent; a snmpd that hangs would block the agent once the system's
-/// buffer is full. Here a send gets half a second, then the stream is shut down. When snmpd is killed and the
-/// stream is reset, Net-SNMP leaks the sender's address; here there is none.
+/// Net-SNMP blocks until everything is sent, so a hung snmpd would block the agent once the system's buffer
+/// is full. Here a send gets half a second, then the stream is shut down. Net-SNMP also leaks the sender's
+/// address when the stream is reset; here a message has no such address.
 ///
 /// Ownership: the transport stays Net-SNMP's.
 void takeOverStream(netsnmp_transport& transport);

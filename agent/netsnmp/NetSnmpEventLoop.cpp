@@ -16,7 +16,7 @@ namespace agent {
 
 namespace {
 
-/// The set of descriptors that select() would be given; Net-SNMP knows no other way to name them.
+/// A set of descriptors as for select(), the only form Net-SNMP knows.
 class DescriptorSet
 {
 public:
@@ -88,7 +88,7 @@ void NetSnmpEventLoop::stop()
     unwatchAll();
 }
 
-// Asked for anew before every wait: sessions come and go, and a new one may have an old one's number.
+// Asks Net-SNMP before every wait: sessions come and go, and a new one may reuse an old descriptor.
 void NetSnmpEventLoop::prepareToWait()
 {
     if (m_paused()) {
@@ -134,7 +134,7 @@ void NetSnmpEventLoop::unwatchAll()
 {
     for (QSocketNotifier* notifier : m_notifiers) {
         notifier->setEnabled(false);
-        notifier->deleteLater(); // this may be its own signal
+        notifier->deleteLater(); // its own signal may be running
     }
     m_notifiers.clear();
 }
@@ -147,7 +147,7 @@ void NetSnmpEventLoop::handleReadable(int descriptor)
     readable.insert(descriptor);
     snmp_read2(readable.get());
     netsnmp_check_outstanding_agent_requests();
-    prepareToWait(); // at once: a descriptor that has just been closed must not be polled again
+    prepareToWait(); // at once, so a descriptor closed just now is not polled again
 }
 
 void NetSnmpEventLoop::handleTimeout()

@@ -13,13 +13,12 @@
 
 namespace agent {
 
-/// Lets the Net-SNMP library take part in Qt's event loop. All glue between the two is here: descriptors,
-/// time-outs and alarms, outstanding requests, the log.
+/// Runs the Net-SNMP library in Qt's event loop. All glue between the two is here: descriptors, time-outs and
+/// alarms, outstanding requests, the log.
 ///
-/// Threads: Net-SNMP is not safe for threads; everything stays on the thread of the event loop.
-/// Ownership: Net-SNMP's state is global, so there can be one such object in a process. It holds notifiers on
-/// Net-SNMP's descriptors: stop() goes before Net-SNMP is shut down.
-/// Failure: none of its own; Net-SNMP's errors arrive in the log.
+/// Threads: Net-SNMP is not thread-safe; everything stays on the thread of the event loop.
+/// Ownership: Net-SNMP's state is global, so one object per process. It watches Net-SNMP's descriptors: call
+/// stop() before Net-SNMP is shut down.
 class NetSnmpEventLoop : public QObject
 {
     Q_OBJECT
@@ -28,19 +27,18 @@ public:
     NetSnmpEventLoop();
     ~NetSnmpEventLoop() override;
 
-    /// From now on what Net-SNMP logs goes to the agent's log.
+    /// Sends Net-SNMP's log lines to the agent's log.
     static void bridgeLog();
 
-    /// Net-SNMP is served from now on, as soon as the event loop runs.
+    /// Serves Net-SNMP once the event loop runs.
     void start();
     void stop();
 
-    /// A descriptor may have been closed and its number given to another: what is known of them is worth
-    /// nothing any more.
-    void watchAnew() { unwatchAll(); }
+    /// Forgets all descriptors, since one may have been closed and its number reused.
+    void watchAgain() { unwatchAll(); }
 
-    /// While paused says true nothing is read and nothing else happens. Net-SNMP would queue a request behind
-    /// the waiting SET in any case; left in the kernel, it cannot lose the TCP session that its answer needs.
+    /// While paused() is true, nothing is read and no timer runs. Net-SNMP would queue every request until
+    /// the pending SET is done, and a close read now would end the TCP session for the SET's reply.
     void setPaused(std::function<bool()> paused) { m_paused = std::move(paused); }
 
 private:

@@ -10,15 +10,15 @@
 
 namespace agent {
 
-/// Drops notification receivers that could block the agent. It collects the receivers that Net-SNMP reads
-/// from the configuration while it lives, and registers the others when it is destroyed.
+/// Drops notification receivers that could block the agent. While it lives, it collects the receivers from
+/// the configuration; its destructor registers all others.
 ///
 /// Before Net-SNMP sends an SNMPv3 inform, it asks the receiver for its engine id and waits for the reply:
 /// seconds for each inform if the receiver is down. A receiver of such informs therefore needs its engine id
 /// in the configuration.
 ///
 /// Ownership: the sessions belong to Net-SNMP. One object at a time.
-/// Failure: the log names each receiver that is dropped.
+/// Failure: the log names each dropped receiver.
 class NotificationReceiverFilter
 {
 public:

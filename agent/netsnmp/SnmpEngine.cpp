@@ -12,7 +12,7 @@
 #include "agent/netsnmp/NetSnmp.h"
 #include "agent/netsnmp/NotificationReceiverFilter.h"
 
-// Part of the agent library, which declares it in no header that is installed.
+// Part of the agent library; no installed header declares it.
 extern "C" void init_vacm_conf(void);
 
 namespace agent {
@@ -21,10 +21,10 @@ namespace {
 
 constexpr char applicationName[] = "vigil-agent";
 
-// Without a configuration file: reading from this host, below the enterprise's root.
+// The access without a configuration file: this host may read the enterprise's subtree.
 const char* const defaultAccess[] = {"rocommunity public 127.0.0.0/8 .", "rocommunity6 public ::1/128 ."};
 
-/// Net-SNMP has no switch for every file that it looks for or leaves behind; directory takes the rest.
+/// Keeps Net-SNMP from the host's files. Some it reads or writes without a switch; directory takes these.
 void keepToItself(const QByteArray& directory)
 {
     for (const int setting : {NETSNMP_DS_LIB_PERSISTENT_DIR, NETSNMP_DS_LIB_CONFIGURATION_DIR})
@@ -33,8 +33,7 @@ void keepToItself(const QByteArray& directory)
                               NETSNMP_DS_LIB_DONT_PERSIST_STATE, NETSNMP_DS_LIB_DISABLE_PERSISTENT_LOAD,
                               NETSNMP_DS_LIB_DISABLE_PERSISTENT_SAVE, NETSNMP_DS_LIB_ALARM_DONT_USE_SIG})
         netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, setting, 1);
-    // The agent prints no names; the modules of the host would only be read to complain about those that it
-    // lacks.
+    // The agent prints no names. Reading the host's MIB modules would only log the missing ones.
     qputenv("MIBS", "");
     qputenv("MIBDIRS", "");
 }
@@ -61,7 +60,7 @@ SnmpEngine::SnmpEngine(const Settings& settings, Clock& clock) : m_settings(sett
         return;
     m_session = std::make_unique<AgentxSession>(m_settings.agentxAddress);
     QObject::connect(m_session.get(), &AgentxSession::descriptorsChanged, &m_eventLoop,
-                     &NetSnmpEventLoop::watchAnew);
+                     &NetSnmpEventLoop::watchAgain);
     m_link = std::make_unique<MasterLink>(*m_session, clock, m_settings.agentxAddress, m_settings.subtree);
 }
 
@@ -105,7 +104,7 @@ Error SnmpEngine::initialise()
     keepToItself(QFile::encodeName(m_directory.path()));
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, isStandalone() ? 0 : 1);
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_DONT_LOG_TCPWRAPPERS_CONNECTS, 1);
-    add_to_init_list(QByteArray("!smux").data()); // it would listen on a port that nobody asked for
+    add_to_init_list(QByteArray("!smux").data()); // it would listen on a port of its own
     if (init_agent(applicationName) != 0)
         return Error(QStringLiteral("Net-SNMP cannot be initialised; its message above says why"));
     if (isStandalone()) {
@@ -122,7 +121,7 @@ void SnmpEngine::takeConfiguration()
     const QByteArray path = QFile::encodeName(QFileInfo(m_settings.configFile).absoluteFilePath());
     char* argument = m_settings.configFile.isEmpty() ? nullptr : strdup(path.constData());
     snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, &readOurConfiguration,
-                           argument); // which Net-SNMP frees
+                           argument); // Net-SNMP frees it
     init_vacm_conf();
 }
 

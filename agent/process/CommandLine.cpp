@@ -13,7 +13,7 @@ namespace {
 
 constexpr int longestSeconds = 365 * 86400;
 constexpr int longestSetTimeoutMs = 60'000;
-constexpr int subagentSetTimeoutMs = 999; // snmpd drops a subagent that takes a second to answer
+constexpr int subagentSetTimeoutMs = 999; // snmpd drops a subagent after a second without a reply
 constexpr int mostConnections = 10'000;
 constexpr int mostCells = 10'000'000;
 constexpr int leastFrameBytes = 1024;

@@ -21,7 +21,7 @@ struct Options
     QString standaloneAddress; ///< listening addresses as Net-SNMP writes them; empty: subagent of snmpd
     QString agentxAddress;     ///< where snmpd listens for subagents; the default is Net-SNMP's
     QString configFile;        ///< empty for none
-    ObjectId subtree = enterpriseRoot(); ///< what is served: the root or a part of it
+    ObjectId subtree = enterpriseRoot(); ///< to serve: the root or a part of it
     QHostAddress listenHost = QHostAddress(QLatin1String(base::defaultServiceHost));
     quint16 listenPort = base::defaultServicePort; ///< 0 for any free port
     int setTimeoutMs = 900;

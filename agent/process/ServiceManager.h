@@ -9,12 +9,10 @@
 
 namespace agent {
 
-/// What the host's service manager hears of the agent.
+/// Tells the host's service manager when the agent is ready, its state, and when it stops. Does nothing on a
+/// host without a service manager.
 ///
-/// Purpose: tells when the agent is ready, how things stand, and when it ends. If the manager has a watchdog,
-/// it is fed from the event loop for as long as the object lives: an agent whose loop hangs is restarted.
-///
-/// Threads: that of the event loop. Failure: none; without a service manager nothing happens.
+/// It feeds the manager's watchdog from the event loop, so an agent whose loop hangs is restarted.
 class ServiceManager
 {
 public:

@@ -6,15 +6,15 @@
 
 #include <chrono>
 
-/// The way to the service manager of the host. One source file for systemd, one for hosts without.
+/// Messages to the host's service manager. One source file for systemd, one for hosts without it.
 ///
-/// Threads: any. Failure: what cannot be told is lost.
+/// Failure: a message is lost.
 namespace agent::serviceNotify {
 
-/// Tells lines of the form NAME=value.
+/// state has the form NAME=value.
 void tell(const char* state);
 
-/// How often the service manager wants to hear of the process at least; 0 for never.
+/// The longest time the service manager accepts between two watchdog messages; 0 for no watchdog.
 std::chrono::microseconds watchdogInterval();
 
 } // namespace agent::serviceNotify

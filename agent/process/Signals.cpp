@@ -15,7 +15,7 @@ namespace {
 
 int pipeEnds[2] = {-1, -1};
 
-// Little is allowed in a signal handler; writing to a pipe is.
+// A signal handler may do little more than write to a pipe.
 extern "C" void wakeEventLoop(int signalNumber)
 {
     const int savedError = errno;
@@ -37,7 +37,7 @@ void handle(int signalNumber, void (*handler)(int), int flags = SA_RESTART)
 
 Signals::Signals()
 {
-    handle(SIGPIPE, SIG_IGN); // a manager that has closed its TCP connection is no reason to end
+    handle(SIGPIPE, SIG_IGN); // a manager may close its TCP connection at any time
     if (pipe2(pipeEnds, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
     m_notifier = std::make_unique<QSocketNotifier>(pipeEnds[0], QSocketNotifier::Read);
@@ -51,7 +51,7 @@ Signals::Signals()
         }
     });
     handle(SIGHUP, wakeEventLoop);
-    // Whatever the process is waiting for, such as a connection to a host that is not there, it is to stop.
+    // Without SA_RESTART: these interrupt a blocking call, such as a connect to an absent host.
     handle(SIGTERM, wakeEventLoop, 0);
     handle(SIGINT, wakeEventLoop, 0);
 }

@@ -11,10 +11,10 @@
 
 namespace agent {
 
-/// SIGTERM, SIGINT and SIGHUP as events of the event loop.
+/// Turns SIGTERM, SIGINT and SIGHUP into events of the event loop.
 ///
-/// Threads: one object, on the main thread. Failure: without a pipe the signals end the process at once, as
-/// they do by default.
+/// Threads: the main thread. One object per process.
+/// Failure: without a pipe the signals end the process at once, as they do by default.
 class Signals : public QObject
 {
     Q_OBJECT

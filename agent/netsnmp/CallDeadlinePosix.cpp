@@ -11,7 +11,7 @@ namespace agent {
 
 namespace {
 
-// The call may be made just after a signal, so there is another one soon.
+// A signal just before the call does not interrupt it, so another follows soon.
 constexpr suseconds_t repetitionUs = 50'000;
 
 extern "C" void doNothing(int) {}
@@ -21,7 +21,7 @@ extern "C" void doNothing(int) {}
 CallDeadline::CallDeadline(std::chrono::milliseconds time)
 {
     struct sigaction action = {};
-    action.sa_handler = doNothing; // without SA_RESTART: the call that it interrupts fails
+    action.sa_handler = doNothing; // without SA_RESTART: the interrupted call fails
     sigemptyset(&action.sa_mask);
     sigaction(SIGALRM, &action, nullptr);
     itimerval timer = {};
