@@ -110,6 +110,8 @@ void MasterLink::serve()
 
 void MasterLink::hangUp()
 {
+    if (m_state == State::NotJoined)
+        return; // the session closed while the request was sent
     lose(State::Closing);
     m_session.hangUp();
 }

@@ -315,6 +315,7 @@ TEST_F(Subagent, SnmpdKilledDuringASetDoesNoHarm)
     for (int i = 0; i < 3; ++i) {
         ASSERT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1")));
         connectApplication();
+        ASSERT_TRUE(agent->waitForLog("5.1 = 1", i + 2)) << "the SET must reach the new application";
         QProcess set;
         startHangingSet(set);
         ASSERT_TRUE(snmpd.kill());

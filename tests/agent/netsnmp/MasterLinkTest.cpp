@@ -39,6 +39,8 @@ public:
     bool ping() override
     {
         requests.push_back("ping");
+        if (closesOnSend)
+            emit closed();
         return canSend;
     }
 
@@ -46,6 +48,7 @@ public:
 
     bool isReachable = true;
     bool canSend = true;
+    bool closesOnSend = false;
     std::vector<std::string> requests;
 };
 
@@ -280,6 +283,17 @@ TEST_F(MasterLinkTest, JoinsAgainAfterALossWithOneWarning)
     emit session.answered(MasterSession::noError);
     emit session.answered(MasterSession::noError);
     EXPECT_TRUE(isServing());
+}
+
+TEST_F(MasterLinkTest, JoinsAgainWhenTheSessionClosesDuringARequest)
+{
+    startServing();
+    session.canSend = false;
+    session.closesOnSend = true;
+    clock.advance(1000);
+    EXPECT_THAT(session.requests, ElementsAre("ping"));
+    clock.advance(1000);
+    EXPECT_EQ(session.requests[1], "open");
 }
 
 TEST_F(MasterLinkTest, StoppedSendsNothing)
