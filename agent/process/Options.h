@@ -9,7 +9,7 @@
 
 #include "agent/applications/Limits.h"
 #include "agent/core/ObjectId.h"
-#include "base/wire/Protocol.h"
+#include "base/wire/DefaultServiceAddress.h"
 
 namespace agent {
 

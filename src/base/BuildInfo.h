@@ -4,10 +4,10 @@
 #ifndef VIGIL_BASE_BUILDINFO_H
 #define VIGIL_BASE_BUILDINFO_H
 
-/// What the build says of itself. Constants; any thread.
+/// Name, version and date of this build.
 namespace base::buildInfo {
 
-/// The package's name, as log lines and the log directory show it.
+/// The library's package name, used in log lines and for the log directory.
 const char* packageName();
 
 /// Three-part version, a dot and the build stamp: year, month, day and hour, UTC.

@@ -59,9 +59,9 @@ bool ComConnectionSocket::connectToServer(ConnectionSettings settings)
     return true;
 }
 
-/// While nobody listens on a port from which the system also takes the near ends of connections, an attempt
-/// to connect may be given that very port, and reaches itself. The library would then take its own values for
-/// the manager's.
+/// If the service's port is free and in the ephemeral range, the system may choose it as the local port of
+/// this very connection. The socket then reaches itself, and the library would take its own values for a
+/// manager's.
 bool ComConnectionSocket::isConnectedToItself(const QTcpSocket& socket)
 {
     return socket.localPort() == socket.peerPort() && socket.localAddress() == socket.peerAddress();
@@ -126,15 +126,15 @@ void ComConnectionSocket::dispose()
 {
     closeConnection();
     disconnect();
-    setParent(nullptr); // who may not live as long as this
+    setParent(nullptr); // the parent may be destroyed first
     if (m_isReading)
         m_isDisposed = true;
     else
         deleteLater();
 }
 
-/// Lets go of a socket. While it is up the stack even deleteLater() would come too early: the events that are
-/// let through during a burst include it.
+/// Schedules a socket for deletion. While one of its signals is running, even deleteLater() is too early: the
+/// event loop inside a burst would carry it out.
 void ComConnectionSocket::retire(QTcpSocket* socket)
 {
     socket->blockSignals(true);
@@ -176,7 +176,7 @@ void ComConnectionSocket::resetAfterNetworkError()
         qDebug("%s", line);
     logError(QStringLiteral("___Network error detected - resetting buffers___"));
     resetCountersAndBuffers();
-    m_lastReceivedMessageCounter = 1; // the next frame is accepted whatever its number
+    m_lastReceivedMessageCounter = 1; // accept the next frame with any number
 }
 
 // --- Sending
@@ -298,8 +298,7 @@ void ComConnectionSocket::slot_computeReceivedData()
         return;
     while (status == FrameCutter::Status::Complete) {
         processFrame(m_received.take());
-        status =
-            m_received.look(); // a receiver of the frame may have connected again, which clears the buffer
+        status = m_received.look(); // nothing is left if a receiver of the frame has reconnected
     }
     if (status != FrameCutter::Status::Incomplete) {
         resetAfterNetworkError();
@@ -328,8 +327,8 @@ void ComConnectionSocket::processFrame(Frame frame)
     emit signal_sigdb_dataReceived(frame.header.dataType, frame.payload, m_receivedCallbackId);
 }
 
-/// Judges the number of the frame just taken. A counter of 0 means that the peer has not begun with 1 yet; it
-/// stays 0 then, so that all frames up to a number 1 are dropped.
+/// Checks the number of the frame just taken. The counter stays 0 until the peer sends number 1, and frames
+/// before it are dropped.
 bool ComConnectionSocket::isExpectedCounter(quint64 previous)
 {
     const quint64 received = m_lastReceivedMessageCounter;

@@ -23,20 +23,17 @@ namespace base {
 
 /// The TCP connection to the local SNMP service ("CCS" in its log texts).
 ///
-/// Purpose: sends records as numbered frames and reassembles received ones (see FrameHeader for their
-/// layout). A received frame must carry the number after that of the frame before; numbering begins with 1 on
-/// each new connection, and frames that come before a frame 1 are dropped. After bytes that are no frame
-/// everything received is thrown away and any number is accepted once.
+/// Sends records as numbered frames and reassembles received ones; FrameHeader has their layout. Frames are
+/// numbered from 1 on each new connection, and received frames are dropped until number 1 arrives. After a
+/// bad frame it drops everything received so far and accepts any number once.
 ///
-/// Threads: lives in one thread and is used there only. connectToServer() blocks it up to the time-out,
-/// sending up to 20 ms for each partial write. During a burst of received frames it lets the thread's other
-/// events run.
+/// Threads: lives in one thread. connectToServer() blocks up to its time-out, a partial write up to 20 ms.
+/// During a burst of received frames it lets the thread's other events run.
 ///
-/// Ownership: owns its QTcpSocket. May be closed from a slot of its own signals, and ended there with
-/// dispose().
+/// Ownership: owns its QTcpSocket. Slots of its signals may close it, or destroy it with dispose().
 ///
-/// Failure: nothing throws; everything is told through the log signals. After a loss it reconnects only when
-/// told to, or when a record is sent.
+/// Failure: nothing throws; the log signals report all problems. After a loss it reconnects only on request,
+/// or to send a record.
 class ComConnectionSocket : public QObject
 {
     Q_OBJECT
@@ -44,16 +41,14 @@ class ComConnectionSocket : public QObject
 public:
     explicit ComConnectionSocket(QObject* parent = nullptr);
 
-    /// Blocks until the connection stands or the time-out of the settings is over. The settings are
-    /// remembered.
+    /// Blocks until it is connected or the time-out of the settings expires. Remembers the settings.
     bool connectToServer(ConnectionSettings settings);
 
-    /// Connects with the remembered settings; false at once when a socket exists.
+    /// Connects with the remembered settings. Fails immediately if a socket exists.
     bool reconnect();
 
-    /// Sends record in one frame, an empty payload when it is null. Without a socket it tries to reconnect
-    /// once. False when the frame could not be handed to the system, or when too many bytes are waiting
-    /// already.
+    /// Sends record in one frame, or an empty payload if it is null. Without a socket it tries to reconnect
+    /// once. False if the system did not take the frame, or if too many bytes are pending already.
     bool sendSerializedData(const DbBaseType* record, int type, int clientCallbackId);
 
     bool isConnected() const;
@@ -61,16 +56,16 @@ public:
     /// The current socket, or null.
     QTcpSocket* socket() const { return m_socket; }
 
-    /// The most bytes that may wait to be written before a send is refused.
+    /// With more bytes pending, sends fail.
     void setMaxPendingBytes(int bytes) { m_maxPendingBytes = bytes; }
 
     void closeConnection();
 
-    /// Closes the connection, leaves the parent and destroys this object as soon as none of its slots is
-    /// running. To be used by whoever may be called from one.
+    /// Closes the connection, leaves the parent and destroys this object once all of its slots have returned.
+    /// Use it where delete may run inside one of them.
     void dispose();
 
-    /// True when both ends of the connection are the same.
+    /// True if both ends of the connection are the same.
     static bool isConnectedToItself(const QTcpSocket& socket);
 
     void logDebug(const QString& text);
@@ -81,15 +76,14 @@ signals:
     void signal_connected();
     void signal_disconnected();
     void signal_disconnectInfo(QString peerAddr, uint peerPort, QString peerName);
-    void signal_loggingMessage(QString message,
-                               bool isErrorMessage); // for slots that want it; never emitted here
+    void signal_loggingMessage(QString message, bool isErrorMessage); // never emitted by this class
     void signal_logMessage(QString message);
     void signal_errorMessage(QString message);
     void signal_debugMessage(QString message);
     void signal_sigdb_dataReceived(int dataType, QByteArray& rawData, int clientCallBackId);
 
 public slots:
-    /// The number that later frames carry as their update message counter.
+    /// Sets the update message counter of later frames.
     void slot_setSendUpdateMessageCounter(qulonglong counter);
 
 private slots:
@@ -134,7 +128,7 @@ private:
     QTcpSocket* m_socket = nullptr;
     bool m_inEventProcessing = false;
     QElapsedTimer m_lastEventProcessing;
-    bool m_isReading = false; // then the QTcpSocket is up the stack
+    bool m_isReading = false; // a slot called by the QTcpSocket is running
     bool m_isDisposed = false;
     QList<QTcpSocket*> m_retired;
 };

@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include "base/BuildInfo.h"
+#include "base/DefaultLogDirectory.h"
 #include "base/NeverDestroyed.h"
 
 namespace base {
@@ -18,13 +19,7 @@ namespace base {
 namespace {
 
 constexpr int writeIntervalMs = 6000;
-constexpr qint64 maxStartRecordSize = 10000; // bytes
 constexpr const char* terminationReason = "Application termination";
-
-QString packageName()
-{
-    return QLatin1String(buildInfo::packageName());
-}
 
 QString timeStamp()
 {
@@ -35,44 +30,12 @@ QString headerText(const QString& reason)
 {
     const QString localTime = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm"));
     return QStringLiteral("%1 Package %2, version %3, local time %4.")
-        .arg(reason, packageName(), QLatin1String(buildInfo::version()), localTime);
+        .arg(reason, QLatin1String(buildInfo::packageName()), QLatin1String(buildInfo::version()), localTime);
 }
 
 QString lastLine(const QString& reason)
 {
     return QStringLiteral("%1, %2\n").arg(timeStamp(), reason);
-}
-
-/// Tells whether files can be written in directory, by writing the note that the log was started. A relative
-/// path is refused: it would leave directories wherever the host process happens to stand.
-bool writeStartRecord(const QString& directory)
-{
-    if (!QDir::isAbsolutePath(directory) || !QDir().mkpath(directory))
-        return false;
-    QFile record(QDir(directory).absolutePath() + QLatin1Char('/') + packageName() + QLatin1String("_start"));
-    if (record.exists() && record.size() > maxStartRecordSize && !record.remove())
-        return false;
-    if (!record.open(QIODevice::Append))
-        return false;
-    record.write(QStringLiteral("Started: %1\n").arg(QDateTime::currentDateTime().toString()).toUtf8());
-    return true;
-}
-
-QString productDirectory()
-{
-    QString preferred = QStringLiteral("D:/OrvanData");
-    QString second = QStringLiteral("C:/OrvanData");
-    if (QDir::isAbsolutePath(preferred) && !QDir(preferred).exists() && QDir(second).exists())
-        return second;
-    return preferred;
-}
-
-QStringList candidateDirectories()
-{
-    const QString logging = QLatin1String("/Logging/") + packageName();
-    return {qEnvironmentVariable("VIGIL_LOG_DIR"), productDirectory() + logging,
-            QLatin1String("C:/OrvanData") + logging, QDir::tempPath() + QLatin1String("/OrvanData") + logging,
-            QDir::tempPath() + QLatin1Char('/') + packageName()};
 }
 
 QString applicationPrefix()
@@ -99,8 +62,7 @@ KwLogFile::~KwLogFile()
 
 KwLogFile& KwLogFile::instance()
 {
-    // Whoever stops the library at the end of the process closes the file; until the very end somebody may
-    // log.
+    // Other static objects may still log while the process destroys its statics.
     static NeverDestroyed<KwLogFile> log;
     return log.get();
 }
@@ -135,11 +97,7 @@ void KwLogFile::setLogDirectory(QString directory)
 
 QString KwLogFile::defaultDirectory()
 {
-    for (const QString& candidate : candidateDirectories()) {
-        if (writeStartRecord(candidate))
-            return candidate;
-    }
-    return QDir::tempPath();
+    return defaultLogDirectory();
 }
 
 int KwLogFile::numberOf(const QString& fileName, bool& isNumber) const
@@ -149,8 +107,7 @@ int KwLogFile::numberOf(const QString& fileName, bool& isNumber) const
     return number.toInt(&isNumber);
 }
 
-/// Sets the file number such that the next file follows the newest one, or takes the place of the oldest one
-/// when the ring is full.
+/// Sets the file number so that the next file follows the newest one or, in a full ring, replaces the oldest.
 void KwLogFile::findFileNumber()
 {
     const QFileInfoList files =
@@ -180,7 +137,8 @@ bool KwLogFile::openFirstFile()
 
 bool KwLogFile::openNextFile(const QString& reason)
 {
-    m_fileIndex = m_fileIndex >= m_maxFiles - 1 ? 0 : m_fileIndex + 1; // the number came from a file name
+    m_fileIndex =
+        m_fileIndex >= m_maxFiles - 1 ? 0 : m_fileIndex + 1; // it may come from a file name and be too large
     m_file = std::make_unique<QFile>(
         QStringLiteral("%1/%2_%3.log").arg(m_directory, m_filePrefix, QString::number(m_fileIndex)));
     m_file->open(QIODevice::ReadWrite | QIODevice::Truncate);
@@ -205,15 +163,14 @@ bool KwLogFile::writePending()
     return checkSize();
 }
 
-/// Writes to the open file and makes the text visible to whoever reads along.
+/// Writes to the open file and makes the text visible to readers.
 void KwLogFile::write(const QString& text)
 {
     if (!m_file->isOpen())
         return;
     m_file->write(text.toUtf8());
     m_file->flush();
-    // Opening the file anew makes every system bring its directory entry, and so the size that others see, up
-    // to date.
+    // On Windows, opening the file again updates the size in its directory entry.
     QFile reader(m_file->fileName());
     if (reader.open(QIODevice::ReadOnly))
         reader.close();
@@ -221,7 +178,7 @@ void KwLogFile::write(const QString& text)
 
 bool KwLogFile::checkSize()
 {
-    const MutexLock lock(m_bufferMutex); // held throughout: a line written between two files would be lost
+    const MutexLock lock(m_bufferMutex); // all the time: a line written between two files would be lost
     if (m_file && m_file->size() > m_maxSize) {
         closeFile("Reached max size, open the next log file ...");
         openNextFile(QStringLiteral("Next log file."));
@@ -253,8 +210,8 @@ bool KwLogFile::shutdownWithoutOtherThreads()
     return closed;
 }
 
-/// A thread that is no more was writing, and the open file is in whatever state it left it in. A file object
-/// of its own does not touch that.
+/// A thread may have ended in the middle of a write and left the open file in any state, so this opens
+/// another one.
 bool KwLogFile::appendLastLine() const
 {
     if (!m_file)

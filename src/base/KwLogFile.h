@@ -21,16 +21,13 @@ namespace base {
 
 /// The library's log: text lines with UTC time stamps in a ring of numbered files.
 ///
-/// Purpose: keeps the last lines whatever happens to the process, within a fixed space on the disk. Files are
-/// named PREFIX_0.log, PREFIX_1.log, …; the one after the newest is overwritten next. The directory is the
-/// first one of defaultDirectory()'s list in which a file can be written.
+/// The files are PREFIX_0.log, PREFIX_1.log and so on. A full ring reuses the oldest file, so the last lines
+/// survive a crash and the log never outgrows its space on the disk.
 ///
-/// Threads: any thread may append and write. init(), setLogDirectory() and shutdown() belong to one thread at
+/// Threads: any thread may append and write. Call init(), setLogDirectory() and shutdown() from one thread at
 /// a time.
 ///
-/// Ownership: instance() is the process's log; other objects are for tests.
-///
-/// Failure: nothing throws and nothing is reported. Without an open file the lines are dropped.
+/// Failure: nothing throws, and nothing is reported. Without an open file the lines are dropped.
 class KwLogFile : public QObject, public Singleton<KwLogFile>
 {
     Q_OBJECT
@@ -42,36 +39,37 @@ public:
     KwLogFile();
     ~KwLogFile() override;
 
+    /// The process's log. Other objects are for tests.
     static KwLogFile& instance();
 
-    /// Opens the next file of the ring. With useTimer pending lines are written every 6 seconds by the event
-    /// loop of the calling thread, which must be the object's own.
+    /// Opens the next file of the ring. With useTimer the event loop writes pending lines every 6 seconds;
+    /// call it on the object's own thread then.
     bool init(QString prefix, int maxFiles, int maxSize, bool useTimer);
 
-    /// init() with a prefix made from the application's name, and the timer.
+    /// Calls init() with the timer and a prefix made from the application's name.
     bool initWithApplicationName();
 
     /// Sets the directory and creates it.
     void setLogDirectory(QString directory);
 
-    /// The first usable directory of the list: VIGIL_LOG_DIR, the product's data directories, the temporary
-    /// directory.
+    /// See defaultLogDirectory().
     static QString defaultDirectory();
 
     /// Adds one line to the pending text.
     void appendLine(const QString& text);
 
-    /// Writes the pending text, and starts the next file when this one has grown too large. Returns false.
+    /// Writes the pending text and, if the file has grown too large, starts the next one. Always returns
+    /// false.
     bool writePending();
 
-    /// Writes a last line and closes the file. False when none is open. Pending text is not written.
+    /// Writes a last line and closes the file. Drops the pending text. False if no file is open.
     bool closeLogFile(const char* reason);
 
-    /// Ends the timer and closes the file.
+    /// Stops the timer and closes the file.
     bool shutdown();
 
-    /// Writes the last line in a process that has lost its other threads, one of which may have had the lock,
-    /// which nobody will ever give back.
+    /// Like shutdown(), for a process whose other threads are gone. One of them may have held the lock and
+    /// can no longer release it.
     bool shutdownWithoutOtherThreads();
 
 private slots:

@@ -9,26 +9,26 @@
 
 namespace base {
 
-// What the library logs through. writeLog() and the formatting functions may be called from any thread;
-// nothing throws. The library installs no Qt message handler.
+// The library's logging. writeLog() and the formatting functions may be called from any thread; nothing
+// throws. The library installs no Qt message handler.
 
-/// Opens the library's log file. Belongs, like stopLogging(), to the thread of the library's event loop.
+/// Opens and closes the library's log file. Only the thread of the library's event loop may call these two.
 bool startLogging();
 bool stopLogging();
 
-/// Ends the log in a process that has lost its other threads.
+/// Closes the log in a process whose other threads are gone.
 bool stopLoggingWithoutOtherThreads();
 
-/// Writes one line at once. Before startLogging() and after stopLogging() the line is dropped.
+/// Writes one line immediately. Drops it before startLogging() and after stopLogging().
 bool writeLog(const QString& text);
 
-/// Writes "TYPE: MESSAGE"; has the shape of a message handler of the older kind.
+/// Writes "TYPE: MESSAGE". The signature is that of a Qt 4 message handler.
 void logTypedMessage(QtMsgType type, const char* message);
 
 /// "Debug", "Warning", "Critical" or "Fatal"; "Unknown" for any other type.
 QString messageTypeName(QtMsgType type);
 
-/// "0x" and 16 lower-case digits: pointers and thread ids in log texts.
+/// "0x" and 16 lower-case digits, for pointers and thread ids in log texts.
 QString toHexString(quint64 value);
 QString toHexString(const void* pointer);
 
@@ -37,8 +37,8 @@ quint32 currentThreadId();
 
 void sleepMs(unsigned int ms);
 
-/// The full path, or its base name, of a loaded module; null means the library itself. Empty when there is
-/// none.
+/// The full path or the base name of a loaded module; empty if it is not loaded. A null name means the
+/// library itself.
 QString moduleFilePath(const char* moduleName);
 QString moduleBaseName(const char* moduleName);
 

@@ -8,11 +8,10 @@
 
 namespace base {
 
-/// A static object that is built on first use and whose destructor never runs.
+/// A static object without destruction: built on first use, never destroyed.
 ///
-/// For what may still be called when the statics of the process are being destroyed, on whatever thread that
-/// happens. It stands in static storage, so nothing leaks when the library is unloaded, provided that the
-/// object has given back by then what it owned.
+/// For objects still in use while the process destroys its statics. The memory is static, so unloading the
+/// library leaks nothing as long as the object has released its own resources by then.
 template <typename T>
 class NeverDestroyed
 {

@@ -6,7 +6,7 @@
 
 namespace base {
 
-/// Marks a class of which the process has one object.
+/// Marks a class with one object per process.
 template <typename T>
 class Singleton
 {

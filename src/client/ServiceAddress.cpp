@@ -6,7 +6,7 @@
 #include <QtGlobal>
 
 #include "base/Logging.h"
-#include "base/wire/Protocol.h"
+#include "base/wire/DefaultServiceAddress.h"
 
 namespace {
 

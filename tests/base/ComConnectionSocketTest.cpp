@@ -55,7 +55,7 @@ QByteArray prefix(const char* magicAndLength)
     return QByteArray::fromHex(magicAndLength);
 }
 
-/// A text record whose encoding is a little longer than that many bytes.
+/// A text record with an encoding a little longer than that many bytes.
 base::SnmpString textOfSize(std::size_t bytes)
 {
     base::SnmpString record;
@@ -78,7 +78,7 @@ protected:
         QObject::connect(socket.get(), &Socket::signal_debugMessage, keep);
         QObject::connect(socket.get(), &Socket::signal_logMessage, keep);
         QObject::connect(socket.get(), &Socket::signal_errorMessage, keep);
-        QObject::connect(socket.get(), &Socket::signal_loggingMessage, [] { FAIL() << "nobody emits it"; });
+        QObject::connect(socket.get(), &Socket::signal_loggingMessage, [] { FAIL() << "never emitted"; });
         QObject::connect(socket.get(), &Socket::signal_connected, [this] { events += "connected "; });
         QObject::connect(socket.get(), &Socket::signal_disconnected, [this] { events += "disconnected "; });
         QObject::connect(socket.get(), &Socket::signal_disconnectInfo,
@@ -128,7 +128,7 @@ protected:
         return std::find(log.begin(), log.end(), text) != log.end();
     }
 
-    /// The lines of the log that report errors, without their prefix.
+    /// The error lines of the log, without their prefix.
     std::vector<std::string> errors() const
     {
         const std::string prefix = "___ERROR___ CCS::LOG: ";
@@ -148,7 +148,7 @@ protected:
         return list;
     }
 
-    /// Sends bytes in one piece and waits until they have been looked at.
+    /// Sends bytes in one piece and waits until the socket has read them.
     void deliver(const QByteArray& bytes)
     {
         int reads = 0;
@@ -159,7 +159,7 @@ protected:
         QObject::disconnect(counting);
     }
 
-    /// Waits for as long as the object lets go by before it runs other events during a read.
+    /// Waits until the socket will yield to other events during the next read.
     static void letTheYieldComeDue()
     {
         QElapsedTimer elapsed;
@@ -330,7 +330,7 @@ TEST_F(ComConnectionSocket, ALostPeerIsReported)
     EXPECT_EQ(events, "info(127.0.0.1," + port() + ",127.0.0.1) disconnected ");
 }
 
-TEST_F(ComConnectionSocket, ReceivesWhatThePeerSentBeforeItClosed)
+TEST_F(ComConnectionSocket, ReceivesTheLastFrameBeforeThePeerCloses)
 {
     connectToService();
     service.sendRaw(frame(1, "farewell"));
@@ -355,7 +355,7 @@ TEST_F(ComConnectionSocket, CloseConnectionIsReportedLikeALossWhenNothingIsLeftT
     EXPECT_EQ(events, "info(127.0.0.1," + port() + ",127.0.0.1) disconnected ");
 }
 
-TEST_F(ComConnectionSocket, CloseConnectionDoesNotWaitForBytesThatNobodyReads)
+TEST_F(ComConnectionSocket, CloseConnectionDoesNotWaitForAStalledPeer)
 {
     connectToService();
     service.stopReading();
@@ -417,7 +417,7 @@ TEST_F(ComConnectionSocket, FramesAreNumberedFromOne)
         EXPECT_EQ(service.frames()[i].header.messageCounter, i + 1);
 }
 
-TEST_F(ComConnectionSocket, NumberingBeginsAnewWithEachConnection)
+TEST_F(ComConnectionSocket, NumbersFramesFromOneOnEachConnection)
 {
     connectToService();
     EXPECT_TRUE(socket->sendSerializedData(nullptr, 0, 0));
@@ -515,13 +515,13 @@ TEST_F(ComConnectionSocket, SendingBeforeAnyConnectionCannotReconnect)
     EXPECT_FALSE(logHas("CCS::DEBUG: CCS:SEND MSG # 1 --->"));
 }
 
-TEST_F(ComConnectionSocket, AFrameForAConnectionThatIsClosingIsDroppedButItsNumberIsSpent)
+TEST_F(ComConnectionSocket, AFrameForAClosingConnectionIsDroppedButUsesItsNumber)
 {
     connectToService();
     service.stopReading();
     const base::SnmpString large = textOfSize(20000000);
     ASSERT_TRUE(socket->sendSerializedData(&large, 1, 0));
-    socket->socket()->disconnectFromHost(); // waits for the bytes that nobody reads
+    socket->socket()->disconnectFromHost(); // waits for bytes the peer does not read
     ASSERT_NE(socket->socket(), nullptr);
     ASSERT_FALSE(socket->isConnected());
 
@@ -551,7 +551,7 @@ TEST_F(ComConnectionSocket, ABacklogAboveTheLimitRefusesTheRecordWithoutSpending
     EXPECT_EQ(service.frames()[1].header.messageCounter, 2u);
 }
 
-TEST_F(ComConnectionSocket, ABacklogThatTheSystemCanTakeNowRefusesNothing)
+TEST_F(ComConnectionSocket, ABacklogIsFlushedBeforeASendIsRejected)
 {
     connectToService();
     service.stopReading();
@@ -595,7 +595,7 @@ TEST_F(ComConnectionSocket, EveryTenThousandthFrameOfTheProcessIsReported)
 
 // Receiving
 
-TEST_F(ComConnectionSocket, HandsOnWhatItReceives)
+TEST_F(ComConnectionSocket, EmitsEachReceivedFrame)
 {
     connectToService();
     service.send(1, "abc", 2);
@@ -629,7 +629,7 @@ TEST_F(ComConnectionSocket, NegativeHeaderFieldsKeepTheirSign)
     EXPECT_EQ(received[0].callbackId, -4);
 }
 
-TEST_F(ComConnectionSocket, AFrameThatComesInPiecesIsAssembledOnce)
+TEST_F(ComConnectionSocket, AFrameInPiecesIsAssembledOnce)
 {
     connectToService();
     const QByteArray whole = frame(1, "in pieces");
@@ -644,7 +644,7 @@ TEST_F(ComConnectionSocket, AFrameThatComesInPiecesIsAssembledOnce)
     EXPECT_THAT(errors(), IsEmpty());
 }
 
-TEST_F(ComConnectionSocket, AFrameThatComesByteByByteIsAssembledOnce)
+TEST_F(ComConnectionSocket, AFrameByteByByteIsAssembledOnce)
 {
     connectToService();
     for (const char byte : frame(1, "slow") + frame(2, "slower"))
@@ -713,7 +713,7 @@ TEST_F(ComConnectionSocket, AnIdleConnectionIsLookedAtWithinASecondOrTwo)
     EXPECT_THAT(payloads(), ElementsAre("unannounced"));
 }
 
-TEST_F(ComConnectionSocket, WhatArrivesPutsOffTheNextLookAtAnIdleConnection)
+TEST_F(ComConnectionSocket, ReceivingRestartsThePollTimer)
 {
     connectToService();
     const auto* timer = socket->findChild<QTimer*>();
@@ -724,7 +724,7 @@ TEST_F(ComConnectionSocket, WhatArrivesPutsOffTheNextLookAtAnIdleConnection)
     EXPECT_GT(timer->remainingTime(), 600);
 }
 
-TEST_F(ComConnectionSocket, WithoutAConnectionNobodyLooks)
+TEST_F(ComConnectionSocket, WithoutAConnectionThePollTimerStops)
 {
     const auto* timer = socket->findChild<QTimer*>();
     EXPECT_FALSE(timer->isActive());
@@ -735,7 +735,7 @@ TEST_F(ComConnectionSocket, WithoutAConnectionNobodyLooks)
     EXPECT_FALSE(timer->isActive());
 }
 
-// Bytes that are no frame
+// Bad frames
 
 TEST_F(ComConnectionSocket, AWrongMagicIsReportedInSixDebugLinesAndOneError)
 {
@@ -762,7 +762,7 @@ TEST_F(ComConnectionSocket, FewerBytesThanAPrefixAreNotJudged)
     EXPECT_THAT(errors(), ElementsAre("___Network error detected - resetting buffers___"));
 }
 
-TEST_F(ComConnectionSocket, AWrongMagicDropsTheRestOfWhatWasReceived)
+TEST_F(ComConnectionSocket, AWrongMagicDropsTheRestOfTheBuffer)
 {
     connectToService();
     const QtMessages messages;
@@ -772,7 +772,7 @@ TEST_F(ComConnectionSocket, AWrongMagicDropsTheRestOfWhatWasReceived)
     EXPECT_THAT(payloads(), ElementsAre("new start"));
 }
 
-TEST_F(ComConnectionSocket, AWrongMagicAfterAFrameLosesOnlyWhatFollows)
+TEST_F(ComConnectionSocket, AWrongMagicKeepsTheFramesBeforeIt)
 {
     connectToService();
     const QtMessages messages;
@@ -994,7 +994,7 @@ TEST_F(ComConnectionSocket, OtherEventsRunDuringAReadOnceAQuarterSecondHasPassed
             socket.get(), [&] { otherEventRan = true; }, Qt::QueuedConnection);
     };
     service.sendRaw(frame(1, "a"));
-    ASSERT_TRUE(socket->socket()->waitForReadyRead(10000)); // runs no event loop of its own
+    ASSERT_TRUE(socket->socket()->waitForReadyRead(10000)); // runs no event loop
     ASSERT_EQ(received.size(), 1u);
     EXPECT_TRUE(otherEventRan);
 }
@@ -1074,8 +1074,7 @@ TEST_F(ComConnectionSocket, TheConnectionMayBeClosedWhileOtherEventsRun)
     EXPECT_THAT(payloads(), ElementsAre("a", "read as ever"));
 }
 
-// The object and its QTcpSocket, both in the middle of a read, used to be destroyed by the events that were
-// let through.
+// The events of a yield used to destroy the object and its QTcpSocket in the middle of a read.
 TEST_F(ComConnectionSocket, TheObjectMayBeDisposedOfWhileOtherEventsRun)
 {
     connectToService();
@@ -1101,7 +1100,7 @@ TEST_F(ComConnectionSocket, TheObjectMayBeDisposedOfWhileOtherEventsRun)
     EXPECT_TRUE(service.waitForDisconnections(1));
 }
 
-// Whoever receives a frame may do as it likes
+// What the receiver of a frame may do
 
 TEST_F(ComConnectionSocket, TheReceiverMayCloseTheConnection)
 {
@@ -1114,7 +1113,7 @@ TEST_F(ComConnectionSocket, TheReceiverMayCloseTheConnection)
     EXPECT_TRUE(socket->reconnect());
 }
 
-TEST_F(ComConnectionSocket, TheReceiverMayCloseAConnectionThatHasBytesToWrite)
+TEST_F(ComConnectionSocket, TheReceiverMayCloseAConnectionWithPendingBytes)
 {
     connectToService();
     service.stopReading();
@@ -1132,7 +1131,7 @@ TEST_F(ComConnectionSocket, TheReceiverMayCloseAConnectionThatHasBytesToWrite)
     EXPECT_TRUE(service.waitForDisconnections(1));
 }
 
-TEST_F(ComConnectionSocket, TheReceiverMayConnectAnew)
+TEST_F(ComConnectionSocket, TheReceiverMayReconnect)
 {
     connectToService();
     onReceived = [&] {
@@ -1186,7 +1185,7 @@ TEST_F(ComConnectionSocket, TheReceiverMaySendAnAnswer)
     EXPECT_TRUE(service.waitForFrames(2));
 }
 
-TEST_F(ComConnectionSocket, WhoeverHearsOfTheLossMayConnectAnew)
+TEST_F(ComConnectionSocket, ASlotOfTheLossMayReconnect)
 {
     connectToService();
     bool reconnected = false;
@@ -1198,7 +1197,7 @@ TEST_F(ComConnectionSocket, WhoeverHearsOfTheLossMayConnectAnew)
     EXPECT_TRUE(socket->isConnected());
 }
 
-TEST_F(ComConnectionSocket, WhoeverHearsOfTheLossMayCloseTheConnection)
+TEST_F(ComConnectionSocket, ASlotOfTheLossMayCloseTheConnection)
 {
     connectToService();
     bool closed = false;
@@ -1222,8 +1221,8 @@ TEST_F(ComConnectionSocket, APeerLostDuringALongWriteEndsTheWrite)
     EXPECT_TRUE(logHas("CCS::LOG: >>>>>  DISCONNECTED from 127.0.0.1:" + port() + " 127.0.0.1 <<<<<"));
 }
 
-// Nobody listened on the service's port, which the system also hands out to the near ends of connections: the
-// library was connected to itself, took its own values for the manager's, and kept the service from its port.
+// The service was not running and its port was in the ephemeral range: the library connected to itself, took
+// its own values for a manager's, and kept the service from its port.
 TEST(ComConnectionSocketToItself, IsRecognised)
 {
     QTcpSocket socket;

@@ -13,7 +13,7 @@
 using base::FrameHeader;
 using support::FakeService;
 
-// This program has no QCoreApplication, like some of those that the service is for.
+// This program has no QCoreApplication, like some users of FakeService.
 
 namespace {
 
@@ -95,7 +95,7 @@ TEST(FakeService, WaitingEndsAtTheDeadline)
     EXPECT_FALSE(service.waitForFrames(1, 1));
 }
 
-TEST(FakeService, NumbersWhatItSendsFromOneOnEachConnection)
+TEST(FakeService, NumbersItsFramesFromOneOnEachConnection)
 {
     FakeService service;
     for (int connection = 1; connection <= 2; ++connection) {

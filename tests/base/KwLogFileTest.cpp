@@ -52,7 +52,7 @@ protected:
         log->writePending();
     }
 
-    /// The log files other than those that were there before the log was opened.
+    /// The log files made since the log was opened.
     QStringList written() const
     {
         QStringList names;
@@ -74,7 +74,7 @@ protected:
 
 // Lines
 
-TEST_F(KwLogFile, TheFirstLineSaysWhatWasStarted)
+TEST_F(KwLogFile, TheFirstLineNamesThePackage)
 {
     EXPECT_TRUE(open());
     ASSERT_THAT(lines(), SizeIs(1));
@@ -132,7 +132,7 @@ TEST_F(KwLogFile, ALineIsWrittenOnce)
     EXPECT_THAT(lines(), SizeIs(2));
 }
 
-TEST_F(KwLogFile, WithoutAnOpenFileAWriteDropsWhatIsPending)
+TEST_F(KwLogFile, WithoutAnOpenFileAWriteDropsPendingLines)
 {
     write("dropped");
     open();
@@ -183,7 +183,7 @@ TEST_F(KwLogFile, ClosingWithoutAnOpenFileFails)
     EXPECT_THAT(lines(), SizeIs(2));
 }
 
-TEST_F(KwLogFile, ClosingDoesNotWriteWhatIsPending)
+TEST_F(KwLogFile, ClosingDropsPendingLines)
 {
     open();
     log->appendLine("pending");
@@ -243,7 +243,7 @@ TEST_F(KwLogFile, AFullRingOverwritesItsOldestFile)
     EXPECT_EQ(directory.files().size(), 10);
 }
 
-TEST_F(KwLogFile, AFullRingWhoseOldestFileIsNumberZeroGoesOnWithZero)
+TEST_F(KwLogFile, AFullRingReusesFileZeroIfItIsTheOldest)
 {
     for (int number = 0; number <= 9; ++number)
         directory.putOld(QStringLiteral("test_%1.log").arg(number), 100 - number);
@@ -295,7 +295,7 @@ TEST_F(KwLogFile, FilesOfOtherProgramsAreLeftAlone)
 
 // Rotation
 
-TEST_F(KwLogFile, AFileThatHasGrownTooLargeIsFollowedByTheNext)
+TEST_F(KwLogFile, AFileAboveTheSizeLimitIsFollowedByTheNext)
 {
     open(10, 10000000);
     write(QString(10000000, 'x'));
@@ -349,7 +349,7 @@ TEST_F(KwLogFile, TheDirectoryIsCreated)
     EXPECT_TRUE(QFile::exists(directory.path("a/b/c/test_0.log")));
 }
 
-TEST_F(KwLogFile, AFileThatCannotBeOpenedLosesLinesQuietly)
+TEST_F(KwLogFile, LinesAreLostSilentlyIfTheFileCannotBeOpened)
 {
     directory.put("obstacle", "a file where a directory should be");
     log->setLogDirectory(directory.path("obstacle/logs"));
@@ -373,7 +373,7 @@ TEST_F(KwLogFile, WithTheTimerPendingLinesAreWrittenEverySixSeconds)
     EXPECT_EQ(withoutStamp(lines().back()), ": waiting");
 }
 
-TEST_F(KwLogFile, TheTimerIsWhatWrites)
+TEST_F(KwLogFile, TheTimerWritesPendingLines)
 {
     log->init(QStringLiteral("test"), 10, aMegabyte, true);
     log->appendLine("waiting");
@@ -381,14 +381,14 @@ TEST_F(KwLogFile, TheTimerIsWhatWrites)
     EXPECT_EQ(withoutStamp(lines().back()), ": waiting");
 }
 
-TEST_F(KwLogFile, WithoutTheTimerNothingIsWrittenByItself)
+TEST_F(KwLogFile, WithoutTheTimerPendingLinesStayPending)
 {
     open();
     const auto* timer = log->findChild<QTimer*>();
     EXPECT_TRUE(!timer || !timer->isActive());
 }
 
-TEST_F(KwLogFile, ShutdownEndsTheTimer)
+TEST_F(KwLogFile, ShutdownStopsTheTimer)
 {
     log->init(QStringLiteral("test"), 10, aMegabyte, true);
     log->shutdown();
@@ -405,7 +405,7 @@ TEST_F(KwLogFile, ThePrefixCanComeFromTheApplicationsName)
     EXPECT_NE(log->findChild<QTimer*>(), nullptr);
 }
 
-TEST_F(KwLogFile, WithoutANameThePrefixIsThatOfTheProgramFile)
+TEST_F(KwLogFile, WithoutANameThePrefixIsTheProgramFile)
 {
     const QString previous = QCoreApplication::applicationName();
     QCoreApplication::setApplicationName(QString());
@@ -417,7 +417,7 @@ TEST_F(KwLogFile, WithoutANameThePrefixIsThatOfTheProgramFile)
 
 // Threads
 
-TEST_F(KwLogFile, LinesOfManyThreadsAreAllWrittenWhole)
+TEST_F(KwLogFile, LinesOfManyThreadsAreNeverMixed)
 {
     open();
     auto expected = writeFromManyThreads([this](const QString& text) { write(text); });
@@ -480,7 +480,7 @@ protected:
     QString previousCurrent;
 };
 
-/// What is left where there are no drives. LogDirectoryOnDrivesTest.cpp has the rest of the list.
+/// The part of the list for systems without drives. LogDirectoryOnDrivesTest.cpp has the rest.
 class KwLogFileDirectoryWithoutDrives : public KwLogFileDirectory
 {
 protected:
@@ -544,7 +544,7 @@ TEST_F(KwLogFileDirectoryWithoutDrives, ThenTheTemporaryDirectoryWithThePackages
     EXPECT_EQ(base::KwLogFile::defaultDirectory(), inTemp("kw-vigil-snmp-client"));
 }
 
-TEST_F(KwLogFileDirectoryWithoutDrives, AtLastTheTemporaryDirectoryItselfUntested)
+TEST_F(KwLogFileDirectoryWithoutDrives, FallsBackToTheTemporaryDirectoryUntested)
 {
     directory.put("OrvanData", "in the way");
     directory.put("kw-vigil-snmp-client", "in the way");
@@ -565,7 +565,7 @@ TEST_F(KwLogFileDirectory, EachTryAddsALineToTheStartRecord)
     }
 }
 
-TEST_F(KwLogFileDirectory, AStartRecordThatHasGrownTooLargeIsBegunAnew)
+TEST_F(KwLogFileDirectory, ATooLargeStartRecordIsReplaced)
 {
     const EnvironmentVariable variable("VIGIL_LOG_DIR", QFile::encodeName(directory.path()));
     directory.put(startRecord, QByteArray(10001, 'x'));
@@ -582,7 +582,7 @@ TEST_F(KwLogFileDirectory, AStartRecordOfExactlyTheLimitIsContinued)
     EXPECT_GT(directory.content(startRecord).size(), 10000);
 }
 
-TEST_F(KwLogFileDirectoryWithoutDrives, ADirectoryWhoseStartRecordCannotBeWrittenIsSkipped)
+TEST_F(KwLogFileDirectoryWithoutDrives, ADirectoryWithoutAWritableStartRecordIsSkipped)
 {
     const EnvironmentVariable variable("VIGIL_LOG_DIR", QFile::encodeName(inTemp("logs")));
     QDir().mkpath(inTemp("logs/kw-vigil-snmp-client_start")); // a directory in the record's place

@@ -38,7 +38,7 @@ public:
         for (const QByteArray& line : content(name).split('\n'))
             result.push_back(line.toStdString());
         if (!result.empty() && result.back().empty())
-            result.pop_back(); // what follows the last line feed
+            result.pop_back(); // the part after the last line feed
         return result;
     }
 

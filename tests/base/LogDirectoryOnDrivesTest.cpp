@@ -50,7 +50,7 @@ private:
     std::wstring m_previous;
 };
 
-/// Drive D:, which can be used as long as the folder exists that it shows: the way of drives under Wine.
+/// Drive D:. Under Wine a drive works as long as its folder exists.
 class DriveD
 {
 public:
@@ -146,7 +146,7 @@ TEST_F(LogDirectoryOnDrives, ThenInThePackagesOwnTemporaryFolder)
     EXPECT_EQ(base::KwLogFile::defaultDirectory(), inTemp(QStringLiteral("kw-vigil-snmp-client")));
 }
 
-TEST_F(LogDirectoryOnDrives, AtLastTheTemporaryFolderItself)
+TEST_F(LogDirectoryOnDrives, FallsBackToTheTemporaryFolder)
 {
     put(onC);
     put(inTemp(QStringLiteral("OrvanData")));
@@ -154,7 +154,7 @@ TEST_F(LogDirectoryOnDrives, AtLastTheTemporaryFolderItself)
     EXPECT_EQ(base::KwLogFile::defaultDirectory(), m_temp.path());
 }
 
-TEST_F(LogDirectoryOnDrives, TheTemporaryFolderMayBeThatOfAUserWithAnyName)
+TEST_F(LogDirectoryOnDrives, TheTemporaryFolderMayHaveAnyCharactersInItsPath)
 {
     put(onC);
     const QString temp = inTemp(nonAscii) + QStringLiteral("/AppData/Local/Temp");

@@ -10,7 +10,7 @@
 #include "LogDirectory.h"
 #include "support/QtMessages.h"
 
-TEST(LogPrefix, WithoutAnApplicationItHasANameOfItsOwn)
+TEST(LogPrefix, WithoutAnApplicationADefaultNameIsUsed)
 {
     ASSERT_EQ(QCoreApplication::instance(), nullptr);
     const support::QtMessages aboutTheMissingApplication;

@@ -156,7 +156,7 @@ TEST_F(Logging, ATypedMessageIsWrittenAfterTheNameOfItsType)
     EXPECT_THAT(lines()[5], EndsWith(": Unknown: e"));
 }
 
-TEST_F(Logging, LinesOfManyThreadsAreAllWrittenWhole)
+TEST_F(Logging, LinesOfManyThreadsAreNeverMixed)
 {
     base::startLogging();
     auto expected = writeFromManyThreads([](const QString& text) { base::writeLog(text); });
@@ -217,7 +217,7 @@ TEST(LoggingText, SleepTakesAtLeastItsTime)
     EXPECT_GE(elapsed.nsecsElapsed(), 20 * 1000000);
 }
 
-TEST(LoggingText, WithoutANameTheModuleIsTheOneThatHoldsTheLibrarysCode)
+TEST(LoggingText, ANullNameMeansTheLibrarysModule)
 {
     const QString program = QCoreApplication::applicationFilePath(); // the tests link the objects themselves
     EXPECT_EQ(QFileInfo(base::moduleFilePath(nullptr)).canonicalFilePath(),
@@ -234,7 +234,7 @@ TEST(LoggingText, ALoadedModuleIsFoundByName)
     EXPECT_TRUE(base::moduleBaseName(isWindows ? "Qt5Core.dll" : "libQt5Core.so.5").endsWith("Qt5Core"));
 }
 
-TEST(LoggingText, AModuleThatIsNotLoadedHasNoPath)
+TEST(LoggingText, AnUnloadedModuleHasNoPath)
 {
     EXPECT_EQ(base::moduleFilePath("no-such-module"), "");
     EXPECT_EQ(base::moduleBaseName("no-such-module"), "");

@@ -10,17 +10,15 @@
 
 namespace base {
 
-/// The base of all data records that travel between the library and the local SNMP service.
+/// The base of all data records exchanged by the library and the local SNMP service.
 ///
-/// Purpose: a record writes itself into the payload of one frame and is built back from one. Its encoding is
-/// a list of numbered properties, see PropertyWriter and PropertyReader; property 0 of every record is the
-/// store type, which the library only carries: it is 0 in records of its own making, and an answer returns
-/// the one it was asked with.
+/// A record is the payload of one frame. Its encoding is a list of numbered properties; each record class
+/// lists them in describe(). Property 0 is always the store type. The library's own records leave it 0; a
+/// response returns that of the request.
 ///
-/// Threads: plain values without locks.
 /// Ownership: a clone belongs to the caller.
-/// Failure: building a record from bytes throws a QString when a required property is missing or a length
-/// makes no sense. Bytes that end early leave the remaining members at their defaults.
+/// Failure: building a record from bytes throws a QString if a required property is missing or a length is
+/// senseless. Bytes that end early leave the remaining members at their defaults.
 class DbBaseType
 {
 public:
@@ -30,14 +28,13 @@ public:
     virtual DbBaseType& assign(const DbBaseType& other);
     virtual DbBaseType* clone() const = 0;
 
-    /// Back to the state after default construction.
+    /// Resets the record to its defaults.
     virtual void clear() = 0;
 
-    /// Writes the record's encoding into out, which must be empty.
+    /// Writes the encoding into out, an empty array.
     virtual void serialize(QByteArray& out) const = 0;
 
-    // The store type has three readers and two writers because peers' records do; all are slots of the
-    // virtual table.
+    // Three getters and two setters: each is a slot of the virtual table and keeps its place.
     virtual int storeType() const { return m_storeType; }
     virtual int getStoreType() const { return m_storeType; }
     virtual DbDataType<int> storeTypeData() const { return DbDataType<int>(m_storeType); }

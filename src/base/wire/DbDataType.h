@@ -6,7 +6,7 @@
 
 namespace base {
 
-/// A value that may be absent, as a property of a data record. A plain value without locks.
+/// A nullable value of a data record.
 template <typename T>
 class DbDataType
 {

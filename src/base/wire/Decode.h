@@ -38,8 +38,7 @@ private:
     const char* m_name = "";
 };
 
-/// Fills record from bytes as its description says. A missing property becomes the message that the log
-/// shows.
+/// Fills record from bytes, following its description. Throws a QString about a missing property.
 template <typename Record>
 void decodeRecord(const QByteArray& bytes, Record& record)
 {

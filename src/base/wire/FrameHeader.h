@@ -11,11 +11,10 @@ namespace base {
 
 /// The 42 bytes before each payload on the connection between the library and the local SNMP service.
 ///
-/// Purpose: both ends write and read frames through it. A frame is the prefix (magic and length), the rest of
-/// the header, and the payload; the length counts what follows it. All integers are big-endian and signed.
+/// A frame is the prefix (magic and length), the remainder of the header, and the payload. The length counts
+/// everything after the prefix. All integers are signed and big-endian.
 ///
-/// Threads: plain values. Failure: readPrefix() says what is wrong; the bytes come from a peer and are not
-/// trusted.
+/// Failure: readPrefix() reports a bad prefix. The bytes come from a peer and are not trusted.
 struct FrameHeader
 {
     static constexpr quint64 magic = Q_UINT64_C(0xABBA08154711F007);
@@ -25,20 +24,20 @@ struct FrameHeader
     static constexpr quint64 minLength = remainderSize;
     static constexpr quint64 maxLength = Q_UINT64_C(64) * 1024 * 1024;
 
-    qint16 dataType = 0;         ///< which record the payload holds, see DataType
-    qint64 clientCallbackId = 0; ///< what the frame asks for, see CallbackId
-    quint64 messageCounter = 0;  ///< 1 for the first frame after a connection is made
+    qint16 dataType = 0;         ///< the payload's record, see DataType
+    qint64 clientCallbackId = 0; ///< the purpose of the frame, see CallbackId
+    quint64 messageCounter = 0;  ///< 1 in the first frame of a connection
     quint64 updateMessageCounter = 0;
 
     enum class Prefix { Good, BadMagic, BadLength };
 
-    /// Reads the first 16 bytes of a frame. length is the number of bytes that follow them.
+    /// Reads the first 16 bytes of a frame. length is the number of bytes after them.
     static Prefix readPrefix(const QByteArray& prefix, quint64& length);
 
-    /// Reads the 26 bytes that follow the prefix.
+    /// Reads the 26 bytes after the prefix.
     static FrameHeader readRemainder(const QByteArray& remainder);
 
-    /// The whole header for a payload of that many bytes.
+    /// The whole header for a payload of payloadSize bytes.
     QByteArray toBytes(int payloadSize) const;
 };
 

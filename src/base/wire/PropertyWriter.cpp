@@ -36,7 +36,7 @@ void PropertyWriter::writeValue(qint32 value)
 
 void PropertyWriter::writeValue(const std::string& text)
 {
-    m_stream << text.c_str(); // zero-terminated on the wire: what follows a zero byte is not sent
+    m_stream << text.c_str(); // zero-terminated on the wire: the first zero byte ends the text
 }
 
 void PropertyWriter::writeValue(const DbDataType<int>& value)

@@ -14,7 +14,7 @@
 
 namespace base {
 
-/// The data stream version of everything on the wire: that of Qt 4.6, the oldest peer.
+/// The data stream version of everything on the wire, as of Qt 4.6.
 constexpr int wireStreamVersion = QDataStream::Qt_4_6;
 
 /// Writes the properties of one record, in ascending order of their tags: tag, byte length, value. The length
@@ -22,7 +22,7 @@ constexpr int wireStreamVersion = QDataStream::Qt_4_6;
 class PropertyWriter
 {
 public:
-    /// Writes into out, which must be empty and outlive the writer.
+    /// out must be empty and outlive the writer.
     explicit PropertyWriter(QByteArray& out);
 
     template <typename T>

@@ -4,16 +4,10 @@
 #ifndef VIGIL_BASE_WIRE_PROTOCOL_H
 #define VIGIL_BASE_WIRE_PROTOCOL_H
 
-#include <QtGlobal>
-
-// The facts on which the library and the local SNMP service must agree. FrameHeader has the layout of a
-// frame, the record classes that of their payloads; docs/wire-protocol.md explains both.
+// The facts shared by the library and the local SNMP service. The default address is in
+// DefaultServiceAddress.h, the layout of frames in FrameHeader.h, that of payloads in the record classes.
 
 namespace base {
-
-/// Where the service listens and the library connects, unless the operator says otherwise.
-constexpr const char* defaultServiceHost = "127.0.0.1";
-constexpr quint16 defaultServicePort = 43125;
 
 /// The enterprise's subtree. Identifiers travel relative to it.
 constexpr const char* enterpriseOid = "1.3.6.1.4.1.32473";
@@ -22,7 +16,7 @@ constexpr const char* enterpriseOid = "1.3.6.1.4.1.32473";
 constexpr const char* vigilMibOid = "127.3.1.200.4";
 constexpr const char* vigilAgentMibOid = "127.3.1.200.5";
 
-/// The number in a frame's header that tells which record the payload holds.
+/// The record in a frame's payload, as its header names it.
 enum DataType : int {
     SnmpIntType = 0,
     SnmpStringType = 1,
@@ -30,9 +24,9 @@ enum DataType : int {
     SnmpStringResponseType = 3
 };
 
-/// What a frame's callback id asks for.
+/// The purpose of a frame, as its callback id tells.
 enum CallbackId : int {
-    PlainValue = 0,     ///< to the service: a value; from the service: a value that a manager has set
+    PlainValue = 0,     ///< to the service: a value; from the service: a value set by a manager
     ValueAndNotify = 1, ///< to the service: a value, and a notification about it
     Validation = 2      ///< from the service: may a manager set this value?; to the service: the verdict
 };

@@ -11,7 +11,7 @@
 
 namespace base {
 
-/// The first problem in the encoding of a record of that data type, or nothing.
+/// The first problem in the encoding of a record of this data type, or nothing.
 ///
 /// PropertyReader forgives bytes that end early. The agent must not: a record cut short would create a cell
 /// under a shortened identifier. So every property must be complete, every text must fill its property, and

@@ -10,8 +10,7 @@
 
 namespace base {
 
-/// One integer variable binding. It may travel without a value: a null value means that the variable is
-/// unset.
+/// One integer variable binding. A null value means no value: the variable is unset.
 class SnmpInt : public DbBaseType
 {
 public:

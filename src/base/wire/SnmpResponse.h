@@ -12,7 +12,7 @@
 
 namespace base {
 
-/// The answer to the validation of a variable binding: the binding as it was asked, and a verdict.
+/// The response to a validation request: the requested variable binding and a verdict.
 template <typename Varbind>
 class SnmpResponse : public DbBaseType
 {

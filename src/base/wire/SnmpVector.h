@@ -13,7 +13,7 @@
 
 namespace base {
 
-/// A sequence of records as one record. The library never sends one as a whole frame; peers may nest them.
+/// A sequence of records as one record. The library never sends one as a whole frame.
 template <typename Element>
 class SnmpVector : public DbBaseType
 {

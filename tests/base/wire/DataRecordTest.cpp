@@ -45,7 +45,7 @@ QByteArray encoded(const DbBaseType& record)
     return bytes;
 }
 
-/// What decoding bytes as a Record throws, and "nothing" when it does not.
+/// The text thrown by decoding bytes as a Record, or "nothing".
 template <typename Record>
 std::string failure(const QByteArray& bytes)
 {
@@ -205,7 +205,7 @@ TYPED_TEST(EveryRecord, PropertiesWithNegativeTagsAreSkipped)
     EXPECT_EQ(encoded(TypeParam(propertyBytes(-1, "older") + bytes)), bytes);
 }
 
-TYPED_TEST(EveryRecord, ACloneIsAnEqualRecordOfItsOwn)
+TYPED_TEST(EveryRecord, ACloneIsEqualAndIndependent)
 {
     TypeParam original = sample<TypeParam>();
     const DbBaseType& base = original;
@@ -274,7 +274,7 @@ TYPED_TEST(EveryRecord, TheStoreTypeOfADefaultRecordIsZeroAndNotNull)
     EXPECT_EQ(TypeParam().storeTypeData().value(), 0);
 }
 
-TYPED_TEST(EveryRecord, ANegativePropertyLengthIsRefused)
+TYPED_TEST(EveryRecord, ANegativePropertyLengthIsRejected)
 {
     const std::string expected =
         std::string("Received malformed structure ") + TypeParam::recordName + ": Property length -8";
@@ -283,13 +283,13 @@ TYPED_TEST(EveryRecord, ANegativePropertyLengthIsRefused)
     EXPECT_EQ(failure<TypeParam>(propertyBytes(0, -8, int32Bytes(1))), expected);
 }
 
-TYPED_TEST(EveryRecord, APropertyToSkipThatRunsPastTheEndEndsTheRecord)
+TYPED_TEST(EveryRecord, ASkippedPropertyBeyondTheEndEndsTheRecord)
 {
     const QByteArray bytes = storeType + propertyBytes(0, std::numeric_limits<qint32>::max(), "few bytes");
     EXPECT_EQ(encoded(TypeParam(bytes)), encoded(TypeParam()));
 }
 
-TYPED_TEST(EveryRecord, AnyEncodingThatIsCutAnywhereIsReadOrRefused)
+TYPED_TEST(EveryRecord, AnEncodingCutAnywhereIsReadOrRejected)
 {
     const QByteArray bytes = encoded(sample<TypeParam>());
     for (int length = 0; length <= bytes.size(); ++length)
@@ -455,7 +455,7 @@ TEST(SnmpString, AReceivedTextEndsAtItsFirstZeroByte)
     EXPECT_EQ(record.value, "ab");
 }
 
-TEST(SnmpString, AReceivedTextWithoutAZeroByteIsTakenWhole)
+TEST(SnmpString, AReceivedTextNeedsNoZeroByte)
 {
     const SnmpString record(storeType + oneTwo + propertyBytes(2, int32Bytes(3) + "abc"));
     EXPECT_EQ(record.value, "abc");
@@ -551,7 +551,7 @@ TEST(SnmpResponse, ANullByteArrayAsBindingGivesADefaultOne)
     EXPECT_EQ(record.errorStatus, 4);
 }
 
-TEST(SnmpResponse, ABindingLongerThanWhatIsLeftGivesADefaultOne)
+TEST(SnmpResponse, ABindingBeyondTheEndIsADefaultOne)
 {
     for (const qint32 length : {1000, 0x7FFFFFFF, -2}) {
         const SnmpIntResponse record(storeType + propertyBytes(1, int32Bytes(length) + encoded(SnmpInt())));
@@ -607,7 +607,7 @@ TEST(SnmpVector, DecodingElementsReplacesTheOldOnes)
     EXPECT_EQ(encoded(record), encoded(other));
 }
 
-TEST(SnmpVector, ElementsCutShortKeepWhatTheirPlaceInTheVectorHeld)
+TEST(SnmpVector, TruncatedElementsKeepTheirOldContents)
 {
     SnmpIntVector record;
     record.elements = {intBinding("1", 1), intBinding("2", 2), intBinding("3", 3)};
@@ -636,7 +636,7 @@ TEST(SnmpVector, AFailureOfAnElementCarriesTheElementsMessage)
               "Received incomplete structure SnmpStringResponse: Missing property 'Varbind'");
 }
 
-TEST(SnmpVector, ACountThatTheBytesCannotHoldIsRefused)
+TEST(SnmpVector, ACountTooLargeForTheBytesIsRejected)
 {
     const QByteArray element = nestedBytes(QByteArray());
     EXPECT_EQ(failure<SnmpIntVector>(storeType + propertyBytes(1, int32Bytes(3) + element + element)),
@@ -647,7 +647,7 @@ TEST(SnmpVector, ACountThatTheBytesCannotHoldIsRefused)
               "nothing");
 }
 
-TEST(SnmpVector, ANegativeCountIsRefused)
+TEST(SnmpVector, ANegativeCountIsRejected)
 {
     EXPECT_EQ(failure<SnmpStringVector>(storeType + propertyBytes(1, int32Bytes(-1))),
               "Received malformed structure SnmpStringVector: Element count -1");
@@ -655,7 +655,7 @@ TEST(SnmpVector, ANegativeCountIsRefused)
 
 namespace {
 
-/// A record whose reading fails with an exception of the test's choice.
+/// A record that throws an exception of the test's choice when it is read.
 template <typename Exception>
 struct FailingRecord
 {

@@ -61,7 +61,7 @@ TEST(FrameHeader, APayloadOfNoBytesGivesALengthOf26)
     EXPECT_EQ(length, 26u);
 }
 
-TEST(FrameHeader, TheLengthCountsWhatFollowsThePrefix)
+TEST(FrameHeader, TheLengthCountsTheBytesAfterThePrefix)
 {
     quint64 length = 0;
     FrameHeader::readPrefix(FrameHeader().toBytes(1000).left(16), length);

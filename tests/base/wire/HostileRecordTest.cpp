@@ -18,7 +18,7 @@ namespace {
 
 constexpr int mutations = 4000;
 
-/// Damages an encoding in ways that a fault or an attacker would. The same seed gives the same damage.
+/// Damages an encoding as a fault or an attacker would. The same seed gives the same damage.
 class Mutator
 {
 public:
@@ -110,30 +110,30 @@ using AllRecords = testing::Types<SnmpInt, SnmpString, SnmpIntResponse, SnmpStri
                                   SnmpStringVector, SnmpIntResponseVector, SnmpStringResponseVector>;
 TYPED_TEST_SUITE(HostileRecord, AllRecords);
 
-TYPED_TEST(HostileRecord, DamagedBytesAreReadOrRefusedWithAText)
+TYPED_TEST(HostileRecord, DamagedBytesAreReadOrRejectedWithAText)
 {
     TypeParam whole;
     fill(whole);
     const QByteArray bytes = encoded(whole);
     Mutator mutator(20240229);
-    int refused = 0;
+    int rejected = 0;
     for (int i = 0; i < mutations; ++i) {
         const QByteArray damaged = mutator.mutate(bytes);
         try {
             const TypeParam read(damaged);
-            // What was understood is a sound record: it goes through its encoding unchanged.
+            // The result is a sound record: encoding and decoding leave it unchanged.
             ASSERT_EQ(encoded(TypeParam(encoded(read))), encoded(read)) << damaged.toHex().toStdString();
         } catch (const QString& message) {
             ASSERT_TRUE(message.startsWith("Received ")) << message.toStdString();
-            ++refused;
+            ++rejected;
         }
     }
-    // Damage that is always or never noticed would mean that the mutations miss the point.
-    EXPECT_GT(refused, mutations / 20);
-    EXPECT_LT(refused, mutations * 19 / 20);
+    // If damage is always or never detected, the mutations are no good.
+    EXPECT_GT(rejected, mutations / 20);
+    EXPECT_LT(rejected, mutations * 19 / 20);
 }
 
-TYPED_TEST(HostileRecord, RandomBytesAreReadOrRefusedWithAText)
+TYPED_TEST(HostileRecord, RandomBytesAreReadOrRejectedWithAText)
 {
     std::mt19937 random(7);
     for (int i = 0; i < mutations; ++i) {

@@ -66,7 +66,7 @@ QByteArray property(qint32 tag, const QByteArray& value)
     return bigEndian(tag) + bigEndian(value.size()) + value;
 }
 
-/// A text as it travels: a length and the bytes, which end in a zero byte if they are right.
+/// A text on the wire: its length and its bytes. A sound one ends in a zero byte.
 QByteArray text(const QByteArray& bytes)
 {
     return bigEndian(bytes.size()) + bytes;
@@ -76,7 +76,7 @@ const QByteArray storeType = property(0, bigEndian(0));
 
 } // namespace
 
-TEST(RecordCheck, WhatTheRecordsWriteIsRight)
+TEST(RecordCheck, AcceptsAllRecordsAsWritten)
 {
     EXPECT_EQ(recordProblem(base::SnmpIntType, encoded(intRecord())), std::nullopt);
     EXPECT_EQ(recordProblem(base::SnmpIntType, encoded(base::SnmpInt())), std::nullopt);
@@ -86,7 +86,7 @@ TEST(RecordCheck, WhatTheRecordsWriteIsRight)
     EXPECT_EQ(recordProblem(base::SnmpStringResponseType, encoded(stringResponse())), std::nullopt);
 }
 
-TEST(RecordCheck, NoRecordMayBeCutShortAnywhere)
+TEST(RecordCheck, ARecordMustNotEndEarly)
 {
     const std::pair<int, QByteArray> records[] = {{base::SnmpStringType, encoded(stringRecord())},
                                                   {base::SnmpIntResponseType, encoded(intResponse())},
@@ -97,7 +97,7 @@ TEST(RecordCheck, NoRecordMayBeCutShortAnywhere)
     }
 }
 
-TEST(RecordCheck, AnIntegerRecordMayEndBeforeItsValueButNowhereElse)
+TEST(RecordCheck, AnIntegerRecordMayEndOnlyBeforeItsValue)
 {
     const QByteArray bytes = encoded(intRecord());
     const int withoutValue = bytes.size() - 12;
@@ -106,23 +106,23 @@ TEST(RecordCheck, AnIntegerRecordMayEndBeforeItsValueButNowhereElse)
             << size;
 }
 
-TEST(RecordCheck, UnknownPropertiesArePassedOver)
+TEST(RecordCheck, SkipsUnknownProperties)
 {
     const QByteArray extra = property(7, "whatever");
     EXPECT_EQ(recordProblem(base::SnmpIntType, encoded(intRecord()) + extra), std::nullopt);
     EXPECT_EQ(recordProblem(base::SnmpIntType, storeType + encoded(intRecord())), std::nullopt);
 }
 
-TEST(RecordCheck, PropertiesOutOfOrderAreRefused)
+TEST(RecordCheck, PropertiesOutOfOrderAreRejected)
 {
     const QByteArray oid = property(1, text(QByteArray("127.3\0", 6)));
-    // Behind the unknown property the decoder would take the value for absent: an unset that nobody has sent.
+    // After the unknown property the decoder would take the value for absent, and the record for an unset.
     const QByteArray value = property(2, bigEndian(5));
     EXPECT_TRUE(recordProblem(base::SnmpIntType, storeType + oid + property(7, "") + value));
     EXPECT_TRUE(recordProblem(base::SnmpIntType, oid + storeType + value));
 }
 
-TEST(RecordCheck, ANegativeOrTooLongPropertyLengthIsRefused)
+TEST(RecordCheck, ANegativeOrTooLongPropertyLengthIsRejected)
 {
     for (const qint32 length : {-1, -8, 5, 2147483647}) {
         const QByteArray bytes = bigEndian(0) + bigEndian(length) + bigEndian(0);
@@ -130,7 +130,7 @@ TEST(RecordCheck, ANegativeOrTooLongPropertyLengthIsRefused)
     }
 }
 
-TEST(RecordCheck, AnIntegerThatIsNotFourBytesLongIsRefused)
+TEST(RecordCheck, AnIntegerMustBeFourBytesLong)
 {
     const QByteArray oid = property(1, text(QByteArray("127.3\0", 6)));
     EXPECT_TRUE(recordProblem(base::SnmpIntType, storeType + oid + property(2, QByteArray(3, '\0'))));
@@ -164,13 +164,13 @@ TEST(RecordCheck, ANestedRecordMustFillItsProperty)
     EXPECT_TRUE(problemWithNested(bigEndian(nested.size() - 1) + nested));
 }
 
-TEST(RecordCheck, UnknownDataTypesAreRefused)
+TEST(RecordCheck, UnknownDataTypesAreRejected)
 {
     for (const int dataType : {-1, 4, 32767})
         EXPECT_TRUE(recordProblem(dataType, encoded(intRecord()))) << dataType;
 }
 
-TEST(RecordCheck, ARecordOfCountlessPropertiesIsNotReadToItsEnd)
+TEST(RecordCheck, ARecordMayHaveAtMostAHundredProperties)
 {
     QByteArray bytes = encoded(intRecord());
     for (int i = 0; i < 97; ++i)
