@@ -1,14 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// Replays stored inputs of the fuzzer with any compiler: every file in the directory that is the argument.
+// Replays the stored inputs of a fuzzer: every file in the directory given as argument. Needs no
+// instrumentation.
 
 #include <QDir>
 #include <QFile>
 
 #include <cstdio>
 
-#include "fuzz/ReceivePath.h"
+#include "fuzz/Fuzzer.h"
 
 int main(int, char** arguments)
 {
@@ -19,7 +20,7 @@ int main(int, char** arguments)
         if (!file.open(QIODevice::ReadOnly))
             return 1;
         std::printf("%s\n", qPrintable(name));
-        std::fflush(stdout); // the last line names the input that ends the process
+        std::fflush(stdout); // after a crash, the last line names the input
         const QByteArray bytes = file.readAll();
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.constData()),
                                static_cast<std::size_t>(bytes.size()));

@@ -1,20 +1,32 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#include "fuzz/ReceivePath.h"
+// The agent's receive path without sockets and SNMP, from the bytes of applications to the cells that
+// managers read.
+//
+// The first byte of the input selects its meaning:
+//
+// - even: the rest is the stream of one application, received in pieces of that many bytes;
+// - odd: the rest is a list of steps. Each starts with a byte, of which the remainder by 8 selects the step:
+// 6 lets
+//   time pass, 7 loses the application and connects the next one, all others send a frame with a valid
+//   header.
 
 #include <algorithm>
-#include <cstdlib>
 #include <memory>
 
 #include "agent/applications/ApplicationStream.h"
 #include "agent/applications/CellLimits.h"
 #include "agent/cells/ServedCells.h"
+#include "fuzz/Fuzzer.h"
+#include "fuzz/Input.h"
 #include "support/ManualClock.h"
 
 using agent::ApplicationId;
 using agent::CellValue;
 using agent::ObjectId;
+using fuzz::Input;
+using fuzz::require;
 
 namespace {
 
@@ -78,7 +90,7 @@ public:
     void handleUnset(const ObjectId& tree) override { m_cells.unset(m_application, tree); }
     void handleAnswer(int, int) override {}
 
-    /// Walks as a manager does. What is wrong is not a matter of the input.
+    /// Walks as a manager does. The promises hold for any input.
     void checkCells() const
     {
         size_t count = 0;
@@ -100,12 +112,6 @@ public:
     }
 
 private:
-    static void require(bool holds)
-    {
-        if (!holds)
-            std::abort();
-    }
-
     void connect()
     {
         ++m_application;
@@ -119,27 +125,6 @@ private:
     const agent::CellLimits m_cellLimits{m_store, m_limits};
     ApplicationId m_application = 0;
     std::unique_ptr<agent::ApplicationStream> m_stream;
-};
-
-/// Reads the input from its beginning; at its end everything is 0 or empty.
-class Input
-{
-public:
-    explicit Input(const QByteArray& bytes) : m_bytes(bytes) {}
-
-    bool isAtEnd() const { return m_position >= m_bytes.size(); }
-    int byte() { return isAtEnd() ? 0 : static_cast<std::uint8_t>(m_bytes[m_position++]); }
-
-    QByteArray take(int count)
-    {
-        const QByteArray bytes = m_bytes.mid(m_position, count);
-        m_position += bytes.size();
-        return bytes;
-    }
-
-private:
-    const QByteArray m_bytes;
-    int m_position = 0;
 };
 
 void feedBytes(Receiver& receiver, Input& input, int pieceSize)
@@ -169,7 +154,7 @@ void feedSteps(Receiver& receiver, Input& input)
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    Input input(QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size)));
+    Input input(data, size);
     Receiver receiver;
     const int kind = input.byte();
     if (kind % 2 == 0)
