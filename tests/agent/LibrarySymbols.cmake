@@ -12,6 +12,7 @@ function(read_functions result)
   set(${result} ${functions} PARENT_SCOPE)
 endfunction()
 
+list(FILTER OBJECTS INCLUDE REGEX "\\.o(bj)?$") # the list also has the precompiled header
 read_functions(library ${OBJECTS})
 read_functions(program ${PROGRAM})
 if(NOT library OR NOT program)
