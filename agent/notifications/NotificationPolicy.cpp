@@ -42,7 +42,7 @@ void NotificationPolicy::handleSummaryWritten(const ObjectId& id, const std::str
 void NotificationPolicy::handleCovered(const ObjectId& id)
 {
     m_checks[id].written = healthTable::unknownStatus;
-    handle(Cover, id);
+    handle(Covered, id);
 }
 
 void NotificationPolicy::handleRemoved(const ObjectId& id)

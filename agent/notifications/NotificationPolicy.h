@@ -50,7 +50,7 @@ public:
         SameStatus, ///< from the application, once more
         Summary,
         EmptySummary,
-        Cover,   ///< by the agent: status and summary at once
+        Covered, ///< by the agent, status and summary at once
         Overdue, ///< the summary has not arrived in time
         Unmuted,
     };
@@ -64,7 +64,7 @@ public:
 
     // clang-format off
     static constexpr Action actions[4][7] = {
-        //                    NewStatus  SameStatus  Summary  EmptySummary  Cover    Overdue  Unmuted
+        //                    NewStatus  SameStatus  Summary  EmptySummary  Covered  Overdue  Unmuted
         /* Unevaluated     */ {Await,    Ignore,     Compare, Ignore,       Ignore,  Ignore,  Ignore},
         /* Settled         */ {Await,    Compare,    Compare, Compare,      Compare, Ignore,  Ignore},
         /* AwaitingSummary */ {Ignore,   Ignore,     Compare, Compare,      Compare, Compare, Ignore},
