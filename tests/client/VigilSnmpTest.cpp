@@ -342,6 +342,30 @@ TEST_F(VigilSnmp, SeveralThreadsMayPublishAtOnceAndNothingIsLost)
     EXPECT_THAT(next, testing::Each(valueCount));
 }
 
+/// Mainly for the thread sanitizer.
+TEST_F(VigilSnmp, ThreadsMayPublishAndRegisterDuringCleanup)
+{
+    start();
+    std::atomic<bool> isStopped{false};
+    std::vector<std::thread> threads;
+    for (const char* cell : {"1", "2"}) {
+        threads.emplace_back([&, cell] {
+            ScriptedCallback callback(recorder);
+            while (!isStopped) {
+                facade.sendValue(below(cell), 1, 0);
+                facade.registerValueChangedCallback(below(cell), &callback);
+                facade.deregisterValueChangedCallback(&callback);
+            }
+        });
+    }
+    EXPECT_TRUE(service.waitForFrames(service.frameCount() + 10));
+    facade.cleanup();
+    isStopped = true;
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_TRUE(service.waitForDisconnections(1));
+}
+
 // --- Callbacks
 
 TEST_F(VigilSnmp, RegistrationsAreLoggedWithTheCallbacksAddress)
