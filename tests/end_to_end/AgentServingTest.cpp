@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <memory>
+
 #include "support/AgentProcess.h"
 #include "support/FakeApplication.h"
 #include "support/RunUntil.h"
@@ -219,53 +221,68 @@ TEST_F(AgentServing, WithoutConfigurationOnlyPublicReadsAndNothingIsWritable)
     EXPECT_TRUE(application.questions().empty());
 }
 
-TEST(AgentAccess, ConfiguredSnmpV3UsersMayWhatTheConfigurationSays)
+/// An agent whose configuration lets two SNMPv3 users into subtree 5: "reader" to read, "writer" to write,
+/// too.
+class AgentAccess : public testing::Test
 {
-    QTemporaryDir directory;
-    QFile file(directory.filePath(QStringLiteral("agent.conf")));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("createUser reader SHA readerAuthPass AES readerPrivPass\n"
-               "rouser reader priv .1.3.6.1.4.1.32473.5\n"
-               "createUser writer SHA writerAuthPass AES writerPrivPass\n"
-               "rwuser writer priv .1.3.6.1.4.1.32473.5\n");
-    file.close();
-    AgentProcess agent({QStringLiteral("--config"), file.fileName()});
-    ASSERT_TRUE(agent.start()) << agent.log().constData();
+protected:
+    void SetUp() override
+    {
+        QFile file(directory.filePath(QStringLiteral("agent.conf")));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("createUser reader SHA readerAuthPass AES readerPrivPass\n"
+                   "rouser reader priv .1.3.6.1.4.1.32473.5\n"
+                   "createUser writer SHA writerAuthPass AES writerPrivPass\n"
+                   "rwuser writer priv .1.3.6.1.4.1.32473.5\n");
+        file.close();
+        agent = std::make_unique<AgentProcess>(QStringList{QStringLiteral("--config"), file.fileName()});
+        ASSERT_TRUE(agent->start()) << agent->log().constData();
+        application = std::make_unique<FakeApplication>(agent->applicationPort());
+        application->publish("6.1", 1);
+        application->publish("5.1", 1);
+        ASSERT_TRUE(managerNamed(QStringLiteral("reader")).waitFor(full("5.1"), QStringLiteral("1")));
+    }
 
-    const auto user = [](const QString& name) {
-        return QStringList{QStringLiteral("-v3"),
-                           QStringLiteral("-u"),
-                           name,
-                           QStringLiteral("-l"),
-                           QStringLiteral("authPriv"),
-                           QStringLiteral("-a"),
-                           QStringLiteral("SHA"),
-                           QStringLiteral("-A"),
-                           name + QStringLiteral("AuthPass"),
-                           QStringLiteral("-x"),
-                           QStringLiteral("AES"),
-                           QStringLiteral("-X"),
-                           name + QStringLiteral("PrivPass")};
-    };
-    const SnmpTool reader(agent.udpAddress(), user(QStringLiteral("reader")));
-    const SnmpTool writer(agent.udpAddress(), user(QStringLiteral("writer")));
-    FakeApplication application(agent.applicationPort());
-    application.publish("6.1", 1);
-    application.publish("5.1", 1);
-    ASSERT_TRUE(reader.waitFor(full("5.1"), QStringLiteral("1")));
-    EXPECT_NE(reader.get(full("6.1")), QStringLiteral("1")) << "outside the view";
-    const QStringList assignment{full("5.1"), QStringLiteral("i"), QStringLiteral("2")};
+    SnmpTool managerNamed(const QString& name) const
+    {
+        return SnmpTool(agent->udpAddress(),
+                        QStringLiteral("-v3 -l authPriv -u %1 -a SHA -A %1AuthPass -x AES -X %1PrivPass")
+                            .arg(name)
+                            .split(QLatin1Char(' ')));
+    }
+
+    const QStringList assignment = {full("5.1"), QStringLiteral("i"), QStringLiteral("2")};
+    const QTemporaryDir directory;
+    std::unique_ptr<AgentProcess> agent;
+    std::unique_ptr<FakeApplication> application;
+};
+
+TEST_F(AgentAccess, AReaderSeesOnlyTheSubtreeOfItsView)
+{
+    const SnmpTool reader = managerNamed(QStringLiteral("reader"));
+    EXPECT_EQ(reader.get(full("5.1")), QStringLiteral("1"));
+    EXPECT_NE(reader.get(full("6.1")), QStringLiteral("1"));
+}
+
+TEST_F(AgentAccess, AReaderCannotSet)
+{
+    const SnmpTool reader = managerNamed(QStringLiteral("reader"));
     EXPECT_NE(reader.set(assignment).exitCode, 0);
-    EXPECT_EQ(writer.set(assignment).exitCode, 0);
-    EXPECT_EQ(reader.get(full("5.1")), QStringLiteral("2"));
+    EXPECT_EQ(reader.get(full("5.1")), QStringLiteral("1"));
+}
 
-    const SnmpTool publicReader(agent.udpAddress());
-    EXPECT_NE(
-        publicReader
-            .run(QStringLiteral("snmpget"), {full("5.1")}, {QStringLiteral("-r0"), QStringLiteral("-t1")})
-            .exitCode,
-        0)
-        << "a configuration replaces the built-in access";
+TEST_F(AgentAccess, AWriterCanSet)
+{
+    EXPECT_EQ(managerNamed(QStringLiteral("writer")).set(assignment).exitCode, 0);
+    EXPECT_EQ(managerNamed(QStringLiteral("reader")).get(full("5.1")), QStringLiteral("2"));
+}
+
+TEST_F(AgentAccess, AConfigurationReplacesTheBuiltInAccess)
+{
+    const SnmpTool::Result result =
+        SnmpTool(agent->udpAddress())
+            .run(QStringLiteral("snmpget"), {full("5.1")}, {QStringLiteral("-r0"), QStringLiteral("-t1")});
+    EXPECT_NE(result.exitCode, 0);
 }
 
 TEST(AgentServingASubtree, NothingOutsideItIsServed)

@@ -251,34 +251,96 @@ TEST_F(HealthCheck, MetricsOutliveTheirCheck)
 
 // --- Publications
 
-TEST_F(HealthCheck, TheLifeOfACheckIsPublishedStepByStep)
+class PublishedHealthCheck : public HealthCheck
 {
-    start();
-    CheckPointer check = makeCheck("app", "hc");
-    EXPECT_THAT(publications(), ElementsAre(set(cell(1, 3, checkRow), 3), set(cell(1, 4, checkRow), "")));
+protected:
+    void SetUp() override
+    {
+        start();
+        check = makeCheck("app", "hc");
+    }
 
+    /// Adds the metric "cpu", which is critical. Everything published before update() is taken from
+    /// publications().
+    ScalarMetric* addCriticalMetric()
+    {
+        check->setDescription("D");
+        ScalarMetric* cpu = check->createScalarMetric("cpu");
+        cpu->setUnit("%");
+        cpu->setWarningRange(Range::CreateThresholdAbove(80));
+        cpu->setCriticalRange(Range::CreateThresholdAbove(95));
+        cpu->setValue(97.5);
+        cpu->setPerformanceDataEnabled(true);
+        publications();
+        return cpu;
+    }
+
+    static std::vector<std::string> metricRowOf(const char* unit, const char* warning, const char* critical)
+    {
+        return {set(cell(2, 2, metricRow), unit), set(cell(2, 3, metricRow), warning),
+                set(cell(2, 4, metricRow), critical)};
+    }
+
+    /// The withdrawal of these columns of the metric's row.
+    static std::vector<std::string> withdrawn(int table, const std::vector<int>& columns)
+    {
+        std::vector<std::string> lines;
+        for (const int column : columns)
+            lines.push_back(unset(cell(table, column, metricRow)));
+        return lines;
+    }
+
+    CheckPointer check;
+};
+
+TEST_F(PublishedHealthCheck, ANewCheckPublishesUnknownAndAnEmptySummary)
+{
+    EXPECT_THAT(publications(), ElementsAre(set(cell(1, 3, checkRow), 3), set(cell(1, 4, checkRow), "")));
+}
+
+TEST_F(PublishedHealthCheck, ADescriptionWaitsForTheUpdate)
+{
+    publications();
     check->setDescription("D");
     EXPECT_THAT(publications(), IsEmpty());
+}
 
+TEST_F(PublishedHealthCheck, ANewMetricPublishesItsKindAndItsRow)
+{
+    publications();
     ScalarMetric* cpu = check->createScalarMetric("cpu");
-    const std::vector<std::string> noRanges = {
-        set(cell(2, 2, metricRow), ""), set(cell(2, 3, metricRow), "off"), set(cell(2, 4, metricRow), "off")};
-    EXPECT_THAT(publications(),
-                ElementsAre(set(cell(2, 5, metricRow), 0), noRanges[0], noRanges[1], noRanges[2]));
+    std::vector<std::string> expected = metricRowOf("", "off", "off");
+    expected.insert(expected.begin(), set(cell(2, 5, metricRow), 0));
+    EXPECT_EQ(publications(), expected);
+    cpu->remove();
+}
 
+TEST_F(PublishedHealthCheck, AUnitOrARangePublishesTheMetricsRowAtOnce)
+{
+    ScalarMetric* cpu = check->createScalarMetric("cpu");
+    publications();
     cpu->setUnit("%");
-    EXPECT_THAT(publications(), ElementsAre(set(cell(2, 2, metricRow), "%"), noRanges[1], noRanges[2]));
-
+    EXPECT_EQ(publications(), metricRowOf("%", "off", "off"));
     cpu->setWarningRange(Range::CreateThresholdAbove(80));
+    EXPECT_EQ(publications(), metricRowOf("%", "~:80", "off"));
     cpu->setCriticalRange(Range::CreateThresholdAbove(95));
-    const std::vector<std::string> row = {set(cell(2, 2, metricRow), "%"), set(cell(2, 3, metricRow), "~:80"),
-                                          set(cell(2, 4, metricRow), "~:95")};
-    EXPECT_THAT(publications(), ElementsAre(row[0], row[1], noRanges[2], row[0], row[1], row[2]));
+    EXPECT_EQ(publications(), metricRowOf("%", "~:80", "~:95"));
+    cpu->remove();
+}
 
+TEST_F(PublishedHealthCheck, AValueAndItsPerformanceDataWaitForTheUpdate)
+{
+    ScalarMetric* cpu = check->createScalarMetric("cpu");
+    publications();
     cpu->setValue(97.5);
     cpu->setPerformanceDataEnabled(true);
     EXPECT_THAT(publications(), IsEmpty());
+    cpu->remove();
+}
 
+TEST_F(PublishedHealthCheck, AnUpdatePublishesCheckResultAndPerformanceData)
+{
+    ScalarMetric* cpu = addCriticalMetric();
     check->update();
     const std::string text = "out of critical range: cpu is 97.5%.";
     EXPECT_THAT(publications(),
@@ -287,17 +349,26 @@ TEST_F(HealthCheck, TheLifeOfACheckIsPublishedStepByStep)
                             set(cell(4, 1, metricRow), "cpu"), set(cell(4, 2, metricRow), "97.5"),
                             set(cell(4, 3, metricRow), "%"), set(cell(4, 4, metricRow), "~:80"),
                             set(cell(4, 5, metricRow), "~:95")));
-
     cpu->remove();
-    std::vector<std::string> removed;
-    for (const int column : {2, 3, 4, 5})
-        removed.push_back(unset(cell(2, column, metricRow)));
-    for (const int column : {1, 2})
-        removed.push_back(unset(cell(3, column, metricRow)));
-    for (const int column : {1, 2, 3, 4, 5})
-        removed.push_back(unset(cell(4, column, metricRow)));
-    EXPECT_EQ(publications(), removed);
+}
 
+TEST_F(PublishedHealthCheck, ARemovedMetricWithdrawsItsRowsInAllTables)
+{
+    ScalarMetric* cpu = addCriticalMetric();
+    check->update();
+    publications();
+    cpu->remove();
+    std::vector<std::string> expected = withdrawn(2, {2, 3, 4, 5});
+    for (const std::string& line : withdrawn(3, {1, 2}))
+        expected.push_back(line);
+    for (const std::string& line : withdrawn(4, {1, 2, 3, 4, 5}))
+        expected.push_back(line);
+    EXPECT_EQ(publications(), expected);
+}
+
+TEST_F(PublishedHealthCheck, ADestroyedCheckWithdrawsItsRow)
+{
+    publications();
     check.reset();
     ASSERT_TRUE(service.waitForDisconnections(1));
     EXPECT_THAT(publicationsSoFar(), ElementsAre(unset(cell(1, 3, checkRow)), unset(cell(1, 4, checkRow))));
