@@ -10,26 +10,26 @@
 
 namespace support {
 
-/// An application in a process of its own, with the library's real client.
+/// Runs a real application, with the library's client, in a separate process.
 ///
 /// Purpose: it publishes the health check "test"."application" with a metric "value", and can be killed.
 ///
-/// Threads: one with an event loop. Failure: start() and the ways to end it return false.
+/// Threads: one with an event loop. Failure: start(), stop() and kill() return false.
 class ApplicationProcess
 {
 public:
-    /// The application will look for the agent at this port.
+    /// The application connects to the agent at this port.
     explicit ApplicationProcess(quint16 agentPort);
     ~ApplicationProcess();
 
     bool start();
     void publish(int value);
 
-    /// Ends it in order, which withdraws what it has published.
+    /// Shuts it down cleanly, so it withdraws its cells.
     bool stop();
     bool kill();
 
-    /// Where the metric's value is served, by its name in VIGIL-MIB.
+    /// The name in VIGIL-MIB of the metric's value.
     static QString valueName();
 
 private:

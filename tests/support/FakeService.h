@@ -18,11 +18,11 @@ namespace support {
 
 class FakeServiceThread;
 
-/// The other end of the library's connection, under a test's control: a TCP server on a free port of
-/// 127.0.0.1 that records every frame it gets, sends what it is told to, and fails on demand.
+/// A scriptable peer of the library: a TCP server on a free port of 127.0.0.1. It records every frame, sends
+/// frames on request and fails on demand.
 ///
-/// Purpose: tests of everything that talks to the SNMP service. It accepts any number of connections; what it
-/// sends, and the faults, concern the newest one. A typical test:
+/// Purpose: tests of everything that talks to the SNMP service. It accepts any number of connections; sending
+/// and faults apply to the newest one. A typical test:
 ///
 ///     FakeService service;
 ///     … connect to service.port() …
@@ -31,15 +31,11 @@ class FakeServiceThread;
 ///     ASSERT_TRUE(service.waitForFrames(1));
 ///     EXPECT_EQ(service.frames()[0].header.messageCounter, 1u);
 ///
-/// Threads: works in a thread of its own from construction to destruction and needs no QCoreApplication,
-/// since the programs under test may have none yet. All operations may be called from any thread and return
-/// when the service has carried them out. The waiting ones block the caller: they must not be what the
-/// client's event loop waits for.
+/// Threads: runs in a separate thread from construction to destruction. It needs no QCoreApplication, since
+/// the program under test may have none yet. Any thread may call it; calls return once the service has
+/// carried them out. Waiting blocks the caller, so do not wait on the thread of the client's event loop.
 ///
-/// Ownership: owns its sockets and its thread; the destructor closes them.
-///
-/// Failure: the constructor throws std::runtime_error when no port can be had. Waiting returns false when the
-/// deadline has passed.
+/// Failure: the constructor throws std::runtime_error if no port is free. Waiting returns false on time-out.
 class FakeService
 {
 public:
@@ -78,7 +74,7 @@ public:
     bool waitForDisconnections(int count, int timeoutMs = defaultTimeoutMs) const;
     bool waitForFrames(int count, int timeoutMs = defaultTimeoutMs) const;
 
-    /// Waits for at least one frame that the predicate holds for.
+    /// Waits for at least one frame that satisfies the predicate.
     bool waitForFrame(const std::function<bool(const Frame&)>& predicate,
                       int timeoutMs = defaultTimeoutMs) const;
 
@@ -106,10 +102,10 @@ public:
     /// come in on it. 0 switches it off.
     void closeAfterFrames(int count);
 
-    /// From now on nobody can connect; the port stays reserved. Connections that stand are left alone.
+    /// Refuses new connections and keeps the port reserved. Existing connections stay.
     void refuseConnections();
 
-    /// Takes refuseConnections() back, on the same port.
+    /// Accepts connections again, on the same port.
     void acceptConnections();
 
 private:

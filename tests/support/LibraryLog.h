@@ -9,10 +9,10 @@
 
 namespace support {
 
-/// The library's log files, in a directory that belongs to the test program.
+/// The library's log files, in a directory of the test program.
 ///
-/// The library chooses its directory once in the life of a process, so the directory is the same for all
-/// tests of a program; each object begins with an empty one. Make it before the library is started.
+/// The library chooses its directory once in a process, so all tests of a program share one. Each object
+/// starts with an empty directory. Create it before the library starts.
 class LibraryLog
 {
 public:
@@ -23,11 +23,11 @@ public:
     /// The lines written so far, without their time stamps.
     std::vector<std::string> lines() const;
 
-    /// How many lines contain text.
+    /// The number of lines with text.
     int count(const std::string& text) const;
     bool contains(const std::string& text) const { return count(text) > 0; }
 
-    /// Waits for a line that contains text.
+    /// Waits for a line with text.
     bool waitFor(const std::string& text, int timeoutMs = 10000) const;
 };
 

@@ -19,9 +19,8 @@ namespace support {
 
 /// A test of the library as an application sees it, with a fake service at the other end.
 ///
-/// Nothing is started before start(), or whatever else in the test calls init(); the library is stopped when
-/// the test is over. Checks that a test leaves behind would keep it running into the next one: hold them in
-/// CheckPointer.
+/// start() or any init() starts the library; it stops at the end of the test. A check left alive would keep
+/// it running into the next test, so hold checks in CheckPointer.
 class LibraryTest : public testing::Test
 {
 protected:
@@ -31,21 +30,21 @@ protected:
     /// Starts the library and waits until it is connected.
     void start();
 
-    /// Returns when the library has sent everything that was published so far, and reacted to all that was
-    /// sent to it. Needs the connection.
+    /// Returns once the library has sent everything published so far and handled everything sent to it. Needs
+    /// the connection.
     void settle();
 
-    /// What was published since the last call, in the order of its arrival.
+    /// Everything published since the last call, in order of arrival.
     std::vector<std::string> publications();
 
-    /// The same, without settling before: for a library that is no longer connected.
+    /// The same without settling first, for a library without a connection.
     std::vector<std::string> publicationsSoFar();
 
     /// Sends a SET to validate and returns the verdict, as in "answer 0 to 1.2 = 5".
     std::string validate(const std::string& oid, const std::string& value);
     std::string validate(const std::string& oid, int value);
 
-    /// Sends a committed SET and returns when it has been dealt with.
+    /// Sends a committed SET and returns once the library has handled it.
     void commit(const std::string& oid, const std::string& value);
     void commit(const std::string& oid, int value);
 

@@ -12,7 +12,7 @@ namespace support {
 
 /// The service manager's end of the socket that NOTIFY_SOCKET names.
 ///
-/// Threads: one with an event loop. Failure: a socket that cannot be had receives nothing.
+/// Threads: one with an event loop. Failure: without a socket nothing is received.
 class NotifySocket
 {
 public:

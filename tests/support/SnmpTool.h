@@ -15,8 +15,8 @@ namespace support {
 /// A manager: runs Net-SNMP's command line tools against one address, with the names of VIGIL-MIB
 /// and VIGIL-AGENT-MIB.
 ///
-/// Threads: one with an event loop, which keeps running while a tool runs, so that fake applications of the
-/// same test can answer. Failure: a tool that cannot be run or does not end gives the exit code -1.
+/// Threads: one with an event loop. The loop runs while a tool runs, so fake applications of the same test
+/// can answer. Failure: the exit code is -1 if a tool cannot be run or does not end.
 class SnmpTool
 {
 public:
@@ -27,20 +27,20 @@ public:
         QString err;
     };
 
-    /// credentials as the tools take them.
+    /// Credentials in the syntax of the tools.
     explicit SnmpTool(const QString& address, const QStringList& credentials = readOnlyCommunity());
 
     static QStringList community(const QString& name);
     static QStringList readOnlyCommunity() { return community(QStringLiteral("public")); }
 
-    /// For programs of Net-SNMP: they find all modules, read no configuration of the user who runs the tests
-    /// and leave none behind.
+    /// For programs of Net-SNMP: they find all modules, and keep their configuration and state in
+    /// privateDirectory.
     static QProcessEnvironment environment(const QString& privateDirectory);
 
     /// program OPTIONS credentials address operands
     Result run(const QString& program, const QStringList& operands, const QStringList& options = {}) const;
 
-    /// The value that snmpget prints for a full numeric or symbolic identifier.
+    /// The value snmpget prints for a full numeric or symbolic identifier.
     QString get(const QString& id) const;
 
     /// One SET of (identifier, type, value) triples.
@@ -49,7 +49,7 @@ public:
     /// The lines "identifier value" of a snmpbulkwalk, numeric.
     QStringList walk(const QString& root, const QString& program = QStringLiteral("snmpbulkwalk")) const;
 
-    /// Waits until get() gives the value.
+    /// Waits until get() returns the value.
     bool waitFor(const QString& id, const QString& value) const;
 
 private:

@@ -12,36 +12,35 @@
 
 namespace support {
 
-/// A real snmpd on a free port, with an AgentX socket, a configuration and folders of its own, for as long as
-/// the object lives. It can be ended and started again at the same addresses.
+/// Runs a real snmpd on a free port while the object lives. Its AgentX socket, configuration and folders are
+/// private. It can be restarted at the same addresses.
 ///
-/// Threads: one with an event loop. Failure: start() returns false; log() holds what snmpd said.
+/// Threads: one with an event loop. Failure: start() returns false; log() says why.
 class SnmpdProcess
 {
 public:
-    /// Directives in addition to its addresses, and arguments in addition to those that make it read nothing
-    /// else.
+    /// The addresses are added to the directives; further arguments keep snmpd from reading other files.
     explicit SnmpdProcess(const QByteArray& directives = openToThisHost(), const QStringList& arguments = {});
     ~SnmpdProcess();
 
     /// The community "public" may read, "private" may write.
     static QByteArray openToThisHost();
 
-    /// Comes back when snmpd is ready to serve.
+    /// Returns once snmpd is ready to serve.
     bool start();
 
-    /// Ends it in order. False when it does not end.
+    /// Shuts it down cleanly. Returns false if it does not end.
     bool stop();
     bool kill();
 
-    /// Stops and continues the process, as a debugger would.
+    /// Suspend and resume the process, as a debugger would.
     void suspend();
     void resume();
 
     QString agentxAddress() const { return m_directory.filePath(QStringLiteral("master")); }
     QString udpAddress() const { return QStringLiteral("udp:127.0.0.1:%1").arg(m_port); }
 
-    /// What snmpd has written since its last start.
+    /// All output since the last start.
     const QByteArray& log();
     bool waitForLog(const QByteArray& text, int times = 1);
 

@@ -14,29 +14,29 @@
 
 namespace support {
 
-/// A real snmptrapd on a free port of this host, for as long as the object lives.
+/// Runs a real snmptrapd on a free port while the object lives.
 ///
-/// Purpose: end-to-end tests start one, name its address() in the agent's configuration and read what it
-/// prints.
+/// Purpose: end-to-end tests start one, name its address() in the agent's configuration and read the
+/// notifications it received.
 ///
-/// Threads: one with an event loop. Failure: start() returns false; log() holds what snmptrapd said.
+/// Threads: one with an event loop. Failure: start() returns false; log() says why.
 class SnmptrapdProcess
 {
 public:
-    /// Directives in addition to those that let every community in.
+    /// Every community is accepted; the directives are added.
     explicit SnmptrapdProcess(const QByteArray& directives = QByteArray());
     ~SnmptrapdProcess();
 
-    /// Comes back when notifications can be sent to it.
+    /// Returns once it can receive notifications.
     bool start();
 
     QString address() const { return QStringLiteral("udp:127.0.0.1:%1").arg(m_port); }
 
-    /// One text for each notification, in the order of their arrival: its objects behind sysUpTime.0,
-    /// separated by "; ", with names but without modules.
+    /// One text for each notification, in order of arrival: the objects after sysUpTime.0, separated by "; ",
+    /// with names but without modules.
     QStringList notifications();
 
-    /// Waits until there are that many. Returns them all, whether or not they are as many.
+    /// Waits until there are count notifications. Returns all of them, after a time-out fewer.
     QStringList waitForNotifications(int count);
 
     const QByteArray& log();
