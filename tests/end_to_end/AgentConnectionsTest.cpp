@@ -160,7 +160,7 @@ TEST_F(AgentConnections, AFrameMayArriveByteByByte)
     EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".2.2"), QStringLiteral("7")));
 }
 
-TEST_F(AgentConnections, HalfAFrameHoldsNobodyUp)
+TEST_F(AgentConnections, HalfAFrameDelaysNoOtherApplication)
 {
     offender->sendBytes(frame(2, intPayload("2.2")).left(50));
     bystander->publish("1.2", 12);
@@ -176,7 +176,7 @@ TEST_F(AgentConnections, AValueWithANotificationSetsTheCellToo)
     EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".2.2"), QStringLiteral("7")));
 }
 
-TEST_F(AgentConnections, AFloodOfUnsetsHoldsNobodyUp)
+TEST_F(AgentConnections, AFloodOfUnsetsDelaysNoOtherApplication)
 {
     base::SnmpInt nothing;
     nothing.oid = "2";
@@ -193,7 +193,7 @@ TEST_F(AgentConnections, AFloodOfUnsetsHoldsNobodyUp)
     EXPECT_TRUE(offender->isConnected());
 }
 
-TEST_F(AgentConnections, LargeFramesThatNeverEndHoldNobodyUp)
+TEST_F(AgentConnections, EndlessLargeFramesDelayNoOtherApplication)
 {
     QByteArray beginning = frame(1, QByteArray(1'000'000, 'x'));
     qToBigEndian<qint64>(64 * 1024 * 1024, beginning.data() + 8);

@@ -85,7 +85,7 @@ protected:
             60'000);
     }
 
-    /// Every cell is there, in order, with the value of this round or of the one before.
+    /// Every cell is there, sorted, with the value of this round or of the previous one.
     void expectWhole(const QStringList& lines, int round) const
     {
         ASSERT_EQ(lines.size(), load.applications * load.cells);

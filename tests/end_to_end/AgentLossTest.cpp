@@ -101,7 +101,7 @@ TEST_F(AgentLoss, AConnectionThatTheAgentEndsIsLostToo)
     EXPECT_FALSE(application->isConnected());
 }
 
-TEST_F(AgentLoss, WhatALostConnectionLeavesBehindIsForgotten)
+TEST_F(AgentLoss, CellsOfALostApplicationAreForgotten)
 {
     start(
         {QStringLiteral("--grace"), QStringLiteral("600"), QStringLiteral("--forget"), QStringLiteral("1")});

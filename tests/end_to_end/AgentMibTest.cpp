@@ -175,7 +175,7 @@ TEST_F(AgentMib, SnmptablePrintsNamesAndNothingElse)
         << qPrintable(lines[3]);
 }
 
-TEST_F(AgentMib, StandsInAWalkBetweenTheCellsBeforeAndBehindIt)
+TEST_F(AgentMib, StandsInAWalkBetweenItsNeighbours)
 {
     first->publish("127.3.1.200.4.9", 1);
     first->publish("127.3.1.200.6", 2);

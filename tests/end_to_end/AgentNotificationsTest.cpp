@@ -173,7 +173,7 @@ TEST_F(AgentNotifications, SilenceIsNews)
     EXPECT_EQ(receiver.notifications().value(1), changed("ok", "unknown", "all is well again"));
 }
 
-TEST_F(AgentNotifications, AnApplicationThatEndsInOrderIsNoNews)
+TEST_F(AgentNotifications, ACleanShutdownOfAnApplicationIsNotNotified)
 {
     startAgent(QStringLiteral("trap2sink ") + receiver.address(),
                {QStringLiteral("--grace"), QStringLiteral("0")});
@@ -229,9 +229,9 @@ TEST_F(AgentNotifications, AConfigurationThatIsReadAgainReplacesTheReceivers)
     EXPECT_EQ(agent->stop(), 0);
 }
 
-TEST_F(AgentNotifications, AReceiverThatDoesNotAnswerInformsHoldsNobodyUp)
+TEST_F(AgentNotifications, ASilentInformReceiverDelaysNoOne)
 {
-    QUdpSocket silent; // bound, so that the host refuses nothing, but nobody reads
+    QUdpSocket silent; // bound, so the host accepts datagrams; no one reads them
     ASSERT_TRUE(support::bindToFreePort(silent));
     startAgent(QStringLiteral("informsink 127.0.0.1:%1\ntrap2sink %2")
                    .arg(silent.localPort())
@@ -248,7 +248,7 @@ TEST_F(AgentNotifications, AReceiverThatDoesNotAnswerInformsHoldsNobodyUp)
     EXPECT_EQ(agent->stop(), 0);
 }
 
-TEST_F(AgentNotifications, AnSnmpV3ReceiverWithoutEngineIdIsKeptOutOfInformsSinceAskingForItWouldTakeSeconds)
+TEST_F(AgentNotifications, AnSnmpV3InformReceiverWithoutEngineIdIsIgnored)
 {
     QUdpSocket silent;
     ASSERT_TRUE(support::bindToFreePort(silent));

@@ -241,7 +241,7 @@ TEST_F(AgentSet, ValuesAreReceivedWhileASetWaits)
     EXPECT_EQ(tool->set(integer("5.1", "2")).exitCode, 0);
 }
 
-TEST_F(AgentSet, AGetBehindAWaitingSetIsAnsweredWhenTheSetIsOver)
+TEST_F(AgentSet, AGetAfterAPendingSetWaitsForIt)
 {
     start(500);
     application->onQuestion = [](const FakeApplication::Request&) {};
@@ -344,7 +344,7 @@ TEST_F(AgentSet, OneSilentApplicationOfTwoStopsTheWholeSet)
     EXPECT_TRUE(other.commits().empty());
 }
 
-TEST_F(AgentSet, TheAgentEndsInOrderWhileASetWaits)
+TEST_F(AgentSet, TheAgentShutsDownCleanlyDuringAPendingSet)
 {
     start();
     application->onQuestion = [](const FakeApplication::Request&) {};

@@ -84,7 +84,7 @@ TEST(AgentStart, ASnmpPortThatIsTakenIsAnError)
     expectRefusal(AgentProcess::run(serving(streams.serverPort())), "cannot serve on udp:127.0.0.1:");
 }
 
-TEST(AgentStart, AnAddressThatIsNoneIsAnError)
+TEST(AgentStart, AnInvalidAddressIsAnError)
 {
     expectRefusal(AgentProcess::run({QStringLiteral("--standalone"), QStringLiteral("nonsense:127.0.0.1:1"),
                                      QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0")}),
@@ -114,7 +114,7 @@ TEST(AgentStart, UnknownDirectivesOfTheConfigurationAreLogged)
         << agent.log().constData();
 }
 
-TEST(AgentStart, SigtermAndSigintEndTheAgentInOrder)
+TEST(AgentStart, SigtermAndSigintShutTheAgentDownCleanly)
 {
     AgentProcess first;
     ASSERT_TRUE(first.start()) << first.log().constData();
@@ -127,7 +127,7 @@ TEST(AgentStart, SigtermAndSigintEndTheAgentInOrder)
     EXPECT_TRUE(second.waitForLog("vigil-agent: ending\n"));
 }
 
-TEST(AgentStart, NothingIsLeftBehindOnDisk)
+TEST(AgentStart, NoFileIsLeft)
 {
     AgentProcess agent;
     ASSERT_TRUE(agent.start()) << agent.log().constData();

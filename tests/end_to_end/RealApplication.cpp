@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // An application with one health check, "test"."application", whose metric "value" takes each number that
-// comes in on standard input. It ends in order when the input ends.
+// comes in on standard input. It shuts down cleanly at the end of the input.
 
 #include <vigil/vigil.h>
 

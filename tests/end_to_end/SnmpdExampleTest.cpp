@@ -46,7 +46,7 @@ QStringList user(const char* name, const char* password, const char* secret)
             QLatin1String(secret)};
 }
 
-/// snmpd with the example and an application behind it.
+/// snmpd with the example, an agent and an application.
 class SnmpdExample : public testing::Test
 {
 protected:

@@ -18,7 +18,7 @@ namespace {
 const QString root = QStringLiteral(".1.3.6.1.4.1.32473");
 const QString cells = QStringLiteral("VIGIL-AGENT-MIB::vigilAgentCells.0");
 
-/// snmpd, and agents behind it.
+/// snmpd with subagents.
 class SubagentMib : public testing::Test
 {
 protected:
@@ -44,7 +44,7 @@ protected:
 
 } // namespace
 
-TEST_F(SubagentMib, StandsInAWalkThroughSnmpdBetweenTheCellsBeforeAndBehindIt)
+TEST_F(SubagentMib, StandsInAWalkThroughSnmpdBetweenItsNeighbours)
 {
     const auto agent = startAgent();
     FakeApplication application(agent->applicationPort());

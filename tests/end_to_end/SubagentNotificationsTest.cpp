@@ -35,7 +35,7 @@ QString changed(const char* status, const char* previous, const char* summary)
         .arg(QLatin1String(status), QLatin1String(previous), QLatin1String(summary));
 }
 
-/// snmpd with a receiver of notifications, an agent behind it and an application.
+/// snmpd with a notification receiver, a subagent and an application.
 class SubagentNotifications : public testing::Test
 {
 protected:

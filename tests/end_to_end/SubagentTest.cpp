@@ -33,7 +33,7 @@ QString full(const char* relative)
     return root + QLatin1Char('.') + QLatin1String(relative);
 }
 
-/// snmpd, an agent behind it and an application.
+/// snmpd with a subagent and an application.
 class Subagent : public testing::Test
 {
 protected:

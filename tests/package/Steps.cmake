@@ -36,7 +36,7 @@ function(configure source build prefix)
     -D CMAKE_PREFIX_PATH=${prefix})
 endfunction()
 
-# Lets programs that are run from here on find the DLLs in PREFIX. Nobody listens on port 1: they must run without a
+# Lets later programs find the DLLs in PREFIX. No service listens on port 1: they must run without a
 # service, too.
 macro(prepare_environment prefix)
   set(ENV{VIGIL_SERVICE_PORT} 1)
