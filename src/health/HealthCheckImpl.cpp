@@ -3,7 +3,7 @@
 
 #include "health/HealthCheckImpl.h"
 
-#include <vigil/VigilSnmpInterface.h>
+#include <vigil/Connector.h>
 
 #include <new>
 
@@ -37,8 +37,9 @@ HealthCheckImpl::HealthCheckImpl(const std::string& firstKey, const std::string&
       m_connector(createConnector(this, m_store).release())
 {}
 
-/// The connector waits for a callback that is under way, and the callback may publish through the connector
-/// meanwhile: the pointer to it must stay good until the connector is gone.
+/// The connector's destructor waits for a callback in progress. This callback may still publish through
+/// m_connector, so the pointer must stay valid until the destructor returns; a unique_ptr may be null by
+/// then.
 HealthCheckImpl::~HealthCheckImpl()
 {
     delete m_connector;

@@ -6,13 +6,14 @@
 
 #include <memory>
 
-#include <vigil/Connector.h>
 #include <vigil/HealthCheck.h>
 
 #include "health/MetricStore.h"
 
-/// The health check that createHealthCheck() makes: see vigil::HealthCheck. Counts itself among the living
-/// checks of the process; the last one to go stops the library.
+class Connector;
+
+/// The implementation of vigil::HealthCheck, created by createHealthCheck(). The last check of the process
+/// stops the library.
 class HealthCheckImpl : public vigil::HealthCheck
 {
 public:

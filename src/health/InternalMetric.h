@@ -9,15 +9,14 @@
 
 #include "types/PerformanceData.h"
 
-/// A metric as its health check sees it: something that can be evaluated. Threads and ownership as for the
-/// metric.
+/// The health check's view of a metric.
 class InternalMetric : public vigil::Metric
 {
 public:
-    /// Judges the metric. False when there is nothing to say about it.
+    /// Judges the metric. False if it has no result.
     virtual bool evaluate(vigil::Result& out) = 0;
 
-    /// Fills in the metric's numbers. False, with out untouched, when it has none to show.
+    /// Fills in the metric's performance data. False, with out untouched, if it has no performance data.
     virtual bool getPerformanceData(PerformanceData& out) = 0;
 
 protected:

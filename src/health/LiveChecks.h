@@ -4,8 +4,9 @@
 #ifndef VIGIL_HEALTH_LIVECHECKS_H
 #define VIGIL_HEALTH_LIVECHECKS_H
 
-/// Counts the living health checks of the process: the first one starts the service client, the last one
-/// stops it. Not atomic; checks are created and destroyed by one thread at a time.
+/// Counts the health checks of the process: the first one starts the library, the last one stops it.
+///
+/// Threads: not atomic; one thread at a time creates and destroys checks.
 class LiveChecks
 {
 public:

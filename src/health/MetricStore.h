@@ -19,16 +19,14 @@ class HealthCheckImpl;
 class InternalMetric;
 class RemoteMetricObserver;
 
-/// The part of a health check that its metrics reach.
+/// The metrics of a health check by name, and the results of its last update.
 ///
-/// Purpose: knows the metrics by name and the results of the last update, and hands the metrics' news on to
-/// the check's connector.
+/// Purpose: metrics reach their check through it; it forwards their changes to the check's connector.
 ///
-/// Threads: that of the health check; notifyChanged() and evaluateAll() also the client thread, when an
-/// application publishes from inside a callback. No lock: the application keeps the threads apart.
+/// Threads: the thread of the health check; notifyChanged() and evaluateAll() also the client thread if an
+/// application publishes inside a callback. No lock: the application keeps the threads apart.
 ///
-/// Ownership: owned by the check alone; metrics hold weak references, so that they outlive it. Owns no
-/// metric: a metric owns itself.
+/// Ownership: the check owns it. Metrics own themselves and outlive it; they hold weak references to it.
 class MetricStore
 {
 public:
@@ -40,16 +38,17 @@ public:
     void registerObserver(RemoteMetricObserver* observer);
     void unregisterObserver(RemoteMetricObserver* observer);
 
-    /// Enters metric under its name, in place of an earlier one.
+    /// Enters metric under its name; it replaces an earlier one.
     void addMetric(const std::string& name, const std::shared_ptr<InternalMetric>& metric);
 
-    /// Takes away whatever goes by the name of metric, rows included.
+    /// Withdraws the rows under the name of metric, and removes the entry under this name even if it is
+    /// another metric's.
     void removeMetric(InternalMetric* metric);
 
-    /// Forgets all metrics. They and their rows stay.
+    /// Removes all entries. The metrics and their rows stay.
     void clear();
 
-    /// Evaluates all living metrics in the order of their names.
+    /// Evaluates all existing metrics in the order of their names.
     void evaluateAll();
 
     /// The outcome of the last evaluateAll().

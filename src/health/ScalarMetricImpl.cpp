@@ -31,10 +31,10 @@ void ScalarMetricImpl::remove()
         return;
     if (const auto store = m_store.lock())
         store->removeMetric(this);
-    const std::shared_ptr<ScalarMetricImpl> last = std::move(m_self); // this object ends with the scope
+    const std::shared_ptr<ScalarMetricImpl> last = std::move(m_self); // the scope ends this object
 }
 
-// --- What is published
+// --- Published attributes
 
 std::string ScalarMetricImpl::getName() const
 {

@@ -16,10 +16,10 @@
 #include "health/MetricStore.h"
 #include "snmp/RemoteMetricObserver.h"
 
-/// The scalar metric that a health check makes: see vigil::ScalarMetric.
+/// The implementation of vigil::ScalarMetric, created by a health check.
 ///
-/// Threads: the manager's changes arrive on the client thread while the application's thread evaluates, so
-/// the fields have a lock. It is never held while the application's handler is called.
+/// Threads: a lock guards the fields, because a manager's range may arrive on the client thread during an
+/// evaluation. It is not held during calls of the application's handler.
 class ScalarMetricImpl : public InternalMetric, public vigil::ScalarMetric, public RemoteMetricObserver
 {
 public:
@@ -63,8 +63,7 @@ private:
     RangeChangeHandler* rangeHandler() const;
 
     const std::weak_ptr<MetricStore> m_store;
-    mutable std::recursive_mutex
-        m_mutex; // recursive, since the connector reads back what it is told to publish
+    mutable std::recursive_mutex m_mutex; // recursive: publish() makes the connector call the getters
     RangeChangeHandler* m_rangeHandler = nullptr;
     const QString m_name;
     QString m_unit;
@@ -73,7 +72,7 @@ private:
     vigil::Range m_criticalRange = vigil::Range::CreateNoLimit();
     bool m_perfDataEnabled = true;
     const QString m_messageTemplate = QStringLiteral("{name} is {value}{unit}.");
-    std::shared_ptr<ScalarMetricImpl> m_self; // its only owner, until remove()
+    std::shared_ptr<ScalarMetricImpl> m_self; // the only owner until remove()
 };
 
 #endif

@@ -27,7 +27,7 @@ void SimpleMetricImpl::remove()
         return;
     if (const auto store = m_store.lock())
         store->removeMetric(this);
-    const std::shared_ptr<SimpleMetricImpl> last = std::move(m_self); // this object ends with the scope
+    const std::shared_ptr<SimpleMetricImpl> last = std::move(m_self); // the scope ends this object
 }
 
 void SimpleMetricImpl::setInfo(const std::string& info)

@@ -14,8 +14,8 @@
 #include "health/InternalMetric.h"
 #include "health/MetricStore.h"
 
-/// The simple metric that a health check makes: see vigil::SimpleMetric. Both its ranges are the one that was
-/// never set, so that it fills the same columns as a scalar metric.
+/// The implementation of vigil::SimpleMetric, created by a health check. Both ranges are one unset range, so
+/// the row has the same columns as that of a scalar metric.
 class SimpleMetricImpl : public InternalMetric, public vigil::SimpleMetric
 {
 public:
@@ -54,7 +54,7 @@ private:
     const QString m_unit;
     bool m_perfDataEnabled = false;
     const vigil::Range m_range;
-    std::shared_ptr<SimpleMetricImpl> m_self; // its only owner, until remove()
+    std::shared_ptr<SimpleMetricImpl> m_self; // the only owner until remove()
 };
 
 #endif
