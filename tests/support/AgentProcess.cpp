@@ -18,7 +18,6 @@ namespace support {
 
 namespace {
 
-constexpr int deadlineMs = 10'000;
 const QByteArray readyText = "listening for applications on 127.0.0.1:";
 
 /// Keeps every file of the agent in directory.

@@ -17,7 +17,7 @@ FakeApplication::FakeApplication(quint16 port)
 {
     connect(&m_socket, &QTcpSocket::readyRead, this, &FakeApplication::readFrames);
     m_socket.connectToHost(QHostAddress::LocalHost, port);
-    m_socket.waitForConnected(10'000);
+    m_socket.waitForConnected(deadlineMs);
 }
 
 bool FakeApplication::waitForDisconnect()

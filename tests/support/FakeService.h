@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "base/wire/FrameHeader.h"
+#include "support/Deadline.h"
 
 namespace support {
 
@@ -39,7 +40,7 @@ class FakeServiceThread;
 class FakeService
 {
 public:
-    static constexpr int defaultTimeoutMs = 10000;
+    static constexpr int defaultTimeoutMs = deadlineMs;
 
     struct Frame
     {

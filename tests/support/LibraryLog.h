@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "support/Deadline.h"
+
 namespace support {
 
 /// The library's log files, in a directory of the test program.
@@ -28,7 +30,7 @@ public:
     bool contains(const std::string& text) const { return count(text) > 0; }
 
     /// Waits for a line with text.
-    bool waitFor(const std::string& text, int timeoutMs = 10000) const;
+    bool waitFor(const std::string& text, int timeoutMs = deadlineMs) const;
 };
 
 } // namespace support

@@ -8,12 +8,14 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include "support/Deadline.h"
+
 namespace support {
 
 /// Runs the calling thread's event loop, deferred deletions included, until predicate holds. Returns whether
 /// it does before the deadline. The thread needs a QCoreApplication in the process.
 template <typename Predicate>
-bool runUntil(Predicate predicate, int timeoutMs = 10000)
+bool runUntil(Predicate predicate, int timeoutMs = deadlineMs)
 {
     QElapsedTimer elapsed;
     elapsed.start();

@@ -12,7 +12,10 @@ namespace support {
 
 namespace {
 
-constexpr int toolDeadlineMs = 50'000;
+// On a busy machine an answer may take long; a request may also reach a snmpd or an agent that is ended
+// before the answer. So a tool asks every two seconds, until the deadline of the tests.
+const QStringList patience{QStringLiteral("-t2"), QStringLiteral("-r30")};
+constexpr int toolDeadlineMs = deadlineMs + 10'000;
 
 } // namespace
 
@@ -41,7 +44,7 @@ SnmpTool::Result SnmpTool::run(const QString& program, const QStringList& operan
     static const QTemporaryDir privateDirectory;
     QProcess process;
     process.setProcessEnvironment(environment(privateDirectory.path()));
-    process.start(program, QStringList{QStringLiteral("-m"), QStringLiteral("VIGIL-AGENT-MIB")} +
+    process.start(program, QStringList{QStringLiteral("-m"), QStringLiteral("VIGIL-AGENT-MIB")} + patience +
                                m_credentials + options + QStringList{m_address} + operands);
     if (!runUntil([&] { return process.state() == QProcess::NotRunning; }, toolDeadlineMs)) {
         process.kill();
@@ -64,7 +67,7 @@ SnmpTool::Result SnmpTool::set(const QStringList& triples) const
 {
     // One attempt: a repeated SET would ask the applications twice.
     return run(QStringLiteral("snmpset"), triples,
-               {QStringLiteral("-r0"), QStringLiteral("-t10"), QStringLiteral("-OqvUe")});
+               {QStringLiteral("-r0"), QStringLiteral("-t60"), QStringLiteral("-OqvUe")});
 }
 
 QStringList SnmpTool::walk(const QString& root, const QString& program) const

@@ -1,0 +1,15 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_SUPPORT_DEADLINE_H
+#define VIGIL_SUPPORT_DEADLINE_H
+
+namespace support {
+
+/// How long a test waits for an event, unless it says otherwise. Only a failing test waits that long, so the
+/// time is ample even for a machine with ten times more work than processors.
+constexpr int deadlineMs = 60'000;
+
+} // namespace support
+
+#endif
