@@ -14,6 +14,14 @@
 
 namespace support {
 
+namespace {
+
+// By default snmpd drops an agent that takes some seconds to reply, which may happen on a busy machine.
+const QByteArray patience = "agentXTimeout 60\n"
+                            "agentXRetries 0\n";
+
+} // namespace
+
 SnmpdProcess::SnmpdProcess(const QByteArray& directives, const QStringList& arguments)
     : m_directives(directives), m_arguments(arguments)
 {
@@ -62,7 +70,7 @@ bool SnmpdProcess::startOnce()
                "\n"
                "master agentx\n"
                "agentXSocket unix:" +
-               QFile::encodeName(agentxAddress()) + '\n' + m_directives);
+               QFile::encodeName(agentxAddress()) + '\n' + patience + m_directives);
     file.close();
     m_log.clear();
     m_process.start(QStringLiteral(VIGIL_SNMPD_PROGRAM),
