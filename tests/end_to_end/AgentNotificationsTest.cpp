@@ -3,7 +3,6 @@
 
 #include <gmock/gmock.h>
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -233,18 +232,16 @@ TEST_F(AgentNotifications, ASilentInformReceiverDelaysNoOne)
 {
     QUdpSocket silent; // bound, so the host accepts datagrams; no one reads them
     ASSERT_TRUE(support::bindToFreePort(silent));
-    startAgent(QStringLiteral("informsink 127.0.0.1:%1\ntrap2sink %2")
+    startAgent(QStringLiteral("trapsess -Ci -v2c -c public -t 600 127.0.0.1:%1\ntrap2sink %2")
                    .arg(silent.localPort())
                    .arg(receiver.address()));
     FakeApplication application(agent->applicationPort());
-    QElapsedTimer elapsed;
-    elapsed.start();
     write(application, 2, "m is high");
-    EXPECT_EQ(receiver.waitForNotifications(1).size(), 1);
+    EXPECT_EQ(receiver.waitForNotifications(1).size(), 1) << "long before the inform is given up";
     EXPECT_TRUE(SnmpTool(agent->udpAddress())
                     .waitFor(QStringLiteral("VIGIL-MIB::vigilHealthCheckStatus.\"app\".\"hc\""),
                              QStringLiteral("2")));
-    EXPECT_LT(elapsed.elapsed(), 4000) << "the inform is given up after six seconds";
+    EXPECT_TRUE(silent.hasPendingDatagrams());
     EXPECT_EQ(agent->stop(), 0);
 }
 
@@ -252,19 +249,17 @@ TEST_F(AgentNotifications, AnSnmpV3InformReceiverWithoutEngineIdIsIgnored)
 {
     QUdpSocket silent;
     ASSERT_TRUE(support::bindToFreePort(silent));
-    startAgent(QStringLiteral("trapsess -Ci -v3 %1 127.0.0.1:%2\ntrap2sink %3")
+    startAgent(QStringLiteral("trapsess -Ci -v3 -t 600 %1 127.0.0.1:%2\ntrap2sink %3")
                    .arg(v3User)
                    .arg(silent.localPort())
                    .arg(receiver.address()));
     EXPECT_TRUE(agent->log().contains("error: no notifications for 127.0.0.1:")) << agent->log().constData();
     FakeApplication application(agent->applicationPort());
-    QElapsedTimer elapsed;
-    elapsed.start();
     write(application, 2, "m is high");
-    EXPECT_EQ(receiver.waitForNotifications(1).size(), 1);
+    EXPECT_EQ(receiver.waitForNotifications(1).size(), 1) << "long before a request for the id is given up";
     write(application, 0, "all is well");
     EXPECT_EQ(receiver.waitForNotifications(2).size(), 2);
-    EXPECT_LT(elapsed.elapsed(), 3000);
+    EXPECT_FALSE(silent.hasPendingDatagrams());
 }
 
 TEST_F(AgentNotifications, AnSnmpV3ReceiverWithItsEngineIdGetsInforms)

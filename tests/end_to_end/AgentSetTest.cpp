@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -11,11 +10,13 @@
 
 #include "support/AgentProcess.h"
 #include "support/FakeApplication.h"
+#include "support/LoadFreeTimer.h"
 #include "support/RunUntil.h"
 #include "support/SnmpTool.h"
 
 using support::AgentProcess;
 using support::FakeApplication;
+using support::LoadFreeTimer;
 using support::SnmpTool;
 
 namespace {
@@ -52,7 +53,7 @@ QString reason(const SnmpTool::Result& result)
 class AgentSet : public testing::Test
 {
 protected:
-    void start(int setTimeoutMs = 30'000)
+    void start(int setTimeoutMs = 60'000)
     {
         QFile file(m_directory.filePath(QStringLiteral("agent.conf")));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -204,12 +205,10 @@ TEST_F(AgentSet, AnAnswerThatComesTooLateIsDropped)
 
 TEST_F(AgentSet, AConnectionLostDuringASetMakesTheResourceUnavailableAtOnce)
 {
-    start(30'000);
+    start();
     application->onQuestion = [&](const FakeApplication::Request&) { application->close(); };
-    QElapsedTimer clock;
-    clock.start();
     EXPECT_EQ(reason(tool->set(integer("5.1", "2"))), QStringLiteral("resourceUnavailable"));
-    EXPECT_LT(clock.elapsed(), 9'000) << "the SET's own time-out";
+    EXPECT_FALSE(agent->log().contains("has not answered a SET")) << "before the SET's own time-out";
 }
 
 TEST_F(AgentSet, ACellUnsetDuringASetMakesTheResourceUnavailable)
@@ -225,7 +224,7 @@ TEST_F(AgentSet, ACellUnsetDuringASetMakesTheResourceUnavailable)
 
 TEST_F(AgentSet, ValuesAreReceivedWhileASetWaits)
 {
-    start(9'000);
+    start();
     FakeApplication other(agent->applicationPort());
     QTimer poll;
     application->onQuestion = [&](const FakeApplication::Request& question) {
@@ -263,7 +262,7 @@ TEST_F(AgentSet, SeveralManagersMaySetAtTheSameTime)
         managers.back()->start(QStringLiteral("snmpset"),
                                {QStringLiteral("-v2c"), QStringLiteral("-c"), QStringLiteral("private"),
                                 QStringLiteral("-m"), QString(), QStringLiteral("-r0"),
-                                QStringLiteral("-t10"), i % 2 ? agent->udpAddress() : agent->tcpAddress(),
+                                QStringLiteral("-t60"), i % 2 ? agent->udpAddress() : agent->tcpAddress(),
                                 full("5.1"), QStringLiteral("i"), QString::number(100 + i)});
     }
     for (const auto& manager : managers) {
@@ -282,8 +281,8 @@ TEST_F(AgentSet, AManagerThatLeavesDuringItsSetDoesNoHarm)
     QProcess manager;
     manager.start(QStringLiteral("snmpset"),
                   {QStringLiteral("-v2c"), QStringLiteral("-c"), QStringLiteral("private"),
-                   QStringLiteral("-m"), QString(), agent->tcpAddress(), full("5.1"), QStringLiteral("i"),
-                   QStringLiteral("2")});
+                   QStringLiteral("-m"), QString(), QStringLiteral("-t60"), agent->tcpAddress(), full("5.1"),
+                   QStringLiteral("i"), QStringLiteral("2")});
     ASSERT_TRUE(support::runUntil([&] { return !application->questions().empty(); }));
     manager.kill();
     ASSERT_TRUE(support::runUntil([&] { return manager.state() == QProcess::NotRunning; }));
@@ -351,13 +350,12 @@ TEST_F(AgentSet, TheAgentShutsDownCleanlyDuringAPendingSet)
     QProcess manager;
     manager.start(QStringLiteral("snmpset"),
                   {QStringLiteral("-v2c"), QStringLiteral("-c"), QStringLiteral("private"),
-                   QStringLiteral("-m"), QString(), QStringLiteral("-r0"), agent->udpAddress(), full("5.1"),
-                   QStringLiteral("i"), QStringLiteral("2")});
+                   QStringLiteral("-m"), QString(), QStringLiteral("-r0"), QStringLiteral("-t60"),
+                   agent->udpAddress(), full("5.1"), QStringLiteral("i"), QStringLiteral("2")});
     ASSERT_TRUE(support::runUntil([&] { return !application->questions().empty(); }));
-    QElapsedTimer clock;
-    clock.start();
+    const LoadFreeTimer timer({agent->processId()});
     EXPECT_EQ(agent->stop(), 0);
-    EXPECT_LT(clock.elapsed(), 1'000);
+    EXPECT_LT(timer.elapsedMs(), 1'000);
     EXPECT_TRUE(application->commits().empty());
     manager.kill();
     manager.waitForFinished();

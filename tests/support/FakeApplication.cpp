@@ -20,6 +20,11 @@ FakeApplication::FakeApplication(quint16 port)
     m_socket.waitForConnected(deadlineMs);
 }
 
+FakeApplication::~FakeApplication()
+{
+    m_socket.flush();
+}
+
 bool FakeApplication::waitForDisconnect()
 {
     return runUntil([this] { return m_socket.state() == QAbstractSocket::UnconnectedState; });
@@ -88,7 +93,7 @@ void FakeApplication::sendFrame(int dataType, int callbackId, const QByteArray& 
     header.dataType = static_cast<qint16>(dataType);
     header.clientCallbackId = callbackId;
     header.messageCounter = ++m_sentFrames;
-    sendBytes(header.toBytes(payload.size()) + payload);
+    m_socket.write(header.toBytes(payload.size()) + payload);
 }
 
 void FakeApplication::sendBytes(const QByteArray& bytes)

@@ -35,6 +35,7 @@ public:
     };
 
     explicit FakeApplication(quint16 port);
+    ~FakeApplication() override;
 
     quint16 localPort() const { return m_socket.localPort(); }
     bool isConnected() const { return m_socket.state() == QAbstractSocket::ConnectedState; }
@@ -43,6 +44,9 @@ public:
 
     /// From now on what the agent sends stays in the kernel.
     void stopReading();
+
+    // Frames leave when the event loop runs next, so those sent in a row arrive together: the agent waits
+    // only 200 ms for the summary that follows a status.
 
     /// Identifiers are relative to the enterprise's root.
     void publish(const std::string& oid, int value);
@@ -53,6 +57,7 @@ public:
 
     /// Sends a frame around any payload, numbered as the next one.
     void sendFrame(int dataType, int callbackId, const QByteArray& payload);
+    /// At once, together with the frames before.
     void sendBytes(const QByteArray& bytes);
     void skipFrameNumber() { ++m_sentFrames; }
 

@@ -37,6 +37,8 @@ public:
     void suspend();
     void resume();
 
+    qint64 processId() const { return m_process.processId(); }
+
     QString agentxAddress() const { return m_directory.filePath(QStringLiteral("master")); }
     QString udpAddress() const { return QStringLiteral("udp:127.0.0.1:%1").arg(m_port); }
 
