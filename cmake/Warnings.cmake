@@ -14,7 +14,8 @@ function(vigil_enable_warnings target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wcast-align -Woverloaded-virtual -Wnon-virtual-dtor)
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-    target_compile_options(${target} PRIVATE -Wthread-safety)
+    # The last one is for GoogleTest's macros for typed and parametrised suites.
+    target_compile_options(${target} PRIVATE -Wthread-safety -Wno-gnu-zero-variadic-macro-arguments)
   endif()
   if(VIGIL_WARNINGS_AS_ERRORS)
     target_compile_options(${target} PRIVATE -Werror)
