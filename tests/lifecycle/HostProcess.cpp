@@ -3,11 +3,13 @@
 
 #include "lifecycle/HostProcess.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcessEnvironment>
+
+#include "support/LoadFreeTimer.h"
+#include "support/RunUntil.h"
 
 HostProcess::HostProcess(const QString& program, const QStringList& arguments, int servicePort)
 {
@@ -31,18 +33,21 @@ HostProcess::~HostProcess()
 
 void HostProcess::readOutput()
 {
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
     m_output += m_process.readAllStandardOutput().replace('\r', ""); // Windows ends lines with CR and LF
 }
 
-bool HostProcess::waitForLine(const QString& line, int timeoutMs)
+bool HostProcess::isOver() const
 {
-    QElapsedTimer timer;
-    timer.start();
+    return m_process.state() == QProcess::NotRunning;
+}
+
+bool HostProcess::waitForLine(const QString& line)
+{
     const QByteArray wanted = line.toUtf8() + '\n';
-    while (!m_output.contains(wanted) && timer.elapsed() < timeoutMs &&
-           m_process.state() != QProcess::NotRunning)
+    support::runUntil([&] {
         readOutput();
+        return m_output.contains(wanted) || isOver();
+    });
     readOutput();
     return m_output.contains(wanted);
 }
@@ -56,18 +61,16 @@ void HostProcess::say(const QString& line)
 void HostProcess::waitForRest()
 {
     constexpr int restMs = 300;
-    QElapsedTimer timer;
     QElapsedTimer unchanged;
-    timer.start();
     unchanged.start();
     QStringList before;
-    while (timer.elapsed() < startLimitMs && unchanged.elapsed() < restMs) {
-        readOutput();
+    support::runUntil([&] {
         const QStringList now = log();
         if (now != before || now.filter(QLatin1String("Event loop started")).isEmpty())
             unchanged.restart();
         before = now;
-    }
+        return unchanged.hasExpired(restMs);
+    });
 }
 
 int HostProcess::exitCode()
@@ -76,15 +79,14 @@ int HostProcess::exitCode()
         waitForRest();
         say(QStringLiteral("go"));
     }
-    QElapsedTimer timer;
-    timer.start();
-    waitForLine(QStringLiteral("leaving"), startLimitMs);
-    m_startingMs = timer.restart();
-    while (m_process.state() != QProcess::NotRunning && timer.elapsed() < limitMs)
-        readOutput();
-    m_leavingMs = timer.elapsed();
+    const support::LoadFreeTimer starting({m_process.processId()});
+    waitForLine(QStringLiteral("leaving"));
+    m_startingMs = starting.elapsedMs();
+    const support::LoadFreeTimer leaving({m_process.processId()});
+    support::runUntil([this] { return isOver(); });
+    m_leavingMs = leaving.elapsedMs();
     readOutput();
-    if (m_process.state() != QProcess::NotRunning || m_process.exitStatus() == QProcess::CrashExit)
+    if (!isOver() || m_leavingMs > limitMs || m_process.exitStatus() == QProcess::CrashExit)
         return -1;
     return m_process.exitCode();
 }

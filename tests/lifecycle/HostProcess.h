@@ -16,11 +16,8 @@
 class HostProcess
 {
 public:
-    /// Limit for every clean shutdown.
+    /// Limit for every clean shutdown, without the load of the machine.
     static constexpr int limitMs = 8000;
-
-    /// Limit for everything before the shutdown, ample for a busy machine.
-    static constexpr int startLimitMs = 30000;
 
     /// Starts program with arguments; the library connects to servicePort. On Windows the shutdown starts
     /// only once the library's threads are idle. Wine may end a thread inside a call of the window system
@@ -29,20 +26,21 @@ public:
     ~HostProcess();
 
     /// Waits until the host has printed line.
-    bool waitForLine(const QString& line, int timeoutMs = startLimitMs);
+    bool waitForLine(const QString& line);
 
     void say(const QString& line);
 
-    /// Waits for the host's exit and returns its exit code; -1 if it crashed or was killed.
+    /// Waits for the host's exit and returns its exit code; -1 if it crashed, was killed,
+    /// or took longer than the limit after the line "leaving".
     int exitCode();
 
     /// After exitCode(): true unless the host was killed.
     bool endedByItself() const { return m_process.state() == QProcess::NotRunning; }
 
-    /// The time from the start to the line "leaving".
+    /// The time from the call of exitCode() to the line "leaving", without the load of the machine.
     qint64 startingMs() const { return m_startingMs; }
 
-    /// The time from the line "leaving" to the exit.
+    /// The time from the line "leaving" to the exit, without the load of the machine.
     qint64 leavingMs() const { return m_leavingMs; }
 
     QString output() const { return QString::fromUtf8(m_output); }
@@ -52,6 +50,7 @@ public:
 
 private:
     void readOutput();
+    bool isOver() const;
     void waitForRest();
 
     QTemporaryDir m_logDirectory;

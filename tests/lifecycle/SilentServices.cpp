@@ -4,29 +4,16 @@
 #include "lifecycle/SilentServices.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QHostAddress>
 
-#include <functional>
-
-namespace {
-
-bool waitUntil(const std::function<bool()>& holds)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!holds() && timer.elapsed() < 5000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    return holds();
-}
-
-} // namespace
+#include "support/FreePort.h"
+#include "support/RunUntil.h"
 
 int refusingPort()
 {
-    QTcpServer server;
-    server.listen(QHostAddress::LocalHost);
-    return server.serverPort();
+    auto* reserved = new QTcpSocket(QCoreApplication::instance()); // or another test would listen there
+    support::bindToFreePort(*reserved);
+    return reserved->localPort();
 }
 
 NeverReadingService::NeverReadingService()
@@ -75,10 +62,10 @@ void ReadingService::accept(OnFirstBytes action)
 
 bool ReadingService::waitForText(const QByteArray& text) const
 {
-    return waitUntil([&] { return m_received.contains(text); });
+    return support::runUntil([&] { return m_received.contains(text); });
 }
 
 bool ReadingService::waitForLostPeer() const
 {
-    return waitUntil([&] { return m_hasLostPeer; });
+    return support::runUntil([&] { return m_hasLostPeer; });
 }

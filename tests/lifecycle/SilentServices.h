@@ -8,7 +8,7 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
-/// A port without a listener.
+/// A port without a listener, for as long as the test program runs.
 int refusingPort();
 
 /// Accepts connections but never reads.

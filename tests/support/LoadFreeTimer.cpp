@@ -4,38 +4,51 @@
 #include "LoadFreeTimer.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
+#include <QSysInfo>
+
+#include <algorithm>
 
 namespace support {
 
 namespace {
 
-QByteArray statistics(qint64 process, const char* name)
+QStringList threadsOf(qint64 process)
 {
-    QFile file(QStringLiteral("/proc/%1/%2").arg(process).arg(QLatin1String(name)));
+    const QString folder = QStringLiteral("/proc/%1/task/").arg(process);
+    QStringList threads = QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (QString& thread : threads)
+        thread.prepend(folder);
+    return threads;
+}
+
+QByteArray content(const QString& path)
+{
+    QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-bool isAsleep(qint64 process)
+bool isAsleep(const QString& thread)
 {
-    const QByteArray text = statistics(process, "stat"); // PID (NAME) STATE ...
+    const QByteArray text = content(thread + QStringLiteral("/stat")); // ID (NAME) STATE ...
     const QByteArray state = text.mid(text.lastIndexOf(')') + 2, 1);
     return state == "S" || state == "D" || state == "T"; // else it runs, waits for a processor, or has ended
 }
 
-/// How long the process has waited for a processor, without the present wait.
-qint64 waitedNs(qint64 process)
+bool isAllAsleep(qint64 process)
 {
-    return statistics(process, "schedstat").split(' ').value(1).toLongLong(); // computed, waited, turns
+    const QStringList threads = threadsOf(process);
+    return !threads.isEmpty() && std::all_of(threads.begin(), threads.end(), &isAsleep);
 }
 
 } // namespace
 
 LoadFreeTimer::LoadFreeTimer(const std::vector<qint64>& processes)
 {
-    for (const qint64 process : processes)
-        m_processes.push_back({process, waitedNs(process)});
-    m_processes.push_back({QCoreApplication::applicationPid(), waitedNs(QCoreApplication::applicationPid())});
+    if (QSysInfo::kernelType() == QLatin1String("linux"))
+        m_processes = processes;
+    m_waitedBeforeNs = waitedNs();
     m_time.start();
     QObject::connect(&m_turn, &QTimer::timeout, &m_turn, [this] { measure(); });
     m_turn.start(1);
@@ -43,13 +56,27 @@ LoadFreeTimer::LoadFreeTimer(const std::vector<qint64>& processes)
 
 void LoadFreeTimer::measure()
 {
-    qint64 passedNs = m_time.nsecsElapsed();
-    for (const Process& process : m_processes) {
-        if (process.id != QCoreApplication::applicationPid() && !isAsleep(process.id))
-            return;
-        passedNs -= waitedNs(process.id) - process.waitedNs;
+    const qint64 passedNs = m_time.nsecsElapsed();
+    if (std::all_of(m_processes.begin(), m_processes.end(), &isAllAsleep))
+        m_elapsedMs = (passedNs - (waitedNs() - m_waitedBeforeNs)) / 1'000'000;
+}
+
+qint64 LoadFreeTimer::waitedNs()
+{
+    QStringList threads;
+    if (!m_processes.empty())
+        threads = threadsOf(QCoreApplication::applicationPid());
+    for (const qint64 process : m_processes)
+        threads += threadsOf(process);
+    for (const QString& thread : threads) {
+        const QByteArray times = content(thread + QStringLiteral("/schedstat")); // computed, waited, turns
+        if (!times.isEmpty())
+            m_waitedNs[thread] = times.split(' ').value(1).toLongLong();
     }
-    m_elapsedMs = passedNs / 1'000'000;
+    qint64 sum = 0;
+    for (const auto& [thread, waited] : m_waitedNs)
+        sum += waited;
+    return sum;
 }
 
 } // namespace support

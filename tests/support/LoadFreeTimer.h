@@ -7,36 +7,35 @@
 #include <QElapsedTimer>
 #include <QTimer>
 
+#include <map>
 #include <vector>
 
 namespace support {
 
-/// Measures time without the waits for a processor, of the given processes and of the test. Where the product
-/// promises to take at most some time, a test can so prove it on a busy machine, too.
+/// Measures time without the waits for a processor, of the given processes and of the test. It proves on a
+/// busy machine that the product keeps a time it promises.
 ///
 /// It looks at the processes while the test's event loop runs. It never shows too much: it counts up to the
-/// last moment at which all of them slept, since the system counts a wait only when it is over.
+/// last moment at which all of them slept, since the system counts a wait only when it is over. On an idle
+/// machine it shows plain time.
 ///
-/// Failure: plain time if the system does not tell how long processes wait.
+/// Failure: plain time on systems without Linux's /proc.
 class LoadFreeTimer
 {
 public:
-    /// Starts now. Each process has a single thread.
+    /// Starts now.
     explicit LoadFreeTimer(const std::vector<qint64>& processes);
 
     /// Until one of the processes ended, or until now.
     qint64 elapsedMs() const { return m_elapsedMs; }
 
 private:
-    struct Process
-    {
-        qint64 id;
-        qint64 waitedNs; // before the start
-    };
-
     void measure();
+    qint64 waitedNs();
 
-    std::vector<Process> m_processes;
+    std::vector<qint64> m_processes;
+    std::map<QString, qint64> m_waitedNs; // by the folder of a thread, which may have ended
+    qint64 m_waitedBeforeNs;
     QElapsedTimer m_time;
     qint64 m_elapsedMs = 0;
     QTimer m_turn;
