@@ -191,6 +191,21 @@ bool ComConnectionSocket::isBacklogged() const
     return isConnected() && m_socket->bytesToWrite() > m_maxPendingBytes;
 }
 
+bool ComConnectionSocket::isCongested() const
+{
+    return isConnected() && m_socket->bytesToWrite() > m_maxPendingBytes / 2;
+}
+
+bool ComConnectionSocket::hasPendingBytes() const
+{
+    return isConnected() && m_socket->bytesToWrite() > 0;
+}
+
+bool ComConnectionSocket::waitForBytesWritten(int timeoutMs)
+{
+    return isConnected() && m_socket->waitForBytesWritten(timeoutMs);
+}
+
 bool ComConnectionSocket::sendSerializedData(const DbBaseType* record, int type, int clientCallbackId)
 {
     logDebug(QStringLiteral("Send serialized data to server. Type: %1").arg(type));

@@ -59,6 +59,15 @@ public:
     /// With more bytes pending, sends fail.
     void setMaxPendingBytes(int bytes) { m_maxPendingBytes = bytes; }
 
+    /// True while more than half of the bytes allowed are pending.
+    bool isCongested() const;
+
+    /// True while the system has not taken all bytes.
+    bool hasPendingBytes() const;
+
+    /// Waits until the system takes some of the pending bytes. False on time-out, or without a connection.
+    bool waitForBytesWritten(int timeoutMs);
+
     void closeConnection();
 
     /// Closes the connection, leaves the parent and destroys this object once all of its slots have returned.

@@ -3,8 +3,11 @@
 
 #include "client/Client.h"
 
+#include <QDeadlineTimer>
+#include <QTcpSocket>
 #include <QThread>
 
+#include <algorithm>
 #include <exception>
 #include <string>
 
@@ -26,6 +29,8 @@ using vigil::ValueChangedCallback;
 namespace {
 
 constexpr int reconnectIntervalMs = 5000;
+constexpr int restLimitMs = 2000;
+constexpr int restStallMs = 1000;
 constexpr int stateConnected = 0;
 constexpr int stateDisconnected = 1;
 constexpr unsigned int genErr = 5;     // the callback threw
@@ -119,6 +124,8 @@ void Client::exit()
 {
     m_reconnectTimer->stop();
     if (m_socket) {
+        sendRest();
+        dropPending();
         m_socket->closeConnection();
         m_socket->dispose(); // deleted later: this call may come from the socket's own event processing
     }
@@ -140,6 +147,7 @@ void Client::onConnected()
 {
     base::writeLog(QStringLiteral("[Client::onConnected] Connected to snmp service."));
     m_connected = true;
+    connect(m_socket->socket(), &QTcpSocket::bytesWritten, this, &Client::onBytesWritten);
     {
         const CallbackStoreLock store;
         if (store)
@@ -153,6 +161,7 @@ void Client::onDisconnected()
 {
     base::writeLog(QStringLiteral("[Client::onDisconnected] Disconnected from snmp service."));
     m_connected = false;
+    dropPending();
     // A write may find that the peer is gone, while this thread holds the lock.
     if (CallbackStoreLock::isHeldByThisThread())
         m_lossIsDeferred = true;
@@ -179,34 +188,56 @@ void Client::reportDeferredLoss()
 
 bool Client::sendValue(Oid oid, bool value, bool useTraps)
 {
-    if (isGivingUp())
-        return false;
-    m_valueCache.set(oid, value);
-    return sendInt(oid, value ? 1 : 2, useTraps); // SNMP's TruthValue
+    return publish(oid, value, useTraps);
 }
 
 bool Client::sendValue(Oid oid, qint32 value, bool useTraps)
 {
-    if (isGivingUp())
-        return false;
-    m_valueCache.set(oid, value);
-    return sendInt(oid, value, useTraps);
+    return publish(oid, value, useTraps);
 }
 
 bool Client::sendValue(Oid oid, double value, bool useTraps)
 {
-    if (isGivingUp())
-        return false;
-    m_valueCache.set(oid, value);
-    return sendString(oid, QString::number(value, 'g', 6), useTraps);
+    return publish(oid, value, useTraps);
 }
 
 bool Client::sendValue(Oid oid, QString value, bool useTraps)
 {
+    return publish(oid, value, useTraps);
+}
+
+void Client::unsetOid(Oid oid)
+{
+    publish(oid, QVariant(), false);
+}
+
+/// While anything is pending, nothing may overtake it: a withdrawn tree could take newer values along.
+bool Client::publish(const Oid& oid, const QVariant& value, bool notify)
+{
     if (isGivingUp())
         return false;
     m_valueCache.set(oid, value);
-    return sendString(oid, value, useTraps);
+    if (m_pending.isEmpty() && send(oid, value, notify))
+        return true;
+    if (m_connected) {
+        m_pending.add(oid.toStdVector(), notify);
+        reportCatchingUp();
+    }
+    return false;
+}
+
+/// The service removes the whole tree at the first of these unsets.
+void Client::unsetOidTree(Oid tree)
+{
+    int left = m_valueCache.removeTree(tree);
+    if (left == 0)
+        return;
+    while (left > 0 && m_pending.isEmpty() && !isGivingUp() && sendUnset(tree))
+        --left;
+    if (left > 0 && m_connected) {
+        m_pending.addTree(tree);
+        reportCatchingUp();
+    }
 }
 
 /// At process exit, a long queue or replay is given up.
@@ -237,56 +268,104 @@ bool Client::sendString(const Oid& oid, const QString& value, bool useTraps)
                                         useTraps ? base::ValueAndNotify : base::PlainValue);
 }
 
-void Client::unsetOid(Oid oid)
-{
-    if (isGivingUp())
-        return;
-    m_valueCache.unset(oid);
-    sendUnset(oid);
-}
-
-/// The service removes the whole tree at the first of these unsets.
-void Client::unsetOidTree(Oid tree)
-{
-    for (int left = m_valueCache.removeTree(tree); left > 0 && !isGivingUp(); --left)
-        sendUnset(tree);
-}
-
 /// A record with a null value.
-void Client::sendUnset(const Oid& oid)
+bool Client::sendUnset(const Oid& oid)
 {
     if (!m_connected)
-        return;
+        return false;
     base::SnmpInt record;
     record.oid = relativeText(oid);
-    m_socket->sendSerializedData(&record, base::SnmpIntType, base::PlainValue);
+    return m_socket->sendSerializedData(&record, base::SnmpIntType, base::PlainValue);
+}
+
+bool Client::send(const Oid& oid, const QVariant& value, bool notify)
+{
+    switch (static_cast<QMetaType::Type>(value.type())) {
+    case QMetaType::UnknownType:
+        return sendUnset(oid);
+    case QMetaType::Bool:
+        return sendInt(oid, value.toBool() ? 1 : 2, notify); // SNMP's TruthValue
+    case QMetaType::Int:
+        return sendInt(oid, value.toInt(), notify);
+    case QMetaType::Double:
+        return sendString(oid, QString::number(value.toDouble(), 'g', 6), notify);
+    case QMetaType::QString:
+        return sendString(oid, value.toString(), notify);
+    default:
+        base::writeLog(QStringLiteral("Invalid datatype %1.").arg(static_cast<int>(value.type())));
+        return true;
+    }
 }
 
 void Client::resendAll()
 {
-    for (const auto& [oid, value] : m_valueCache) {
-        if (!m_connected || isGivingUp())
+    for (const auto& entry : m_valueCache)
+        m_pending.add(entry.first, false);
+    sendPending();
+}
+
+// --- Catching up with what the service did not read
+
+/// Until the connection refuses the next one.
+void Client::sendPending()
+{
+    if (m_isSendingPending) // a write may report earlier bytes as written
+        return;
+    m_isSendingPending = true;
+    while (!m_pending.isEmpty() && !isGivingUp() && sendFirstPending()) {
+    }
+    m_isSendingPending = false;
+    reportCatchingUp();
+}
+
+/// False if it is still pending. The identifier of a withdrawn tree need not be in the cache.
+bool Client::sendFirstPending()
+{
+    const auto [oid, notify] = m_pending.first();
+    if (!send(Oid::fromStdVector(oid), m_valueCache.value(oid), notify))
+        return false;
+    m_pending.remove(oid);
+    return true;
+}
+
+void Client::onBytesWritten()
+{
+    if (!m_pending.isEmpty() && !m_socket->isCongested())
+        sendPending();
+}
+
+/// Gives the system what is pending before the connection is closed, unless the service has stopped reading.
+void Client::sendRest()
+{
+    const QDeadlineTimer limit(restLimitMs);
+    while (m_connected && m_socket->hasPendingBytes() && !isGivingUp()) {
+        const int waitMs = std::min(restStallMs, static_cast<int>(limit.remainingTime()));
+        if (!m_socket->waitForBytesWritten(waitMs) || limit.hasExpired())
             return;
-        resend(oid, QVariant(value));
+        sendPending();
     }
 }
 
-void Client::resend(const Oid& oid, const QVariant& value)
+void Client::reportCatchingUp()
 {
-    switch (static_cast<QMetaType::Type>(value.type())) {
-    case QMetaType::UnknownType:
-        return unsetOid(oid);
-    case QMetaType::Bool:
-        return static_cast<void>(sendValue(oid, value.toBool(), false));
-    case QMetaType::Int:
-        return static_cast<void>(sendValue(oid, value.toInt(), false));
-    case QMetaType::Double:
-        return static_cast<void>(sendValue(oid, value.toDouble(), false));
-    case QMetaType::QString:
-        return static_cast<void>(sendValue(oid, value.toString(), false));
-    default:
-        base::writeLog(QStringLiteral("Invalid datatype %1.").arg(static_cast<int>(value.type())));
-    }
+    if (m_isCatchingUp == !m_pending.isEmpty() || !m_connected)
+        return;
+    m_isCatchingUp = !m_isCatchingUp;
+    base::writeLog(m_isCatchingUp
+                       ? QStringLiteral("The service does not read fast enough: further values wait.")
+                       : QStringLiteral("The service has caught up: all values are sent."));
+}
+
+/// The next connection starts with the whole cache, without notifications.
+void Client::dropPending()
+{
+    if (!m_pending.isEmpty())
+        base::writeLog(
+            QStringLiteral("The connection ended with %1 values waiting, %2 of them with a notification.")
+                .arg(m_pending.size())
+                .arg(m_pending.notifications()));
+    m_pending.clear();
+    m_isCatchingUp = false;
 }
 
 // --- Receiving

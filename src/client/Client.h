@@ -15,6 +15,7 @@
 
 #include "base/ComConnectionSocket.h"
 #include "base/ConnectionSettings.h"
+#include "client/PendingSends.h"
 #include "client/ValueCache.h"
 
 using vigil::Oid; // the slots' signatures have no namespace
@@ -32,17 +33,21 @@ using vigil::Oid; // the slots' signatures have no namespace
 ///                   | onConnected()    | tells the state callbacks, sends the cache; connected
 ///                   | a value          | into the cache
 ///     connected     | onDisconnected() | tells the state callbacks; disconnected
-///                   | a value          | into the cache and sent
-///                   | a record         | calls the callbacks, answers a validation
-///     both          | exit()           | closes the connection, emits finished(); stopped
+///                   | a value          | into the cache and sent; refused: catching up
+///     catching up   | onDisconnected() | forgets what is pending, tells the state callbacks; disconnected
+///                   | a value          | into the cache and pending
+///                   | bytes written    | sends what is pending, in the order of the identifiers; connected
+///     both of these | a record         | calls the callbacks, answers a validation
+///     any           | exit()           | sends the rest, closes the connection, emits finished(); stopped
 ///
 /// Threads: runs in the client thread; other threads use ClientQueue. The facade's store lock is held during
 /// callbacks.
 ///
 /// Ownership: owns its socket. Deletes itself in its thread after exit().
 ///
-/// Failure: a value that cannot be sent stays in the cache. A malformed record is logged and dropped; the
-/// connection stays up.
+/// Failure: a value that cannot be sent stays in the cache. If the service does not read, sends are refused
+/// and become pending: only the last state of each identifier is sent, with a notification if any of its
+/// values wanted one. A malformed record is logged and dropped; the connection stays up.
 class Client : public QObject
 {
     Q_OBJECT
@@ -60,10 +65,11 @@ public slots:
     /// Connects for the first time and starts the retry timer.
     void init();
 
-    /// Closes the connection and emits finished().
+    /// Sends what is pending, as long as the service reads, but at most 2 seconds. Closes the connection and
+    /// emits finished().
     void exit();
 
-    /// Publish a value. False if it was not sent, only cached. useTraps asks for a notification.
+    /// Publish a value. False if it was not sent yet, only cached. useTraps asks for a notification.
     bool sendValue(Oid oid, bool value, bool useTraps);
     bool sendValue(Oid oid, qint32 value, bool useTraps);
     bool sendValue(Oid oid, double value, bool useTraps);
@@ -84,12 +90,19 @@ private slots:
     void receiveData(int dataType, QByteArray& data, int callbackId);
 
 protected:
-    /// Sends one entry of the cache.
-    void resend(const Oid& oid, const QVariant& value);
+    /// Sends the state of one identifier. False if it is still to be sent.
+    bool send(const Oid& oid, const QVariant& value, bool notify);
 
 private:
     bool isGivingUp() const;
-    void sendUnset(const Oid& oid);
+    bool publish(const Oid& oid, const QVariant& value, bool notify);
+    void sendPending();
+    bool sendFirstPending();
+    void sendRest();
+    void onBytesWritten();
+    void reportCatchingUp();
+    void dropPending();
+    bool sendUnset(const Oid& oid);
     bool sendInt(const Oid& oid, int value, bool useTraps);
     bool sendString(const Oid& oid, const QString& value, bool useTraps);
     void connectLog();
@@ -109,6 +122,9 @@ private:
     QTimer* m_reconnectTimer;
     base::ConnectionSettings m_service;
     ValueCache m_valueCache;
+    PendingSends m_pending;
+    bool m_isSendingPending = false;
+    bool m_isCatchingUp = false;
 };
 
 #endif

@@ -4,28 +4,30 @@
 #include "client/ValueCache.h"
 
 using vigil::Oid;
+using vigil::OidArcs;
 
 void ValueCache::set(const Oid& oid, const QVariant& value)
 {
-    m_values[oid] = value;
+    m_values[oid.toStdVector()] = value;
 }
 
 void ValueCache::unset(const Oid& oid)
 {
-    m_values[oid] = QVariant();
+    set(oid, QVariant());
 }
 
 int ValueCache::removeTree(const Oid& tree)
 {
-    int removed = 0;
-    bool hadDescendants = false;
-    auto entry = m_values.lower_bound(tree);
-    while (entry != m_values.end() && tree.containsChild(entry->first)) {
-        hadDescendants = hadDescendants || entry->first != tree;
-        entry = m_values.erase(entry);
-        ++removed;
-    }
-    if (hadDescendants)
+    const OidArcs arcs = tree.toStdVector();
+    const int own = static_cast<int>(m_values.count(arcs));
+    const int removed = vigil::eraseTree(m_values, arcs);
+    if (removed > own)
         unset(tree);
     return removed;
+}
+
+QVariant ValueCache::value(const OidArcs& oid) const
+{
+    const auto entry = m_values.find(oid);
+    return entry == m_values.end() ? QVariant() : entry->second;
 }

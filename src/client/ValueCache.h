@@ -10,7 +10,7 @@
 
 #include <vigil/Oid.h>
 
-#include "types/OidOperators.h"
+#include "types/OidArcs.h"
 
 /// Everything the application has published: what the client sends again after a reconnect.
 ///
@@ -26,11 +26,14 @@ public:
     /// tree stays as unset: the replay repeats the removal.
     int removeTree(const vigil::Oid& tree);
 
+    /// Invalid for an identifier that is unset, or unknown.
+    QVariant value(const vigil::OidArcs& oid) const;
+
     auto begin() const { return m_values.begin(); }
     auto end() const { return m_values.end(); }
 
 private:
-    std::map<vigil::Oid, QVariant> m_values;
+    std::map<vigil::OidArcs, QVariant> m_values;
 };
 
 #endif

@@ -306,11 +306,11 @@ TEST_F(Client, ACachedValueOfAnUnknownKindIsReportedInsteadOfSent)
 {
     struct OpenClient : ::Client
     {
-        using ::Client::resend;
+        using ::Client::send;
     };
     OpenClient open;
-    open.resend(below("1"), QVariant(QByteArray("bytes")));
-    open.resend(below("2"), QVariant(QDate()));
+    open.send(below("1"), QVariant(QByteArray("bytes")), false);
+    open.send(below("2"), QVariant(QDate()), false);
     EXPECT_EQ(log.count("Invalid datatype 12."), 1);
     EXPECT_EQ(log.count("Invalid datatype 14."), 1);
 }

@@ -24,7 +24,7 @@ std::vector<std::string> entries(const ValueCache& cache)
 {
     std::vector<std::string> result;
     for (const auto& [key, value] : cache)
-        result.push_back(key.toStdString() +
+        result.push_back(Oid::fromStdVector(key).toStdString() +
                          (value.isValid() ? "=" + value.toString().toStdString() : " unset"));
     return result;
 }

@@ -1,0 +1,383 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gmock/gmock.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QTcpSocket>
+
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "base/ComConnectionSocket.h"
+#include "base/Logging.h"
+#include "client/Client.h"
+#include "support/FakeService.h"
+#include "support/LibraryLog.h"
+#include "support/Publications.h"
+#include "support/RunUntil.h"
+
+using support::FakeService;
+using support::LibraryLog;
+using support::runUntil;
+using support::set;
+using support::unset;
+using support::withTrap;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr const char* busyText = "The service does not read fast enough: further values wait.";
+constexpr const char* caughtUpText = "The service has caught up: all values are sent.";
+
+const std::string fillerOid = "0.1"; // of the values that make the service busy
+const std::string markOid = "99.99"; // of the value that is sent last
+
+Oid below(const std::string& relative)
+{
+    return Oid::fromStdString("1.3.6.1.4.1.32473." + relative);
+}
+
+bool isOf(const std::string& oid, const std::string& line)
+{
+    return line.rfind(oid + " ", 0) == 0;
+}
+
+/// A client in the thread of the test, beside a service that stops reading.
+class BusyService : public testing::Test
+{
+protected:
+    BusyService()
+    {
+        base::startLogging();
+        qputenv("VIGIL_SERVICE_PORT", QByteArray::number(service.port()));
+        client->init();
+        limitBuffers();
+    }
+
+    ~BusyService() override
+    {
+        client.reset();
+        base::stopLogging();
+    }
+
+    base::ComConnectionSocket& connection() { return *client->findChild<base::ComConnectionSocket*>(); }
+
+    /// Small buffers are full soon.
+    void limitBuffers()
+    {
+        connection().setMaxPendingBytes(20000);
+        connection().socket()->setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, 4096);
+    }
+
+    /// Returns once the connection has refused a value and the system takes no more.
+    void stall()
+    {
+        service.stopReading();
+        do {
+            client->sendValue(below(fillerOid), QString(10000, QLatin1Char('x')), false);
+        } while (log.count(busyText) == log.count(caughtUpText) || connection().waitForBytesWritten(100));
+    }
+
+    /// Lets the service read, and returns what it has read since the last call.
+    std::vector<std::string> readAll()
+    {
+        service.resumeReading();
+        const std::string mark = set(markOid, ++m_mark);
+        client->sendValue(below(markOid), m_mark, false);
+        EXPECT_TRUE(runUntil([&] {
+            const std::vector<FakeService::Frame> frames = service.frames();
+            return !frames.empty() && support::describe(frames.back()) == mark;
+        }));
+        std::vector<std::string> lines;
+        const std::vector<FakeService::Frame> frames = service.frames();
+        for (; m_reported < frames.size(); ++m_reported) {
+            const std::string line = support::describe(frames[m_reported]);
+            if (!isOf(fillerOid, line) && !isOf(markOid, line))
+                lines.push_back(line);
+        }
+        return lines;
+    }
+
+    void reconnect()
+    {
+        service.closeConnection();
+        EXPECT_TRUE(runUntil([&] { return connection().socket() == nullptr; }));
+        client->onTimerReconnect();
+        limitBuffers();
+    }
+
+    LibraryLog log;
+    FakeService service;
+    std::unique_ptr<::Client> client = std::make_unique<::Client>();
+
+private:
+    std::size_t m_reported = 0;
+    int m_mark = 0;
+};
+
+TEST_F(BusyService, GetsRefusedValuesOnceItReads)
+{
+    stall();
+    EXPECT_FALSE(client->sendValue(below("2"), 5, false));
+    EXPECT_FALSE(client->sendValue(below("1"), QStringLiteral("text"), false));
+    EXPECT_FALSE(client->sendValue(below("3"), true, false));
+    EXPECT_FALSE(client->sendValue(below("4"), 0.5, false));
+    EXPECT_THAT(readAll(), ElementsAre(set("1", "text"), set("2", 5), set("3", 1), set("4", "0.5")));
+}
+
+TEST_F(BusyService, GetsTheLastValueOfEachIdentifier)
+{
+    stall();
+    for (int value = 0; value < 100; ++value)
+        client->sendValue(below("1"), value, false);
+    EXPECT_THAT(readAll(), ElementsAre(set("1", 99)));
+}
+
+TEST_F(BusyService, GetsRefusedWithdrawals)
+{
+    client->sendValue(below("1"), 5, false);
+    stall();
+    client->unsetOid(below("1"));
+    EXPECT_THAT(readAll(), ElementsAre(set("1", 5), unset("1")));
+}
+
+TEST_F(BusyService, GetsTheWithdrawalOfATreeOnceAndNothingOfItsValues)
+{
+    client->sendValue(below("1.1"), 5, false);
+    stall();
+    client->sendValue(below("1.1"), 6, false);
+    client->sendValue(below("1.2"), 6, false);
+    client->unsetOidTree(below("1"));
+    EXPECT_THAT(readAll(), ElementsAre(set("1.1", 5), unset("1")));
+}
+
+TEST_F(BusyService, GetsTheWithdrawalOfATreeThatLeavesNothingInTheCache)
+{
+    client->sendValue(below("1"), 5, false);
+    stall();
+    client->unsetOidTree(below("1"));
+    client->unsetOidTree(below("1"));
+    EXPECT_THAT(readAll(), ElementsAre(set("1", 5), unset("1")));
+}
+
+TEST_F(BusyService, GetsValuesPublishedAfterTheWithdrawalOfTheirTree)
+{
+    client->sendValue(below("1.1"), 5, false);
+    stall();
+    client->unsetOidTree(below("1"));
+    service.resumeReading();
+    client->sendValue(below("1.1"), 6, false);
+    EXPECT_THAT(readAll(), ElementsAre(set("1.1", 5), unset("1"), set("1.1", 6)));
+}
+
+TEST_F(BusyService, GetsTheNotificationThatAnEarlierValueWanted)
+{
+    stall();
+    client->sendValue(below("1"), 5, true);
+    client->sendValue(below("1"), 6, false);
+    client->sendValue(below("2"), 7, false);
+    EXPECT_THAT(readAll(), ElementsAre(withTrap(set("1", 6)), set("2", 7)));
+}
+
+TEST_F(BusyService, IsReportedOnceAndOnceItHasCaughtUp)
+{
+    stall();
+    const int times = log.count(busyText);
+    client->sendValue(below("1"), 5, false);
+    client->unsetOid(below("1"));
+    EXPECT_EQ(log.count(busyText), times);
+    EXPECT_EQ(log.count(caughtUpText), times - 1);
+    readAll();
+    EXPECT_EQ(log.count(busyText), times);
+    EXPECT_EQ(log.count(caughtUpText), times);
+}
+
+TEST_F(BusyService, GetsValuesAtOnceAfterItHasCaughtUp)
+{
+    stall();
+    readAll();
+    EXPECT_TRUE(client->sendValue(below("2"), 5, false));
+    EXPECT_TRUE(client->sendValue(below("1"), 6, true));
+    EXPECT_THAT(readAll(), ElementsAre(set("2", 5), withTrap(set("1", 6))));
+}
+
+TEST_F(BusyService, GetsTheWholeCacheAfterALoss)
+{
+    client->sendValue(below("2"), 5, false);
+    stall();
+    client->sendValue(below("1"), 6, true);
+    reconnect();
+    EXPECT_EQ(log.count("The connection ended with 2 values waiting, 1 of them with a notification."), 1);
+    const std::vector<std::string> lines = readAll();
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_THAT(std::vector<std::string>(lines.end() - 2, lines.end()),
+                ElementsAre(set("1", 6), set("2", 5)));
+}
+
+TEST_F(BusyService, GetsAReplayLargerThanTheBuffers)
+{
+    service.stopReading();
+    constexpr int count = 5000;
+    std::vector<std::string> expected;
+    for (int i = 0; i < count; ++i) {
+        client->sendValue(below("1") + static_cast<unsigned int>(i), i, false);
+        expected.push_back(set("1." + std::to_string(i), i));
+    }
+    service.resumeReading();
+    readAll();
+    reconnect();
+    EXPECT_EQ(readAll(), expected);
+}
+
+// --- The end
+
+TEST_F(BusyService, GetsAllValuesBeforeTheConnectionIsClosed)
+{
+    stall();
+    client->sendValue(below("2"), 5, false);
+    client->unsetOid(below("1"));
+    service.resumeReading();
+    client->exit();
+    ASSERT_TRUE(service.waitForDisconnections(1));
+    const std::vector<FakeService::Frame> frames = service.frames();
+    ASSERT_GE(frames.size(), 2u);
+    EXPECT_EQ(support::describe(frames[frames.size() - 2]), unset("1"));
+    EXPECT_EQ(support::describe(frames.back()), set("2", 5));
+}
+
+TEST_F(BusyService, IsGivenUpAfterASecondWithoutReading)
+{
+    stall();
+    QElapsedTimer elapsed;
+    elapsed.start();
+    client->exit();
+    EXPECT_GE(elapsed.elapsed(), 900);
+    EXPECT_LT(elapsed.elapsed(), 2000);
+}
+
+// --- Model
+
+/// What a service shows after it has read these publications. It forgets a lost connection's cells.
+class ShownCells
+{
+public:
+    void read(const FakeService::Frame& frame)
+    {
+        if (frame.connection != m_connection)
+            m_cells.clear();
+        m_connection = frame.connection;
+        const std::string line = support::describe(frame);
+        const std::string oid = line.substr(0, line.find(' '));
+        if (line == unset(oid))
+            remove(oid);
+        else
+            m_cells[oid] = line.substr(0, line.find(" (trap)"));
+    }
+
+    void write(const std::string& oid, const std::string& line) { m_cells[oid] = line; }
+
+    /// With all descendants.
+    void remove(const std::string& tree)
+    {
+        for (auto cell = m_cells.begin(); cell != m_cells.end();) {
+            const bool isWithin = cell->first == tree || cell->first.rfind(tree + ".", 0) == 0;
+            cell = isWithin ? m_cells.erase(cell) : std::next(cell);
+        }
+    }
+
+    bool has(const std::string& oid) const { return m_cells.count(oid) > 0; }
+    const std::map<std::string, std::string>& cells() const { return m_cells; }
+
+private:
+    int m_connection = 0;
+    std::map<std::string, std::string> m_cells;
+};
+
+class RandomStalls : public BusyService, public testing::WithParamInterface<unsigned int>
+{
+protected:
+    int random(int limit) { return static_cast<int>(m_random() % static_cast<unsigned int>(limit)); }
+
+    /// One of 5 trees with 20 cells each.
+    std::string randomCell() { return randomTree() + "." + std::to_string(1 + random(20)); }
+    std::string randomTree() { return "1." + std::to_string(1 + random(5)); }
+
+    void step()
+    {
+        const int choice = random(1000);
+        if (choice < 600)
+            publishNumber();
+        else if (choice < 750)
+            publishText();
+        else if (choice < 900)
+            withdraw();
+        else if (choice < 940)
+            withdrawTree();
+        else if (choice < 960)
+            service.stopReading();
+        else if (choice < 980)
+            service.resumeReading();
+        else if (choice < 999)
+            QCoreApplication::processEvents();
+        else
+            reconnect();
+    }
+
+    void publishNumber()
+    {
+        const std::string oid = randomCell();
+        const int value = random(1000000);
+        client->sendValue(below(oid), value, random(2) == 0);
+        said.write(oid, set(oid, value));
+    }
+
+    void publishText()
+    {
+        const std::string oid = randomCell();
+        const std::string value(static_cast<std::size_t>(random(20000)), static_cast<char>('a' + random(26)));
+        client->sendValue(below(oid), QString::fromStdString(value), random(2) == 0);
+        said.write(oid, set(oid, value));
+    }
+
+    void withdraw()
+    {
+        const std::string oid = randomCell();
+        client->unsetOid(below(oid));
+        said.remove(oid);
+    }
+
+    void withdrawTree()
+    {
+        const std::string oid = random(2) == 0 ? randomTree() : randomCell();
+        client->unsetOidTree(below(oid));
+        said.remove(oid);
+    }
+
+    ShownCells said;
+
+private:
+    std::mt19937 m_random{GetParam()};
+};
+
+TEST_P(RandomStalls, LeaveTheServiceWithWhatTheApplicationSaidLast)
+{
+    for (int i = 0; i < 5000; ++i)
+        step();
+    readAll();
+    ShownCells shown;
+    for (const FakeService::Frame& frame : service.frames())
+        shown.read(frame);
+    shown.remove(markOid);
+    EXPECT_EQ(shown.cells(), said.cells());
+    EXPECT_GT(log.count(caughtUpText), 3) << "the service was never busy";
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomStalls, testing::Range(1u, 5u));
+
+} // namespace

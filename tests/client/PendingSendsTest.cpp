@@ -1,0 +1,75 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "client/PendingSends.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using vigil::Oid;
+
+namespace {
+
+Oid oid(const char* text)
+{
+    return Oid::fromStdString(text);
+}
+
+void add(PendingSends& pending, const char* text, bool notify = false)
+{
+    pending.add(oid(text).toStdVector(), notify);
+}
+
+/// "1.2", or "1.2 notify". Empties it.
+std::vector<std::string> takeAll(PendingSends& pending)
+{
+    std::vector<std::string> result;
+    while (!pending.isEmpty()) {
+        const auto [arcs, notify] = pending.first();
+        result.push_back(Oid::fromStdVector(arcs).toStdString() + (notify ? " notify" : ""));
+        pending.remove(arcs);
+    }
+    return result;
+}
+
+} // namespace
+
+TEST(PendingSends, ComeOnceEachInTheOrderOfTheIdentifiers)
+{
+    PendingSends pending;
+    for (const char* each : {"1.10", "1.9.1", "1.10", "1.9", "2"})
+        add(pending, each);
+    EXPECT_THAT(takeAll(pending), ElementsAre("1.9", "1.9.1", "1.10", "2"));
+}
+
+TEST(PendingSends, KeepTheWishForANotification)
+{
+    PendingSends pending;
+    add(pending, "1", true);
+    add(pending, "1", false);
+    add(pending, "2", false);
+    EXPECT_EQ(pending.notifications(), 1);
+    EXPECT_THAT(takeAll(pending), ElementsAre("1 notify", "2"));
+}
+
+TEST(PendingSends, AWithdrawnTreeReplacesItsDescendants)
+{
+    PendingSends pending;
+    for (const char* each : {"1.1", "1.2", "1.2.1", "1.2.1.7", "1.20", "1.3"})
+        add(pending, each, true);
+    pending.addTree(oid("1.2"));
+    EXPECT_THAT(takeAll(pending), ElementsAre("1.1 notify", "1.2", "1.3 notify", "1.20 notify"));
+}
+
+TEST(PendingSends, ClearForgetsThemAll)
+{
+    PendingSends pending;
+    add(pending, "1", true);
+    pending.clear();
+    EXPECT_EQ(pending.notifications(), 0);
+    EXPECT_THAT(takeAll(pending), IsEmpty());
+}
