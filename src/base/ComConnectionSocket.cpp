@@ -45,7 +45,7 @@ bool ComConnectionSocket::connectToServer(ConnectionSettings settings)
     logInfo(QStringLiteral("connectToHost(%1  - port: %2) ... please wait ... ")
                 .arg(m_settings.host, QString::number(m_settings.port)));
 
-    auto* socket = new QTcpSocket(this);
+    auto* socket = new QuietSocket(this);
     socket->connectToHost(m_settings.host, static_cast<quint16>(m_settings.port), QIODevice::ReadWrite,
                           QAbstractSocket::AnyIPProtocol);
     if (!socket->waitForConnected(m_settings.connectTimeoutMs) || isConnectedToItself(*socket)) {
@@ -80,7 +80,7 @@ bool ComConnectionSocket::reconnect()
     return m_socket ? false : connectToServer(m_settings);
 }
 
-void ComConnectionSocket::installSocket(QTcpSocket* socket)
+void ComConnectionSocket::installSocket(QuietSocket* socket)
 {
     if (m_socket)
         slot_currentConnectionDisconnected();

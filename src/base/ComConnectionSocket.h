@@ -12,12 +12,9 @@
 #include <QTimer>
 
 #include "base/ConnectionSettings.h"
+#include "base/QuietSocket.h"
 #include "base/wire/DbBaseType.h"
 #include "base/wire/FrameCutter.h"
-
-QT_BEGIN_NAMESPACE
-class QTcpSocket;
-QT_END_NAMESPACE
 
 namespace base {
 
@@ -106,7 +103,7 @@ public slots:
     void slot_sendSerializedData(QByteArray answer, int type, int clientCallbackId);
 
 private:
-    void installSocket(QTcpSocket* socket);
+    void installSocket(QuietSocket* socket);
     void retire(QTcpSocket* socket);
     void reportConnectFailure(int timeoutMs);
     void resetCountersAndBuffers();
@@ -134,7 +131,7 @@ private:
     quint64 m_storedUpdateMessageCounter = 0;
     FrameCutter m_received;
     int m_receivedCallbackId = 0;
-    QTcpSocket* m_socket = nullptr;
+    QuietSocket* m_socket = nullptr;
     bool m_inEventProcessing = false;
     QElapsedTimer m_lastEventProcessing;
     bool m_isReading = false; // a slot called by the QTcpSocket is running

@@ -5,7 +5,8 @@
 
 #include <QHostAddress>
 #include <QTcpServer>
-#include <QTcpSocket>
+
+#include "base/QuietSocket.h"
 
 namespace {
 constexpr int stepTimeoutMs = 500; // ample on the loopback interface
@@ -16,7 +17,7 @@ void warmUpNetwork()
     QTcpServer server;
     if (!server.listen(QHostAddress::LocalHost))
         return;
-    QTcpSocket socket;
+    base::QuietSocket socket;
     socket.connectToHost(server.serverAddress().toString(), server.serverPort());
     if (!socket.waitForConnected(stepTimeoutMs))
         return;

@@ -110,6 +110,7 @@ void VigilSnmp::startClient()
     QObject::connect(client, SIGNAL(finished()), client, SLOT(deleteLater()));
     m_clientQueue.open(client);
     m_lifecycle.on(Event::Started);
+    const platform::BlockedSignals blocked;
     m_clientThread->start(QThread::InheritPriority);
 }
 

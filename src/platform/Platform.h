@@ -4,6 +4,7 @@
 #ifndef VIGIL_PLATFORM_PLATFORM_H
 #define VIGIL_PLATFORM_PLATFORM_H
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -41,6 +42,32 @@ public:
     /// time-out.
     virtual bool join(int timeoutMs) = 0;
 };
+
+/// While it lives, the calling thread blocks all signals except those of its own faults. Threads inherit the
+/// mask of their creator: hold one while creating a thread of the library, because the signals of the process
+/// belong to the host. Windows has no such signals.
+class BlockedSignals
+{
+public:
+    BlockedSignals();
+    ~BlockedSignals();
+    BlockedSignals(const BlockedSignals&) = delete;
+    BlockedSignals& operator=(const BlockedSignals&) = delete;
+
+private:
+    struct Mask;
+    const std::unique_ptr<Mask> m_previous;
+};
+
+/// True if a write to a socket without a peer raises a signal. Then sockets are written with sendQuietly().
+bool socketsRaiseSignals();
+
+/// Sends on a socket without raising a signal and without waiting. Returns the number of bytes sent, 0 if the
+/// system takes none at the moment, -1 if the connection is lost.
+std::int64_t sendQuietly(std::intptr_t socket, const char* data, std::size_t size);
+
+/// Waits until the system takes more bytes or the connection is lost. False on time-out.
+bool waitUntilWritable(std::intptr_t socket, int timeoutMs);
 
 /// The system's id of the calling thread.
 std::uint32_t currentThreadId();

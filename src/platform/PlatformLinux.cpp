@@ -4,6 +4,7 @@
 #include "platform/Platform.h"
 
 #include <cerrno>
+#include <csignal>
 #include <ctime>
 #include <string>
 
@@ -11,7 +12,9 @@
 #include <cstdlib>
 #include <dlfcn.h>
 #include <link.h>
+#include <poll.h>
 #include <pthread.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -36,6 +39,7 @@ public:
     bool start(std::function<int()> routine)
     {
         auto argument = std::make_unique<std::function<int()>>(std::move(routine));
+        const BlockedSignals blocked;
         m_started = pthread_create(&m_thread, nullptr, &LinuxThread::run, argument.get()) == 0;
         if (m_started)
             static_cast<void>(argument.release()); // now the thread's
@@ -111,6 +115,49 @@ std::unique_ptr<Thread> Thread::start(std::function<int()> routine)
     if (!thread->start(std::move(routine)))
         return nullptr;
     return thread;
+}
+
+struct BlockedSignals::Mask
+{
+    sigset_t set;
+};
+
+BlockedSignals::BlockedSignals() : m_previous(std::make_unique<Mask>())
+{
+    sigset_t blocked;
+    sigfillset(&blocked);
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS})
+        sigdelset(&blocked, fault);
+    pthread_sigmask(SIG_BLOCK, &blocked, &m_previous->set);
+}
+
+BlockedSignals::~BlockedSignals()
+{
+    pthread_sigmask(SIG_SETMASK, &m_previous->set, nullptr);
+}
+
+bool socketsRaiseSignals()
+{
+    return true;
+}
+
+std::int64_t sendQuietly(std::intptr_t socket, const char* data, std::size_t size)
+{
+    for (;;) {
+        const ssize_t sent = send(static_cast<int>(socket), data, size, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (sent >= 0)
+            return sent;
+        if (errno == EAGAIN || errno == ENOBUFS)
+            return 0;
+        if (errno != EINTR)
+            return -1;
+    }
+}
+
+bool waitUntilWritable(std::intptr_t socket, int timeoutMs)
+{
+    pollfd entry{static_cast<int>(socket), POLLOUT, 0};
+    return poll(&entry, 1, timeoutMs) > 0;
 }
 
 std::uint32_t currentThreadId()

@@ -135,6 +135,30 @@ std::unique_ptr<Thread> Thread::start(std::function<int()> routine)
     return thread;
 }
 
+struct BlockedSignals::Mask
+{
+};
+
+BlockedSignals::BlockedSignals() = default;
+BlockedSignals::~BlockedSignals() = default;
+
+bool socketsRaiseSignals()
+{
+    return false;
+}
+
+// Not used: no write raises a signal here.
+
+std::int64_t sendQuietly(std::intptr_t, const char*, std::size_t)
+{
+    return -1;
+}
+
+bool waitUntilWritable(std::intptr_t, int)
+{
+    return false;
+}
+
 std::uint32_t currentThreadId()
 {
     return GetCurrentThreadId();

@@ -1,0 +1,107 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "base/QuietSocket.h"
+
+#include <QTimer>
+
+#include <utility>
+
+#include "platform/Platform.h"
+
+namespace base {
+
+namespace {
+/// A socket notifier would collide with the one of Qt on the same socket.
+constexpr int retryMs = 5;
+} // namespace
+
+QuietSocket::QuietSocket(QObject* parent)
+    : QTcpSocket(parent), m_sendsItself(platform::socketsRaiseSignals()), m_retryTimer(new QTimer(this))
+{
+    m_retryTimer->setInterval(retryMs);
+    connect(m_retryTimer, &QTimer::timeout, this, &QuietSocket::sendPending);
+}
+
+qint64 QuietSocket::writeData(const char* data, qint64 size)
+{
+    if (!m_sendsItself)
+        return QTcpSocket::writeData(data, size);
+    if (state() != ConnectedState)
+        return -1;
+    m_pending.append(data, static_cast<int>(size));
+    sendPending();
+    return size;
+}
+
+/// True if any bytes were sent.
+bool QuietSocket::sendPending()
+{
+    const int waiting = m_pending.size() - m_sent;
+    if (waiting == 0)
+        return false;
+    const qint64 sent = platform::sendQuietly(socketDescriptor(), m_pending.constData() + m_sent,
+                                              static_cast<std::size_t>(waiting));
+    if (sent < 0) {
+        setSocketError(RemoteHostClosedError);
+        abort();
+        return false;
+    }
+    m_sent += static_cast<int>(sent);
+    if (m_sent == m_pending.size()) {
+        m_pending.clear();
+        m_sent = 0;
+        m_retryTimer->stop();
+    } else {
+        if (m_sent > m_pending.size() / 2)
+            m_pending.remove(0, std::exchange(m_sent, 0));
+        if (!m_retryTimer->isActive())
+            m_retryTimer->start();
+    }
+    if (sent > 0)
+        emit bytesWritten(sent);
+    if (m_pending.isEmpty() && state() == ClosingState)
+        QTcpSocket::disconnectFromHost();
+    return sent > 0;
+}
+
+bool QuietSocket::flush()
+{
+    return m_sendsItself ? sendPending() : QTcpSocket::flush();
+}
+
+qint64 QuietSocket::bytesToWrite() const
+{
+    return m_sendsItself ? m_pending.size() - m_sent : QTcpSocket::bytesToWrite();
+}
+
+bool QuietSocket::waitForBytesWritten(int timeoutMs)
+{
+    if (!m_sendsItself)
+        return QTcpSocket::waitForBytesWritten(timeoutMs);
+    return sendPending() || (bytesToWrite() > 0 &&
+                             platform::waitUntilWritable(socketDescriptor(), timeoutMs) && sendPending());
+}
+
+void QuietSocket::disconnectFromHost()
+{
+    if (m_sendsItself && bytesToWrite() > 0)
+        setSocketState(ClosingState);
+    else
+        QTcpSocket::disconnectFromHost();
+}
+
+void QuietSocket::close()
+{
+    dropPending();
+    QTcpSocket::close();
+}
+
+void QuietSocket::dropPending()
+{
+    m_pending.clear();
+    m_sent = 0;
+    m_retryTimer->stop();
+}
+
+} // namespace base
