@@ -91,6 +91,8 @@ void Client::init()
     m_socket = new base::ComConnectionSocket(this);
     createConnections();
     connectLog();
+    if (m_service.port == 0)
+        return;
     onTimerReconnect();
     m_reconnectTimer->start(reconnectIntervalMs);
 }

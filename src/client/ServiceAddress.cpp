@@ -11,6 +11,7 @@
 namespace {
 
 constexpr const char* portVariable = "VIGIL_SERVICE_PORT";
+constexpr int noPort = 0;
 
 int servicePort()
 {
@@ -22,9 +23,9 @@ int servicePort()
     if (isNumber && port >= 1 && port <= 65535)
         return port;
     base::writeLog(
-        QStringLiteral("___ERROR___ %1 is \"%2\", which is no port between 1 and 65535. Using port %3.")
-            .arg(QLatin1String(portVariable), text, QString::number(base::defaultServicePort)));
-    return base::defaultServicePort;
+        QStringLiteral("___ERROR___ %1 is \"%2\", not a port from 1 to 65535 or \"off\". Not connecting.")
+            .arg(QLatin1String(portVariable), text));
+    return noPort;
 }
 
 } // namespace
@@ -35,4 +36,9 @@ base::ConnectionSettings serviceAddress()
     settings.host = QLatin1String(base::defaultServiceHost);
     settings.port = servicePort();
     return settings;
+}
+
+bool isServiceOff()
+{
+    return qgetenv(portVariable) == "off";
 }

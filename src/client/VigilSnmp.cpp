@@ -10,6 +10,7 @@
 #include <QThread>
 
 #include <cstdlib>
+#include <utility>
 
 #include "base/Logging.h"
 #include "base/NeverDestroyed.h"
@@ -18,6 +19,7 @@
 #include "client/CallbackStoreLock.h"
 #include "client/Client.h"
 #include "client/ClientThread.h"
+#include "client/ServiceAddress.h"
 #include "platform/Platform.h"
 #include "snmp/SnmpTableManager.h"
 
@@ -78,19 +80,18 @@ VigilSnmp& VigilSnmp::instance()
 
 void VigilSnmp::init(const std::string& name)
 {
-    if (!m_lifecycle.on(Event::Init))
+    if (isServiceOff() || !m_lifecycle.on(Event::Init))
         return;
     // Qt keeps data in the process's threads, so its libraries must stay loaded when this one is unloaded.
     platform::pinModule(&QObject::staticMetaObject);
     platform::pinModule(&QAbstractSocket::staticMetaObject);
     m_runner = ApplicationRunner::start([this](const auto& pause) { pauseClient(pause); });
-    if (!m_runner) {
-        m_lifecycle.on(Event::NoThread);
-        return;
-    }
+    if (!m_runner)
+        return giveUpStart();
     m_oidTypeId = qRegisterMetaType<Oid>("Oid");
     base::writeLog(QStringLiteral("[VigilSnmp::init] Initializing %1.").arg(QString::fromUtf8(name.c_str())));
-    startClient();
+    if (!startClient())
+        return giveUpStart();
     {
         // The client may be connected already. It sends its cache; no callback can be registered yet.
         const CallbackStoreLock lock;
@@ -100,7 +101,25 @@ void VigilSnmp::init(const std::string& name)
     std::atexit(&VigilSnmp::cleanupAtExit);
 }
 
-void VigilSnmp::startClient()
+/// Takes back all of init(), so that the next one can try again. Without a runner the log is not open yet.
+void VigilSnmp::giveUpStart()
+{
+    if (!m_runner)
+        base::startLogging();
+    base::writeLog(QStringLiteral("___ERROR___ [VigilSnmp::init] The system has no thread left. Nothing is "
+                                  "published until all health checks are destroyed and a new one is made."));
+    if (!m_runner)
+        base::stopLogging();
+    if (m_runner) {
+        m_runner->stop(noLimit);
+        m_runner.reset();
+        QMetaType::unregisterType(m_oidTypeId);
+    }
+    m_lifecycle.on(Event::NoThread);
+}
+
+/// False if the system has no thread left.
+bool VigilSnmp::startClient()
 {
     m_clientThread = new ClientThread;
     m_clientThread->moveToThread(m_runner->thread());
@@ -109,9 +128,17 @@ void VigilSnmp::startClient()
     QObject::connect(m_clientThread, SIGNAL(started()), client, SLOT(init()));
     QObject::connect(client, SIGNAL(finished()), client, SLOT(deleteLater()));
     m_clientQueue.open(client);
-    m_lifecycle.on(Event::Started);
-    const platform::BlockedSignals blocked;
-    m_clientThread->start(QThread::InheritPriority);
+    {
+        const platform::BlockedSignals blocked;
+        m_clientThread->start(QThread::InheritPriority);
+    }
+    if (m_clientThread->isRunning()) {
+        m_lifecycle.on(Event::Started);
+        return true;
+    }
+    delete m_clientQueue.close();
+    delete std::exchange(m_clientThread, nullptr);
+    return false;
 }
 
 /// Returns once the client thread is paused, or on time-out if a callback or a connect blocks it. Calls

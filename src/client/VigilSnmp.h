@@ -41,7 +41,9 @@ namespace vigil {
 /// library's own are gone. init() creates its members and cleanup() destroys them.
 ///
 /// Failure: a thread that does not stop in time is left running, and the facade is out of use from then on:
-/// every call does nothing. Checks and metrics still work, but publish nothing.
+/// every call does nothing. Checks and metrics still work, but publish nothing. If the system has no thread
+/// left, init() takes everything back, and the next one tries again. With VIGIL_SERVICE_PORT=off it does
+/// nothing.
 class VigilSnmp final : public VigilSnmpInterface
 {
 public:
@@ -84,7 +86,8 @@ private:
 
     static void cleanupAtExit();
 
-    void startClient();
+    bool startClient();
+    void giveUpStart();
     void pauseClient(const std::shared_ptr<ApplicationRunner::Pause>& pause);
     void stop(const Limits& limits);
     bool stopClient(int timeoutMs);

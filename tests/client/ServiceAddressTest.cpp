@@ -47,14 +47,23 @@ TEST_F(ServiceAddress, TheEnvironmentGivesAnotherPort)
     EXPECT_FALSE(log.contains(variable));
 }
 
-TEST_F(ServiceAddress, ABadPortIsReportedAndIgnored)
+TEST_F(ServiceAddress, ABadPortIsReportedAndNoPortTaken)
 {
     for (const char* text :
          {"0", "-1", "65536", "4294967297", "abc", "43126x", "1.5", "0x10", "99999999999"}) {
         qputenv(variable, text);
-        EXPECT_EQ(serviceAddress().port, 43125) << text;
+        EXPECT_EQ(serviceAddress().port, 0) << text;
+        EXPECT_FALSE(isServiceOff());
         EXPECT_EQ(log.count("___ERROR___ VIGIL_SERVICE_PORT is \"" + std::string(text) + "\""), 1) << text;
     }
+}
+
+TEST_F(ServiceAddress, OffIsNoPort)
+{
+    qputenv(variable, "off");
+    EXPECT_TRUE(isServiceOff());
+    qunsetenv(variable);
+    EXPECT_FALSE(isServiceOff());
 }
 
 TEST_F(ServiceAddress, AnEmptyVariableIsReportedToo)
@@ -62,7 +71,7 @@ TEST_F(ServiceAddress, AnEmptyVariableIsReportedToo)
     qputenv(variable, "");
     if (!qEnvironmentVariableIsSet(variable))
         GTEST_SKIP() << "this system has no empty variables";
-    EXPECT_EQ(serviceAddress().port, 43125);
+    EXPECT_EQ(serviceAddress().port, 0);
     EXPECT_EQ(log.count("___ERROR___ VIGIL_SERVICE_PORT is \"\""), 1);
 }
 

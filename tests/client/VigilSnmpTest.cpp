@@ -18,10 +18,13 @@
 #include <thread>
 #include <vector>
 
+#include <vigil/vigil.h>
+
 #include "base/Logging.h"
 #include "base/wire/Protocol.h"
 #include "base/wire/SnmpResponse.h"
 #include "client/CallbackStoreLock.h"
+#include "support/CheckPointer.h"
 #include "support/EnvironmentVariable.h"
 #include "support/LibraryTest.h"
 #include "support/MatchesPattern.h"
@@ -258,13 +261,28 @@ TEST_F(VigilSnmp, TheSocketsDebugLinesReachTheLogOnDemand)
     facade.cleanup();
 }
 
-TEST_F(VigilSnmp, ABadServicePortIsReportedAndTheStandardOneUsed)
+TEST_F(VigilSnmp, ABadServicePortIsReportedAndNothingConnected)
 {
     qputenv("VIGIL_SERVICE_PORT", "65536");
     facade.init("test");
     EXPECT_TRUE(log.waitFor("VIGIL_SERVICE_PORT is \"65536\""));
-    EXPECT_TRUE(log.waitFor("CCS::LOG: connectToHost(127.0.0.1  - port: 43125)"));
-    EXPECT_EQ(service.connections(), 0);
+    facade.sendValue(below("1"), 5, 0);
+    facade.cleanup();
+    EXPECT_FALSE(log.contains("connectToHost"));
+}
+
+TEST_F(VigilSnmp, SwitchedOffItStartsNothingWhileChecksWork)
+{
+    qputenv("VIGIL_SERVICE_PORT", "off");
+    const support::CheckPointer check(vigil::createHealthCheck("first", "second"));
+    vigil::ScalarMetric* metric = check->createScalarMetric("metric");
+    metric->setCriticalRange(vigil::Range::CreateThresholdAbove(10));
+    metric->setValue(11);
+    check->update();
+    metric->remove();
+    EXPECT_EQ(check->getStatus(), vigil::HealthStatus::Critical);
+    EXPECT_EQ(QCoreApplication::instance(), nullptr) << "the library's thread runs";
+    EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 // --- Publishing
