@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 The Vigil authors
 # SPDX-License-Identifier: MIT
 #
-# What the scripts share; they source it. Changes to the top folder and sets up the compiler cache.
+# Sourced by the scripts. Changes to the top folder and sets up the compiler cache.
 #
 # On a terminal, builds and tests show one line of progress. Elsewhere they are silent. Failures are always shown, and
 # everything is in log files in build/log.
@@ -11,7 +11,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
 log_dir=$PWD/build/log
 mkdir -p "$log_dir"
 
-# Clones in different folders share what they compile: paths below this folder are relative in the cache.
+# Clones in different folders share the cache: it has paths relative to this folder.
 if command -v ccache >/dev/null; then
     export CMAKE_CXX_COMPILER_LAUNCHER=${CMAKE_CXX_COMPILER_LAUNCHER-ccache}
     export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1

@@ -15,7 +15,7 @@ namespace agent {
 
 namespace {
 
-// The most that one application can send before the others have their turn.
+// After this number of bytes from one application the others have their turn.
 constexpr qint64 maxBurst = 1'048'576;
 
 constexpr qint64 maxUnread = 10'000'000;

@@ -42,7 +42,7 @@ public:
     /// Everything but the number of cells.
     const ApplicationInfo& info() const { return m_info; }
 
-    /// Counts a record that the listener refuses.
+    /// Counts a record refused by the listener.
     void countRefusal() { ++m_info.recordsRefused; }
 
     void ask(int number, const ObjectId& id, const CellValue& value);

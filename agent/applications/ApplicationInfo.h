@@ -11,7 +11,7 @@
 
 namespace agent {
 
-/// What the agent reports about an application, connected or lost.
+/// The agent's report about an application, connected or lost.
 struct ApplicationInfo
 {
     enum class State { Connected, Lost };

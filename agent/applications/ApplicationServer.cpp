@@ -162,7 +162,7 @@ void ApplicationServer::publish(ApplicationId application, const ObjectId& id, c
         emit notificationWanted(id);
 }
 
-/// id is empty for an error that concerns all cells of the application.
+/// id is empty for an error about all cells of the application.
 void ApplicationServer::refuse(ApplicationId application, const ObjectId& id, const Error& error)
 {
     m_connections.at(application)->countRefusal();

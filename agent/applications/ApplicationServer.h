@@ -31,8 +31,8 @@ class ApplicationConnection;
 /// one until its last cell is gone.
 ///
 /// Ownership: cells and clock must outlive the server. It owns the connections.
-/// Failure: an error ends only the connection that caused it. What exceeds the limits is refused with a
-/// warning.
+/// Failure: an error ends only the connection it came from. Applications and cells beyond the limits are
+/// refused with a warning.
 class ApplicationServer : public QObject, public CellOwners
 {
     Q_OBJECT
@@ -42,7 +42,7 @@ public:
 
     Error listen(const QHostAddress& host, quint16 port);
 
-    /// The host and port that it listens on.
+    /// The host and port it listens on.
     QString address() const;
 
     /// The connected applications, and the lost ones with cells, in the order of their numbers.

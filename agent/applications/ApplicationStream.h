@@ -17,11 +17,11 @@ namespace agent {
 
 /// Turns the bytes of one application into values, unsets and answers.
 ///
-/// The whole receive path that needs no socket. It checks frames, records, and the data type that goes with
-/// each callback id.
+/// This is the whole receive path above the socket. It checks frames, records, and the data type for each
+/// callback id.
 ///
 /// Ownership: the receiver must outlive the stream.
-/// Failure: the bytes are not trusted. After receive() has returned an error, call it no more.
+/// Failure: the bytes are not trusted. Do not call receive() again after it has returned an error.
 class ApplicationStream
 {
 public:

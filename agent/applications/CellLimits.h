@@ -10,7 +10,7 @@
 
 namespace agent {
 
-/// Decides which values of applications the agent serves.
+/// Checks values of applications against the limits; the agent serves the accepted ones.
 ///
 /// An error continues a sentence that starts with the application's name, and tells the operator what to do.
 ///

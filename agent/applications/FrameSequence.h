@@ -11,10 +11,10 @@
 
 namespace agent {
 
-/// The frames of one application, in sequence: numbered from 1 without a gap, none longer than the limit.
+/// Reads the frames of one application. They are numbered from 1 without a gap and not longer than the limit.
 ///
-/// Failure: the bytes are not trusted. Anything that cannot be a frame ends the sequence: next() returns
-/// Malformed from then on, and error() tells why. It never holds more than one frame of the permitted size
+/// Failure: the bytes are not trusted. The first malformed frame ends the sequence: from then on next()
+/// returns Malformed, and error() gives the reason. The memory is bounded by one frame of the permitted size
 /// and one burst.
 class FrameSequence
 {

@@ -10,13 +10,13 @@
 
 namespace agent {
 
-/// The most that applications can take up. The agent refuses what is beyond, so one defective application
-/// does not harm the others.
+/// Limits on connections, cells, texts and frames. The agent refuses anything beyond them, so a defective
+/// application does not harm the others.
 struct Limits
 {
     int connections = 256;     ///< at one time
     int cells = 100'000;       ///< of one application
-    int textBytes = 65'535;    ///< of one value; SNMP carries no more
+    int textBytes = 65'535;    ///< of one value; the limit of SNMP
     int frameBytes = maxFrame; ///< of one frame after its length field
 
     static constexpr int maxFrame = static_cast<int>(base::FrameHeader::maxLength);

@@ -19,7 +19,7 @@ QString read(const QString& path)
     return QString::fromUtf8(file.readAll());
 }
 
-/// Takes every call of function out of the source, and what its parentheses hold.
+/// Removes every call of function from the source, arguments included.
 QString without(const QString& function, QString source)
 {
     int start = 0;
@@ -70,7 +70,7 @@ TEST(OperationsDocument, ExplainsEveryMessageOfTheAgent)
         source = without(QStringLiteral("numberOption"), source);
         source = without(QStringLiteral("setApplicationDescription"), source);
         for (const QString& message : messagesIn(source)) {
-            // Some begin with the name of an application, which is put in front of them elsewhere.
+            // Other code puts the application's name in front of some messages.
             EXPECT_TRUE(document.contains(QStringLiteral("`%1`").arg(message)) ||
                         document.contains(QStringLiteral("`… %1`").arg(message)))
                 << qPrintable(path) << ": " << qPrintable(message);
@@ -93,7 +93,7 @@ QString help()
     return output;
 }
 
-/// The default that the description of an option ends with, or an empty text.
+/// The default at the end of an option's description, or an empty text.
 QString defaultIn(const QString& description)
 {
     static const QRegularExpression sentence(QStringLiteral("Default: ([^ ]+)\\.( |$)"));

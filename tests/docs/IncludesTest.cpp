@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// The arrows between folders, as in docs/architecture.md: a source may include headers of its own room and of
-// the rooms listed for it.
+// The arrows between folders, as in docs/architecture.md: a source may include headers of the same room and
+// of the rooms listed for it.
 
 #include <gtest/gtest.h>
 

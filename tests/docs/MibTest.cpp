@@ -83,7 +83,7 @@ vigilMgmFuncTrigger4."app"."hc" = idle
 vigilMgmFuncCommand."app"."hc" =)"));
 }
 
-TEST(VigilMib, SnmptablePrintsNamesAndNothingElse)
+TEST(VigilMib, SnmptablePrintsNamesOnly)
 {
     AgentProcess agent;
     ASSERT_TRUE(agent.start()) << agent.log().constData();

@@ -3,7 +3,7 @@
 
 # Fails when smilint says anything about MODULE; its exit code says nothing.
 #
-# The index that it may complain about: only the sum of the index texts is bounded, which SMIv2 cannot express.
+# INDEX is allowed to fail: SMIv2 cannot express a bound on the sum of the index texts.
 set(ENV{SMIPATH} "${SMIPATH}")
 execute_process(
   COMMAND ${SMILINT} -l 6 -i index-exceeds-too-large ${MODULE}

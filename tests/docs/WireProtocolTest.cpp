@@ -18,7 +18,7 @@ namespace {
 const std::string statusCell = "127.3.1.200.4.1.1.3.3.97.112.112.2.104.99";
 const std::string warningRangeCell = "127.3.1.200.4.2.1.3.3.97.112.112.2.104.99.1.109";
 
-/// The blocks of the document that are marked "hex", without the remarks behind "#", in lower case.
+/// The blocks marked "hex" in the document, in lower case, without the remarks after "#".
 std::vector<std::string> documentedFrames()
 {
     std::ifstream document(WIRE_PROTOCOL_DOCUMENT);
@@ -82,7 +82,7 @@ std::string answerFrame()
 
 } // namespace
 
-TEST(WireProtocolDocument, ShowsTheFramesThatTheLibrarySendsAndReads)
+TEST(WireProtocolDocument, ShowsTheFramesSentAndReadByTheLibrary)
 {
     EXPECT_THAT(documentedFrames(), testing::ElementsAre(statusFrame(), questionFrame(), answerFrame()));
 }

@@ -54,8 +54,7 @@ protected:
         ASSERT_TRUE(tool->waitFor(root + QStringLiteral(".2.1"), QStringLiteral("2")));
     }
 
-    /// The offender is out with one line in the log and nothing new in the cells, and nobody else has
-    /// noticed.
+    /// The offender is disconnected with one line in the log. The cells and the bystander are as before.
     void expectOnlyTheOffenderIsDisconnected()
     {
         EXPECT_TRUE(offender->waitForDisconnect());
@@ -82,7 +81,7 @@ TEST_F(AgentConnections, AWrongMagicEndsTheConnection)
     expectOnlyTheOffenderIsDisconnected();
 }
 
-TEST_F(AgentConnections, AFrameLengthThatIsTooSmallEndsTheConnection)
+TEST_F(AgentConnections, ATooSmallFrameLengthEndsTheConnection)
 {
     QByteArray bytes = frame(2, intPayload("2.2"));
     qToBigEndian<qint64>(25, bytes.data() + 8);
@@ -90,7 +89,7 @@ TEST_F(AgentConnections, AFrameLengthThatIsTooSmallEndsTheConnection)
     expectOnlyTheOffenderIsDisconnected();
 }
 
-TEST_F(AgentConnections, AFrameLengthThatIsTooLargeEndsTheConnectionBeforeTheBytesCome)
+TEST_F(AgentConnections, ATooLargeFrameLengthEndsTheConnectionBeforeTheFrameArrives)
 {
     QByteArray bytes = frame(2, QByteArray());
     qToBigEndian<qint64>(Q_INT64_C(0x7fffffffffffffff), bytes.data() + 8);
@@ -119,7 +118,7 @@ TEST_F(AgentConnections, AnEmptyRecordEndsTheConnection)
     expectOnlyTheOffenderIsDisconnected();
 }
 
-TEST_F(AgentConnections, AnIdentifierThatIsNotNumericEndsTheConnectionAndCreatesNoCell)
+TEST_F(AgentConnections, ANonNumericIdentifierEndsTheConnectionAndCreatesNoCell)
 {
     offender->sendFrame(base::SnmpIntType, base::PlainValue, intPayload("2.x.3"));
     expectOnlyTheOffenderIsDisconnected();
@@ -131,7 +130,7 @@ TEST_F(AgentConnections, AnUnknownDataTypeEndsTheConnection)
     expectOnlyTheOffenderIsDisconnected();
 }
 
-TEST_F(AgentConnections, ARecordThatDoesNotGoWithItsCallbackIdEndsTheConnection)
+TEST_F(AgentConnections, AMismatchOfDataTypeAndCallbackIdEndsTheConnection)
 {
     offender->sendFrame(base::SnmpIntType, base::Validation, intPayload("2.2"));
     expectOnlyTheOffenderIsDisconnected();
@@ -145,7 +144,7 @@ TEST_F(AgentConnections, ANegativePropertyLengthEndsTheConnection)
     expectOnlyTheOffenderIsDisconnected();
 }
 
-TEST_F(AgentConnections, ATextCannotForgeALineOfTheLog)
+TEST_F(AgentConnections, ATextCannotForgeALogLine)
 {
     offender->sendFrame(base::SnmpIntType, base::PlainValue, intPayload("2\nvigil-agent: warning: forged"));
     EXPECT_TRUE(offender->waitForDisconnect());
@@ -160,7 +159,7 @@ TEST_F(AgentConnections, AFrameMayArriveByteByByte)
     EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".2.2"), QStringLiteral("7")));
 }
 
-TEST_F(AgentConnections, HalfAFrameDelaysNoOtherApplication)
+TEST_F(AgentConnections, HalfAFrameDoesNotDelayOtherApplications)
 {
     offender->sendBytes(frame(2, intPayload("2.2")).left(50));
     bystander->publish("1.2", 12);
@@ -170,13 +169,13 @@ TEST_F(AgentConnections, HalfAFrameDelaysNoOtherApplication)
     EXPECT_EQ(tool->get(root + QStringLiteral(".1.1")), QStringLiteral("1"));
 }
 
-TEST_F(AgentConnections, AValueWithANotificationSetsTheCellToo)
+TEST_F(AgentConnections, AValueWithANotificationAlsoSetsTheCell)
 {
     offender->sendFrame(base::SnmpIntType, base::ValueAndNotify, intPayload("2.2"));
     EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".2.2"), QStringLiteral("7")));
 }
 
-TEST_F(AgentConnections, AFloodOfUnsetsDelaysNoOtherApplication)
+TEST_F(AgentConnections, AFloodOfUnsetsDoesNotDelayOtherApplications)
 {
     base::SnmpInt nothing;
     nothing.oid = "2";
@@ -193,7 +192,7 @@ TEST_F(AgentConnections, AFloodOfUnsetsDelaysNoOtherApplication)
     EXPECT_TRUE(offender->isConnected());
 }
 
-TEST_F(AgentConnections, EndlessLargeFramesDelayNoOtherApplication)
+TEST_F(AgentConnections, EndlessLargeFramesDoNotDelayOtherApplications)
 {
     QByteArray beginning = frame(1, QByteArray(1'000'000, 'x'));
     qToBigEndian<qint64>(64 * 1024 * 1024, beginning.data() + 8);
@@ -206,7 +205,7 @@ TEST_F(AgentConnections, EndlessLargeFramesDelayNoOtherApplication)
     EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".1.2"), QStringLiteral("12")));
 }
 
-TEST_F(AgentConnections, EveryConnectionWithGarbageCostsOneLineOfTheLog)
+TEST_F(AgentConnections, EachBadConnectionLogsOneLine)
 {
     constexpr int attempts = 50;
     for (int i = 0; i < attempts; ++i) {

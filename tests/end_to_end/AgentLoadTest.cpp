@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// Many applications at once. A fraction of the load that the agent is made for, so that every run of the
-// tests can afford it; with the environment variable VIGIL_LOAD=full the whole of it.
+// Many applications at once: a fraction of the load the agent is made for, or all of it with the environment
+// variable VIGIL_LOAD=full.
 
 #include <gtest/gtest.h>
 
@@ -42,13 +42,14 @@ class AgentLoad : public testing::Test
 protected:
     void SetUp() override
     {
-        // A sanitizer would keep what has been freed, which looks like growth.
+        // Address sanitizer keeps freed memory in quarantine, which looks like growth.
         qputenv("ASAN_OPTIONS", "quarantine_size_mb=1");
         ASSERT_TRUE(agent.start()) << agent.log().constData();
         tool = std::make_unique<SnmpTool>(agent.tcpAddress());
         for (int i = 0; i < load.applications; ++i)
             applications.push_back(std::make_unique<FakeApplication>(agent.applicationPort()));
-        applications[0]->publish("8.1", 0); // so that no walk comes to the end of all cells, which is a line
+        applications[0]->publish("8.1",
+                                 0); // after all others: a walk past the last cell prints one more line
     }
 
     /// All cells of all applications get the number of the round as their value, the marks last.
@@ -71,7 +72,7 @@ protected:
             .out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     }
 
-    /// The agent has handled all that was published in the round.
+    /// Waits until the agent serves all values of the round.
     bool waitForMarks(int round) const
     {
         const QString value = QStringLiteral(" %1").arg(round);

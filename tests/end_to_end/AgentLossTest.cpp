@@ -64,7 +64,7 @@ protected:
 
 } // namespace
 
-TEST_F(AgentLoss, ACleanEndLeavesNothing)
+TEST_F(AgentLoss, ACleanShutdownRemovesAllCells)
 {
     start({});
     const auto application = connectWithARow();
@@ -74,7 +74,7 @@ TEST_F(AgentLoss, ACleanEndLeavesNothing)
     EXPECT_TRUE(agent->waitForLog("has disconnected\n"));
 }
 
-TEST_F(AgentLoss, ALostConnectionTurnsItsChecksUnknownAndKeepsTheOtherValues)
+TEST_F(AgentLoss, ALostApplicationsChecksTurnUnknownAndItsOtherValuesStay)
 {
     start({QStringLiteral("--grace"), QStringLiteral("1")});
     connectWithARow()->close();
@@ -82,7 +82,7 @@ TEST_F(AgentLoss, ALostConnectionTurnsItsChecksUnknownAndKeepsTheOtherValues)
     EXPECT_EQ(tool->get(otherName), QStringLiteral("42"));
 }
 
-TEST_F(AgentLoss, WhileTheGraceLastsNothingChanges)
+TEST_F(AgentLoss, NothingChangesDuringTheGracePeriod)
 {
     start({QStringLiteral("--grace"), QStringLiteral("600")});
     connectWithARow()->close();
@@ -91,7 +91,7 @@ TEST_F(AgentLoss, WhileTheGraceLastsNothingChanges)
     EXPECT_EQ(tool->get(summaryName), QStringLiteral("all is well"));
 }
 
-TEST_F(AgentLoss, AConnectionThatTheAgentEndsIsLostToo)
+TEST_F(AgentLoss, AnApplicationDisconnectedByTheAgentIsLostToo)
 {
     start({QStringLiteral("--grace"), QStringLiteral("0")});
     const auto application = connectWithARow();
@@ -100,7 +100,7 @@ TEST_F(AgentLoss, AConnectionThatTheAgentEndsIsLostToo)
     EXPECT_FALSE(application->isConnected());
 }
 
-TEST_F(AgentLoss, CellsOfALostApplicationAreForgotten)
+TEST_F(AgentLoss, CellsOfALostApplicationAreRemovedAfterTheForgetTime)
 {
     start(
         {QStringLiteral("--grace"), QStringLiteral("600"), QStringLiteral("--forget"), QStringLiteral("1")});
@@ -109,7 +109,7 @@ TEST_F(AgentLoss, CellsOfALostApplicationAreForgotten)
     EXPECT_EQ(tool->get(otherName), noInstance);
 }
 
-TEST_F(AgentLoss, ACheckThatIsNotUpdatedTurnsUnknown)
+TEST_F(AgentLoss, ACheckWithoutUpdatesTurnsUnknown)
 {
     start({QStringLiteral("--stale-after"), QStringLiteral("1")});
     const auto application = connectWithARow();
@@ -117,7 +117,7 @@ TEST_F(AgentLoss, ACheckThatIsNotUpdatedTurnsUnknown)
     EXPECT_EQ(tool->get(otherName), QStringLiteral("42"));
 }
 
-TEST_F(AgentLoss, ACellOfALostConnectionCannotBeSetAndTheManagerLearnsAtOnce)
+TEST_F(AgentLoss, ASetOfACellOfALostApplicationFailsAtOnce)
 {
     const QTemporaryDir directory;
     QFile file(directory.filePath(QStringLiteral("agent.conf")));
@@ -133,7 +133,7 @@ TEST_F(AgentLoss, ACellOfALostConnectionCannotBeSetAndTheManagerLearnsAtOnce)
     EXPECT_EQ(tool->get(otherName), QStringLiteral("42"));
 }
 
-TEST_F(AgentLoss, AnApplicationWithTheLibraryThatIsKilledIsUnknownUntilItIsBack)
+TEST_F(AgentLoss, TheChecksOfAKilledApplicationAreUnknownUntilItReturns)
 {
     start({QStringLiteral("--grace"), QStringLiteral("1")});
     const QString status = QStringLiteral("vigilHealthCheckStatus.\"host\".\"check\"");

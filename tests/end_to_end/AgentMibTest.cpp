@@ -36,7 +36,7 @@ bool isMatch(const QString& pattern, const QString& text)
     return QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(text).hasMatch();
 }
 
-/// An agent in which the community "private" may write, and two connections.
+/// A standalone agent with two applications. The community "private" may write.
 class AgentMib : public testing::Test
 {
 protected:
@@ -67,7 +67,7 @@ protected:
         return application;
     }
 
-    /// The agent has handled all that the application has sent so far.
+    /// Waits until the agent has handled everything the application has sent.
     void settle(FakeApplication& application)
     {
         application.publish("999.1", ++m_marks);
@@ -95,7 +95,7 @@ private:
 
 } // namespace
 
-TEST_F(AgentMib, TellsVersionUpTimeAndTheNumberOfCells)
+TEST_F(AgentMib, HasVersionUpTimeAndTheNumberOfCells)
 {
     first->publish("5.1", 1);
     first->publish("5.2", 2);
@@ -110,7 +110,7 @@ TEST_F(AgentMib, TellsVersionUpTimeAndTheNumberOfCells)
     EXPECT_EQ(tool->get(scalar("NotificationsSent")), QStringLiteral("0")) << "there is no receiver";
 }
 
-TEST_F(AgentMib, CountsWhatBecomesOfSets)
+TEST_F(AgentMib, CountsSetsByTheirOutcome)
 {
     first->publish("5.1", 1);
     settle(*first);
@@ -135,7 +135,7 @@ TEST_F(AgentMib, CountsSetsWithoutAReply)
     EXPECT_EQ(tool->get(scalar("SetsTimedOut")), QStringLiteral("1"));
 }
 
-TEST_F(AgentMib, HasARowForEachConnection)
+TEST_F(AgentMib, HasARowForEachApplication)
 {
     first->publish("5.1", 1);
     first->publish("5.1", 2);
@@ -158,7 +158,7 @@ TEST_F(AgentMib, HasARowForEachConnection)
     EXPECT_TRUE(tool->get(column("State", 3)).startsWith(QStringLiteral("No Such Instance")));
 }
 
-TEST_F(AgentMib, AConnectionWithoutCellsGoesAndALostOneStays)
+TEST_F(AgentMib, TheRowOfALostApplicationStaysOnlyWhileItHasCells)
 {
     first->publish("5.1", 1);
     settle(*first);
@@ -170,7 +170,7 @@ TEST_F(AgentMib, AConnectionWithoutCellsGoesAndALostOneStays)
     EXPECT_EQ(tool->get(column("Cells", 1)), QStringLiteral("2"));
 }
 
-TEST_F(AgentMib, SnmptablePrintsNamesAndNothingElse)
+TEST_F(AgentMib, SnmptablePrintsNamesOnly)
 {
     first->publish("5.1", 1);
     settle(*first);
@@ -191,7 +191,7 @@ TEST_F(AgentMib, SnmptablePrintsNamesAndNothingElse)
         << qPrintable(lines[3]);
 }
 
-TEST_F(AgentMib, StandsInAWalkBetweenItsNeighbours)
+TEST_F(AgentMib, AWalkReadsItBetweenItsNeighbours)
 {
     first->publish("127.3.1.200.4.9", 1);
     first->publish("127.3.1.200.6", 2);
@@ -213,7 +213,7 @@ TEST_F(AgentMib, StandsInAWalkBetweenItsNeighbours)
     }
 }
 
-TEST_F(AgentMib, SeveralColumnsThatEndTogetherGoOnWithTheNextOnes)
+TEST_F(AgentMib, AGetNextOfTheLastRowGoesOnWithTheNextColumn)
 {
     const SnmpTool::Result result = tool->run(
         QStringLiteral("snmpgetnext"), {column("Address", 2), column("State", 2), column("LastFrame", 2)},
@@ -234,7 +234,7 @@ TEST_F(AgentMib, IsReadOnly)
     EXPECT_TRUE(columnResult.err.contains(QStringLiteral("notWritable"))) << qPrintable(columnResult.err);
 }
 
-TEST_F(AgentMib, AnApplicationCannotPublishThere)
+TEST_F(AgentMib, ApplicationsCannotPublishInIt)
 {
     for (const char* id :
          {"127.3.1.200.5", "127.3.1.200.5.1.3.0", "127.3.1.200.5.2.1.4.1", "127.3.1.200.5.9"}) {

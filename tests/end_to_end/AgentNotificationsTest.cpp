@@ -129,7 +129,7 @@ TEST_F(AgentNotifications, AChangeAndTheRecoveryArriveAsTraps)
         QStringLiteral("2"));
 }
 
-TEST_F(AgentNotifications, AKilledApplicationAndItsReturnAreNews)
+TEST_F(AgentNotifications, AKilledApplicationAndItsReturnAreNotified)
 {
     startAgent(QStringLiteral("trap2sink ") + receiver.address(),
                {QStringLiteral("--grace"), QStringLiteral("1")});
@@ -156,7 +156,7 @@ TEST_F(AgentNotifications, AKilledApplicationAndItsReturnAreNews)
         << qPrintable(receiver.notifications()[1]);
 }
 
-TEST_F(AgentNotifications, SilenceIsNews)
+TEST_F(AgentNotifications, AStaleCheckIsNotified)
 {
     startAgent(QStringLiteral("trap2sink ") + receiver.address(),
                {QStringLiteral("--stale-after"), QStringLiteral("1")});
@@ -172,7 +172,7 @@ TEST_F(AgentNotifications, SilenceIsNews)
     EXPECT_EQ(receiver.notifications().value(1), changed("ok", "unknown", "all is well again"));
 }
 
-TEST_F(AgentNotifications, ACleanShutdownOfAnApplicationIsNotNotified)
+TEST_F(AgentNotifications, ACleanShutdownOfAnApplicationSendsNoNotification)
 {
     startAgent(QStringLiteral("trap2sink ") + receiver.address(),
                {QStringLiteral("--grace"), QStringLiteral("0")});
@@ -187,7 +187,7 @@ TEST_F(AgentNotifications, ACleanShutdownOfAnApplicationIsNotNotified)
                 ElementsAre(QStringLiteral("snmpTrapOID.0 = vigilValueChanged; exampleEnterprise.5.1 = 1")));
 }
 
-TEST_F(AgentNotifications, AValueWithANotificationArrivesWithItsIdentifierAndType)
+TEST_F(AgentNotifications, AValuesNotificationHasItsIdentifierAndType)
 {
     startAgent(QStringLiteral("trap2sink ") + receiver.address());
     FakeApplication application(agent->applicationPort());
@@ -211,7 +211,7 @@ TEST_F(AgentNotifications, AnInformArrivesOnce)
                                                               changed("ok", "critical", "all is well")));
 }
 
-TEST_F(AgentNotifications, AConfigurationThatIsReadAgainReplacesTheReceivers)
+TEST_F(AgentNotifications, AReloadedConfigurationReplacesTheReceivers)
 {
     startAgent(QStringLiteral("trap2sink ") + receiver.address());
     SnmptrapdProcess other;
@@ -228,7 +228,7 @@ TEST_F(AgentNotifications, AConfigurationThatIsReadAgainReplacesTheReceivers)
     EXPECT_EQ(agent->stop(), 0);
 }
 
-TEST_F(AgentNotifications, ASilentInformReceiverDelaysNoOne)
+TEST_F(AgentNotifications, AnUnresponsiveInformReceiverDoesNotDelayTheOthers)
 {
     QUdpSocket silent; // bound, so the host accepts datagrams; no one reads them
     ASSERT_TRUE(support::bindToFreePort(silent));

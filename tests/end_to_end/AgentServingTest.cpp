@@ -34,7 +34,7 @@ class AgentServing : public testing::Test
 protected:
     void SetUp() override { ASSERT_TRUE(agent.start()) << agent.log().constData(); }
 
-    /// The agent has handled all that the application has sent so far.
+    /// Waits until the agent has handled everything the application has sent.
     void settle(FakeApplication& application, const SnmpTool& tool)
     {
         application.publish("999.1", ++m_marks);
@@ -64,7 +64,7 @@ TEST_F(AgentServing, IntegersAppearAsInteger32AndTextsAsOctetString)
                               QStringLiteral(" = \"\""));
 }
 
-TEST_F(AgentServing, AMissingCellIsNoSuchInstance)
+TEST_F(AgentServing, AMissingCellReadsNoSuchInstance)
 {
     const SnmpTool tool(agent.udpAddress());
     FakeApplication application(agent.applicationPort());
@@ -74,7 +74,7 @@ TEST_F(AgentServing, AMissingCellIsNoSuchInstance)
     EXPECT_EQ(tool.get(full("1.1.0")), noInstance);
 }
 
-TEST_F(AgentServing, GetNextAndGetBulkWalkInTheOrderOfArcs)
+TEST_F(AgentServing, GetNextAndGetBulkWalkInNumericOrder)
 {
     const SnmpTool tool(agent.udpAddress());
     FakeApplication application(agent.applicationPort());
@@ -90,7 +90,7 @@ TEST_F(AgentServing, GetNextAndGetBulkWalkInTheOrderOfArcs)
               full("6.1") + QStringLiteral(" 7"));
 }
 
-TEST_F(AgentServing, NothingElseThanTheEnterpriseIsServed)
+TEST_F(AgentServing, NothingOutsideTheEnterpriseIsServed)
 {
     const SnmpTool tool(agent.udpAddress());
     FakeApplication application(agent.applicationPort());
@@ -102,7 +102,7 @@ TEST_F(AgentServing, NothingElseThanTheEnterpriseIsServed)
     EXPECT_EQ(lines, (QStringList{full("999.1") + QStringLiteral(" 1"), full("999.1 ") + pastTheEnd}));
 }
 
-TEST_F(AgentServing, ANullValueRemovesTheCellAndEverythingBelowIt)
+TEST_F(AgentServing, AnUnsetRemovesTheCellAndEverythingBelowIt)
 {
     const SnmpTool tool(agent.udpAddress());
     FakeApplication application(agent.applicationPort());
@@ -114,7 +114,7 @@ TEST_F(AgentServing, ANullValueRemovesTheCellAndEverythingBelowIt)
     EXPECT_EQ(tool.walk(full("5")), QStringList{full("5.10") + QStringLiteral(" 7")});
 }
 
-TEST_F(AgentServing, AnUnsetOfTheWholeEnterpriseRemovesAllCellsOfItsSender)
+TEST_F(AgentServing, AnUnsetOfTheEnterpriseRemovesAllCellsOfItsSender)
 {
     const SnmpTool tool(agent.udpAddress());
     FakeApplication first(agent.applicationPort());
@@ -148,7 +148,7 @@ TEST_F(AgentServing, TheLastWriterOwnsACellAndTheTakeoverIsLogged)
     EXPECT_EQ(tool.get(full("5.1")), noInstance);
 }
 
-TEST_F(AgentServing, WhatAnApplicationUnsetsBeforeItClosesIsGone)
+TEST_F(AgentServing, CellsUnsetBeforeADisconnectAreGone)
 {
     const SnmpTool tool(agent.udpAddress());
     FakeApplication first(agent.applicationPort());
@@ -221,8 +221,7 @@ TEST_F(AgentServing, WithoutConfigurationOnlyPublicReadsAndNothingIsWritable)
     EXPECT_TRUE(application.questions().empty());
 }
 
-/// An agent whose configuration lets two SNMPv3 users into subtree 5: "reader" to read, "writer" to write,
-/// too.
+/// An agent with two SNMPv3 users for subtree 5: "reader" may read, "writer" may also write.
 class AgentAccess : public testing::Test
 {
 protected:

@@ -36,7 +36,7 @@ QStringList text(const char* relative, const char* value)
     return {full(relative), QStringLiteral("s"), QLatin1String(value)};
 }
 
-/// The error that the tool prints, without its surroundings.
+/// The SNMP error in the tool's output.
 QString reason(const SnmpTool::Result& result)
 {
     const QString mark = QStringLiteral("Reason: ");
@@ -48,8 +48,7 @@ QString reason(const SnmpTool::Result& result)
         .section(QLatin1Char(' '), 0, 0);
 }
 
-/// An agent in which the community "private" may write, and an application with an integer at 5.1 and a text
-/// at 5.2.
+/// An agent and an application with an integer at 5.1 and a text at 5.2. The community "private" may write.
 class AgentSet : public testing::Test
 {
 protected:
@@ -125,7 +124,7 @@ TEST_F(AgentSet, AnEmptyTextCanBeSet)
     ASSERT_TRUE(support::runUntil([&] { return application->commits().size() == 1; }));
 }
 
-TEST_F(AgentSet, WhatTheApplicationPublishesOnACommitIsTheLastWord)
+TEST_F(AgentSet, AValuePublishedDuringTheCommitReplacesTheCommittedOne)
 {
     start();
     application->onCommit = [&](const FakeApplication::Request&) { application->publish("5.1", 1); };
@@ -169,7 +168,7 @@ TEST_F(AgentSet, ATextWithAZeroByteIsRefusedWithoutAsking)
     EXPECT_TRUE(application->questions().empty());
 }
 
-TEST_F(AgentSet, ACellThatDoesNotExistIsNotCreated)
+TEST_F(AgentSet, ASetCreatesNoCell)
 {
     start();
     EXPECT_EQ(reason(tool->set(integer("5.3", "2"))), QStringLiteral("noCreation"));
@@ -177,7 +176,7 @@ TEST_F(AgentSet, ACellThatDoesNotExistIsNotCreated)
     expectUnchanged();
 }
 
-TEST_F(AgentSet, AnApplicationThatDoesNotAnswerMakesTheResourceUnavailable)
+TEST_F(AgentSet, ASetWithoutAReplyReturnsResourceUnavailable)
 {
     start(200);
     application->onQuestion = [](const FakeApplication::Request&) {};
@@ -187,7 +186,7 @@ TEST_F(AgentSet, AnApplicationThatDoesNotAnswerMakesTheResourceUnavailable)
     expectUnchanged();
 }
 
-TEST_F(AgentSet, AnAnswerThatComesTooLateIsDropped)
+TEST_F(AgentSet, ALateReplyIsDropped)
 {
     start(200);
     application->onQuestion = [](const FakeApplication::Request&) {};
@@ -203,7 +202,7 @@ TEST_F(AgentSet, AnAnswerThatComesTooLateIsDropped)
     EXPECT_TRUE(application->isConnected());
 }
 
-TEST_F(AgentSet, AConnectionLostDuringASetMakesTheResourceUnavailableAtOnce)
+TEST_F(AgentSet, AConnectionLostDuringASetReturnsResourceUnavailableAtOnce)
 {
     start();
     application->onQuestion = [&](const FakeApplication::Request&) { application->close(); };
@@ -211,7 +210,7 @@ TEST_F(AgentSet, AConnectionLostDuringASetMakesTheResourceUnavailableAtOnce)
     EXPECT_FALSE(agent->log().contains("has not answered a SET")) << "before the SET's own time-out";
 }
 
-TEST_F(AgentSet, ACellUnsetDuringASetMakesTheResourceUnavailable)
+TEST_F(AgentSet, ACellUnsetDuringASetReturnsResourceUnavailable)
 {
     start();
     application->onQuestion = [&](const FakeApplication::Request& question) {
@@ -222,7 +221,7 @@ TEST_F(AgentSet, ACellUnsetDuringASetMakesTheResourceUnavailable)
     EXPECT_TRUE(application->commits().empty());
 }
 
-TEST_F(AgentSet, ValuesAreReceivedWhileASetWaits)
+TEST_F(AgentSet, ValuesAreReceivedDuringAPendingSet)
 {
     start();
     FakeApplication other(agent->applicationPort());
@@ -253,7 +252,7 @@ TEST_F(AgentSet, AGetAfterAPendingSetWaitsForIt)
     EXPECT_TRUE(support::runUntil([&] { return got == QStringLiteral("1"); })) << qPrintable(got);
 }
 
-TEST_F(AgentSet, SeveralManagersMaySetAtTheSameTime)
+TEST_F(AgentSet, ManagersMaySetAtTheSameTime)
 {
     start();
     std::vector<std::unique_ptr<QProcess>> managers;
@@ -273,7 +272,7 @@ TEST_F(AgentSet, SeveralManagersMaySetAtTheSameTime)
     EXPECT_EQ(tool->get(full("5.1")).toStdString(), application->commits().back().value);
 }
 
-TEST_F(AgentSet, AManagerThatLeavesDuringItsSetDoesNoHarm)
+TEST_F(AgentSet, AManagerMayLeaveDuringItsSet)
 {
     start();
     FakeApplication::Request question;
@@ -305,7 +304,7 @@ TEST_F(AgentSet, VarbindsOfTwoApplicationsAreCommittedTogether)
     EXPECT_EQ(tool->get(full("6.1")), QStringLiteral("\"new\""));
 }
 
-TEST_F(AgentSet, OneRefusalLeavesAllVarbindsAsTheyWere)
+TEST_F(AgentSet, OneRefusalLeavesAllVarbindsUnchanged)
 {
     start();
     FakeApplication other(agent->applicationPort());
@@ -322,7 +321,7 @@ TEST_F(AgentSet, OneRefusalLeavesAllVarbindsAsTheyWere)
     EXPECT_TRUE(other.commits().empty());
 }
 
-TEST_F(AgentSet, OneVarbindThatCannotBeSetKeepsTheOthersFromBeingAsked)
+TEST_F(AgentSet, NoApplicationIsAskedIfOneVarbindCannotBeSet)
 {
     start();
     EXPECT_EQ(reason(tool->set(integer("5.1", "2") + integer("5.2", "2"))), QStringLiteral("wrongType"));
@@ -330,7 +329,7 @@ TEST_F(AgentSet, OneVarbindThatCannotBeSetKeepsTheOthersFromBeingAsked)
     expectUnchanged();
 }
 
-TEST_F(AgentSet, OneSilentApplicationOfTwoStopsTheWholeSet)
+TEST_F(AgentSet, OneMissingReplyFailsTheWholeSet)
 {
     start(300);
     FakeApplication other(agent->applicationPort());

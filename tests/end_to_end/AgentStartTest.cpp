@@ -25,7 +25,7 @@ QStringList serving(quint16 port, const QStringList& more = {})
            more;
 }
 
-/// One line that says what is wrong, and an exit code that says that something is.
+/// Expects an exit code above zero and one line with the error.
 void expectRefusal(const AgentProcess::Outcome& outcome, const char* text)
 {
     EXPECT_GT(outcome.exitCode, 0);
@@ -62,7 +62,7 @@ TEST(AgentStart, BadOptionValuesAreRefused)
     expectRefusal(AgentProcess::run(serving(port, {QStringLiteral("--no-such-option")})), "no-such-option");
 }
 
-TEST(AgentStart, AConfigurationFileThatCannotBeReadIsAnError)
+TEST(AgentStart, AnUnreadableConfigurationFileIsAnError)
 {
     const quint16 port = AgentProcess::freePort();
     const QTemporaryDir directory;
@@ -73,7 +73,7 @@ TEST(AgentStart, AConfigurationFileThatCannotBeReadIsAnError)
                   "cannot read the configuration file");
 }
 
-TEST(AgentStart, ASnmpPortThatIsTakenIsAnError)
+TEST(AgentStart, AnSnmpPortInUseIsAnError)
 {
     QUdpSocket datagrams;
     ASSERT_TRUE(support::bindToFreePort(datagrams));
@@ -91,7 +91,7 @@ TEST(AgentStart, AnInvalidAddressIsAnError)
                   "cannot serve on nonsense:127.0.0.1:1");
 }
 
-TEST(AgentStart, AnApplicationPortThatIsTakenIsAnError)
+TEST(AgentStart, AnApplicationPortInUseIsAnError)
 {
     QTcpServer occupant;
     ASSERT_TRUE(occupant.listen(QHostAddress::LocalHost));

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// An application with one health check, "test"."application", whose metric "value" takes each number that
-// comes in on standard input. It shuts down cleanly at the end of the input.
+// An application with one health check, "test"."application". Its metric "value" takes each number from
+// standard input. It shuts down cleanly at the end of the input.
 
 #include <vigil/vigil.h>
 

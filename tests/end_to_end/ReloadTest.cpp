@@ -20,7 +20,7 @@ namespace {
 
 const QString cell = QStringLiteral(".1.3.6.1.4.1.32473.5.1");
 
-/// A standalone agent whose configuration file changes, and an application that accepts every SET.
+/// A standalone agent with a configuration file, and an application. The application accepts every SET.
 class Reload : public testing::Test
 {
 protected:
@@ -69,7 +69,7 @@ protected:
 
 } // namespace
 
-TEST_F(Reload, SighupTakesTheChangedConfigurationOver)
+TEST_F(Reload, SighupLoadsTheChangedConfiguration)
 {
     start("rocommunity first 127.0.0.1\n");
     ASSERT_TRUE(canRead("first"));
@@ -81,7 +81,7 @@ TEST_F(Reload, SighupTakesTheChangedConfigurationOver)
     EXPECT_TRUE(isIgnored("first"));
 }
 
-TEST_F(Reload, TheSameUsersCanBeReadAgainAndAgain)
+TEST_F(Reload, TheSameUsersCanBeReloadedRepeatedly)
 {
     const QByteArray configuration = "createUser reader SHA authPassword AES privPassword\n"
                                      "rouser reader priv\n";
@@ -100,7 +100,7 @@ TEST_F(Reload, TheSameUsersCanBeReadAgainAndAgain)
     }
 }
 
-TEST_F(Reload, AFileThatCannotBeReadLeavesAllAsItWas)
+TEST_F(Reload, AnUnreadableFileChangesNothing)
 {
     start("rocommunity first 127.0.0.1\n");
     ASSERT_TRUE(canRead("first"));
@@ -111,7 +111,7 @@ TEST_F(Reload, AFileThatCannotBeReadLeavesAllAsItWas)
     EXPECT_EQ(agent.stop(), 0);
 }
 
-TEST(ReloadBehindSnmpd, SighupChangesNothingAndSaysSo)
+TEST(ReloadBehindSnmpd, SighupIsLoggedAndChangesNothing)
 {
     SnmpdProcess snmpd;
     ASSERT_TRUE(snmpd.start()) << snmpd.log().constData();

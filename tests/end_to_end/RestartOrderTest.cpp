@@ -82,14 +82,14 @@ protected:
 
 } // namespace
 
-TEST_P(RestartOrder, LeadsToTheNewestValueServed)
+TEST_P(RestartOrder, EndsWithTheNewestValueServed)
 {
     for (const Part part : GetParam())
         ASSERT_NO_FATAL_FAILURE(start(part));
     expectServed();
 }
 
-TEST_P(RestartOrder, HealsAfterEachHasBeenKilled)
+TEST_P(RestartOrder, RecoversAfterEachHasBeenKilled)
 {
     for (const Part part : {Part::Snmpd, Part::Agent, Part::Application})
         ASSERT_NO_FATAL_FAILURE(start(part));

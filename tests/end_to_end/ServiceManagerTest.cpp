@@ -28,7 +28,7 @@ protected:
 
 } // namespace
 
-TEST_F(ServiceManager, HearsThatTheAgentIsReadyWhetherOrNotSnmpdRuns)
+TEST_F(ServiceManager, IsToldTheAgentIsReadyWithOrWithoutSnmpd)
 {
     ASSERT_TRUE(agent.start()) << agent.log().constData();
     EXPECT_TRUE(manager.waitFor("READY=1"));
@@ -38,7 +38,7 @@ TEST_F(ServiceManager, HearsThatTheAgentIsReadyWhetherOrNotSnmpdRuns)
     EXPECT_FALSE(manager.received().contains("WATCHDOG"));
 }
 
-TEST_F(ServiceManager, HearsHowThingsStandWithSnmpd)
+TEST_F(ServiceManager, IsToldTheStateOfTheConnectionToSnmpd)
 {
     const QByteArray serving =
         "STATUS=serving 1.3.6.1.4.1.32473 through snmpd at " + snmpd.agentxAddress().toUtf8();
@@ -51,14 +51,14 @@ TEST_F(ServiceManager, HearsHowThingsStandWithSnmpd)
     EXPECT_TRUE(manager.waitFor(serving, 2));
 }
 
-TEST_F(ServiceManager, IsFedItsWatchdogWhileTheEventLoopRuns)
+TEST_F(ServiceManager, GetsWatchdogPingsWhileTheEventLoopRuns)
 {
     const EnvironmentVariable interval("WATCHDOG_USEC", "200000");
     ASSERT_TRUE(agent.start()) << agent.log().constData();
     EXPECT_TRUE(manager.waitFor("WATCHDOG=1", 5));
 }
 
-TEST_F(ServiceManager, IsFedItsWatchdogWhileSnmpdHangs)
+TEST_F(ServiceManager, GetsWatchdogPingsWhileSnmpdHangs)
 {
     const EnvironmentVariable interval("WATCHDOG_USEC", "200000");
     ASSERT_TRUE(snmpd.start()) << snmpd.log().constData();

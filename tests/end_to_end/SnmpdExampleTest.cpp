@@ -21,7 +21,7 @@ const QString served = QStringLiteral(".1.3.6.1.4.1.32473.127.3.1.200.4.9.1");
 const QString outside = QStringLiteral(".1.3.6.1.4.1.32473.5.1");
 const QString ownObject = QStringLiteral(".1.3.6.1.2.1.1.5.0"); // sysName, which snmpd answers itself
 
-/// The example, without the user to whom the socket is given and whom a test cannot create.
+/// The example without the owner of the socket: a test cannot create that user.
 QByteArray example()
 {
     QFile file(QStringLiteral(VIGIL_SNMPD_EXAMPLE));
@@ -74,7 +74,7 @@ protected:
 
 } // namespace
 
-TEST_F(SnmpdExample, OpensNothingAsItStands)
+TEST_F(SnmpdExample, GrantsNoAccessWithoutChanges)
 {
     start(example());
     const QStringList once{QStringLiteral("-r0"), QStringLiteral("-t1")};
@@ -85,7 +85,7 @@ TEST_F(SnmpdExample, OpensNothingAsItStands)
     }
 }
 
-TEST_F(SnmpdExample, TheReaderSeesTheTwoSubtreesAndChangesNothing)
+TEST_F(SnmpdExample, TheReaderReadsTheTwoSubtreesAndCannotSet)
 {
     start(enabledExample());
     const SnmpTool reader = manager(user("vigilReader", "READER-PASSWORD", "READER-SECRET"));
@@ -96,7 +96,7 @@ TEST_F(SnmpdExample, TheReaderSeesTheTwoSubtreesAndChangesNothing)
     EXPECT_EQ(reader.get(served), QStringLiteral("1"));
 }
 
-TEST_F(SnmpdExample, TheOperatorSets)
+TEST_F(SnmpdExample, TheOperatorMaySet)
 {
     start(enabledExample());
     const SnmpTool writer = manager(user("vigilOperator", "OPERATOR-PASSWORD", "OPERATOR-SECRET"));
@@ -106,7 +106,7 @@ TEST_F(SnmpdExample, TheOperatorSets)
     EXPECT_NE(writer.set({outside, QStringLiteral("i"), QStringLiteral("2")}).exitCode, 0);
 }
 
-TEST_F(SnmpdExample, AWrongPasswordOpensNothing)
+TEST_F(SnmpdExample, AWrongPasswordGrantsNoAccess)
 {
     start(enabledExample());
     const SnmpTool stranger = manager(user("vigilReader", "WRONG-PASSWORD", "READER-SECRET"));

@@ -44,7 +44,7 @@ protected:
 
 } // namespace
 
-TEST_F(SubagentMib, StandsInAWalkThroughSnmpdBetweenItsNeighbours)
+TEST_F(SubagentMib, AWalkThroughSnmpdReadsItBetweenItsNeighbours)
 {
     const auto agent = startAgent();
     FakeApplication application(agent->applicationPort());
@@ -61,7 +61,7 @@ TEST_F(SubagentMib, StandsInAWalkThroughSnmpdBetweenItsNeighbours)
     }
 }
 
-TEST_F(SubagentMib, IsServedBesideANarrowSubtree)
+TEST_F(SubagentMib, IsServedEvenIfTheSubtreeDoesNotContainIt)
 {
     const auto agent = startAgent(subtree("127.3.1.200.4"));
     FakeApplication application(agent->applicationPort());
@@ -75,7 +75,7 @@ TEST_F(SubagentMib, IsServedBesideANarrowSubtree)
     EXPECT_TRUE(manager().get(root + QStringLiteral(".5.1")).startsWith(QStringLiteral("No Such")));
 }
 
-TEST_F(SubagentMib, ASecondAgentOfTheHostServesItsApplicationsWithoutIt)
+TEST_F(SubagentMib, ASecondAgentOnTheHostServesApplicationsWithoutIt)
 {
     const auto first = startAgent(subtree("5"));
     const auto second = startAgent(subtree("6"));

@@ -90,7 +90,7 @@ TEST_F(SubagentNotifications, ReachTheReceiversOfSnmpdAsInforms)
     EXPECT_THAT(waitForChanges(1), ElementsAre(changed("critical", "unknown", "m is high")));
 }
 
-TEST_F(SubagentNotifications, GoOnAfterARestartOfSnmpd)
+TEST_F(SubagentNotifications, ContinueAfterARestartOfSnmpd)
 {
     start("trap2sink");
     write(*application, 2, "m is high");
@@ -104,7 +104,7 @@ TEST_F(SubagentNotifications, GoOnAfterARestartOfSnmpd)
                                                changed("ok", "critical", "all is well")));
 }
 
-TEST_F(SubagentNotifications, AreLostWithoutHarmWhileSnmpdIsAway)
+TEST_F(SubagentNotifications, AreDroppedWhileSnmpdIsAway)
 {
     start("trap2sink");
     ASSERT_TRUE(snmpd->kill());
@@ -115,7 +115,7 @@ TEST_F(SubagentNotifications, AreLostWithoutHarmWhileSnmpdIsAway)
     EXPECT_TRUE(SnmpTool(snmpd->udpAddress()).waitFor(sent, QStringLiteral("0")));
 }
 
-TEST_F(SubagentNotifications, ReachASecureReceiverWhenSnmpdHasItsUser)
+TEST_F(SubagentNotifications, ReachAnSnmpV3ReceiverIfSnmpdHasItsUser)
 {
     start("exactEngineID 0x8000000001736e6d7064\n"
           "createUser vigilTrap SHA trapPassword AES trapSecret\n"

@@ -70,7 +70,7 @@ protected:
         return SnmpTool(snmpd.udpAddress(), SnmpTool::community(QStringLiteral("private")));
     }
 
-    /// Starts a SET of 5.1 that the application leaves unanswered, and comes back when it has been asked.
+    /// Starts a SET of 5.1 and waits until the application has been asked. The application sends no reply.
     void startHangingSet(QProcess& set)
     {
         application->onQuestion = [](const FakeApplication::Request&) {};
@@ -136,7 +136,7 @@ TEST_F(Subagent, ARefusedSetChangesNothing)
     EXPECT_TRUE(application->commits().empty());
 }
 
-TEST_F(Subagent, AHungApplicationHoldsUpSnmpdNoLongerThanTheSetTimeout)
+TEST_F(Subagent, AHungApplicationDelaysSnmpdAtMostForTheSetTimeout)
 {
     startAll({QStringLiteral("--set-timeout"), QStringLiteral("900")});
     ASSERT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1")));
@@ -157,7 +157,7 @@ TEST_F(Subagent, AHungApplicationHoldsUpSnmpdNoLongerThanTheSetTimeout)
     EXPECT_EQ(agent->log().count(serving), 1) << "snmpd has not given the agent up";
 }
 
-TEST_F(Subagent, SubtreeNarrowsWhatIsRegistered)
+TEST_F(Subagent, OnlyTheSubtreeIsRegistered)
 {
     startAll({QStringLiteral("--subtree"), QStringLiteral("1.3.6.1.4.1.32473.5")});
     EXPECT_TRUE(agent->log().contains("serving 1.3.6.1.4.1.32473.5 through snmpd"));
@@ -184,7 +184,7 @@ TEST_F(Subagent, TwoAgentsShareTheEnterpriseWhenTheirSubtreesDiffer)
     EXPECT_TRUE(manager().waitFor(full("5.2"), QStringLiteral("\"text\"")));
 }
 
-TEST_F(Subagent, EveryCellIsBackWithinFiveSecondsHoweverOftenSnmpdRestarts)
+TEST_F(Subagent, EveryCellIsBackWithinFiveSecondsOfEachSnmpdRestart)
 {
     startAll();
     for (int i = 0; i < 500; ++i)
@@ -222,7 +222,7 @@ TEST_F(Subagent, ValuesPublishedWhileSnmpdIsAwayAreServedAfterwards)
               (QStringList{full("5.1") + QStringLiteral(" 2"), full("5.3") + QStringLiteral(" 3")}));
 }
 
-TEST_F(Subagent, AStartWithoutSnmpdWaitsForItAndSaysSoOnce)
+TEST_F(Subagent, AStartWithoutSnmpdWaitsForItAndLogsThatOnce)
 {
     startAgent();
     ASSERT_TRUE(agent->waitForLog("cannot join snmpd")) << agent->log().constData();
@@ -231,7 +231,7 @@ TEST_F(Subagent, AStartWithoutSnmpdWaitsForItAndSaysSoOnce)
     EXPECT_EQ(agent->log().count("cannot join snmpd"), 1) << agent->log().constData();
 }
 
-TEST_F(Subagent, AnAgentThatIsKilledAndStartedAtOnceIsRegisteredAgain)
+TEST_F(Subagent, AKilledAgentRegistersAgainAfterARestart)
 {
     startAll();
     for (int i = 0; i < 3; ++i) {
@@ -242,7 +242,7 @@ TEST_F(Subagent, AnAgentThatIsKilledAndStartedAtOnceIsRegisteredAgain)
     }
 }
 
-TEST_F(Subagent, ARefusedRegistrationIsToldOnceAndTriedUntilItSucceeds)
+TEST_F(Subagent, ARefusedRegistrationIsLoggedOnceAndRetriedUntilItSucceeds)
 {
     startAll();
     AgentProcess second(snmpd.agentxAddress(), {});
@@ -257,7 +257,7 @@ TEST_F(Subagent, ARefusedRegistrationIsToldOnceAndTriedUntilItSucceeds)
     EXPECT_EQ(second.log().count("refuses to register"), 1) << second.log().constData();
 }
 
-TEST_F(ImpatientSnmpd, LetsAnAgentItHasGivenUpJoinAgain)
+TEST_F(ImpatientSnmpd, LetsADroppedAgentJoinAgain)
 {
     startAll();
     ASSERT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1")));
@@ -283,7 +283,7 @@ TEST_F(Subagent, ApplicationsAreServedWhileSnmpdHangs)
     EXPECT_EQ(agent->log().count(serving), 1) << "the session has outlived it";
 }
 
-TEST_F(Subagent, NotificationsThatSnmpdDoesNotTakeHoldUpNothing)
+TEST_F(Subagent, ApplicationsAreServedWhileSnmpdTakesNoNotifications)
 {
     startAll();
     snmpd.suspend();
@@ -324,7 +324,7 @@ TEST_F(Subagent, ApplicationsAreServedWhileSnmpdAcceptsNoConnection)
     EXPECT_LT(stopMs(), 1'000);
 }
 
-TEST_F(Subagent, SnmpdKilledDuringASetDoesNoHarm)
+TEST_F(Subagent, TheAgentSurvivesAnSnmpdKilledDuringASet)
 {
     startAll({QStringLiteral("--verbose"), QStringLiteral("--set-timeout"), QStringLiteral("500")});
     for (int i = 0; i < 3; ++i) {
@@ -342,7 +342,7 @@ TEST_F(Subagent, SnmpdKilledDuringASetDoesNoHarm)
     EXPECT_EQ(agent->stop(), 0) << agent->log().constData();
 }
 
-TEST_F(Subagent, SigtermTakesTheSubtreeAwayWithinASecond)
+TEST_F(Subagent, SigtermUnregistersTheSubtreeWithinASecond)
 {
     startAll();
     ASSERT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1")));
@@ -377,7 +377,7 @@ TEST_F(Subagent, SigtermEndsItWithinASecondWhileSnmpdHangs)
     snmpd.resume();
 }
 
-TEST_F(Subagent, SigtermEndsItWithinASecondWhileItWaitsForASnmpdThatHangs)
+TEST_F(Subagent, SigtermEndsItWithinASecondWhileItJoinsAHangingSnmpd)
 {
     ASSERT_TRUE(snmpd.start());
     snmpd.suspend();

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Vigil authors
 # SPDX-License-Identifier: MIT
 
-# What the scripts of this folder share. They are run by CTest, see CMakeLists.txt; any step that fails ends the script
-# with an error.
+# Shared by the scripts of this folder. CTest runs them, see CMakeLists.txt. A failing step ends the script with an
+# error.
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -20,12 +20,12 @@ function(expect_files)
   endforeach()
 endfunction()
 
-# configure(SOURCE_DIR BUILD_DIR PREFIX): a separate project, with what is installed in PREFIX.
+# configure(SOURCE_DIR BUILD_DIR PREFIX): a separate project, against the installation in PREFIX.
 function(configure source build prefix)
   if(TOOLCHAIN)
     set(tools -D CMAKE_TOOLCHAIN_FILE=${TOOLCHAIN})
     list(GET EMULATOR -1 wine_prefix)
-    set(ENV{WINEPREFIX} ${wine_prefix}) # to make a new one takes long
+    set(ENV{WINEPREFIX} ${wine_prefix}) # creating one is slow
   else()
     set(tools -D CMAKE_CXX_COMPILER=${COMPILER})
   endif()
@@ -36,12 +36,12 @@ function(configure source build prefix)
     -D CMAKE_PREFIX_PATH=${prefix})
 endfunction()
 
-# Lets later programs find the DLLs in PREFIX. No service listens on port 1: they must run without a
+# Lets later programs find the DLLs in PREFIX. Nothing listens on port 1: they must run without a
 # service, too.
 macro(prepare_environment prefix)
   set(ENV{VIGIL_SERVICE_PORT} 1)
   set(ENV{VIGIL_LOG_DIR} ${DRIVE}${WORK_DIR}/log)
-  set(ENV{WINEPATH} ${DRIVE}${prefix}/bin) # what PATH is on Windows itself
+  set(ENV{WINEPATH} ${DRIVE}${prefix}/bin) # like PATH on Windows itself
 endmacro()
 
 # Builds the consumer project and runs it.

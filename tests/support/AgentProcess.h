@@ -58,7 +58,7 @@ public:
 
     qint64 processId() const { return m_process.processId(); }
 
-    /// The agent's files that are on disk now: temporary, persistent or in its home folder.
+    /// The agent's files on disk at this time: temporary, persistent or in its home folder.
     QStringList filesLeft() const;
 
     struct Outcome
@@ -72,7 +72,7 @@ public:
     /// Runs the agent with exactly these arguments until it ends. Use it for arguments the agent refuses.
     static Outcome run(const QStringList& arguments);
 
-    /// A port that was free on UDP and TCP a moment ago.
+    /// A port that was just free on UDP and TCP.
     static quint16 freePort();
 
 private:

@@ -6,8 +6,8 @@
 
 namespace support {
 
-/// How long a test waits for an event, unless it says otherwise. Only a failing test waits that long, so the
-/// time is ample even for a machine with ten times more work than processors.
+/// The default time-out of a wait. Only a failing test waits that long, so the time suits a machine with ten
+/// times more work than processors.
 constexpr int deadlineMs = 60'000;
 
 } // namespace support

@@ -9,8 +9,9 @@
 
 namespace support {
 
-/// Sets an environment variable of the process while the object lives. Not for use beside other threads that
-/// read the environment.
+/// Sets an environment variable of the process while the object lives.
+///
+/// Threads: no other thread may read the environment meanwhile.
 class EnvironmentVariable
 {
 public:

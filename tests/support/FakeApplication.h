@@ -16,7 +16,7 @@
 
 namespace support {
 
-/// An application on the agent's connection that does what the test says, right or wrong.
+/// The agent's peer under the control of a test. It can also violate the protocol.
 ///
 /// Threads: one with an event loop; questions are answered from there. Failure: isConnected() tells.
 class FakeApplication : public QObject
@@ -42,7 +42,7 @@ public:
     bool waitForDisconnect();
     void close() { m_socket.disconnectFromHost(); }
 
-    /// From now on what the agent sends stays in the kernel.
+    /// Leaves everything the agent sends from now on in the kernel's buffers.
     void stopReading();
 
     // Frames leave when the event loop runs next, so those sent in a row arrive together: the agent waits
@@ -61,10 +61,10 @@ public:
     void sendBytes(const QByteArray& bytes);
     void skipFrameNumber() { ++m_sentFrames; }
 
-    /// What happens on a question; by default it is accepted.
+    /// Called on a question. The default accepts the value.
     std::function<void(const Request&)> onQuestion = [this](const Request& question) { answer(question, 0); };
 
-    /// What happens on a committed value; by default nothing.
+    /// Called on a committed value. The default does nothing.
     std::function<void(const Request&)> onCommit = [](const Request&) {};
 
     const std::vector<Request>& questions() const { return m_questions; }

@@ -101,7 +101,7 @@ public:
     void refuse()
     {
         m_server->close();
-        // A port that somebody holds without listening refuses connections, and nobody else gets it.
+        // A port bound without listening refuses connections, and no other process gets it.
         m_portHolder = std::make_unique<QTcpSocket>();
         m_portHolder->bind(QHostAddress(QHostAddress::LocalHost), m_port);
     }

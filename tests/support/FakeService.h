@@ -22,8 +22,8 @@ class FakeServiceThread;
 /// A scriptable peer of the library: a TCP server on a free port of 127.0.0.1. It records every frame, sends
 /// frames on request and fails on demand.
 ///
-/// Purpose: tests of everything that talks to the SNMP service. It accepts any number of connections; sending
-/// and faults apply to the newest one. A typical test:
+/// Purpose: tests of the library's communication with the agent. It accepts any number of connections;
+/// sending and faults apply to the newest one. A typical test:
 ///
 ///     FakeService service;
 ///     … connect to service.port() …
@@ -32,8 +32,8 @@ class FakeServiceThread;
 ///     ASSERT_TRUE(service.waitForFrames(1));
 ///     EXPECT_EQ(service.frames()[0].header.messageCounter, 1u);
 ///
-/// Threads: runs in a separate thread from construction to destruction. It needs no QCoreApplication, since
-/// the program under test may have none yet. Any thread may call it; calls return once the service has
+/// Threads: runs in a separate thread from construction to destruction. It needs no QCoreApplication:
+/// the program under test may not have one yet. Any thread may call it; calls return once the service has
 /// carried them out. Waiting blocks the caller, so do not wait on the thread of the client's event loop.
 ///
 /// Failure: the constructor throws std::runtime_error if no port is free. Waiting returns false on time-out.
@@ -44,7 +44,7 @@ public:
 
     struct Frame
     {
-        int connection; ///< which connection it came on, counted from 1
+        int connection; ///< number of the connection, from 1
         base::FrameHeader header;
         QByteArray payload;
     };
@@ -56,7 +56,7 @@ public:
 
     quint16 port() const;
 
-    // What was received. The counts begin at 0 with the service and never go back.
+    // Received so far. The counts start at 0 and never decrease.
 
     /// The complete frames of all connections, in the order of their arrival.
     std::vector<Frame> frames() const;
@@ -75,7 +75,7 @@ public:
     bool waitForDisconnections(int count, int timeoutMs = defaultTimeoutMs) const;
     bool waitForFrames(int count, int timeoutMs = defaultTimeoutMs) const;
 
-    /// Waits for at least one frame that satisfies the predicate.
+    /// Waits for a frame with this property.
     bool waitForFrame(const std::function<bool(const Frame&)>& predicate,
                       int timeoutMs = defaultTimeoutMs) const;
 
@@ -84,23 +84,23 @@ public:
     /// A frame with the next message counter of the connection, beginning with 1.
     void send(int dataType, const QByteArray& payload, int callbackId);
 
-    /// A frame exactly as given; the numbering of send() does not take note of it.
+    /// A frame exactly as given. It does not advance the counter of send().
     void sendFrame(const base::FrameHeader& header, const QByteArray& payload);
 
-    /// Bytes that need not be a frame, nor a whole one.
+    /// Any bytes.
     void sendRaw(const QByteArray& bytes);
 
     // Faults.
 
-    /// Leaves everything that arrives, on later connections as well, in the system's buffers.
+    /// Leaves all incoming bytes in the system's buffers, on later connections too.
     void stopReading();
     void resumeReading();
 
     /// Closes the newest connection; later ones are still accepted.
     void closeConnection();
 
-    /// Closes the newest connection, or the next one when there is none, as soon as that many frames have
-    /// come in on it. 0 switches it off.
+    /// Closes the newest or else the next connection as soon as it has received this number of frames. 0
+    /// switches this off.
     void closeAfterFrames(int count);
 
     /// Refuses new connections and keeps the port reserved. Existing connections stay.

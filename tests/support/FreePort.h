@@ -11,8 +11,8 @@ namespace support {
 
 /// Binds a socket to a free port of 127.0.0.1.
 ///
-/// Tests call this and never `socket.bind(QHostAddress::LocalHost)`: that enumerator converts to an integer,
-/// so the call means port 2 of every address.
+/// Tests never call `socket.bind(QHostAddress::LocalHost)`: the enumerator converts to an integer, so the
+/// call means port 2 of every address.
 inline bool bindToFreePort(QAbstractSocket& socket)
 {
     return socket.bind(QHostAddress(QHostAddress::LocalHost), 0, QAbstractSocket::DontShareAddress);

@@ -12,14 +12,14 @@ namespace support {
 
 namespace {
 
-const std::string markOid = "99.99"; // of values by which the tests see how far the library is
+const std::string markOid = "99.99"; // of the test's own values: they mark how far the library is
 
 bool isPublication(const std::string& line)
 {
     return line.rfind("answer ", 0) != 0 && line.rfind(markOid, 0) != 0;
 }
 
-/// An answer returns its request's store type in its binding, by which requests are told apart.
+/// An answer returns its request's store type, so a unique one identifies the request.
 int requestNumber(const FakeService::Frame& frame)
 {
     if (frame.header.dataType == base::SnmpIntResponseType)

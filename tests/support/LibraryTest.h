@@ -34,7 +34,7 @@ protected:
     /// the connection.
     void settle();
 
-    /// Everything published since the last call, in order of arrival.
+    /// Everything published since the last call, oldest first.
     std::vector<std::string> publications();
 
     /// The same without settling first, for a library without a connection.
@@ -55,7 +55,7 @@ protected:
 private:
     std::string awaitAnswer();
 
-    std::size_t m_reported = 0; // frames that publications() is done with
+    std::size_t m_reported = 0; // frames already returned by publications()
     int m_mark = 0;
     int m_request = 0;
 };

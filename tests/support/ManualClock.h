@@ -15,7 +15,7 @@
 
 namespace support {
 
-/// A clock that stands still until the test advances it.
+/// A clock under the test's control: time passes only in advance().
 class ManualClock : public agent::Clock
 {
 public:
@@ -27,7 +27,7 @@ public:
 
     size_t pendingCalls() const { return m_calls.size(); }
 
-    /// Makes every call that becomes due meanwhile, in order, each at its own time.
+    /// Makes each call that becomes due, at its own time.
     void advance(qint64 ms)
     {
         const qint64 end = m_elapsedMs + ms;

@@ -11,7 +11,7 @@
 
 namespace support {
 
-/// Like testing::MatchesRegex, whose patterns know hardly anything on Windows.
+/// Like testing::MatchesRegex, with the same patterns on every platform.
 MATCHER_P(MatchesPattern, pattern, "matches " + std::string(pattern))
 {
     return std::regex_match(std::string(arg), std::regex(pattern));

@@ -10,7 +10,7 @@
 
 namespace support {
 
-/// The service manager's end of the socket that NOTIFY_SOCKET names.
+/// A service manager: it receives the messages sent to NOTIFY_SOCKET.
 ///
 /// Threads: one with an event loop. Failure: without a socket nothing is received.
 class NotifySocket

@@ -10,9 +10,7 @@
 
 namespace support {
 
-/// The memory that the process has in use, in kB. Nothing where the system does not show it in /proc.
-///
-/// Any thread. Failure: nothing, as for a process that is gone.
+/// The memory in use by the process, in kB; nothing without /proc or once the process has ended. Any thread.
 std::optional<qint64> residentKilobytes(qint64 processId);
 
 } // namespace support

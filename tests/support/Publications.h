@@ -11,7 +11,7 @@
 
 #include "support/FakeService.h"
 
-/// What travels on the connection, as lines that can be compared and read:
+/// Frames as readable lines:
 ///
 ///     127.3.1 = 5            127.3.1 = "text"            127.3.1 unset
 ///     127.3.1 = 5 (trap)     answer 1 to 127.3.1 = "text"
@@ -24,10 +24,10 @@ std::string set(const std::string& oid, const std::string& value);
 std::string unset(const std::string& oid);
 std::string withTrap(const std::string& publication);
 
-/// The cell of a row whose index is made of texts, spelled out without the code under test.
+/// The cell of a row with an index of texts. It does not use the code under test.
 std::string cell(int table, int column, const std::vector<std::string>& index);
 
-/// The line for a frame that the library sent.
+/// The line for a frame from the library.
 std::string describe(const FakeService::Frame& frame);
 
 QByteArray encodedInt(const std::string& oid, int value, int storeType = 0);

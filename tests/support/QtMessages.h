@@ -10,8 +10,8 @@
 
 namespace support {
 
-/// Collects what the process writes through Qt's debug output while the object lives. One at a time; messages
-/// may come from any thread.
+/// Collects the messages of Qt's debug output while the object lives. Only one object may exist at a time;
+/// messages may come from any thread.
 class QtMessages
 {
 public:

@@ -7,8 +7,8 @@
 #include <QByteArray>
 #include <QtEndian>
 
-/// The pieces that the encoding of a data record is made of, written out by hand: tests of the encoding must
-/// not ask the code under test what it looks like. All functions are pure.
+/// The parts of an encoded data record, written by hand: tests of the encoding must not use the code under
+/// test. All functions are pure.
 namespace support {
 
 inline QByteArray int32Bytes(qint32 value)
@@ -18,7 +18,7 @@ inline QByteArray int32Bytes(qint32 value)
     return bytes;
 }
 
-/// A text as it stands: its length with the terminating zero byte, its bytes, the zero byte.
+/// An encoded text: its length with the terminating zero byte, its bytes, the zero byte.
 inline QByteArray textBytes(const QByteArray& text)
 {
     return int32Bytes(text.size() + 1) + text + '\0';
@@ -30,7 +30,7 @@ inline QByteArray nestedBytes(const QByteArray& encoding)
     return int32Bytes(encoding.size()) + encoding;
 }
 
-/// A property whose length field may lie.
+/// A property with any value in its length field.
 inline QByteArray propertyBytes(qint32 tag, qint32 length, const QByteArray& value)
 {
     return int32Bytes(tag) + int32Bytes(length) + value;

@@ -13,8 +13,8 @@
 
 namespace support {
 
-/// Records the functions that are run, as "function 1" or "function 5 "text"", and does what the test wants
-/// done on that occasion. Set onCall before registering it.
+/// Records each call as "function 1" or "function 5 "text"", then runs onCall. Set onCall before registering
+/// it.
 class RecordingManagementHandler : public ManagementHandler
 {
 public:

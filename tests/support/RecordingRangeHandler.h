@@ -15,8 +15,8 @@
 
 namespace support {
 
-/// Records what it is asked and told, as "cpu accepts warning 10:20" and "cpu changed critical", and does
-/// what the test wants done on that occasion. Set the members before registering it.
+/// Records its calls as "cpu accepts warning 10:20" and "cpu changed critical", then runs the test's action.
+/// Set the members before registering it.
 class RecordingRangeHandler : public RangeChangeHandler
 {
 public:

@@ -20,7 +20,7 @@ bool runUntil(Predicate predicate, int timeoutMs = deadlineMs)
     QElapsedTimer elapsed;
     elapsed.start();
     QEventLoop loop;
-    QTimer check; // a predicate may hold because of another thread, which wakes no loop
+    QTimer check; // another thread may make the predicate true without waking the loop
     QObject::connect(&check, &QTimer::timeout, &loop, [&] {
         if (predicate() || elapsed.hasExpired(timeoutMs))
             loop.quit();

@@ -15,7 +15,7 @@
 
 namespace support {
 
-/// A list of lines that any thread may add to.
+/// A list of lines. Any thread may add to it.
 class Recorder
 {
 public:
@@ -36,8 +36,8 @@ private:
     std::vector<std::string> m_lines;
 };
 
-/// Records what it is told, as "NAME changed 1.2 = 5" or "NAME validates 1.2 = "text"", does what the test
-/// wants done on that occasion, and answers validations with verdict. Set the members before registering it.
+/// Records its calls as "NAME changed 1.2 = 5" or "NAME validates 1.2 = "text"", runs the test's action, and
+/// answers validations with verdict. Set the members before registering it.
 class ScriptedCallback : public vigil::ValueChangedCallback
 {
 public:
@@ -82,7 +82,7 @@ private:
     std::string m_name;
 };
 
-/// Records "connected" and "disconnected", and does what the test wants done on that occasion.
+/// Records "connected" and "disconnected", then runs the test's action.
 class ScriptedStateCallback : public vigil::StateInfoCallback
 {
 public:

@@ -11,7 +11,7 @@
 
 namespace support {
 
-/// The cell as managers read it; "-" if there is none.
+/// The cell as managers read it; "-" without a cell.
 inline std::string servedCell(const agent::CellStore& store, const agent::ObjectId& id)
 {
     const agent::Cell* cell = store.find(id);

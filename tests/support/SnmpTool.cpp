@@ -12,7 +12,7 @@ namespace support {
 
 namespace {
 
-// On a busy machine an answer may take long; a request may also reach a snmpd or an agent that is ended
+// A busy machine may reply late; a request may also reach an snmpd or agent about to be ended
 // before the answer. So a tool asks every two seconds, until the deadline of the tests.
 const QStringList patience{QStringLiteral("-t2"), QStringLiteral("-r30")};
 constexpr int toolDeadlineMs = deadlineMs + 10'000;

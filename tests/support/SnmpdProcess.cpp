@@ -16,7 +16,7 @@ namespace support {
 
 namespace {
 
-// By default snmpd drops an agent that takes some seconds to reply, which may happen on a busy machine.
+// By default snmpd drops an agent after some seconds without a reply; a busy machine may need longer.
 const QByteArray patience = "agentXTimeout 60\n"
                             "agentXRetries 0\n";
 

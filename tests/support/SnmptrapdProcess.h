@@ -32,8 +32,8 @@ public:
 
     QString address() const { return QStringLiteral("udp:127.0.0.1:%1").arg(m_port); }
 
-    /// One text for each notification, in order of arrival: the objects after sysUpTime.0, separated by "; ",
-    /// with names but without modules.
+    /// One text for each notification, oldest first: the objects after sysUpTime.0, separated by "; ", with
+    /// names but without modules.
     QStringList notifications();
 
     /// Waits until there are count notifications. Returns all of them, after a time-out fewer.

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// What Windows shows of the library's file.
+// The details Windows shows about the library's file.
 
 #include <gtest/gtest.h>
 
@@ -51,7 +51,7 @@ TEST_F(VersionResource, HasTheVersionAsANumber)
     EXPECT_EQ(info->dwFileType, static_cast<DWORD>(VFT_DLL));
 }
 
-TEST_F(VersionResource, HasTheVersionThatTheLogShows)
+TEST_F(VersionResource, HasTheSameVersionAsTheLog)
 {
     EXPECT_EQ(text("FileVersion"), base::buildInfo::version());
     EXPECT_EQ(text("ProductVersion"), "1.0.0");

@@ -98,7 +98,7 @@ TEST_F(ApplicationConnectionTest, SignalsTheLossOnce)
     EXPECT_EQ(losses, 1);
 }
 
-TEST_F(ApplicationConnectionTest, DisconnectsAnApplicationThatDoesNotCompleteAFrame)
+TEST_F(ApplicationConnectionTest, DisconnectsAnApplicationWithAnUnfinishedFrame)
 {
     application->sendBytes(QByteArray::fromHex("abba0815"));
     ASSERT_TRUE(support::runUntil([&] { return clock.pendingCalls() == 1; }));
@@ -108,7 +108,7 @@ TEST_F(ApplicationConnectionTest, DisconnectsAnApplicationThatDoesNotCompleteAFr
     EXPECT_TRUE(support::runUntil([&] { return losses == 1; }));
 }
 
-TEST_F(ApplicationConnectionTest, AcceptsSlowFramesThatAreCompletedInTime)
+TEST_F(ApplicationConnectionTest, AcceptsSlowFramesCompletedInTime)
 {
     base::SnmpInt record;
     record.oid = "5.1";

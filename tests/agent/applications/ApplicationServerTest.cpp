@@ -71,7 +71,7 @@ TEST_F(ApplicationServerTest, ReportsAConnectedApplication)
     EXPECT_EQ(info.lastFrame, clock.nowUtc());
 }
 
-TEST_F(ApplicationServerTest, TurnsApplicationsAwayAtTheLimitUntilOneDisconnects)
+TEST_F(ApplicationServerTest, RefusesApplicationsAtTheLimitUntilOneDisconnects)
 {
     std::vector<std::unique_ptr<FakeApplication>> applications;
     for (int i = 0; i < 3; ++i)
@@ -130,7 +130,7 @@ TEST_F(ApplicationServerTest, CountsRefusedRecords)
     EXPECT_EQ(server.applications()[0].frames, 2u);
 }
 
-TEST_F(ApplicationServerTest, ForgetsAnApplicationThatDisconnectsWithoutCells)
+TEST_F(ApplicationServerTest, ForgetsAnApplicationDisconnectedWithoutCells)
 {
     FakeApplication application(port());
     application.publish("5.1", 1);
@@ -165,7 +165,7 @@ TEST_F(ApplicationServerTest, SaysWhyItCannotListen)
     EXPECT_FALSE(error.text().isEmpty());
 }
 
-TEST_F(ApplicationServerTest, SignalsAValueThatWantsANotification)
+TEST_F(ApplicationServerTest, SignalsAValueWithANotification)
 {
     std::vector<agent::ObjectId> wanted;
     QObject::connect(&server, &ApplicationServer::notificationWanted, &server,

@@ -70,7 +70,7 @@ private:
 
 } // namespace
 
-TEST_F(ApplicationStreamTest, HandsOnWhatTheRecordsSay)
+TEST_F(ApplicationStreamTest, PassesTheContentsOfRecordsToTheReceiver)
 {
     base::SnmpInt nothing;
     nothing.oid = "5.1";
@@ -86,7 +86,7 @@ TEST_F(ApplicationStreamTest, HandsOnWhatTheRecordsSay)
     EXPECT_EQ(stream.frames(), 4u);
 }
 
-TEST_F(ApplicationStreamTest, TakesAFrameByteByByte)
+TEST_F(ApplicationStreamTest, ReadsAFrameByteByByte)
 {
     for (const char byte : intFrame("5.1", 7)) {
         EXPECT_THAT(recorder.said, IsEmpty());
@@ -96,7 +96,7 @@ TEST_F(ApplicationStreamTest, TakesAFrameByteByByte)
     EXPECT_THAT(recorder.said, ElementsAre("5.1 = 7"));
 }
 
-TEST_F(ApplicationStreamTest, HandsOnTheFramesBeforeTheError)
+TEST_F(ApplicationStreamTest, PassesTheFramesBeforeAnErrorToTheReceiver)
 {
     QByteArray bytes = intFrame("5.1", 7);
     bytes += intFrame("5.x", 8);
@@ -112,7 +112,7 @@ TEST_F(ApplicationStreamTest, TheMessageAboutABadIdentifierIsShort)
     EXPECT_LT(problem.size(), 200);
 }
 
-TEST_F(ApplicationStreamTest, AnIdentifierFarBeyondWhatSnmpCarriesIsNotRead)
+TEST_F(ApplicationStreamTest, AnIdentifierFarBeyondTheLimitOfSnmpIsNotRead)
 {
     std::string oid = "1";
     while (oid.size() < 70'000)

@@ -78,7 +78,7 @@ TEST_F(CellLimitsTest, ATextIsNotLongerThanTheLimit)
     EXPECT_TRUE(cellError(withArcs(9), std::string("123456")).contains(QStringLiteral("--max-text")));
 }
 
-TEST_F(CellLimitsTest, AnApplicationOwnsNoMoreCellsThanTheLimit)
+TEST_F(CellLimitsTest, AnApplicationOwnsAtMostTheLimitOfCells)
 {
     store.set(withArcs(9), 1, 1);
     EXPECT_EQ(countError(1, withArcs(10)), QString());

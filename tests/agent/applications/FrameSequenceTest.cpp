@@ -32,7 +32,7 @@ QByteArray prefix(qint64 length)
 
 } // namespace
 
-TEST(FrameSequence, JoinsAFrameThatArrivesByteByByte)
+TEST(FrameSequence, JoinsAFrameFromSingleBytes)
 {
     FrameSequence sequence;
     base::Frame frame;
@@ -48,7 +48,7 @@ TEST(FrameSequence, JoinsAFrameThatArrivesByteByByte)
     EXPECT_EQ(frame.header.clientCallbackId, 2);
 }
 
-TEST(FrameSequence, SplitsFramesThatArriveTogether)
+TEST(FrameSequence, SplitsFramesReadTogether)
 {
     FrameSequence sequence;
     base::Frame frame;

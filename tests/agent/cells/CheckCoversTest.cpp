@@ -119,7 +119,7 @@ TEST_F(CheckCoversTest, ARemovedRowDoesNotTurnStale)
     EXPECT_THAT(covered, IsEmpty());
 }
 
-TEST_F(CheckCoversTest, NoRowTurnsStaleIfThatIsSwitchedOff)
+TEST_F(CheckCoversTest, NoRowTurnsStaleIfStaleAfterIsOff)
 {
     agent::CellStore otherStore;
     CheckCovers others(otherStore, lost, clock, agent::DelayQueue<ObjectId>::never, [](const ObjectId&) {});

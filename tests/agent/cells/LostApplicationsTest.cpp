@@ -17,7 +17,7 @@ namespace {
 constexpr qint64 graceMs = 10'000;
 constexpr qint64 forgetMs = 86'400'000;
 
-/// Applications that own cells in a store of their own; the actions are carried out and recorded.
+/// Lost applications with cells in a store. It carries out their actions and records them.
 class LostApplicationsTest : public testing::Test, protected LostApplications::Actions
 {
 protected:
@@ -29,7 +29,7 @@ protected:
             store.set({cell}, 1, application);
     }
 
-    /// The application publishes cells that a lost one owned.
+    /// The application publishes cells of a lost one.
     void takeOver(ApplicationId lost, ApplicationId application, std::initializer_list<unsigned int> cells)
     {
         for (const unsigned int cell : cells) {

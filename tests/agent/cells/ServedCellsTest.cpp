@@ -108,7 +108,7 @@ TEST_F(ServedCellsTest, ACheckIsRemovedWithItsStatusCell)
     EXPECT_THAT(signalled, ElementsAre("removed"));
 }
 
-TEST_F(ServedCellsTest, NamesTheConnectedApplicationThatOwnedTheCellBefore)
+TEST_F(ServedCellsTest, NamesTheFormerOwnerIfItIsConnected)
 {
     EXPECT_EQ(cells.publish(1, otherCell, 1), std::nullopt);
     EXPECT_EQ(cells.publish(1, otherCell, 2), std::nullopt);
@@ -173,7 +173,7 @@ TEST_F(LostApplication, LeavesNothingIfItWithdrewItsCells)
     EXPECT_THAT(signalled, IsEmpty());
 }
 
-TEST_F(LostApplication, IsReplacedAtOnceByWhatIsPublishedAgain)
+TEST_F(LostApplication, IsReplacedAtOnceByPublishedValues)
 {
     cells.lose(1);
     clock.advance(20'000);
@@ -214,7 +214,7 @@ TEST_F(LostApplication, IsNotNamedAsTheFormerOwner)
     EXPECT_EQ(cells.publish(2, statusCell, 0), std::nullopt);
 }
 
-TEST_F(LostApplication, DoesNotAffectARowThatAnotherApplicationTookOver)
+TEST_F(LostApplication, DoesNotAffectARowTakenOverByAnotherApplication)
 {
     publishRow(2, check, 1, "mine now");
     cells.lose(1);

@@ -69,7 +69,7 @@ TEST_F(DelayQueueTest, ARemovedKeyDoesNotExpire)
     EXPECT_THAT(expired, ElementsAre(Pair(2, 100)));
 }
 
-TEST_F(DelayQueueTest, ContainsTheKeysThatWait)
+TEST_F(DelayQueueTest, ContainsThePendingKeys)
 {
     Queue queue = queueOf(100);
     queue.restart(1);

@@ -34,7 +34,7 @@ TEST(Error, StaysAnErrorWhenPassedOn)
     EXPECT_EQ(passOn().text(), QStringLiteral("no port is free"));
 }
 
-// A text that only describes something must not turn into an error by accident, or an error into a number.
+// No implicit conversion may turn a text into an error, or an error into a number.
 TEST(Error, ConvertsOnlyWhenAsked)
 {
     EXPECT_FALSE((std::is_convertible_v<QString, Error>));

@@ -20,7 +20,7 @@ namespace {
 const agent::ObjectId subtree{1, 3, 6, 1, 4, 1, 32473, 5};
 const long duplicateError = 263;
 
-/// A snmpd that records the requests and replies when the test says so.
+/// An snmpd under the test's control: it records requests, and replies when the test says so.
 class FakeSession : public MasterSession
 {
 public:

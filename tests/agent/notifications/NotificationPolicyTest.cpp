@@ -359,7 +359,7 @@ TEST_F(NotificationPolicyTest, ACheckFlappingForTenSecondsIsSentTenTimesAtMost)
     EXPECT_GE(sent.size(), 5u);
 }
 
-// --- Timers that fire early
+// --- Early timers
 
 TEST_F(NotificationPolicyWithEarlyTimers, AStatusWithoutASummaryIsSent)
 {

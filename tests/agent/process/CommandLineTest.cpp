@@ -12,7 +12,7 @@ namespace {
 
 const QString program = QStringLiteral("vigil-agent");
 
-/// The role that most tests use; it allows every other option but --agentx.
+/// The role of most tests; it allows every other option but --agentx.
 const QStringList standalone{QStringLiteral("--standalone"), QStringLiteral("udp:127.0.0.1:1161")};
 
 struct Outcome
@@ -35,7 +35,7 @@ Outcome read(const char* option, const char* value, const QStringList& others = 
     return read(others + QStringList{QLatin1String(option), QLatin1String(value)});
 }
 
-/// The error that a value causes, empty if it is accepted.
+/// The error about a value; empty if the value is accepted.
 QString errorOf(const char* option, const char* value, const QStringList& others = standalone)
 {
     return read(option, value, others).error;
@@ -103,7 +103,7 @@ TEST(CommandLine, RefusesTheOptionsOfTheOtherRole)
     EXPECT_TRUE(errorOf("--config", "/a/b.conf", {}).contains(QStringLiteral("--config needs --standalone")));
 }
 
-TEST(CommandLine, BehindSnmpdTheSetTimeoutStaysBelowSnmpdsOwn)
+TEST(CommandLine, UnderSnmpdTheSetTimeoutStaysBelowSnmpdsOwn)
 {
     const Outcome outcome = read("--set-timeout", "999", {});
     ASSERT_EQ(outcome.error, QString());
@@ -221,7 +221,7 @@ TEST(CommandLine, HelpDescribesEveryOption)
         EXPECT_TRUE(help.contains(QLatin1String(option))) << option;
 }
 
-TEST(CommandLine, HelpNamesTheDefaultsThatItWasGiven)
+TEST(CommandLine, HelpNamesTheGivenDefaults)
 {
     Options options;
     options.agentxAddress = QStringLiteral("/a/master");
@@ -233,7 +233,7 @@ TEST(CommandLine, HelpNamesTheDefaultsThatItWasGiven)
     EXPECT_TRUE(help.simplified().contains(QStringLiteral("Default: 17."))) << qPrintable(help);
 }
 
-TEST(CommandLine, VersionIsThatOfTheBuild)
+TEST(CommandLine, PrintsTheVersionOfTheBuild)
 {
     const QString version = read({QStringLiteral("--version")}).output;
     EXPECT_TRUE(version.startsWith(QStringLiteral("vigil-agent 1.0.0."))) << qPrintable(version);
