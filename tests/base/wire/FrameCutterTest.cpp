@@ -23,7 +23,7 @@ QByteArray frameBytes(quint64 counter, const QByteArray& payload)
 
 } // namespace
 
-TEST(FrameCutter, JoinsAFrameThatArrivesByteByByte)
+TEST(FrameCutter, JoinsAFrameFromSingleBytes)
 {
     FrameCutter cutter;
     const QByteArray bytes = frameBytes(9, "payload");
@@ -41,7 +41,7 @@ TEST(FrameCutter, JoinsAFrameThatArrivesByteByByte)
     EXPECT_EQ(frame.header.updateMessageCounter, 7u);
 }
 
-TEST(FrameCutter, SplitsFramesThatArriveTogether)
+TEST(FrameCutter, SplitsFramesReadTogether)
 {
     FrameCutter cutter;
     cutter.append(frameBytes(1, "one") + frameBytes(2, "") + frameBytes(3, "three").left(20));
