@@ -46,15 +46,16 @@ build() {
     }
 }
 
-# run_tests PRESET [ARGUMENT...]: arguments for ctest.
+# run_tests PRESET [ARGUMENT...]: arguments for ctest. ctest_launcher runs it; by default it runs directly.
+ctest_launcher=()
 run_tests() {
     local log=$log_dir/test-$1.log status=0
     echo "Running the tests of the preset $1 (log: build/log/test-$1.log) ..."
     if [[ -t 1 ]]; then
-        ctest --preset "$@" --progress --output-log "$log"
+        "${ctest_launcher[@]}" ctest --preset "$@" --progress --output-log "$log"
         return
     fi
-    ctest --preset "$@" --output-log "$log" 2>&1 | show_failures || status=${PIPESTATUS[0]}
+    "${ctest_launcher[@]}" ctest --preset "$@" --output-log "$log" 2>&1 | show_failures || status=${PIPESTATUS[0]}
     return "$status"
 }
 
