@@ -10,17 +10,18 @@
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpString.h"
 #include "support/AgentProcess.h"
+#include "support/EnterpriseId.h"
 #include "support/FakeApplication.h"
 #include "support/RunUntil.h"
 #include "support/SnmpTool.h"
 
 using support::AgentProcess;
+using support::enterprise;
 using support::FakeApplication;
+using support::full;
 using support::SnmpTool;
 
 namespace {
-
-const QString root = QStringLiteral(".1.3.6.1.4.1.32473");
 
 QByteArray intPayload(const std::string& oid)
 {
@@ -50,8 +51,8 @@ protected:
         offender = std::make_unique<FakeApplication>(agent.applicationPort());
         bystander->publish("1.1", 1);
         offender->publish("2.1", 2);
-        ASSERT_TRUE(tool->waitFor(root + QStringLiteral(".1.1"), QStringLiteral("1")));
-        ASSERT_TRUE(tool->waitFor(root + QStringLiteral(".2.1"), QStringLiteral("2")));
+        ASSERT_TRUE(tool->waitFor(full("1.1"), QStringLiteral("1")));
+        ASSERT_TRUE(tool->waitFor(full("2.1"), QStringLiteral("2")));
     }
 
     /// The offender is disconnected with one line in the log. The cells and the bystander are as before.
@@ -61,10 +62,10 @@ protected:
         EXPECT_TRUE(agent.waitForLog("has disconnected"));
         EXPECT_EQ(agent.log().count("is disconnected: "), 1) << agent.log().constData();
         EXPECT_TRUE(bystander->isConnected());
-        const QStringList cells = tool->walk(root, QStringLiteral("snmpwalk"));
-        EXPECT_EQ(cells.mid(0, 2),
-                  (QStringList{root + QStringLiteral(".1.1 1"), root + QStringLiteral(".2.1 2")}));
-        EXPECT_FALSE(cells.join(QLatin1Char(' ')).contains(root + QStringLiteral(".2.2")));
+        const QStringList cells = tool->walk(enterprise, QStringLiteral("snmpwalk"));
+        EXPECT_EQ(cells.mid(0, 2), (QStringList{enterprise + QStringLiteral(".1.1 1"),
+                                                enterprise + QStringLiteral(".2.1 2")}));
+        EXPECT_FALSE(cells.join(QLatin1Char(' ')).contains(full("2.2")));
     }
 
     AgentProcess agent;
@@ -156,23 +157,23 @@ TEST_F(AgentConnections, AFrameMayArriveByteByByte)
 {
     for (const char byte : frame(2, intPayload("2.2")))
         offender->sendBytes(QByteArray(1, byte));
-    EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".2.2"), QStringLiteral("7")));
+    EXPECT_TRUE(tool->waitFor(full("2.2"), QStringLiteral("7")));
 }
 
 TEST_F(AgentConnections, HalfAFrameDoesNotDelayOtherApplications)
 {
     offender->sendBytes(frame(2, intPayload("2.2")).left(50));
     bystander->publish("1.2", 12);
-    EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".1.2"), QStringLiteral("12")));
+    EXPECT_TRUE(tool->waitFor(full("1.2"), QStringLiteral("12")));
     offender->close();
     EXPECT_TRUE(agent.waitForLog("has disconnected"));
-    EXPECT_EQ(tool->get(root + QStringLiteral(".1.1")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(full("1.1")), QStringLiteral("1"));
 }
 
 TEST_F(AgentConnections, AValueWithANotificationAlsoSetsTheCell)
 {
     offender->sendFrame(base::SnmpIntType, base::ValueAndNotify, intPayload("2.2"));
-    EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".2.2"), QStringLiteral("7")));
+    EXPECT_TRUE(tool->waitFor(full("2.2"), QStringLiteral("7")));
 }
 
 TEST_F(AgentConnections, AFloodOfUnsetsDoesNotDelayOtherApplications)
@@ -187,8 +188,8 @@ TEST_F(AgentConnections, AFloodOfUnsetsDoesNotDelayOtherApplications)
         flood += frame(counter, payload);
     offender->sendBytes(flood);
     bystander->publish("1.2", 12);
-    EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".1.2"), QStringLiteral("12")));
-    EXPECT_EQ(tool->get(root + QStringLiteral(".1.1")), QStringLiteral("1"));
+    EXPECT_TRUE(tool->waitFor(full("1.2"), QStringLiteral("12")));
+    EXPECT_EQ(tool->get(full("1.1")), QStringLiteral("1"));
     EXPECT_TRUE(offender->isConnected());
 }
 
@@ -202,7 +203,7 @@ TEST_F(AgentConnections, EndlessLargeFramesDoNotDelayOtherApplications)
         halves.back()->sendBytes(beginning);
     }
     bystander->publish("1.2", 12);
-    EXPECT_TRUE(tool->waitFor(root + QStringLiteral(".1.2"), QStringLiteral("12")));
+    EXPECT_TRUE(tool->waitFor(full("1.2"), QStringLiteral("12")));
 }
 
 TEST_F(AgentConnections, EachBadConnectionLogsOneLine)
@@ -215,7 +216,7 @@ TEST_F(AgentConnections, EachBadConnectionLogsOneLine)
     }
     EXPECT_EQ(agent.log().count("is disconnected: "), attempts);
     EXPECT_TRUE(bystander->isConnected());
-    EXPECT_EQ(tool->get(root + QStringLiteral(".1.1")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(full("1.1")), QStringLiteral("1"));
 }
 
 TEST(AgentLimits, ReachTheAgentFromTheCommandLine)

@@ -11,18 +11,18 @@
 #include <iostream>
 
 #include "support/AgentProcess.h"
+#include "support/EnterpriseId.h"
 #include "support/FakeApplication.h"
 #include "support/ProcessMemory.h"
 #include "support/RunUntil.h"
 #include "support/SnmpTool.h"
 
 using support::AgentProcess;
+using support::enterprise;
 using support::FakeApplication;
 using support::SnmpTool;
 
 namespace {
-
-const QString root = QStringLiteral(".1.3.6.1.4.1.32473");
 
 struct Load
 {
@@ -67,7 +67,7 @@ protected:
     QStringList walk(const QString& tree) const
     {
         return tool
-            ->run(QStringLiteral("snmpbulkwalk"), {root + tree},
+            ->run(QStringLiteral("snmpbulkwalk"), {enterprise + tree},
                   {QStringLiteral("-OqnUe"), QStringLiteral("-Cr50")})
             .out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     }
@@ -92,7 +92,7 @@ protected:
         ASSERT_EQ(lines.size(), load.applications * load.cells);
         for (int i = 0; i < lines.size(); ++i) {
             const QString id =
-                QStringLiteral("%1.6.%2.%3 ").arg(root).arg(i / load.cells).arg(i % load.cells);
+                QStringLiteral("%1.6.%2.%3 ").arg(enterprise).arg(i / load.cells).arg(i % load.cells);
             ASSERT_TRUE(lines[i].startsWith(id)) << qPrintable(lines[i]);
             const int value = lines[i].mid(id.size()).toInt();
             ASSERT_TRUE(value == round || value == round - 1) << round << ": " << qPrintable(lines[i]);

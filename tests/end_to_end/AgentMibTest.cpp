@@ -9,16 +9,18 @@
 #include <QTemporaryDir>
 
 #include "support/AgentProcess.h"
+#include "support/EnterpriseId.h"
 #include "support/FakeApplication.h"
 #include "support/SnmpTool.h"
 
 using support::AgentProcess;
+using support::enterprise;
 using support::FakeApplication;
+using support::full;
 using support::SnmpTool;
 
 namespace {
 
-const QString root = QStringLiteral(".1.3.6.1.4.1.32473");
 const QString dateAndTime = QStringLiteral("20\\d\\d-\\d+-\\d+,\\d+:\\d+:\\d+\\.\\d,\\+0:0");
 
 QString scalar(const char* name)
@@ -71,14 +73,12 @@ protected:
     void settle(FakeApplication& application)
     {
         application.publish("999.1", ++m_marks);
-        ASSERT_TRUE(tool->waitFor(root + QStringLiteral(".999.1"), QString::number(m_marks)))
-            << agent->log().constData();
+        ASSERT_TRUE(tool->waitFor(full("999.1"), QString::number(m_marks))) << agent->log().constData();
     }
 
     void set(const char* relative, int value)
     {
-        tool->set(
-            {root + QLatin1Char('.') + QLatin1String(relative), QStringLiteral("i"), QString::number(value)});
+        tool->set({full(relative), QStringLiteral("i"), QString::number(value)});
     }
 
     QElapsedTimer age; ///< of the agent, or a bit more
@@ -197,19 +197,19 @@ TEST_F(AgentMib, AWalkReadsItBetweenItsNeighbours)
     first->publish("127.3.1.200.6", 2);
     settle(*first);
     for (const char* program : {"snmpwalk", "snmpbulkwalk"}) {
-        const QStringList lines = tool->walk(root, QLatin1String(program));
+        const QStringList lines = tool->walk(enterprise, QLatin1String(program));
         ASSERT_EQ(lines.size(), 1 + 7 + 2 * 8 + 3) << program << '\n'
                                                    << qPrintable(lines.join(QLatin1Char('\n')));
-        EXPECT_EQ(lines[0], root + QStringLiteral(".127.3.1.200.4.9 1"));
+        EXPECT_EQ(lines[0], enterprise + QStringLiteral(".127.3.1.200.4.9 1"));
         for (int object = 1; object <= 7; ++object)
             EXPECT_TRUE(
-                lines[object].startsWith(root + QStringLiteral(".127.3.1.200.5.1.%1.0 ").arg(object)));
+                lines[object].startsWith(enterprise + QStringLiteral(".127.3.1.200.5.1.%1.0 ").arg(object)));
         for (int cell = 0; cell < 2 * 8; ++cell)
             EXPECT_TRUE(lines[8 + cell].startsWith(
-                root + QStringLiteral(".127.3.1.200.5.2.1.%1.%2 ").arg(cell / 2 + 2).arg(cell % 2 + 1)))
+                enterprise + QStringLiteral(".127.3.1.200.5.2.1.%1.%2 ").arg(cell / 2 + 2).arg(cell % 2 + 1)))
                 << qPrintable(lines[8 + cell]);
-        EXPECT_EQ(lines[24], root + QStringLiteral(".127.3.1.200.6 2"));
-        EXPECT_EQ(lines[25], root + QStringLiteral(".999.1 1"));
+        EXPECT_EQ(lines[24], enterprise + QStringLiteral(".127.3.1.200.6 2"));
+        EXPECT_EQ(lines[25], enterprise + QStringLiteral(".999.1 1"));
     }
 }
 
@@ -247,5 +247,5 @@ TEST_F(AgentMib, ApplicationsCannotPublishInIt)
     EXPECT_EQ(tool->get(scalar("Cells")), QStringLiteral("1"));
     EXPECT_EQ(tool->get(column("State", 1)), QStringLiteral("1"));
     EXPECT_EQ(tool->get(column("RecordsRefused", 1)), QStringLiteral("8"));
-    EXPECT_EQ(tool->walk(root).size(), 7 + 2 * 8 + 2) << "the end has a line, too";
+    EXPECT_EQ(tool->walk(enterprise).size(), 7 + 2 * 8 + 2) << "the end has a line, too";
 }

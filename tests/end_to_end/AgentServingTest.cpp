@@ -9,25 +9,22 @@
 #include <memory>
 
 #include "support/AgentProcess.h"
+#include "support/EnterpriseId.h"
 #include "support/FakeApplication.h"
 #include "support/RunUntil.h"
 #include "support/SnmpTool.h"
 
 using support::AgentProcess;
+using support::enterprise;
 using support::FakeApplication;
+using support::full;
 using support::SnmpTool;
 
 namespace {
 
-const QString root = QStringLiteral(".1.3.6.1.4.1.32473");
 const QString pastTheEnd =
     QStringLiteral("No more variables left in this MIB View (It is past the end of the MIB tree)");
 const QString noInstance = QStringLiteral("No Such Instance currently exists at this OID");
-
-QString full(const char* relative)
-{
-    return root + QLatin1Char('.') + QLatin1String(relative);
-}
 
 class AgentServing : public testing::Test
 {
@@ -185,7 +182,7 @@ TEST_F(AgentServing, AValueWithoutIdentifierIsNotServedAndDoesNoHarm)
     FakeApplication application(agent.applicationPort());
     application.publish("", 1);
     settle(application, tool);
-    EXPECT_EQ(tool.get(root), noInstance);
+    EXPECT_EQ(tool.get(enterprise), noInstance);
     EXPECT_TRUE(agent.log().contains("without an identifier"));
 }
 
@@ -199,7 +196,7 @@ TEST_F(AgentServing, ATcpAddressServesALargeTable)
     const QStringList lines = tool.walk(full("5"));
     ASSERT_EQ(lines.size(), 5000);
     for (int i = 0; i < 5000; ++i)
-        ASSERT_EQ(lines[i], QStringLiteral("%1.5.%2 \"value %2\"").arg(root).arg(i));
+        ASSERT_EQ(lines[i], QStringLiteral("%1.5.%2 \"value %2\"").arg(enterprise).arg(i));
 }
 
 TEST_F(AgentServing, WithoutConfigurationOnlyPublicReadsAndNothingIsWritable)

@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include "support/AgentProcess.h"
+#include "support/EnterpriseId.h"
 #include "support/FakeApplication.h"
 #include "support/LoadFreeTimer.h"
 #include "support/RunUntil.h"
@@ -16,15 +17,11 @@
 
 using support::AgentProcess;
 using support::FakeApplication;
+using support::full;
 using support::LoadFreeTimer;
 using support::SnmpTool;
 
 namespace {
-
-QString full(const char* relative)
-{
-    return QStringLiteral(".1.3.6.1.4.1.32473.") + QLatin1String(relative);
-}
 
 QStringList integer(const char* relative, const char* value)
 {

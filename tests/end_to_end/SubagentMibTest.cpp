@@ -4,18 +4,20 @@
 #include <gtest/gtest.h>
 
 #include "support/AgentProcess.h"
+#include "support/EnterpriseId.h"
 #include "support/FakeApplication.h"
 #include "support/SnmpTool.h"
 #include "support/SnmpdProcess.h"
 
 using support::AgentProcess;
+using support::enterprise;
 using support::FakeApplication;
+using support::full;
 using support::SnmpdProcess;
 using support::SnmpTool;
 
 namespace {
 
-const QString root = QStringLiteral(".1.3.6.1.4.1.32473");
 const QString cells = QStringLiteral("VIGIL-AGENT-MIB::vigilAgentCells.0");
 
 /// snmpd with subagents.
@@ -34,7 +36,7 @@ protected:
 
     static QStringList subtree(const char* relative)
     {
-        return {QStringLiteral("--subtree"), root.mid(1) + QLatin1Char('.') + QLatin1String(relative)};
+        return {QStringLiteral("--subtree"), enterprise.mid(1) + QLatin1Char('.') + QLatin1String(relative)};
     }
 
     SnmpTool manager() const { return SnmpTool(snmpd.udpAddress()); }
@@ -50,14 +52,14 @@ TEST_F(SubagentMib, AWalkThroughSnmpdReadsItBetweenItsNeighbours)
     FakeApplication application(agent->applicationPort());
     application.publish("5.1", 1);
     application.publish("999.1", 2);
-    ASSERT_TRUE(manager().waitFor(root + QStringLiteral(".999.1"), QStringLiteral("2")));
+    ASSERT_TRUE(manager().waitFor(full("999.1"), QStringLiteral("2")));
     for (const char* program : {"snmpwalk", "snmpbulkwalk"}) {
-        const QStringList lines = manager().walk(root, QLatin1String(program));
+        const QStringList lines = manager().walk(enterprise, QLatin1String(program));
         ASSERT_EQ(lines.size(), 1 + 7 + 8 + 1) << qPrintable(lines.join(QLatin1Char('\n')));
-        EXPECT_EQ(lines.constFirst(), root + QStringLiteral(".5.1 1"));
-        EXPECT_TRUE(lines[1].startsWith(root + QStringLiteral(".127.3.1.200.5.1.1.0 ")));
-        EXPECT_TRUE(lines[15].startsWith(root + QStringLiteral(".127.3.1.200.5.2.1.9.1 ")));
-        EXPECT_EQ(lines.constLast(), root + QStringLiteral(".999.1 2"));
+        EXPECT_EQ(lines.constFirst(), enterprise + QStringLiteral(".5.1 1"));
+        EXPECT_TRUE(lines[1].startsWith(enterprise + QStringLiteral(".127.3.1.200.5.1.1.0 ")));
+        EXPECT_TRUE(lines[15].startsWith(enterprise + QStringLiteral(".127.3.1.200.5.2.1.9.1 ")));
+        EXPECT_EQ(lines.constLast(), enterprise + QStringLiteral(".999.1 2"));
     }
 }
 
@@ -71,8 +73,8 @@ TEST_F(SubagentMib, IsServedEvenIfTheSubtreeDoesNotContainIt)
     ASSERT_TRUE(snmpd.kill());
     ASSERT_TRUE(snmpd.start());
     EXPECT_TRUE(manager().waitFor(cells, QStringLiteral("2")));
-    EXPECT_TRUE(manager().waitFor(root + QStringLiteral(".127.3.1.200.4.9"), QStringLiteral("1")));
-    EXPECT_TRUE(manager().get(root + QStringLiteral(".5.1")).startsWith(QStringLiteral("No Such")));
+    EXPECT_TRUE(manager().waitFor(full("127.3.1.200.4.9"), QStringLiteral("1")));
+    EXPECT_TRUE(manager().get(full("5.1")).startsWith(QStringLiteral("No Such")));
 }
 
 TEST_F(SubagentMib, ASecondAgentOnTheHostServesApplicationsWithoutIt)
@@ -82,6 +84,6 @@ TEST_F(SubagentMib, ASecondAgentOnTheHostServesApplicationsWithoutIt)
     EXPECT_TRUE(second->waitForLog("refuses to register this agent's own objects"));
     FakeApplication application(second->applicationPort());
     application.publish("6.1", 61);
-    EXPECT_TRUE(manager().waitFor(root + QStringLiteral(".6.1"), QStringLiteral("61")));
+    EXPECT_TRUE(manager().waitFor(full("6.1"), QStringLiteral("61")));
     EXPECT_EQ(manager().get(cells), QStringLiteral("0")) << "the first agent's";
 }

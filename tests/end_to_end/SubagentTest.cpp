@@ -11,6 +11,7 @@
 #include "base/wire/Protocol.h"
 #include "base/wire/SnmpString.h"
 #include "support/AgentProcess.h"
+#include "support/EnterpriseId.h"
 #include "support/FakeApplication.h"
 #include "support/LoadFreeTimer.h"
 #include "support/RunUntil.h"
@@ -19,20 +20,15 @@
 
 using support::AgentProcess;
 using support::FakeApplication;
+using support::full;
 using support::LoadFreeTimer;
 using support::SnmpdProcess;
 using support::SnmpTool;
 
 namespace {
 
-const QString root = QStringLiteral(".1.3.6.1.4.1.32473");
 const QString ownObject = QStringLiteral(".1.3.6.1.2.1.1.5.0"); // sysName, which snmpd answers itself
 const QByteArray serving = "serving 1.3.6.1.4.1.32473 through snmpd";
-
-QString full(const char* relative)
-{
-    return root + QLatin1Char('.') + QLatin1String(relative);
-}
 
 /// snmpd with a subagent and an application.
 class Subagent : public testing::Test
