@@ -1,16 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// The agent's receive path without sockets and SNMP, from the bytes of applications to the cells that
-// managers read.
+// The agent's receive path without sockets and SNMP: from the bytes of applications to the served cells.
 //
 // The first byte of the input selects its meaning:
 //
-// - even: the rest is the stream of one application, received in pieces of that many bytes;
-// - odd: the rest is a list of steps. Each starts with a byte, of which the remainder by 8 selects the step:
-// 6 lets
-//   time pass, 7 loses the application and connects the next one, all others send a frame with a valid
-//   header.
+// - even: the rest is the stream of one application, received in pieces of this number of bytes;
+// - odd: the rest is a list of steps. The first byte of a step, modulo 8, selects it: 6 advances the clock, 7
+//   loses the application and connects the next one, all others send a frame with a valid header.
 
 #include <algorithm>
 #include <memory>

@@ -5,7 +5,7 @@
 //
 // The first byte of the input selects its meaning:
 //
-// - even: the rest is a stream of bytes, received in pieces of that many bytes;
+// - even: the rest is a stream of bytes, received in pieces of this number of bytes;
 // - odd: the rest is a list of records. Each starts with a byte for its class and one for its length.
 
 #include <vigil/Oid.h>
