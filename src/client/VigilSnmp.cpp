@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "base/DebugOutput.h"
 #include "base/Logging.h"
 #include "base/NeverDestroyed.h"
 #include "client/CallbackRules.h"
@@ -80,7 +81,9 @@ VigilSnmp& VigilSnmp::instance()
 
 void VigilSnmp::init(const std::string& name)
 {
-    if (isServiceOff() || !m_lifecycle.on(Event::Init))
+    if (isServiceOff())
+        return prepareExit();
+    if (!m_lifecycle.on(Event::Init))
         return;
     // Qt keeps data in the process's threads, so its libraries must stay loaded when this one is unloaded.
     platform::pinModule(&QObject::staticMetaObject);
@@ -98,6 +101,13 @@ void VigilSnmp::init(const std::string& name)
         m_callbackStore = std::make_shared<CallbackStore>();
     }
     m_tableManager = std::make_shared<SnmpTableManager>();
+    prepareExit();
+}
+
+/// The exit handler runs before the statics made here are destroyed.
+void VigilSnmp::prepareExit()
+{
+    base::prepareDebugOutput();
     std::atexit(&VigilSnmp::cleanupAtExit);
 }
 
@@ -169,6 +179,7 @@ void VigilSnmp::cleanupAtExit()
     facade.muteCallbacks();
     facade.stop({clientTimeoutAtExitMs, storeTimeoutAtExitMs, runnerTimeoutAtExitMs});
     facade.m_lifecycle.on(Event::ProcessEnds);
+    base::closeDebugOutput();
 }
 
 void VigilSnmp::stop(const Limits& limits)

@@ -84,6 +84,7 @@ private:
         int runnerMs;
     };
 
+    static void prepareExit();
     static void cleanupAtExit();
 
     bool startClient();

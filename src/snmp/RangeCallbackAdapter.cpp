@@ -3,12 +3,11 @@
 
 #include "snmp/RangeCallbackAdapter.h"
 
-#include <QDebug>
-
 #include <optional>
 
 #include <vigil/Range.h>
 
+#include "base/DebugOutput.h"
 #include "snmp/RemoteMetricObserver.h"
 #include "snmp/SnmpMetricTable.h"
 
@@ -42,8 +41,10 @@ unsigned int RangeCallbackAdapter::callbackValidateValue(const Oid& cell, const 
 {
     Range range;
     if (Range::fromString(text, range) < 0) {
-        qDebug() << "Invalid range string [" << text.c_str()
+        base::writeDebug(base::tablesCategory, [&](QDebug line) {
+            line << "Invalid range string [" << text.c_str()
                  << "] from remote SNMP manager. Ignore SET request.";
+        });
         return refused;
     }
     const std::optional<RangeKind> kind = rangeKindOf(*m_table, cell);
@@ -51,7 +52,9 @@ unsigned int RangeCallbackAdapter::callbackValidateValue(const Oid& cell, const 
         return refused;
     if (m_observer->checkRangeChange(*kind, range))
         return accepted;
-    qDebug("Client invalidated requested range change. Ignore SET request.\n");
+    base::writeDebug(base::tablesCategory, [](QDebug line) {
+        line << "Client invalidated requested range change. Ignore SET request.\n";
+    });
     return refused;
 }
 
@@ -59,7 +62,9 @@ void RangeCallbackAdapter::callbackValueChanged(const Oid& cell, std::string tex
 {
     Range range;
     if (Range::fromString(text, range) < 0) {
-        qDebug("RangeCallbackAdapter::callbackValueChanged: Bad range format string.");
+        base::writeDebug(base::tablesCategory, [](QDebug line) {
+            line << "RangeCallbackAdapter::callbackValueChanged: Bad range format string.";
+        });
         return;
     }
     const std::optional<RangeKind> kind = rangeKindOf(*m_table, cell);

@@ -3,13 +3,13 @@
 
 #include "snmp/SnmpConnector.h"
 
-#include <QDebug>
 #include <QString>
 
 #include <vigil/HealthCheck.h>
 #include <vigil/Metric.h>
 #include <vigil/Range.h>
 
+#include "base/DebugOutput.h"
 #include "client/VigilSnmp.h"
 #include "snmp/ManagementCallbackAdapter.h"
 #include "snmp/RangeCallbackAdapter.h"
@@ -108,9 +108,12 @@ void SnmpConnector::registerRemoteMetricObserver(RemoteMetricObserver* observer)
     const std::string name = observer->getMetric().getName();
     m_metricTable.setRowCallback(name, std::make_unique<RangeCallbackAdapter>(observer, &m_metricTable));
     m_metricTable.setIntColumn(name, SnmpMetricTable::remoteChangeIndex, 1);
-    qDebug().noquote()
-        << QStringLiteral("SnmpConnector::registerRemoteMetricObserver: Registering metric observer for %1.")
-               .arg(QString::fromStdString(name));
+    base::writeDebug(base::tablesCategory, [&](QDebug line) {
+        line.noquote()
+            << QStringLiteral(
+                   "SnmpConnector::registerRemoteMetricObserver: Registering metric observer for %1.")
+                   .arg(QString::fromStdString(name));
+    });
 }
 
 void SnmpConnector::unregisterRemoteMetricObserver(RemoteMetricObserver* observer)
@@ -118,9 +121,11 @@ void SnmpConnector::unregisterRemoteMetricObserver(RemoteMetricObserver* observe
     const std::string name = observer->getMetric().getName();
     m_metricTable.setIntColumn(name, SnmpMetricTable::remoteChangeIndex, 0);
     m_metricTable.removeRowCallback(name);
-    qDebug().noquote() << QStringLiteral(
+    base::writeDebug(base::tablesCategory, [&](QDebug line) {
+        line.noquote() << QStringLiteral(
                               "SnmpConnector::unregisterRemoteMetricObserver: Remove metric observer for %1.")
                               .arg(QString::fromStdString(name));
+    });
 }
 
 // --- Management functions

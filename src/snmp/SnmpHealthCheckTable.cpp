@@ -3,8 +3,7 @@
 
 #include "snmp/SnmpHealthCheckTable.h"
 
-#include <QDebug>
-
+#include "base/DebugOutput.h"
 #include "snmp/VigilMib.h"
 
 SnmpHealthCheckTable::SnmpHealthCheckTable() : SnmpTable(entryOfTable(1), {3, 4}) {}
@@ -14,5 +13,7 @@ void SnmpHealthCheckTable::setRow(const StringPair& key, unsigned int status, co
     createRowIfAbsent(key);
     setIntColumn(key, 0, status);
     writeCell(key, 1, summary);
-    qDebug() << "set SnmpHealthCheckTable row for " << key.first.c_str() << key.second.c_str();
+    base::writeDebug(base::tablesCategory, [&](QDebug line) {
+        line << "set SnmpHealthCheckTable row for " << key.first.c_str() << key.second.c_str();
+    });
 }

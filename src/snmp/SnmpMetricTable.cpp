@@ -3,8 +3,7 @@
 
 #include "snmp/SnmpMetricTable.h"
 
-#include <QDebug>
-
+#include "base/DebugOutput.h"
 #include "snmp/VigilMib.h"
 
 SnmpMetricTable::SnmpMetricTable(const std::string& firstKey, const std::string& secondKey)
@@ -22,5 +21,6 @@ void SnmpMetricTable::setRow(const std::string& name, const std::string& unit, c
     writeCell(name, 0, unit);
     writeCell(name, warningRangeIndex, warning);
     writeCell(name, criticalRangeIndex, critical);
-    qDebug() << "set SnmpMetricTable row for " << name.c_str();
+    base::writeDebug(base::tablesCategory,
+                     [&](QDebug line) { line << "set SnmpMetricTable row for " << name.c_str(); });
 }
