@@ -60,8 +60,9 @@ public:
     HealthCheck& operator=(const HealthCheck& other);
 
     /// Create a metric and announce its row. The name is UTF-8. If the name is taken, the check evaluates
-    /// only the newer metric, and the range handler of the older one is no longer called. Both return null
-    /// inside a callback of the library.
+    /// only the newer metric. Range handlers belong to the name: creating the newer metric switches off the
+    /// handler of the older one, the handler set last is called, and clearing it through either metric
+    /// switches it off. Both return null inside a callback of the library.
     virtual SimpleMetric* createSimpleMetric(const std::string& name) = 0;
     virtual ScalarMetric* createScalarMetric(const std::string& name) = 0;
 
@@ -84,7 +85,8 @@ public:
     /// call this as often as the tables should be refreshed.
     virtual void update() = 0;
 
-    /// Status and summary (UTF-8) of the last update().
+    /// Status and summary (UTF-8) of the last update(). The summary lists every problem: 1500 problems make
+    /// about 64 kB, and SNMP carries at most 65535 bytes in one text. Split a check with more.
     virtual HealthStatus getStatus() const = 0;
     virtual std::string getSummary() const = 0;
 

@@ -37,7 +37,8 @@ public:
     /// The unit, UTF-8, printed directly after the value; empty if there is none.
     virtual std::string getUnit() const = 0;
 
-    /// The ranges in force. The references are valid until remove() and show later changes.
+    /// The ranges in force. A reference is valid until remove() and keeps its value: after a change, ask
+    /// again.
     virtual const Range& getWarningRange() const = 0;
     virtual const Range& getCriticalRange() const = 0;
 

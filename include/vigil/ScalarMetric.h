@@ -60,7 +60,8 @@ public:
     /// one.
     virtual void setUnit(const std::string& unit) = 0;
 
-    /// Store and publish a range. The next HealthCheck::update() judges by it.
+    /// Store and publish a range. The next HealthCheck::update() judges by it. Each different range takes
+    /// about 100 bytes until remove(), because references to earlier ones stay valid.
     virtual void setWarningRange(const Range& range) = 0;
     virtual void setCriticalRange(const Range& range) = 0;
 
@@ -72,7 +73,8 @@ public:
     virtual void setRangeChangeHandler(RangeChangeHandler* handler) = 0;
 
     /// Refuses every change from now on. Waits for a call in progress; afterwards the handler is never called
-    /// again.
+    /// again. Handlers belong to the name: this also switches off the handler of another metric with the same
+    /// name in the same check.
     virtual void clearRangeChangeHandler() = 0;
 
     /// The check of this metric, or null if it has been destroyed.

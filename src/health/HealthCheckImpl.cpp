@@ -27,6 +27,9 @@ HealthCheck* vigil::createHealthCheck(const std::string& firstKey, const std::st
     } catch (const std::bad_alloc&) {
         LiveChecks::remove();
         return nullptr;
+    } catch (...) {
+        LiveChecks::remove();
+        throw;
     }
 }
 

@@ -3,8 +3,7 @@
 
 #include "health/ScalarMetricImpl.h"
 
-#include <QtGlobal>
-
+#include "base/DebugOutput.h"
 #include "client/CallbackRules.h"
 
 using vigil::HealthStatus;
@@ -22,7 +21,8 @@ std::shared_ptr<ScalarMetricImpl> ScalarMetricImpl::create(const std::string& na
 ScalarMetricImpl::ScalarMetricImpl(const std::string& name, const std::shared_ptr<MetricStore>& store)
     : m_store(store), m_name(QString::fromStdString(name))
 {
-    qDebug("ScalarMetricImpl::ScalarMetricImpl Ctor\n");
+    base::writeDebug(base::metricsCategory,
+                     [](QDebug line) { line << "ScalarMetricImpl::ScalarMetricImpl Ctor\n"; });
 }
 
 void ScalarMetricImpl::remove()
@@ -47,6 +47,18 @@ std::string ScalarMetricImpl::getUnit() const
     return m_unit.toStdString();
 }
 
+const Range& ScalarMetricImpl::getWarningRange() const
+{
+    const Lock lock(m_mutex);
+    return m_warningRange.current();
+}
+
+const Range& ScalarMetricImpl::getCriticalRange() const
+{
+    const Lock lock(m_mutex);
+    return m_criticalRange.current();
+}
+
 void ScalarMetricImpl::setUnit(const std::string& unit)
 {
     const Lock lock(m_mutex);
@@ -57,14 +69,14 @@ void ScalarMetricImpl::setUnit(const std::string& unit)
 void ScalarMetricImpl::setWarningRange(const Range& range)
 {
     const Lock lock(m_mutex);
-    m_warningRange = range;
+    m_warningRange.set(range);
     publish();
 }
 
 void ScalarMetricImpl::setCriticalRange(const Range& range)
 {
     const Lock lock(m_mutex);
-    m_criticalRange = range;
+    m_criticalRange.set(range);
     publish();
 }
 
@@ -103,9 +115,9 @@ void ScalarMetricImpl::setPerformanceDataEnabled(bool enabled)
 bool ScalarMetricImpl::evaluate(Result& out)
 {
     const Lock lock(m_mutex);
-    if (!m_criticalRange.match(m_value))
+    if (!m_criticalRange.current().match(m_value))
         out = Result(getName(), HealthStatus::Critical, "out of critical range: " + message());
-    else if (!m_warningRange.match(m_value))
+    else if (!m_warningRange.current().match(m_value))
         out = Result(getName(), HealthStatus::Warning, "out of warning range: " + message());
     else
         out = Result(getName(), HealthStatus::Ok, message());
@@ -129,8 +141,8 @@ bool ScalarMetricImpl::getPerformanceData(PerformanceData& out)
     out.setLabel(getName());
     out.setValue(m_value);
     out.setUnit(getUnit());
-    out.setWarning(m_warningRange);
-    out.setCritical(m_criticalRange);
+    out.setWarning(m_warningRange.current());
+    out.setCritical(m_criticalRange.current());
     return true;
 }
 
@@ -180,7 +192,7 @@ bool ScalarMetricImpl::checkRangeChange(RangeKind kind, const Range& range)
 void ScalarMetricImpl::applyRange(RangeKind kind, const Range& range)
 {
     const Lock lock(m_mutex);
-    (kind == RangeKind::Warning ? m_warningRange : m_criticalRange) = range;
+    (kind == RangeKind::Warning ? m_warningRange : m_criticalRange).set(range);
 }
 
 void ScalarMetricImpl::onRangeChanged(RangeKind kind)

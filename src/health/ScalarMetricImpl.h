@@ -14,6 +14,7 @@
 
 #include "health/InternalMetric.h"
 #include "health/MetricStore.h"
+#include "health/RangeHistory.h"
 #include "snmp/RemoteMetricObserver.h"
 
 /// The implementation of vigil::ScalarMetric, created by a health check.
@@ -31,8 +32,8 @@ public:
 
     std::string getName() const override;
     std::string getUnit() const override;
-    const vigil::Range& getWarningRange() const override { return m_warningRange; }
-    const vigil::Range& getCriticalRange() const override { return m_criticalRange; }
+    const vigil::Range& getWarningRange() const override;
+    const vigil::Range& getCriticalRange() const override;
     void remove() override;
 
     bool evaluate(vigil::Result& out) override;
@@ -68,8 +69,8 @@ private:
     const QString m_name;
     QString m_unit;
     double m_value = 0.0;
-    vigil::Range m_warningRange = vigil::Range::CreateNoLimit();
-    vigil::Range m_criticalRange = vigil::Range::CreateNoLimit();
+    RangeHistory m_warningRange;
+    RangeHistory m_criticalRange;
     bool m_perfDataEnabled = true;
     const QString m_messageTemplate = QStringLiteral("{name} is {value}{unit}.");
     std::shared_ptr<ScalarMetricImpl> m_self; // the only owner until remove()

@@ -4,6 +4,7 @@
 #include "platform/Platform.h"
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <ctime>
 #include <string>
@@ -67,14 +68,17 @@ private:
         return nullptr;
     }
 
+    /// Not pthread_timedjoin_np(): its limit is a time of the clock that the administrator may set.
     int timedJoin(int timeoutMs)
     {
-        timespec deadline{};
-        clock_gettime(CLOCK_REALTIME, &deadline);
-        const long nanoseconds = deadline.tv_nsec + (timeoutMs % 1000) * 1000000L;
-        deadline.tv_sec += timeoutMs / 1000 + nanoseconds / 1000000000L;
-        deadline.tv_nsec = nanoseconds % 1000000000L;
-        return pthread_timedjoin_np(m_thread, nullptr, &deadline);
+        using Clock = std::chrono::steady_clock;
+        const Clock::time_point deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
+        int result = pthread_tryjoin_np(m_thread, nullptr);
+        while (result == EBUSY && Clock::now() < deadline) {
+            sleepMs(1);
+            result = pthread_tryjoin_np(m_thread, nullptr);
+        }
+        return result;
     }
 
     const pid_t m_process = getpid(); // a forked child does not have its parent's threads

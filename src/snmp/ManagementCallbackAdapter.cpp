@@ -22,16 +22,28 @@ ManagementCallbackAdapter::ManagementCallbackAdapter(ManagementHandler* handler,
 
 void ManagementCallbackAdapter::callbackValueChanged(const Oid& cell, int value)
 {
-    if (m_handler && value == execute)
-        trigger(m_table->columnIndexOrNone(cell));
-    VigilSnmpInterface::instance().sendValue(cell, idle, 0);
+    const auto reset = [&cell] { VigilSnmpInterface::instance().sendValue(cell, idle, 0); };
+    try {
+        if (m_handler && value == execute)
+            trigger(m_table->columnIndexOrNone(cell));
+    } catch (...) {
+        reset();
+        throw; // the callback store reports it
+    }
+    reset();
 }
 
 void ManagementCallbackAdapter::callbackValueChanged(const Oid& cell, std::string text)
 {
-    if (m_handler && text.empty() && m_table->columnIndexOrNone(cell) == SnmpMgmFuncTable::commandIndex)
-        m_handler->managementFunction5(text);
-    VigilSnmpInterface::instance().sendValue(cell, std::string(), 0);
+    const auto reset = [&cell] { VigilSnmpInterface::instance().sendValue(cell, std::string(), 0); };
+    try {
+        if (m_handler && text.empty() && m_table->columnIndexOrNone(cell) == SnmpMgmFuncTable::commandIndex)
+            m_handler->managementFunction5(text);
+    } catch (...) {
+        reset();
+        throw;
+    }
+    reset();
 }
 
 void ManagementCallbackAdapter::trigger(unsigned int columnIndex)

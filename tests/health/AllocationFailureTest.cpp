@@ -16,6 +16,7 @@ using support::makeCheck;
 namespace {
 
 thread_local std::size_t failingSize = 0;
+thread_local bool throwsNumber = false;
 
 /// Lets allocations of one size fail on this thread during its lifetime.
 class FailingAllocation
@@ -35,6 +36,8 @@ void* operator new(std::size_t size)
         if (void* memory = std::malloc(size == 0 ? 1 : size))
             return memory;
     }
+    if (throwsNumber)
+        throw 1;
     throw std::bad_alloc();
 }
 
@@ -62,6 +65,19 @@ TEST_F(AllocationFailure, CreateHealthCheckReturnsNullAndCountsNoCheck)
         EXPECT_EQ(vigil::createHealthCheck("app", "2"), nullptr);
     }
     EXPECT_EQ(log.count("[VigilSnmp::cleanup] Cleanup."), 0);
+    first.reset();
+    EXPECT_EQ(log.count("[VigilSnmp::cleanup] Cleanup."), 1);
+}
+
+TEST_F(AllocationFailure, AnyOtherExceptionOfCreateHealthCheckCountsNoCheckEither)
+{
+    CheckPointer first = makeCheck("app", "1");
+    {
+        const FailingAllocation ofACheck(sizeof(HealthCheckImpl));
+        throwsNumber = true;
+        EXPECT_THROW(vigil::createHealthCheck("app", "2"), int);
+        throwsNumber = false;
+    }
     first.reset();
     EXPECT_EQ(log.count("[VigilSnmp::cleanup] Cleanup."), 1);
 }

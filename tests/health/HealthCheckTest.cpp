@@ -6,8 +6,11 @@
 #include <vigil/ScalarMetric.h>
 #include <vigil/SimpleMetric.h>
 
+#include <QLoggingCategory>
+
 #include "support/CheckPointer.h"
 #include "support/LibraryTest.h"
+#include "support/QtMessages.h"
 #include "support/RecordingManagementHandler.h"
 
 using support::cell;
@@ -51,6 +54,23 @@ protected:
         return lines;
     }
 };
+
+// --- Debug output
+
+TEST_F(HealthCheck, ItsDebugLinesCanBeTurnedOffAlone)
+{
+    start(); // Qt may warn about the library's application object
+    const support::QtMessages messages;
+    QLoggingCategory::setFilterRules(QStringLiteral("vigil.*.debug=false"));
+    const CheckPointer check = makeCheck("app", "hc");
+    ScalarMetric* metric = check->createScalarMetric("cpu");
+    check->update();
+    metric->remove();
+    QLoggingCategory::setFilterRules({});
+    EXPECT_TRUE(messages.all().isEmpty()) << messages.all().join(QLatin1Char('\n')).toStdString();
+    check->update();
+    EXPECT_TRUE(messages.all().contains(QStringLiteral("set SnmpHealthCheckTable row for  app hc")));
+}
 
 // --- Status and summary
 

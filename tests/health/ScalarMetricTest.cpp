@@ -12,7 +12,9 @@
 #include "support/QtMessages.h"
 #include "support/RecordingRangeHandler.h"
 
+#include <atomic>
 #include <limits>
+#include <thread>
 
 using support::cell;
 using support::CheckPointer;
@@ -156,6 +158,65 @@ TEST_F(ScalarMetric, PlaceholdersInNameAndUnitAreReplacedInTheirOrder)
     odd->setUnit(" \xC2\xB5s");
     EXPECT_EQ(evaluated().getSummary(), "a 0 \xC2\xB5s{other} is 0 \xC2\xB5s.");
     odd->remove();
+}
+
+TEST_F(ScalarMetric, ARangeInTheHandsOfTheApplicationStaysWhole)
+{
+    const Range& before = metric->getWarningRange();
+    const Range& criticalBefore = metric->getCriticalRange();
+    auto& observer = dynamic_cast<RemoteMetricObserver&>(*metric);
+    observer.applyRange(RangeKind::Warning, Range::CreateInverseRange(3, 4));
+    observer.applyRange(RangeKind::Critical, Range::CreateRange(5, 6));
+    EXPECT_EQ(before.toString(), "off");
+    EXPECT_EQ(criticalBefore.toString(), "off");
+    EXPECT_EQ(metric->getWarningRange().toString(), "@3:4");
+    EXPECT_EQ(metric->getCriticalRange().toString(), "5:6");
+}
+
+TEST_F(ScalarMetric, EqualRangesAreOneObject)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (const Range& range :
+         {Range::CreateRange(1, 2), Range(), Range::CreateRange(nan, 2), Range::CreateNoLimit()}) {
+        metric->setWarningRange(range);
+        const Range* first = &metric->getWarningRange();
+        metric->setWarningRange(Range::CreateInverseRange(1, 2));
+        EXPECT_NE(&metric->getWarningRange(), first);
+        metric->setWarningRange(range);
+        EXPECT_EQ(&metric->getWarningRange(), first);
+        EXPECT_EQ(metric->getWarningRange().toString(), range.toString());
+    }
+}
+
+TEST_F(ScalarMetric, ReadersSeeWholeRangesWhileAManagerReplacesThem)
+{
+    auto& observer = dynamic_cast<RemoteMetricObserver&>(*metric);
+    std::atomic<bool> isDone{false};
+    std::thread manager([&] {
+        for (int i = 0; i < 100000; ++i)
+            observer.applyRange(RangeKind::Warning,
+                                i % 2 == 0 ? Range::CreateRange(1, 2) : Range::CreateInverseRange(3, 4));
+        isDone = true;
+    });
+    int torn = 0;
+    while (!isDone) {
+        const Range& range = metric->getWarningRange();
+        const double lower = range.getLowerBound();
+        if (range.isEnabled() && (lower != (range.isInverse() ? 3 : 1) || range.getUpperBound() != lower + 1))
+            ++torn;
+    }
+    manager.join();
+    EXPECT_EQ(torn, 0);
+}
+
+TEST_F(ScalarMetric, ClearingTheHandlerOfAnOlderMetricSwitchesOffItsSuccessors)
+{
+    vigil::ScalarMetric* newer = check->createScalarMetric("cpu");
+    newer->setRangeChangeHandler(&handler);
+    EXPECT_EQ(validate(warningCell, "10:20"), "answer 0 to " + warningCell + " = \"10:20\"");
+    metric->clearRangeChangeHandler();
+    EXPECT_EQ(validate(warningCell, "10:20"), "answer 1 to " + warningCell + " = \"10:20\"");
+    newer->remove();
 }
 
 TEST_F(ScalarMetric, CreationWritesADebugLine)

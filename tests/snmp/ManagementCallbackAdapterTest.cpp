@@ -5,6 +5,8 @@
 
 #include <vigil/Oid.h>
 
+#include <stdexcept>
+
 #include "snmp/SnmpMgmFuncTable.h"
 #include "support/LibraryTest.h"
 #include "support/RecordingManagementHandler.h"
@@ -94,6 +96,15 @@ TEST_F(ManagementCallbackAdapter, WithoutAHandlerEverySetOnlyResetsTheCell)
     withoutHandler.callbackValueChanged(managementCell(1), 2);
     withoutHandler.callbackValueChanged(managementCell(5), std::string());
     EXPECT_THAT(publications(), ElementsAre(set(cell(5, 1, row), 1), set(cell(5, 5, row), "")));
+}
+
+TEST_F(ManagementCallbackAdapter, AFunctionThatThrowsResetsItsCell)
+{
+    start();
+    handler.onCall = [] { throw std::runtime_error("broken"); };
+    EXPECT_THROW(adapter.callbackValueChanged(managementCell(2), 2), std::runtime_error);
+    EXPECT_THROW(adapter.callbackValueChanged(managementCell(5), std::string()), std::runtime_error);
+    EXPECT_THAT(publications(), ElementsAre(set(cell(5, 2, row), 1), set(cell(5, 5, row), "")));
 }
 
 TEST_F(ManagementCallbackAdapter, EveryValidationIsAccepted)

@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_HEALTH_RANGEHISTORY_H
+#define VIGIL_HEALTH_RANGEHISTORY_H
+
+#include <set>
+
+#include <vigil/Range.h>
+
+/// A range of a metric and all earlier ones.
+///
+/// The metric's getters return references, and the application may still read one while a manager replaces
+/// the range on the client thread. So a range never changes: a new one is added, and the earlier ones stay.
+/// Equal ranges are one object.
+///
+/// Threads: the caller holds the metric's lock; the objects behind current() are read without it.
+class RangeHistory
+{
+public:
+    RangeHistory() : m_current(&*m_ranges.insert(vigil::Range::CreateNoLimit()).first) {}
+
+    const vigil::Range& current() const { return *m_current; }
+    void set(const vigil::Range& range) { m_current = &*m_ranges.insert(range).first; }
+
+private:
+    /// Compares bounds bit by bit, because NaN has no order.
+    struct Less
+    {
+        bool operator()(const vigil::Range& left, const vigil::Range& right) const;
+    };
+
+    std::set<vigil::Range, Less> m_ranges;
+    const vigil::Range* m_current;
+};
+
+#endif
