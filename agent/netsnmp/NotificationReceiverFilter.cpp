@@ -42,8 +42,9 @@ void NotificationReceiverFilter::addOrDrop(const Receiver& receiver)
         snmp_close(session);
         return;
     }
-    const int trap = static_cast<int>(session->version == SNMP_VERSION_1 ? SNMP_MSG_TRAP : SNMP_MSG_TRAP2);
-    add_trap_session(session, receiver.wantsInforms ? SNMP_MSG_INFORM : trap, receiver.wantsInforms,
+    const auto trap = session->version == SNMP_VERSION_1 ? SNMP_MSG_TRAP : SNMP_MSG_TRAP2;
+    const auto type = receiver.wantsInforms ? SNMP_MSG_INFORM : trap;
+    add_trap_session(session, static_cast<int>(type), receiver.wantsInforms,
                      static_cast<int>(session->version));
 }
 

@@ -3,6 +3,8 @@
 
 #include "agent/serving/ConnectionTable.h"
 
+#include <memory>
+
 #include "agent/serving/VarbindValue.h"
 
 namespace agent {
@@ -40,6 +42,15 @@ void putColumn(netsnmp_variable_list* varbind, unsigned int column, const Applic
     }
 }
 
+struct FreeAllocated
+{
+    void operator()(void* memory) const { SNMP_FREE(memory); }
+};
+
+/// Memory of Net-SNMP until a handler takes it over.
+template <typename T>
+using Allocated = std::unique_ptr<T, FreeAllocated>;
+
 } // namespace
 
 bool ConnectionTable::registerObjects()
@@ -49,22 +60,22 @@ bool ConnectionTable::registerObjects()
     netsnmp_handler_registration* registration =
         netsnmp_create_handler_registration("vigilAgentConnectionTable", &ConnectionTable::handle,
                                             rootOid.data(), rootOid.size(), HANDLER_CAN_RONLY);
-    auto* columns = SNMP_MALLOC_TYPEDEF(netsnmp_table_registration_info);
-    auto* rows = SNMP_MALLOC_TYPEDEF(netsnmp_iterator_info);
+    Allocated<netsnmp_table_registration_info> columns(SNMP_MALLOC_TYPEDEF(netsnmp_table_registration_info));
+    Allocated<netsnmp_iterator_info> rows(SNMP_MALLOC_TYPEDEF(netsnmp_iterator_info));
     if (!registration || !columns || !rows)
         return false;
-    netsnmp_table_helper_add_indexes(columns, ASN_UNSIGNED, 0);
+    netsnmp_table_helper_add_indexes(columns.get(), ASN_UNSIGNED, 0);
     columns->min_column = Address;
     columns->max_column = LastFrame;
     rows->get_first_data_point = &ConnectionTable::firstRow;
     rows->get_next_data_point = &ConnectionTable::nextRow;
-    rows->table_reginfo = columns;
+    rows->table_reginfo = columns.get();
     rows->myvoid = this;
     rows->flags = NETSNMP_ITERATOR_FLAG_SORTED;
-    netsnmp_mib_handler* iterator = netsnmp_get_table_iterator_handler(rows);
+    netsnmp_mib_handler* iterator = netsnmp_get_table_iterator_handler(rows.release());
     netsnmp_handler_owns_iterator_info(iterator);
     netsnmp_inject_handler(registration, iterator);
-    netsnmp_inject_handler(registration, netsnmp_get_table_handler(columns));
+    netsnmp_inject_handler(registration, netsnmp_get_table_handler(columns.release()));
     // One request at a time: if several reach the end of their columns together, the iterator loses some.
     return netsnmp_register_serialize(registration) == MIB_REGISTERED_OK;
 }

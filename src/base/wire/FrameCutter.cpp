@@ -48,7 +48,7 @@ void FrameCutter::clear()
 
 QByteArray FrameCutter::takeBytes(int count)
 {
-    const QByteArray bytes = m_buffer.mid(m_position, count);
+    QByteArray bytes = m_buffer.mid(m_position, count);
     m_position += count;
     return bytes;
 }
