@@ -4,22 +4,58 @@
 #include "client/ClientQueue.h"
 
 #include <QMetaObject>
+#include <QVariant>
+
+#include <utility>
 
 #include "client/Client.h"
 #include "client/ClientThread.h"
+
+namespace {
+
+constexpr int batchBytes = 1000000;
+constexpr std::size_t maxBatches = 16;
+
+/// What a posted call takes, roughly: the event and the nodes of the identifier's list.
+int bytesOfCall(const Oid& oid, int textLength = 0)
+{
+    constexpr int eventBytes = 300;
+    constexpr int arcBytes = 32;
+    return eventBytes + arcBytes * oid.size() + static_cast<int>(sizeof(QChar)) * textLength;
+}
+
+void publish(Client& client, const QueueOverflow::Publication& publication)
+{
+    const Oid oid = Oid::fromStdVector(publication.oid);
+    const QVariant& value = publication.value;
+    if (publication.kind == QueueOverflow::Publication::Kind::TreeWithdrawal)
+        client.unsetOidTree(oid);
+    else if (!value.isValid())
+        client.unsetOid(oid);
+    else if (value.type() == QVariant::Int)
+        client.sendValue(oid, value.toInt(), publication.notify);
+    else
+        client.sendValue(oid, value.toString(), publication.notify);
+}
+
+} // namespace
 
 void ClientQueue::open(Client* client)
 {
     const base::MutexLock lock(m_mutex);
     m_client = client;
+    m_overflow = QueueOverflow();
+    m_handOver.reset();
+    m_batches.clear();
+    m_batchBytes = 0;
 }
 
 Client* ClientQueue::close()
 {
     const base::MutexLock lock(m_mutex);
-    Client* client = m_client;
-    m_client = nullptr;
-    return client;
+    if (m_client && !m_overflow.isEmpty())
+        requestHandOver();
+    return std::exchange(m_client, nullptr);
 }
 
 Client* ClientQueue::client() const
@@ -28,8 +64,8 @@ Client* ClientQueue::client() const
     return m_client;
 }
 
-template <typename... Arguments>
-void ClientQueue::call(const char* slot, Arguments... arguments)
+template <typename Spill, typename... Arguments>
+void ClientQueue::call(int bytes, Spill spill, const char* slot, Arguments... arguments)
 {
     if (ClientThread::isCurrent()) {
         // Not under the lock: the slot may call back into this function. Only this thread deletes the client.
@@ -40,28 +76,85 @@ void ClientQueue::call(const char* slot, Arguments... arguments)
     const base::MutexLock lock(m_mutex);
     if (!m_client)
         return;
-    const base::PostingLock posting;
-    QMetaObject::invokeMethod(m_client, slot, Qt::QueuedConnection, arguments...);
+    if (isFull()) {
+        spill(m_overflow);
+        requestHandOver();
+        return;
+    }
+    {
+        const base::PostingLock posting;
+        QMetaObject::invokeMethod(m_client, slot, Qt::QueuedConnection, arguments...);
+    }
+    countPosted(bytes);
 }
 
 void ClientQueue::sendValue(const Oid& oid, const QString& value, bool useTraps)
 {
-    call("sendValue", Q_ARG(Oid, oid), Q_ARG(QString, value), Q_ARG(bool, useTraps));
+    call(
+        bytesOfCall(oid, value.size()), [&](QueueOverflow& overflow) { overflow.set(oid, value, useTraps); },
+        "sendValue", Q_ARG(Oid, oid), Q_ARG(QString, value), Q_ARG(bool, useTraps));
 }
 
 void ClientQueue::sendValue(const Oid& oid, int value, bool useTraps)
 {
-    call("sendValue", Q_ARG(Oid, oid), Q_ARG(qint32, value), Q_ARG(bool, useTraps));
+    call(
+        bytesOfCall(oid), [&](QueueOverflow& overflow) { overflow.set(oid, value, useTraps); }, "sendValue",
+        Q_ARG(Oid, oid), Q_ARG(qint32, value), Q_ARG(bool, useTraps));
 }
 
 void ClientQueue::unsetOid(const Oid& oid)
 {
-    call("unsetOid", Q_ARG(Oid, oid));
+    call(
+        bytesOfCall(oid), [&](QueueOverflow& overflow) { overflow.set(oid, QVariant(), false); }, "unsetOid",
+        Q_ARG(Oid, oid));
 }
 
 void ClientQueue::unsetOidTree(const Oid& oid)
 {
-    call("unsetOidTree", Q_ARG(Oid, oid));
+    call(
+        bytesOfCall(oid), [&](QueueOverflow& overflow) { overflow.withdrawTree(oid); }, "unsetOidTree",
+        Q_ARG(Oid, oid));
+}
+
+/// Calls after those in the overflow must not overtake them.
+bool ClientQueue::isFull()
+{
+    while (!m_batches.empty() && m_batches.front().expired())
+        m_batches.pop_front();
+    return !m_overflow.isEmpty() || m_batches.size() >= maxBatches;
+}
+
+void ClientQueue::countPosted(int bytes)
+{
+    m_batchBytes += bytes;
+    if (m_batchBytes < batchBytes)
+        return;
+    m_batchBytes = 0;
+    const auto life = std::make_shared<char>();
+    m_batches.emplace_back(life);
+    post(m_client, [life] {});
+}
+
+void ClientQueue::requestHandOver()
+{
+    if (!m_handOver.expired())
+        return;
+    const auto life = std::make_shared<char>();
+    m_handOver = life;
+    post(m_client, [this, life, client = m_client] { handOver(client); });
+}
+
+/// Runs in the client thread. Calls made from now on are posted again, so they run afterwards.
+void ClientQueue::handOver(Client* client)
+{
+    QueueOverflow overflow;
+    {
+        const base::MutexLock lock(m_mutex);
+        std::swap(overflow, m_overflow);
+        m_handOver.reset();
+    }
+    for (const QueueOverflow::Publication& publication : overflow.takeAll())
+        publish(*client, publication);
 }
 
 bool ClientQueue::post(const std::function<void()>& function)

@@ -6,17 +6,22 @@
 
 #include <QString>
 
+#include <deque>
 #include <functional>
+#include <memory>
 
 #include <vigil/Oid.h>
 
 #include "base/ThreadSafety.h"
+#include "client/QueueOverflow.h"
 
 class Client;
 
 /// The way into the client thread: puts calls into the client's event queue.
 ///
-/// Purpose: the one place where other threads call the client. Without a client, calls are dropped.
+/// Purpose: the one place where other threads call the client. Without a client, calls are dropped. If the
+/// client falls behind, the event queue takes no more than about 16 MB. Further publications go into a
+/// QueueOverflow, and the client takes them over when it has run the calls before them.
 ///
 /// Threads: any. A call from the client thread, from inside a callback, runs at once.
 ///
@@ -46,11 +51,23 @@ public:
 private:
     Client* client() const;
 
-    template <typename... Arguments>
-    void call(const char* slot, Arguments... arguments);
+    /// spill puts the same call into the overflow.
+    template <typename Spill, typename... Arguments>
+    void call(int bytes, Spill spill, const char* slot, Arguments... arguments);
+
+    bool isFull() VIGIL_REQUIRES(m_mutex);
+    void countPosted(int bytes) VIGIL_REQUIRES(m_mutex);
+    void requestHandOver() VIGIL_REQUIRES(m_mutex);
+    void handOver(Client* client);
 
     mutable base::Mutex m_mutex; // held while posting, so the client cannot be deleted meanwhile
     Client* m_client VIGIL_GUARDED_BY(m_mutex) = nullptr;
+    QueueOverflow m_overflow VIGIL_GUARDED_BY(m_mutex);
+
+    // A posted function holds each of these, so they expire once it has run, or once Qt has dropped it.
+    std::weak_ptr<void> m_handOver VIGIL_GUARDED_BY(m_mutex);            // takes over the overflow
+    std::deque<std::weak_ptr<void>> m_batches VIGIL_GUARDED_BY(m_mutex); // after each batch of calls
+    int m_batchBytes VIGIL_GUARDED_BY(m_mutex) = 0;                      // of the calls since the last one
 };
 
 #endif

@@ -7,7 +7,6 @@
 #include <QElapsedTimer>
 #include <QTcpSocket>
 
-#include <map>
 #include <memory>
 #include <random>
 #include <string>
@@ -20,11 +19,13 @@
 #include "support/LibraryLog.h"
 #include "support/Publications.h"
 #include "support/RunUntil.h"
+#include "support/ShownCells.h"
 
 using support::FakeService;
 using support::LibraryLog;
 using support::runUntil;
 using support::set;
+using support::ShownCells;
 using support::unset;
 using support::withTrap;
 using testing::ElementsAre;
@@ -263,42 +264,6 @@ TEST_F(BusyService, IsGivenUpAfterASecondWithoutReading)
 
 // --- Model
 
-/// What a service shows after it has read these publications. It forgets a lost connection's cells.
-class ShownCells
-{
-public:
-    void read(const FakeService::Frame& frame)
-    {
-        if (frame.connection != m_connection)
-            m_cells.clear();
-        m_connection = frame.connection;
-        const std::string line = support::describe(frame);
-        const std::string oid = line.substr(0, line.find(' '));
-        if (line == unset(oid))
-            remove(oid);
-        else
-            m_cells[oid] = line.substr(0, line.find(" (trap)"));
-    }
-
-    void write(const std::string& oid, const std::string& line) { m_cells[oid] = line; }
-
-    /// With all descendants.
-    void remove(const std::string& tree)
-    {
-        for (auto cell = m_cells.begin(); cell != m_cells.end();) {
-            const bool isWithin = cell->first == tree || cell->first.rfind(tree + ".", 0) == 0;
-            cell = isWithin ? m_cells.erase(cell) : std::next(cell);
-        }
-    }
-
-    bool has(const std::string& oid) const { return m_cells.count(oid) > 0; }
-    const std::map<std::string, std::string>& cells() const { return m_cells; }
-
-private:
-    int m_connection = 0;
-    std::map<std::string, std::string> m_cells;
-};
-
 class RandomStalls : public BusyService, public testing::WithParamInterface<unsigned int>
 {
 protected:
@@ -370,9 +335,8 @@ TEST_P(RandomStalls, LeaveTheServiceWithWhatTheApplicationSaidLast)
     for (int i = 0; i < 5000; ++i)
         step();
     readAll();
-    ShownCells shown;
-    for (const FakeService::Frame& frame : service.frames())
-        shown.read(frame);
+    ShownCells shown(service.frames());
+    shown.remove(fillerOid);
     shown.remove(markOid);
     EXPECT_EQ(shown.cells(), said.cells());
     EXPECT_GT(log.count(caughtUpText), 3) << "the service was never busy";

@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "client/QueueOverflow.h"
+
+#include <gmock/gmock.h>
+
+#include <QVariant>
+
+#include <string>
+#include <vector>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using vigil::Oid;
+
+namespace {
+
+Oid oid(const char* text)
+{
+    return Oid::fromStdString(text);
+}
+
+/// "1.2=5", "1.2=5 notify", "1.2 unset" or "1.2 tree".
+std::vector<std::string> takeAll(QueueOverflow& overflow)
+{
+    std::vector<std::string> result;
+    for (const QueueOverflow::Publication& each : overflow.takeAll()) {
+        std::string line = Oid::fromStdVector(each.oid).toStdString();
+        if (each.kind == QueueOverflow::Publication::Kind::TreeWithdrawal)
+            line += " tree";
+        else if (each.value.isValid())
+            line += "=" + each.value.toString().toStdString();
+        else
+            line += " unset";
+        result.push_back(line + (each.notify ? " notify" : ""));
+    }
+    return result;
+}
+
+} // namespace
+
+TEST(QueueOverflow, KeepsTheLastValueOfEachIdentifierInTheOrderOfPublishing)
+{
+    QueueOverflow overflow;
+    overflow.set(oid("1.2"), 1, false);
+    overflow.set(oid("1.1"), 2, false);
+    overflow.set(oid("1.3"), QVariant(), false);
+    overflow.set(oid("1.2"), QStringLiteral("text"), false);
+    EXPECT_THAT(takeAll(overflow), ElementsAre("1.1=2", "1.3 unset", "1.2=text"));
+    EXPECT_TRUE(overflow.isEmpty());
+    EXPECT_THAT(takeAll(overflow), IsEmpty());
+}
+
+TEST(QueueOverflow, KeepsTheWishForANotification)
+{
+    QueueOverflow overflow;
+    overflow.set(oid("1"), 1, true);
+    overflow.set(oid("1"), QVariant(), false);
+    overflow.set(oid("1"), 2, false);
+    EXPECT_THAT(takeAll(overflow), ElementsAre("1=2 notify"));
+}
+
+TEST(QueueOverflow, AWithdrawnTreeReplacesEverythingInIt)
+{
+    QueueOverflow overflow;
+    overflow.set(oid("1.2"), 1, false);
+    overflow.set(oid("1.2.1"), 2, false);
+    overflow.withdrawTree(oid("1.2.7"));
+    overflow.set(oid("1.20"), 3, false);
+    overflow.withdrawTree(oid("1.2"));
+    EXPECT_THAT(takeAll(overflow), ElementsAre("1.20=3", "1.2 tree"));
+}
+
+TEST(QueueOverflow, ValuesPublishedAfterTheWithdrawalOfTheirTreeComeAfterIt)
+{
+    QueueOverflow overflow;
+    overflow.withdrawTree(oid("1.2"));
+    overflow.set(oid("1.2.1"), 2, false);
+    overflow.set(oid("1.2"), 1, false);
+    EXPECT_FALSE(overflow.isEmpty());
+    EXPECT_THAT(takeAll(overflow), ElementsAre("1.2 tree", "1.2.1=2", "1.2=1"));
+}
+
+TEST(QueueOverflow, AWithdrawnTreeAloneIsKept)
+{
+    QueueOverflow overflow;
+    overflow.withdrawTree(oid("1"));
+    EXPECT_FALSE(overflow.isEmpty());
+    EXPECT_THAT(takeAll(overflow), ElementsAre("1 tree"));
+}
