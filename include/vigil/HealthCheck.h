@@ -48,10 +48,16 @@ class SimpleMetric;
 /// check unless removed. The first check of the process starts the library's threads, the last one stops
 /// them.
 ///
-/// Failure: no operation reports an error or blocks on the network. Without an SNMP service the library keeps
-/// the values and publishes them once it connects. Inside a callback of the library, createSimpleMetric(),
-/// createScalarMetric(), registerManagementHandler(), unregisterManagementHandler() and destroy() only write
-/// an error line to the log.
+/// Memory: the library remembers every identifier it has published until it stops, because it withdraws
+/// removed cells again after each reconnect. A metric costs about 4 kB even after remove(). So do not create
+/// one metric per job or request: create a fixed set, such as one for each worker or queue, and reuse it.
+///
+/// Failure: no operation reports an error. Without an SNMP service the library keeps the values and publishes
+/// them once it connects; beside a busy one it keeps the last value of each cell until the service reads.
+/// Only destroy() of the last check waits for the network, up to 8 seconds, and operations that change or
+/// remove a handler may wait for a callback in progress and for a part of the replay after a reconnect.
+/// Inside a callback of the library, createSimpleMetric(), createScalarMetric(), registerManagementHandler(),
+/// unregisterManagementHandler() and destroy() only write an error line to the log.
 class VIGIL_EXPORT HealthCheck
 {
 public:
@@ -93,7 +99,9 @@ public:
     /// Replaces the contents of out with the results of the last update(), in the order of the metric names.
     virtual void getResults(std::vector<Result>& out) const = 0;
 
-    /// Withdraws all rows of the check and deletes it; the pointer is invalid afterwards.
+    /// Withdraws all rows of the check and deletes it; the pointer is invalid afterwards. With the last check
+    /// the library stops: it sends what is pending while the service reads, and takes at most 8 seconds
+    /// unless a callback in progress takes longer.
     virtual void destroy() = 0;
 
 protected:

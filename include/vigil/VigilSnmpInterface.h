@@ -32,14 +32,18 @@ class ValueChangedCallback;
 /// The service serves identifiers below 1.3.6.1.4.1.32473.
 ///
 /// Threads: any thread may publish and register. Publishing returns at once; the client thread sends the
-/// value. init() and cleanup() must not run at the same time. Callbacks arrive on the client thread.
+/// value. Registering and deregistering wait for a callback in progress, and after a reconnect for the start
+/// of the replay: until all is sent, or the service lets 10 MB wait. init() and cleanup() must not run at the
+/// same time. Callbacks arrive on the client thread.
 ///
 /// Ownership: one object per process; never delete it. It does not own callbacks: deregister each one before
 /// destroying it.
 ///
 /// Failure: no operation reports an error. While the service is away, the library keeps the values, retries
-/// every 5 seconds and then sends them. Calls before init() and after cleanup() do nothing and are not
-/// repeated later. Inside a callback, registration and cleanup() only write an error line to the log.
+/// every 5 seconds and then sends them. While it does not read, the library keeps the last value of each
+/// identifier and sends it later, with a notification if any of the values wanted one. Calls before init()
+/// and after cleanup() do nothing and are not repeated later. Inside a callback, registration and cleanup()
+/// only write an error line to the log.
 class VIGIL_EXPORT VigilSnmpInterface
 {
 public:
@@ -52,9 +56,9 @@ public:
     virtual void init(const std::string& name) = 0;
 
     /// Sends all pending values, closes the connection and ends the library's threads; the last health check
-    /// and the end of the process do the same. Waits for a callback in progress, and up to 5 seconds for a
-    /// connect in progress. Drops all values and registrations. Does nothing if the library does not run.
-    /// init() may follow.
+    /// and the end of the process do the same. Waits for a callback in progress, up to 5 seconds for a
+    /// connect in progress, and up to 2 seconds for the service to read pending values. Drops all values and
+    /// registrations. Does nothing if the library does not run. init() may follow.
     virtual void cleanup() = 0;
 
     /// Publish a value under oid; it replaces an earlier one. A text is UTF-8, is copied, ends at its first
@@ -67,7 +71,8 @@ public:
     /// Withdraws the value under oid.
     virtual void unsetOid(const Oid& oid) = 0;
 
-    /// Withdraws the value under oid and all values below it.
+    /// Withdraws the value under oid and all values below it. The library remembers every other identifier
+    /// until it stops; this forgets the values below oid.
     virtual void unsetOidTree(const Oid& oid) = 0;
 
     /// Routes SETs of oid to cb; it replaces an earlier callback for the same oid. Null is ignored.

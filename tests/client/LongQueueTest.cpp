@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 
 #include <QCoreApplication>
-#include <QSemaphore>
 
 #include <algorithm>
 #include <map>
@@ -13,7 +12,9 @@
 #include <string>
 #include <vector>
 
+#include "base/ThreadSafety.h"
 #include "base/wire/Protocol.h"
+#include "support/Deadline.h"
 #include "support/LibraryTest.h"
 #include "support/ProcessMemory.h"
 #include "support/ScriptedCallbacks.h"
@@ -47,7 +48,7 @@ protected:
         start();
         callback.onCall = [this] {
             m_entered.release();
-            m_leave.acquire();
+            m_leave.tryAcquire(1, support::deadlineMs);
         };
         facade.registerValueChangedCallback(below(gateOid), &callback);
     }
@@ -63,7 +64,7 @@ protected:
         if (m_isBlocked)
             return;
         service.send(base::SnmpIntType, support::encodedInt(gateOid, 1), base::PlainValue);
-        m_entered.acquire();
+        ASSERT_TRUE(m_entered.tryAcquire(1, support::deadlineMs));
         m_isBlocked = true;
     }
 
@@ -94,8 +95,8 @@ protected:
     ScriptedCallback callback{recorder};
 
 private:
-    QSemaphore m_entered;
-    QSemaphore m_leave;
+    base::Semaphore m_entered;
+    base::Semaphore m_leave;
     bool m_isBlocked = false;
 };
 
