@@ -49,7 +49,7 @@ class SimpleMetric;
 /// them.
 ///
 /// Memory: the library remembers every identifier it has published until it stops, because it withdraws
-/// removed cells again after each reconnect. A metric costs about 4 kB even after remove(). So do not create
+/// removed cells again after each reconnect. A metric costs a few kB even after remove(). So do not create
 /// one metric per job or request: create a fixed set, such as one for each worker or queue, and reuse it.
 ///
 /// Failure: no operation reports an error. Without an SNMP service the library keeps the values and publishes
