@@ -9,6 +9,8 @@
 #include <QStringList>
 
 #include "base/BuildInfo.h"
+#include "base/Printable.h"
+#include "platform/Platform.h"
 
 namespace base {
 
@@ -25,15 +27,17 @@ QString packageName()
 /// create directories in the host's current directory.
 bool writeStartRecord(const QString& directory)
 {
-    if (!QDir::isAbsolutePath(directory) || !QDir().mkpath(directory))
+    if (!QDir::isAbsolutePath(directory) || !platform::makePrivateDirectory(directory))
         return false;
-    QFile record(QDir(directory).absolutePath() + QLatin1Char('/') + packageName() + QLatin1String("_start"));
-    if (record.exists() && record.size() > maxStartRecordSize && !record.remove())
+    const QString path =
+        QDir(directory).absolutePath() + QLatin1Char('/') + packageName() + QLatin1String("_start");
+    QFile old(path);
+    if (old.exists() && old.size() > maxStartRecordSize && !old.remove())
         return false;
-    if (!record.open(QIODevice::Append))
-        return false;
-    record.write(QStringLiteral("Started: %1\n").arg(QDateTime::currentDateTime().toString()).toUtf8());
-    return true;
+    const auto record = platform::PrivateFile::open(path);
+    if (record)
+        record->append(QStringLiteral("Started: %1\n").arg(QDateTime::currentDateTime().toString()).toUtf8());
+    return record != nullptr;
 }
 
 QString productDirectory()
@@ -45,23 +49,56 @@ QString productDirectory()
     return preferred;
 }
 
-QStringList candidateDirectories()
+QString temporaryDirectory()
+{
+    return platform::isSetUserId() ? QStringLiteral("/tmp") : QDir::tempPath();
+}
+
+/// Other users may have taken the first names in a shared temporary directory.
+QStringList candidateDirectories(const QString& temporary)
 {
     const QString logging = QLatin1String("/Logging/") + packageName();
-    return {qEnvironmentVariable("VIGIL_LOG_DIR"), productDirectory() + logging,
-            QLatin1String("C:/OrvanData") + logging, QDir::tempPath() + QLatin1String("/OrvanData") + logging,
-            QDir::tempPath() + QLatin1Char('/') + packageName()};
+    const QString ownName = temporary + QLatin1Char('/') + packageName();
+    QStringList candidates{productDirectory() + logging, QLatin1String("C:/OrvanData") + logging,
+                           temporary + QLatin1String("/OrvanData") + logging, ownName};
+    if (platform::isSharedDirectory(temporary))
+        candidates += ownName + QLatin1String("-user") + platform::userId();
+    return candidates;
+}
+
+QString chooseDirectory()
+{
+    const QString temporary = temporaryDirectory();
+    for (const QString& candidate : candidateDirectories(temporary)) {
+        if (writeStartRecord(candidate))
+            return candidate;
+    }
+    return temporary;
+}
+
+/// Empty if VIGIL_LOG_DIR can be used.
+QString problemOf(const QString& wanted)
+{
+    if (platform::isSetUserId())
+        return QStringLiteral("the program is set-user-id");
+    if (!QDir::isAbsolutePath(wanted))
+        return QStringLiteral("the path is not absolute");
+    return writeStartRecord(wanted) ? QString() : qt_error_string();
 }
 
 } // namespace
 
-QString defaultLogDirectory()
+LogDirectoryChoice defaultLogDirectory()
 {
-    for (const QString& candidate : candidateDirectories()) {
-        if (writeStartRecord(candidate))
-            return candidate;
-    }
-    return QDir::tempPath();
+    const QString wanted = qEnvironmentVariable("VIGIL_LOG_DIR");
+    if (wanted.isEmpty())
+        return {chooseDirectory(), {}};
+    const QString problem = problemOf(wanted);
+    if (problem.isEmpty())
+        return {wanted, {}};
+    const QString instead = chooseDirectory();
+    return {instead, QStringLiteral("VIGIL_LOG_DIR is \"%1\", which cannot be used: %2. The log is in %3.")
+                         .arg(printable(wanted), problem, instead)};
 }
 
 } // namespace base

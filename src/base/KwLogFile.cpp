@@ -5,14 +5,13 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
-#include <QDir>
-#include <QFileInfo>
-#include <QFileInfoList>
 #include <QTimer>
 
 #include "base/BuildInfo.h"
 #include "base/DefaultLogDirectory.h"
 #include "base/NeverDestroyed.h"
+#include "base/Printable.h"
+#include "platform/Platform.h"
 
 namespace base {
 
@@ -20,6 +19,7 @@ namespace {
 
 constexpr int writeIntervalMs = 6000;
 constexpr const char* terminationReason = "Application termination";
+constexpr const char* nextFileReason = "Next log file.";
 
 QString timeStamp()
 {
@@ -31,6 +31,23 @@ QString headerText(const QString& reason)
     const QString localTime = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm"));
     return QStringLiteral("%1 Package %2, version %3, local time %4.")
         .arg(reason, QLatin1String(buildInfo::packageName()), QLatin1String(buildInfo::version()), localTime);
+}
+
+QString ordinaryLine(const QString& text)
+{
+    return QStringLiteral("%1: %2\n").arg(timeStamp(), text);
+}
+
+/// Many programs share a directory, so each file says whose it is.
+QString processLine()
+{
+    return ordinaryLine(QStringLiteral("Process %1, program %2")
+                            .arg(QString::number(platform::processId()), printable(platform::programPath())));
+}
+
+void report(const QString& problem)
+{
+    qWarning("KwLogFile: %s", qUtf8Printable(problem));
 }
 
 QString lastLine(const QString& reason)
@@ -69,19 +86,26 @@ KwLogFile& KwLogFile::instance()
 
 bool KwLogFile::init(QString prefix, int maxFiles, int maxSize, bool useTimer)
 {
-    if (m_directory.isEmpty())
-        m_directory = defaultDirectory();
-    m_filePrefix = prefix;
-    m_maxFiles = maxFiles;
+    QString problem;
+    if (m_directory.isEmpty()) {
+        const LogDirectoryChoice choice = defaultLogDirectory();
+        m_directory = choice.directory;
+        problem = choice.problem;
+    }
     m_maxSize = maxSize;
-    findFileNumber();
-    const bool opened = openFirstFile();
+    m_process = platform::processId();
+    {
+        const MutexLock lock(m_bufferMutex);
+        m_file.reset();
+        m_ring = LogRing(m_directory, prefix, maxFiles);
+    }
+    openFirstFile(problem);
     if (useTimer && !m_writeTimer) {
         m_writeTimer = new QTimer(this);
         connect(m_writeTimer, SIGNAL(timeout()), this, SLOT(slot_TimerWriteFile()));
         m_writeTimer->start(writeIntervalMs);
     }
-    return opened;
+    return true;
 }
 
 bool KwLogFile::initWithApplicationName()
@@ -92,112 +116,173 @@ bool KwLogFile::initWithApplicationName()
 void KwLogFile::setLogDirectory(QString directory)
 {
     m_directory = directory;
-    QDir().mkpath(m_directory);
+    platform::makePrivateDirectory(m_directory);
 }
 
 QString KwLogFile::defaultDirectory()
 {
-    return defaultLogDirectory();
+    return defaultLogDirectory().directory;
 }
 
-int KwLogFile::numberOf(const QString& fileName, bool& isNumber) const
+bool KwLogFile::isOfThisProcess() const
 {
-    QString number = fileName;
-    number.remove(m_filePrefix + QLatin1Char('_')).remove(QLatin1String(".log"));
-    return number.toInt(&isNumber);
+    return m_process == 0 || m_process == platform::processId();
 }
 
-/// Sets the file number so that the next file follows the newest one or, in a full ring, replaces the oldest.
-void KwLogFile::findFileNumber()
+// --- Opening
+
+void KwLogFile::openFirstFile(const QString& problem)
 {
-    const QFileInfoList files =
-        QDir(m_directory).entryInfoList({m_filePrefix + QLatin1String("*.log")}, QDir::Files, QDir::Time);
-    bool isNumber = false;
-    if (files.isEmpty()) {
-        m_fileIndex = m_maxFiles;
-    } else if (files.size() >= m_maxFiles) {
-        const QFileInfo& oldest = files.last();
-        int number = numberOf(oldest.fileName(), isNumber);
-        if (!isNumber) {
-            QFile::remove(oldest.absoluteFilePath());
-            number = 0;
-        }
-        m_fileIndex = number == 0 ? m_maxFiles : number - 1;
-    } else {
-        const int number = numberOf(files.first().fileName(), isNumber);
-        m_fileIndex = isNumber ? number : files.size() - 1;
+    {
+        const MutexLock lock(m_bufferMutex);
+        m_isOpen = true;
+        m_lostLines = 0;
+        m_isReported = false;
+        openFile(m_ring.openFirst(), QStringLiteral("Application started."));
+        if (!problem.isEmpty())
+            m_header += ordinaryLine(QLatin1String("___ERROR___ ") + problem);
+        write({});
     }
+    if (!problem.isEmpty())
+        report(problem);
+    reportProblem();
 }
 
-bool KwLogFile::openFirstFile()
+void KwLogFile::openFile(std::unique_ptr<platform::PrivateFile> file, const QString& reason)
 {
-    const MutexLock lock(m_bufferMutex);
-    return openNextFile(QStringLiteral("Application started."));
+    m_file = std::move(file);
+    m_header = ordinaryLine(headerText(reason));
+    m_header += processLine();
+    if (m_file && m_ring.hasOwnDirectory())
+        m_header +=
+            ordinaryLine(QStringLiteral("Other programs use all log files of the directory above this one."));
 }
 
-bool KwLogFile::openNextFile(const QString& reason)
+/// Someone removed the file or its directory, or there was none before.
+void KwLogFile::reopen()
 {
-    m_fileIndex =
-        m_fileIndex >= m_maxFiles - 1 ? 0 : m_fileIndex + 1; // it may come from a file name and be too large
-    m_file = std::make_unique<QFile>(
-        QStringLiteral("%1/%2_%3.log").arg(m_directory, m_filePrefix, QString::number(m_fileIndex)));
-    m_file->open(QIODevice::ReadWrite | QIODevice::Truncate);
-    write(QStringLiteral("%1: %2\n").arg(timeStamp(), headerText(reason)));
-    return true;
+    const QString unwrittenHeader = m_header;
+    openFile(m_ring.openFirst(), QLatin1String(nextFileReason));
+    if (!unwrittenHeader.isEmpty())
+        m_header = unwrittenHeader;
 }
+
+// --- Writing
 
 void KwLogFile::appendLine(const QString& text)
 {
+    if (!isOfThisProcess())
+        return;
     const MutexLock lock(m_bufferMutex);
-    m_pendingText += timeStamp() + QLatin1String(": ") + text + QLatin1Char('\n');
+    m_pendingText += ordinaryLine(text);
 }
 
 bool KwLogFile::writePending()
 {
+    if (!isOfThisProcess())
+        return false;
     {
         const MutexLock lock(m_bufferMutex);
-        if (m_file)
+        if (m_isOpen)
             write(m_pendingText);
         m_pendingText.clear();
+        checkSize();
     }
-    return checkSize();
+    reportProblem();
+    return false;
+}
+
+/// Once until something can be written again. Without the lock: the host's message handler may use the
+/// library.
+void KwLogFile::reportProblem()
+{
+    QString problem;
+    {
+        const MutexLock lock(m_bufferMutex);
+        if (m_problem.isEmpty() || m_isReported)
+            return;
+        m_isReported = true;
+        problem = m_problem;
+    }
+    report(QStringLiteral("cannot write the log in %1: %2").arg(m_directory, problem));
 }
 
 /// Writes to the open file and makes the text visible to readers.
 void KwLogFile::write(const QString& text)
 {
-    if (!m_file->isOpen())
+    if (tryWrite((textBefore() + text).toUtf8()))
         return;
-    m_file->write(text.toUtf8());
-    m_file->flush();
-    // On Windows, opening the file again updates the size in its directory entry.
-    QFile reader(m_file->fileName());
-    if (reader.open(QIODevice::ReadOnly))
-        reader.close();
+    if (!m_file) {
+        reopen();
+        if (m_file && tryWrite((textBefore() + text).toUtf8()))
+            return;
+    }
+    loseLines(text);
 }
 
-bool KwLogFile::checkSize()
+/// Closes the file if it is no longer where it was: the next one to look for it would find nothing.
+bool KwLogFile::tryWrite(const QByteArray& bytes)
 {
-    const MutexLock lock(m_bufferMutex); // all the time: a line written between two files would be lost
-    if (m_file && m_file->size() > m_maxSize) {
-        closeFile("Reached max size, open the next log file ...");
-        openNextFile(QStringLiteral("Next log file."));
+    if (!m_file)
+        return false;
+    if (!m_file->append(bytes)) {
+        m_problem = qt_error_string();
+        return false;
     }
-    return false;
+    if (!m_file->isInPlace()) {
+        m_file.reset();
+        return false;
+    }
+    m_header.clear();
+    m_lostLines = 0;
+    m_problem.clear();
+    m_isReported = false;
+    return true;
 }
+
+/// The lines due before the next one.
+QString KwLogFile::textBefore() const
+{
+    if (m_lostLines == 0)
+        return m_header;
+    return m_header + ordinaryLine(QStringLiteral("___ERROR___ %1 lines could not be written: %2")
+                                       .arg(QString::number(m_lostLines), m_problem));
+}
+
+void KwLogFile::loseLines(const QString& text)
+{
+    if (!m_file)
+        m_problem = m_ring.problem();
+    m_lostLines += text.count(QLatin1Char('\n'));
+}
+
+void KwLogFile::checkSize()
+{
+    if (!m_file || m_file->size() <= m_maxSize)
+        return;
+    closeFile("Reached max size, open the next log file ...");
+    m_isOpen = true; // with or without a next file
+    openFile(m_ring.openNext(), QLatin1String(nextFileReason));
+    write({});
+}
+
+// --- Closing
 
 bool KwLogFile::closeLogFile(const char* reason)
 {
+    if (!isOfThisProcess())
+        return false;
     const MutexLock lock(m_bufferMutex);
     return closeFile(reason);
 }
 
 bool KwLogFile::closeFile(const char* reason)
 {
-    if (!m_file)
+    if (!m_isOpen)
         return false;
-    write(lastLine(QString::fromUtf8(reason)));
+    tryWrite((textBefore() + lastLine(QString::fromUtf8(reason))).toUtf8());
     m_file.reset();
+    m_isOpen = false;
     return true;
 }
 
@@ -210,15 +295,10 @@ bool KwLogFile::shutdownWithoutOtherThreads()
     return closed;
 }
 
-/// A thread may have ended in the middle of a write and left the open file in any state, so this opens
-/// another one.
+/// A thread that held the lock is gone. The file has no state such a thread could have left half changed.
 bool KwLogFile::appendLastLine() const
 {
-    if (!m_file)
-        return false;
-    QFile file(m_file->fileName());
-    return file.open(QIODevice::Append) &&
-           file.write(lastLine(QLatin1String(terminationReason)).toUtf8()) > 0;
+    return m_file && m_file->append(lastLine(QLatin1String(terminationReason)).toUtf8());
 }
 
 bool KwLogFile::shutdown()

@@ -4,12 +4,13 @@
 #ifndef VIGIL_BASE_KWLOGFILE_H
 #define VIGIL_BASE_KWLOGFILE_H
 
-#include <QFile>
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <memory>
 
+#include "base/LogRing.h"
 #include "base/Singleton.h"
 #include "base/ThreadSafety.h"
 
@@ -22,12 +23,15 @@ namespace base {
 /// The library's log: text lines with UTC time stamps in a ring of numbered files.
 ///
 /// The files are PREFIX_0.log, PREFIX_1.log and so on. A full ring reuses the oldest file, so the last lines
-/// survive a crash and the log never outgrows its space on the disk.
+/// survive a crash and the log never outgrows its space on the disk. Programs share the ring, each with a
+/// file of its own; LogRing has the rules.
 ///
 /// Threads: any thread may append and write. Call init(), setLogDirectory() and shutdown() from one thread at
 /// a time.
 ///
-/// Failure: nothing throws, and nothing is reported. Without an open file the lines are dropped.
+/// Failure: nothing throws. A line that cannot be written is lost. The first one is reported on Qt's debug
+/// output; the log says how many there were as soon as it goes on. A removed file or directory is made again.
+/// In a forked child nothing is written: the file belongs to the parent.
 class KwLogFile : public QObject, public Singleton<KwLogFile>
 {
     Q_OBJECT
@@ -76,24 +80,33 @@ private slots:
     void slot_TimerWriteFile();
 
 private:
-    void findFileNumber();
-    int numberOf(const QString& fileName, bool& isNumber) const;
-    bool openFirstFile();
-    bool openNextFile(const QString& reason) VIGIL_REQUIRES(m_bufferMutex);
+    bool isOfThisProcess() const;
+    void openFirstFile(const QString& problem);
+    void openFile(std::unique_ptr<platform::PrivateFile> file, const QString& reason)
+        VIGIL_REQUIRES(m_bufferMutex);
     bool appendLastLine() const VIGIL_NO_THREAD_SAFETY_ANALYSIS;
     bool closeFile(const char* reason) VIGIL_REQUIRES(m_bufferMutex);
-    bool checkSize();
+    void checkSize() VIGIL_REQUIRES(m_bufferMutex);
     void write(const QString& text) VIGIL_REQUIRES(m_bufferMutex);
+    bool tryWrite(const QByteArray& bytes) VIGIL_REQUIRES(m_bufferMutex);
+    void reopen() VIGIL_REQUIRES(m_bufferMutex);
+    void loseLines(const QString& text) VIGIL_REQUIRES(m_bufferMutex);
+    void reportProblem();
+    QString textBefore() const VIGIL_REQUIRES(m_bufferMutex);
 
     Mutex m_bufferMutex;
     QString m_pendingText VIGIL_GUARDED_BY(m_bufferMutex);
-    std::unique_ptr<QFile> m_file VIGIL_GUARDED_BY(m_bufferMutex);
+    LogRing m_ring VIGIL_GUARDED_BY(m_bufferMutex);
+    std::unique_ptr<platform::PrivateFile> m_file VIGIL_GUARDED_BY(m_bufferMutex);
+    bool m_isOpen VIGIL_GUARDED_BY(m_bufferMutex) = false; // even while there is no file
+    QString m_header VIGIL_GUARDED_BY(m_bufferMutex);      // first lines of the file, until they are written
+    int m_lostLines VIGIL_GUARDED_BY(m_bufferMutex) = 0;
+    QString m_problem VIGIL_GUARDED_BY(m_bufferMutex); // why nothing can be written; empty if it can
+    bool m_isReported VIGIL_GUARDED_BY(m_bufferMutex) = false;
 
-    int m_fileIndex = 0;
-    int m_maxFiles = defaultMaxFiles;
+    std::atomic<quint32> m_process{0}; // the one that opened the log
     int m_maxSize = defaultMaxSize;
     QString m_directory;
-    QString m_filePrefix;
     QTimer* m_writeTimer = nullptr;
 };
 

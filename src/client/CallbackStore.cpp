@@ -9,6 +9,7 @@
 #include <QString>
 
 #include "base/Logging.h"
+#include "base/Printable.h"
 #include "client/GuardedCall.h"
 
 using vigil::Oid;
@@ -80,7 +81,7 @@ template <typename Value>
 void CallbackStore::notifyAllOf(const Oid& oid, const Value& value)
 {
     const QString oidText = QString::fromStdString(oid.toStdString());
-    const QString valueText = toText(value);
+    const QString valueText = base::printable(toText(value));
     base::writeLog(QStringLiteral("notifyAll(oid=%1, value=%2)").arg(oidText, valueText));
     for (const auto& [registered, callback] : m_valueCallbacks) {
         if (!callback || !registered.containsChild(oid))

@@ -71,7 +71,9 @@ unsigned int verdictOf(ValueChangedCallback* callback, const Oid& oid, const Val
 
 } // namespace
 
-Client::Client() : m_reconnectTimer(new QTimer(this)) {}
+Client::Client()
+    : m_reconnectTimer(new QTimer(this)), m_errorLines(new base::RepeatedLines(&base::writeLog, this))
+{}
 
 Client::~Client()
 {
@@ -117,7 +119,7 @@ void Client::connectLog()
 {
     using Socket = base::ComConnectionSocket;
     connect(m_socket, &Socket::signal_logMessage, m_socket, &base::writeLog);
-    connect(m_socket, &Socket::signal_errorMessage, m_socket, &base::writeLog);
+    connect(m_socket, &Socket::signal_errorMessage, m_errorLines, &base::RepeatedLines::write);
     if (qEnvironmentVariable("VIGIL_LOG_DEBUG") == QLatin1String("1"))
         connect(m_socket, &Socket::signal_debugMessage, m_socket, &base::writeLog);
 }
@@ -133,6 +135,7 @@ void Client::exit()
     }
     m_socket = nullptr;
     m_connected = false;
+    m_errorLines->finish();
     emit finished();
 }
 
@@ -377,10 +380,10 @@ void Client::receiveData(int dataType, QByteArray& data, int callbackId)
     try {
         dispatch(dataType, data, callbackId);
     } catch (const QString& message) {
-        base::writeLog(message);
+        m_errorLines->write(message);
     } catch (const std::exception& error) { // out of memory, for example
-        base::writeLog(QStringLiteral("___ERROR___ A received record was dropped: %1")
-                           .arg(QString::fromLocal8Bit(error.what())));
+        m_errorLines->write(QStringLiteral("___ERROR___ A received record was dropped: %1")
+                                .arg(QString::fromLocal8Bit(error.what())));
     }
     reportDeferredLoss();
 }

@@ -15,6 +15,7 @@
 
 #include "base/ComConnectionSocket.h"
 #include "base/ConnectionSettings.h"
+#include "base/RepeatedLines.h"
 #include "client/PendingSends.h"
 #include "client/ValueCache.h"
 
@@ -120,6 +121,7 @@ private:
     bool m_connected = false;
     bool m_lossIsDeferred = false;
     QTimer* m_reconnectTimer;
+    base::RepeatedLines* m_errorLines;
     base::ConnectionSettings m_service;
     ValueCache m_valueCache;
     PendingSends m_pending;

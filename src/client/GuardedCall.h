@@ -9,6 +9,7 @@
 #include <exception>
 
 #include "base/Logging.h"
+#include "base/Printable.h"
 
 /// Calls into the application. An exception breaks the callback's contract, but must not end the process: it
 /// becomes an error line in the log. False if the call threw.
@@ -17,7 +18,7 @@ bool callGuarded(const char* callback, Call call)
 {
     const auto report = [callback](const char* what) {
         base::writeLog(QStringLiteral("___ERROR___ %1 threw: %2")
-                           .arg(QLatin1String(callback), QString::fromLocal8Bit(what)));
+                           .arg(QLatin1String(callback), base::printable(QString::fromLocal8Bit(what))));
     };
     try {
         call();

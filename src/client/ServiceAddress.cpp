@@ -6,6 +6,7 @@
 #include <QtGlobal>
 
 #include "base/Logging.h"
+#include "base/Printable.h"
 #include "base/wire/DefaultServiceAddress.h"
 
 namespace {
@@ -24,7 +25,7 @@ int servicePort()
         return port;
     base::writeLog(
         QStringLiteral("___ERROR___ %1 is \"%2\", not a port from 1 to 65535 or \"off\". Not connecting.")
-            .arg(QLatin1String(portVariable), text));
+            .arg(QLatin1String(portVariable), base::printable(text)));
     return noPort;
 }
 

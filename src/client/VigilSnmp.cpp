@@ -15,6 +15,7 @@
 #include "base/DebugOutput.h"
 #include "base/Logging.h"
 #include "base/NeverDestroyed.h"
+#include "base/Printable.h"
 #include "client/CallbackRules.h"
 #include "client/CallbackStore.h"
 #include "client/CallbackStoreLock.h"
@@ -92,7 +93,8 @@ void VigilSnmp::init(const std::string& name)
     if (!m_runner)
         return giveUpStart();
     m_oidTypeId = qRegisterMetaType<Oid>("Oid");
-    base::writeLog(QStringLiteral("[VigilSnmp::init] Initializing %1.").arg(QString::fromUtf8(name.c_str())));
+    base::writeLog(QStringLiteral("[VigilSnmp::init] Initializing %1.")
+                       .arg(base::printable(QString::fromUtf8(name.c_str()))));
     if (!startClient())
         return giveUpStart();
     {

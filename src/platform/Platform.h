@@ -4,6 +4,9 @@
 #ifndef VIGIL_PLATFORM_PLATFORM_H
 #define VIGIL_PLATFORM_PLATFORM_H
 
+#include <QByteArray>
+#include <QString>
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -68,6 +71,55 @@ std::int64_t sendQuietly(std::intptr_t socket, const char* data, std::size_t siz
 
 /// Waits until the system takes more bytes or the connection is lost. False on time-out.
 bool waitUntilWritable(std::intptr_t socket, int timeoutMs);
+
+/// A file of this user's own, for appending.
+///
+/// Threads: one at a time.
+/// Ownership: the destructor closes the file and releases its lock. Child processes inherit neither.
+/// Failure: qt_error_string() has the reason.
+class PrivateFile
+{
+public:
+    /// Opens the file, or creates it for this user alone. Null if the name leads to a link, or to a file of
+    /// another user.
+    static std::unique_ptr<PrivateFile> open(const QString& path);
+
+    virtual ~PrivateFile() = default;
+
+    /// Keeps other programs from locking the file. False if one of them has locked it.
+    virtual bool lock() = 0;
+
+    /// Removes the content.
+    virtual bool clear() = 0;
+
+    /// Appends all bytes or, if the disk is full, none.
+    virtual bool append(const QByteArray& bytes) = 0;
+
+    virtual qint64 size() const = 0;
+
+    /// Opens the file a second time by its name, and closes it. False if the name no longer leads to this
+    /// file.
+    virtual bool isInPlace() const = 0;
+};
+
+/// Creates the directory, with its parents, for this user alone. False if another user owns it or may write
+/// in it, or may replace one of its parents. A directory with the sticky bit may be shared: no user can
+/// replace the entries of another there. On Windows the access rights of the volume decide instead.
+bool makePrivateDirectory(const QString& path);
+
+/// True if users share the directory: a sticky one.
+bool isSharedDirectory(const QString& path);
+
+/// True if the process has more rights than the user who started it, and must not trust its environment.
+bool isSetUserId();
+
+/// Distinguishes the effective user from others of the host, in file names.
+QString userId();
+
+std::uint32_t processId();
+
+/// The full path of the running program.
+QString programPath();
 
 /// The system's id of the calling thread.
 std::uint32_t currentThreadId();

@@ -3,19 +3,27 @@
 
 #include "platform/Platform.h"
 
+#include <QDir>
+#include <QFile>
+
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <ctime>
+#include <mutex>
 #include <string>
 
 #include <climits>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <link.h>
 #include <poll.h>
 #include <pthread.h>
+#include <sys/auxv.h>
+#include <sys/file.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -111,7 +119,225 @@ std::string pathOfModule(const char* moduleName)
     return path;
 }
 
+bool fail(int error)
+{
+    errno = error;
+    return false;
+}
+
+/// A lock belongs to an open file, and a forked child would share it. So the child closes its copies of the
+/// files; the program it executes has none of them anyway.
+class LinuxPrivateFile : public PrivateFile
+{
+public:
+    explicit LinuxPrivateFile(QByteArray path) : m_path(std::move(path))
+    {
+        static const int isRegistered = pthread_atfork(&holdFiles, &releaseFiles, &closeFilesOfParent);
+        static_cast<void>(isRegistered);
+        const std::lock_guard<std::mutex> lock(filesMutex);
+        m_next = firstFile;
+        firstFile = this;
+    }
+
+    ~LinuxPrivateFile() override
+    {
+        const std::lock_guard<std::mutex> lock(filesMutex);
+        LinuxPrivateFile** link = &firstFile;
+        while (*link != this)
+            link = &(*link)->m_next;
+        *link = m_next;
+        close();
+    }
+
+    bool open()
+    {
+        const std::lock_guard<std::mutex> lock(filesMutex); // a fork must find it open or not open
+        constexpr int flags = O_RDWR | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+        m_descriptor = ::open(m_path.constData(), flags, S_IRUSR | S_IWUSR);
+        struct stat info
+        {
+        };
+        if (m_descriptor < 0 || fstat(m_descriptor, &info) != 0)
+            return false;
+        const bool isOwn = S_ISREG(info.st_mode) && info.st_uid == geteuid() && info.st_nlink == 1;
+        return isOwn || fail(EPERM);
+    }
+
+    bool lock() override { return flock(m_descriptor, LOCK_EX | LOCK_NB) == 0; }
+
+    bool clear() override { return ftruncate(m_descriptor, 0) == 0; }
+
+    bool append(const QByteArray& bytes) override
+    {
+        const qint64 before = size();
+        for (int written = 0; written < bytes.size();) {
+            const ssize_t result = write(m_descriptor, bytes.constData() + written,
+                                         static_cast<std::size_t>(bytes.size() - written));
+            if (result < 0 && errno != EINTR)
+                return takeBack(before);
+            written += result > 0 ? static_cast<int>(result) : 0;
+        }
+        return true;
+    }
+
+    qint64 size() const override
+    {
+        struct stat info
+        {
+        };
+        return fstat(m_descriptor, &info) == 0 ? info.st_size : 0;
+    }
+
+    bool isInPlace() const override
+    {
+        struct stat own
+        {
+        };
+        struct stat named
+        {
+        };
+        const int second = ::open(m_path.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+        const bool isFound = second >= 0 && fstat(second, &named) == 0 && fstat(m_descriptor, &own) == 0;
+        if (second >= 0)
+            ::close(second);
+        return isFound && named.st_ino == own.st_ino && named.st_dev == own.st_dev;
+    }
+
+private:
+    void close()
+    {
+        const int error = errno;
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+        m_descriptor = -1;
+        errno = error;
+    }
+
+    bool takeBack(qint64 size)
+    {
+        const int error = errno;
+        static_cast<void>(ftruncate(m_descriptor, size) == 0);
+        return fail(error);
+    }
+
+    static void holdFiles() { filesMutex.lock(); }
+    static void releaseFiles() { filesMutex.unlock(); }
+    static void closeFilesOfParent()
+    {
+        for (LinuxPrivateFile* file = firstFile; file; file = file->m_next)
+            file->close();
+        filesMutex.unlock();
+    }
+
+    static std::mutex filesMutex;
+    static LinuxPrivateFile* firstFile;
+
+    const QByteArray m_path;
+    int m_descriptor = -1;
+    LinuxPrivateFile* m_next = nullptr;
+};
+
+std::mutex LinuxPrivateFile::filesMutex;
+LinuxPrivateFile* LinuxPrivateFile::firstFile = nullptr;
+
+constexpr mode_t writableByOthers = S_IWGRP | S_IWOTH;
+
+/// The user's own umask may let a group write in the parents. The check of the directory itself is strict.
+bool isTrustedParent(const struct stat& info)
+{
+    const bool isOwn = info.st_uid == geteuid();
+    const mode_t forbidden = isOwn ? S_IWOTH : writableByOthers;
+    return (isOwn || info.st_uid == 0) && ((info.st_mode & forbidden) == 0 || (info.st_mode & S_ISVTX) != 0);
+}
+
+bool isPrivate(const struct stat& info)
+{
+    return (info.st_uid == geteuid() && (info.st_mode & writableByOthers) == 0) ||
+           (isTrustedParent(info) && (info.st_mode & S_ISVTX) != 0);
+}
+
+bool makeTrusted(const QString& path, bool isParent, int linksLeft);
+
+/// One step of a path. A link is as good as its owner and its target.
+bool makeTrustedStep(const QString& path, bool isParent, int linksLeft)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat info
+    {
+    };
+    if (lstat(name.constData(), &info) != 0) {
+        if (errno != ENOENT || (mkdir(name.constData(), S_IRWXU) != 0 && errno != EEXIST) ||
+            lstat(name.constData(), &info) != 0)
+            return false;
+    }
+    if (S_ISLNK(info.st_mode)) {
+        char target[PATH_MAX];
+        return (info.st_uid == 0 || info.st_uid == geteuid() || fail(EPERM)) &&
+               (linksLeft > 0 || fail(ELOOP)) && realpath(name.constData(), target) &&
+               makeTrusted(QFile::decodeName(target), isParent, linksLeft - 1);
+    }
+    if (!S_ISDIR(info.st_mode))
+        return fail(ENOTDIR);
+    return (isParent ? isTrustedParent(info) : isPrivate(info)) || fail(EPERM);
+}
+
+bool makeTrusted(const QString& path, bool isParent, int linksLeft)
+{
+    const QStringList names = path.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    QString step;
+    bool isTrusted = makeTrustedStep(QStringLiteral("/"), isParent || !names.isEmpty(), linksLeft);
+    for (int i = 0; isTrusted && i < names.size(); ++i) {
+        step += QLatin1Char('/') + names[i];
+        isTrusted = makeTrustedStep(step, isParent || i < names.size() - 1, linksLeft);
+    }
+    return isTrusted;
+}
+
 } // namespace
+
+std::unique_ptr<PrivateFile> PrivateFile::open(const QString& path)
+{
+    auto file = std::make_unique<LinuxPrivateFile>(QFile::encodeName(path));
+    if (!file->open())
+        return nullptr;
+    return file;
+}
+
+bool makePrivateDirectory(const QString& path)
+{
+    constexpr int maxLinks = 8;
+    return makeTrusted(QDir::cleanPath(path), false, maxLinks);
+}
+
+bool isSharedDirectory(const QString& path)
+{
+    struct stat info
+    {
+    };
+    return stat(QFile::encodeName(path).constData(), &info) == 0 && (info.st_mode & S_ISVTX) != 0;
+}
+
+bool isSetUserId()
+{
+    return getauxval(AT_SECURE) != 0 || geteuid() != getuid() || getegid() != getgid();
+}
+
+QString userId()
+{
+    return QString::number(geteuid());
+}
+
+std::uint32_t processId()
+{
+    return static_cast<std::uint32_t>(getpid());
+}
+
+QString programPath()
+{
+    char path[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof(path));
+    return length > 0 ? QFile::decodeName(QByteArray(path, static_cast<int>(length))) : QString();
+}
 
 std::unique_ptr<Thread> Thread::start(std::function<int()> routine)
 {

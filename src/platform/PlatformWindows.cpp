@@ -9,6 +9,9 @@
 #endif
 #include <windows.h>
 
+#include <QDir>
+
+#include <string>
 #include <utility>
 
 namespace platform {
@@ -111,6 +114,93 @@ private:
     DWORD m_id = 0;
 };
 
+/// With the prefix that lifts the limit on a path's length.
+std::wstring systemPath(const QString& path)
+{
+    const QString native = QDir::toNativeSeparators(QDir::cleanPath(path));
+    const bool hasDrive = native.size() > 1 && native[1] == QLatin1Char(':');
+    return ((hasDrive ? QStringLiteral("\\\\?\\") : QString()) + native).toStdWString();
+}
+
+HANDLE openFile(const std::wstring& path, DWORD access, DWORD disposition)
+{
+    const HANDLE file =
+        CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
+                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    return file == INVALID_HANDLE_VALUE ? nullptr : file;
+}
+
+/// The handle is not inheritable, so child processes do not get it.
+class WindowsPrivateFile : public PrivateFile
+{
+public:
+    explicit WindowsPrivateFile(std::wstring path) : m_path(std::move(path)) {}
+
+    bool open()
+    {
+        m_file = Handle(openFile(m_path, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS));
+        BY_HANDLE_FILE_INFORMATION info{};
+        if (!m_file.get() || !GetFileInformationByHandle(m_file.get(), &info))
+            return false;
+        constexpr DWORD notPlain = FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY;
+        if ((info.dwFileAttributes & notPlain) == 0 && info.nNumberOfLinks == 1)
+            return true;
+        SetLastError(ERROR_ACCESS_DENIED);
+        return false;
+    }
+
+    /// Locks one byte far beyond the end: Windows lets nobody read locked bytes.
+    bool lock() override
+    {
+        OVERLAPPED position{};
+        position.OffsetHigh = 0x7fffffff;
+        return LockFileEx(m_file.get(), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
+                          &position) != 0;
+    }
+
+    bool clear() override { return cutTo(0); }
+
+    bool append(const QByteArray& bytes) override
+    {
+        const qint64 before = size();
+        DWORD written = 0;
+        const auto wanted = static_cast<DWORD>(bytes.size());
+        if (moveTo(before) && WriteFile(m_file.get(), bytes.constData(), wanted, &written, nullptr) != 0 &&
+            written == wanted)
+            return true;
+        const DWORD error = GetLastError();
+        cutTo(before);
+        SetLastError(error);
+        return false;
+    }
+
+    qint64 size() const override
+    {
+        LARGE_INTEGER size{};
+        return GetFileSizeEx(m_file.get(), &size) ? size.QuadPart : 0;
+    }
+
+    /// Windows removes no open file. The second opening updates the size in the file's directory entry.
+    bool isInPlace() const override
+    {
+        const Handle second(openFile(m_path, GENERIC_READ, OPEN_EXISTING));
+        return true;
+    }
+
+private:
+    bool moveTo(qint64 offset)
+    {
+        LARGE_INTEGER position{};
+        position.QuadPart = offset;
+        return SetFilePointerEx(m_file.get(), position, nullptr, FILE_BEGIN) != 0;
+    }
+
+    bool cutTo(qint64 size) { return moveTo(size) && SetEndOfFile(m_file.get()); }
+
+    const std::wstring m_path;
+    Handle m_file;
+};
+
 HMODULE moduleOfAddress(const void* address, DWORD flags)
 {
     HMODULE module = nullptr;
@@ -126,6 +216,46 @@ HMODULE moduleOfName(const char* name)
 }
 
 } // namespace
+
+std::unique_ptr<PrivateFile> PrivateFile::open(const QString& path)
+{
+    auto file = std::make_unique<WindowsPrivateFile>(systemPath(path));
+    if (!file->open())
+        return nullptr;
+    return file;
+}
+
+bool makePrivateDirectory(const QString& path)
+{
+    return QDir().mkpath(path);
+}
+
+bool isSharedDirectory(const QString&)
+{
+    return false; // each user has a temporary directory of their own
+}
+
+bool isSetUserId()
+{
+    return false;
+}
+
+QString userId()
+{
+    return {};
+}
+
+std::uint32_t processId()
+{
+    return GetCurrentProcessId();
+}
+
+QString programPath()
+{
+    wchar_t path[MAX_PATH];
+    const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return QDir::fromNativeSeparators(QString::fromWCharArray(path, static_cast<int>(length)));
+}
 
 std::unique_ptr<Thread> Thread::start(std::function<int()> routine)
 {

@@ -15,6 +15,7 @@
 #include "base/BuildInfo.h"
 #include "support/EnvironmentVariable.h"
 #include "support/MatchesPattern.h"
+#include "support/QtMessages.h"
 
 using support::EnvironmentVariable;
 using support::MatchesPattern;
@@ -77,19 +78,27 @@ protected:
 TEST_F(KwLogFile, TheFirstLineNamesThePackage)
 {
     EXPECT_TRUE(open());
-    ASSERT_THAT(lines(), SizeIs(1));
+    ASSERT_THAT(lines(), SizeIs(2));
     EXPECT_THAT(lines()[0], MatchesPattern(stampPattern +
                                            ": Application started\\. Package kw-vigil-snmp-client, version " +
                                            base::buildInfo::version() +
                                            ", local time [0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}\\."));
 }
 
+TEST_F(KwLogFile, TheSecondLineNamesTheProcess)
+{
+    open();
+    EXPECT_THAT(lines()[1], MatchesPattern(stampPattern + ": Process [0-9]+, program .*"));
+    EXPECT_THAT(lines()[1], HasSubstr(": Process " + std::to_string(QCoreApplication::applicationPid()) +
+                                      ", program " + QCoreApplication::applicationFilePath().toStdString()));
+}
+
 TEST_F(KwLogFile, ALineIsItsTimeStampAColonAndItsText)
 {
     open();
     write("something happened");
-    ASSERT_THAT(lines(), SizeIs(2));
-    EXPECT_THAT(lines()[1], MatchesPattern(stampPattern + ": something happened"));
+    ASSERT_THAT(lines(), SizeIs(3));
+    EXPECT_THAT(lines()[2], MatchesPattern(stampPattern + ": something happened"));
     EXPECT_TRUE(directory.content("test_0.log").endsWith("happened\n"));
 }
 
@@ -109,7 +118,7 @@ TEST_F(KwLogFile, TextIsWrittenAsUtf8)
 {
     open();
     write(QString::fromUtf8("gr\xC3\xBCn"));
-    EXPECT_THAT(lines()[1], EndsWith(": gr\xC3\xBCn"));
+    EXPECT_THAT(lines()[2], EndsWith(": gr\xC3\xBCn"));
 }
 
 TEST_F(KwLogFile, LinesWaitForTheNextWrite)
@@ -117,11 +126,11 @@ TEST_F(KwLogFile, LinesWaitForTheNextWrite)
     open();
     log->appendLine("one");
     log->appendLine("two");
-    EXPECT_THAT(lines(), SizeIs(1));
+    EXPECT_THAT(lines(), SizeIs(2));
     EXPECT_FALSE(log->writePending());
-    ASSERT_THAT(lines(), SizeIs(3));
-    EXPECT_EQ(withoutStamp(lines()[1]), ": one");
-    EXPECT_EQ(withoutStamp(lines()[2]), ": two");
+    ASSERT_THAT(lines(), SizeIs(4));
+    EXPECT_EQ(withoutStamp(lines()[2]), ": one");
+    EXPECT_EQ(withoutStamp(lines()[3]), ": two");
 }
 
 TEST_F(KwLogFile, ALineIsWrittenOnce)
@@ -129,7 +138,7 @@ TEST_F(KwLogFile, ALineIsWrittenOnce)
     open();
     write("once");
     log->writePending();
-    EXPECT_THAT(lines(), SizeIs(2));
+    EXPECT_THAT(lines(), SizeIs(3));
 }
 
 TEST_F(KwLogFile, WithoutAnOpenFileAWriteDropsPendingLines)
@@ -137,7 +146,7 @@ TEST_F(KwLogFile, WithoutAnOpenFileAWriteDropsPendingLines)
     write("dropped");
     open();
     log->writePending();
-    EXPECT_THAT(lines(), SizeIs(1));
+    EXPECT_THAT(lines(), SizeIs(2));
 }
 
 TEST_F(KwLogFile, LinesFromBeforeTheFileIsOpenAreWrittenIfNoWriteDroppedThem)
@@ -145,8 +154,8 @@ TEST_F(KwLogFile, LinesFromBeforeTheFileIsOpenAreWrittenIfNoWriteDroppedThem)
     log->appendLine("early");
     open();
     log->writePending();
-    ASSERT_THAT(lines(), SizeIs(2));
-    EXPECT_EQ(withoutStamp(lines()[1]), ": early");
+    ASSERT_THAT(lines(), SizeIs(3));
+    EXPECT_EQ(withoutStamp(lines()[2]), ": early");
 }
 
 // Closing
@@ -155,8 +164,8 @@ TEST_F(KwLogFile, TheLastLineHasACommaAfterItsTimeStamp)
 {
     open();
     EXPECT_TRUE(log->shutdown());
-    ASSERT_THAT(lines(), SizeIs(2));
-    EXPECT_THAT(lines()[1], MatchesPattern(stampPattern + ", Application termination"));
+    ASSERT_THAT(lines(), SizeIs(3));
+    EXPECT_THAT(lines()[2], MatchesPattern(stampPattern + ", Application termination"));
 }
 
 TEST_F(KwLogFile, DestructionClosesTheFile)
@@ -180,7 +189,7 @@ TEST_F(KwLogFile, ClosingWithoutAnOpenFileFails)
     open();
     log->shutdown();
     EXPECT_FALSE(log->shutdown());
-    EXPECT_THAT(lines(), SizeIs(2));
+    EXPECT_THAT(lines(), SizeIs(3));
 }
 
 TEST_F(KwLogFile, ClosingDropsPendingLines)
@@ -239,7 +248,7 @@ TEST_F(KwLogFile, AFullRingOverwritesItsOldestFile)
         directory.putOld(QStringLiteral("test_%1.log").arg(number), number == 6 ? 100 : 10);
     open();
     EXPECT_EQ(written(), QStringList("test_6.log"));
-    EXPECT_THAT(lines("test_6.log"), SizeIs(1));
+    EXPECT_THAT(lines("test_6.log"), SizeIs(2));
     EXPECT_EQ(directory.files().size(), 10);
 }
 
@@ -302,7 +311,7 @@ TEST_F(KwLogFile, AFileAboveTheSizeLimitIsFollowedByTheNext)
     EXPECT_EQ(directory.files(), QStringList({"test_0.log", "test_1.log"}));
     EXPECT_THAT(lines().back(),
                 MatchesPattern(stampPattern + ", Reached max size, open the next log file \\.\\.\\."));
-    ASSERT_THAT(lines("test_1.log"), SizeIs(1));
+    ASSERT_THAT(lines("test_1.log"), SizeIs(2));
     EXPECT_THAT(lines("test_1.log")[0],
                 MatchesPattern(stampPattern + ": Next log file\\. Package kw-vigil-snmp-client, version .*, "
                                               "local time .*\\."));
@@ -336,7 +345,7 @@ TEST_F(KwLogFile, RotationGoesRoundTheRing)
     EXPECT_THAT(directory.content("test_0.log").toStdString(), HasSubstr("dddd"));
     EXPECT_THAT(directory.content("test_0.log").toStdString(), Not(HasSubstr("aaaa")));
     EXPECT_THAT(directory.content("test_2.log").toStdString(), HasSubstr("cccc"));
-    EXPECT_THAT(lines("test_1.log"), SizeIs(1)); // "bbbb" was overwritten when "dddd" had filled number 0
+    EXPECT_THAT(lines("test_1.log"), SizeIs(2)); // "bbbb" was overwritten when "dddd" had filled number 0
 }
 
 // The directory
@@ -349,8 +358,9 @@ TEST_F(KwLogFile, TheDirectoryIsCreated)
     EXPECT_TRUE(QFile::exists(directory.path("a/b/c/test_0.log")));
 }
 
-TEST_F(KwLogFile, LinesAreLostSilentlyIfTheFileCannotBeOpened)
+TEST_F(KwLogFile, LinesAreLostIfTheFileCannotBeOpened)
 {
+    const support::QtMessages reported;
     directory.put("obstacle", "a file where a directory should be");
     log->setLogDirectory(directory.path("obstacle/logs"));
     EXPECT_TRUE(open());
@@ -426,7 +436,7 @@ TEST_F(KwLogFile, LinesOfManyThreadsAreNeverMixed)
 
     std::vector<std::string> found;
     const auto all = lines();
-    std::transform(all.begin() + 1, all.end(), std::back_inserter(found), withoutStamp);
+    std::transform(all.begin() + 2, all.end(), std::back_inserter(found), withoutStamp);
     std::sort(found.begin(), found.end());
     std::sort(expected.begin(), expected.end());
     EXPECT_TRUE(found == expected) << found.size() << " lines";

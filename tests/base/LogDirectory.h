@@ -52,10 +52,14 @@ public:
     /// A log file from an earlier run, last written so many minutes ago.
     void putOld(const QString& name, int minutesAgo) const
     {
+        put(name, "old\n");
+        setAge(name, minutesAgo);
+    }
+
+    void setAge(const QString& name, int minutesAgo) const
+    {
         QFile file(path(name));
-        file.open(QIODevice::WriteOnly);
-        file.write("old\n");
-        file.flush();
+        file.open(QIODevice::ReadWrite);
         file.setFileTime(QDateTime::currentDateTime().addSecs(-60 * minutesAgo),
                          QFileDevice::FileModificationTime);
     }

@@ -42,7 +42,7 @@ TEST_F(Logging, StartOpensTheFirstFileOfTheRing)
 {
     EXPECT_TRUE(base::startLogging());
     EXPECT_EQ(directory.files(), QStringList("kw-vigil-snmp_0.log"));
-    ASSERT_THAT(lines(), SizeIs(1));
+    ASSERT_THAT(lines(), SizeIs(2));
     EXPECT_THAT(lines()[0], HasSubstr(": Application started. Package kw-vigil-snmp-client, version "));
 }
 
@@ -78,8 +78,8 @@ TEST_F(Logging, ALineIsInTheFileAtOnce)
 {
     base::startLogging();
     EXPECT_FALSE(base::writeLog(QStringLiteral("[Some::method] Something happened.")));
-    ASSERT_THAT(lines(), SizeIs(2));
-    EXPECT_THAT(lines()[1], EndsWith(": [Some::method] Something happened."));
+    ASSERT_THAT(lines(), SizeIs(3));
+    EXPECT_THAT(lines()[2], EndsWith(": [Some::method] Something happened."));
 }
 
 TEST_F(Logging, ALineBeforeTheStartIsDropped)
@@ -108,11 +108,11 @@ TEST_F(Logging, AppendedLinesWaitForTheNextLine)
 {
     base::startLogging();
     base::KwLogFile::instance().appendLine(QStringLiteral("first"));
-    EXPECT_THAT(lines(), SizeIs(1));
+    EXPECT_THAT(lines(), SizeIs(2));
     base::writeLog(QStringLiteral("second"));
-    ASSERT_THAT(lines(), SizeIs(3));
-    EXPECT_THAT(lines()[1], EndsWith(": first"));
-    EXPECT_THAT(lines()[2], EndsWith(": second"));
+    ASSERT_THAT(lines(), SizeIs(4));
+    EXPECT_THAT(lines()[2], EndsWith(": first"));
+    EXPECT_THAT(lines()[3], EndsWith(": second"));
 }
 
 TEST_F(Logging, NoTimerWrites)
@@ -148,12 +148,12 @@ TEST_F(Logging, ATypedMessageIsWrittenAfterTheNameOfItsType)
     base::logTypedMessage(QtCriticalMsg, "c");
     base::logTypedMessage(QtFatalMsg, "d"); // ends nothing: it is only written
     base::logTypedMessage(QtInfoMsg, "e");
-    ASSERT_THAT(lines(), SizeIs(6));
-    EXPECT_THAT(lines()[1], EndsWith(": Debug: a"));
-    EXPECT_THAT(lines()[2], EndsWith(": Warning: b"));
-    EXPECT_THAT(lines()[3], EndsWith(": Critical: c"));
-    EXPECT_THAT(lines()[4], EndsWith(": Fatal: d"));
-    EXPECT_THAT(lines()[5], EndsWith(": Unknown: e"));
+    ASSERT_THAT(lines(), SizeIs(7));
+    EXPECT_THAT(lines()[2], EndsWith(": Debug: a"));
+    EXPECT_THAT(lines()[3], EndsWith(": Warning: b"));
+    EXPECT_THAT(lines()[4], EndsWith(": Critical: c"));
+    EXPECT_THAT(lines()[5], EndsWith(": Fatal: d"));
+    EXPECT_THAT(lines()[6], EndsWith(": Unknown: e"));
 }
 
 TEST_F(Logging, LinesOfManyThreadsAreNeverMixed)

@@ -1,0 +1,76 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "base/RepeatedLines.h"
+
+#include <QTimer>
+
+#include "base/Printable.h"
+
+namespace base {
+
+namespace {
+
+constexpr int maxKindSize = 80; // the rest may come from the peer
+
+QString kindOf(const QString& text)
+{
+    QString kind;
+    for (const QChar character : text.left(maxKindSize)) {
+        if (!character.isDigit())
+            kind += character;
+    }
+    return kind;
+}
+
+} // namespace
+
+RepeatedLines::RepeatedLines(Write write, QObject* parent, int intervalMs)
+    : QObject(parent), m_write(std::move(write)), m_intervalMs(intervalMs)
+{}
+
+void RepeatedLines::write(const QString& text)
+{
+    const QString kind = kindOf(text);
+    const auto known = m_kinds.find(kind);
+    if (known != m_kinds.end()) {
+        known->latest = text;
+        ++known->leftOut;
+        return;
+    }
+    m_kinds.insert(kind, {});
+    watch(kind);
+    m_write(text);
+}
+
+void RepeatedLines::watch(const QString& kind)
+{
+    QTimer::singleShot(m_intervalMs, this, [this, kind] { endInterval(kind); });
+}
+
+void RepeatedLines::endInterval(const QString& kind)
+{
+    const Kind ended = m_kinds.take(kind);
+    if (ended.leftOut == 0)
+        return;
+    m_kinds.insert(kind, {});
+    watch(kind);
+    reportLeftOut(ended);
+}
+
+void RepeatedLines::reportLeftOut(const Kind& kind)
+{
+    m_write(QStringLiteral("___ERROR___ %1 more lines like this were left out: %2")
+                .arg(QString::number(kind.leftOut), printable(kind.latest)));
+}
+
+void RepeatedLines::finish()
+{
+    for (Kind& kind : m_kinds) {
+        if (kind.leftOut > 0)
+            reportLeftOut(kind);
+        kind = {};
+    }
+}
+
+} // namespace base
