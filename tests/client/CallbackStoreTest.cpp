@@ -231,6 +231,18 @@ TEST_F(CallbackStore, ADeregisteredStateCallbackIsNotTold)
     EXPECT_THAT(states, IsEmpty());
 }
 
+TEST_F(CallbackStore, AValueCannotForgeLinesOfTheLog)
+{
+    const LibraryLog log;
+    base::startLogging();
+    store.registerValueChangedCallback(oid("1"), &a);
+    store.notifyAll(oid("1"), std::string("x\n2026-01-01 00:00:00.000: forged\x1b[2J\r"));
+    base::stopLogging();
+    EXPECT_EQ(log.count("x\\n2026-01-01 00:00:00.000: forged\\u001b[2J\\r)"), 2);
+    EXPECT_THAT(calls, ElementsAre("a 1 \"x\n2026-01-01 00:00:00.000: forged\x1b[2J\r\""))
+        << "the callback gets the value as it is";
+}
+
 TEST_F(CallbackStore, NotificationsAreLoggedWithTheCallbacksAddressInDecimals)
 {
     const LibraryLog log;

@@ -18,6 +18,7 @@
 
 #include <vigil/VigilSnmpInterface.h>
 
+#include "base/ComConnectionSocket.h"
 #include "base/Logging.h"
 #include "base/wire/Protocol.h"
 #include "support/FakeService.h"
@@ -115,6 +116,33 @@ private:
     std::size_t m_reported = 0;
     int m_mark = 0;
 };
+
+// --- Log
+
+TEST_F(Client, AFloodOfErrorsIsOneLineAndACount)
+{
+    client->init();
+    auto* socket = client->findChild<base::ComConnectionSocket*>();
+    for (int i = 0; i < 2000; ++i)
+        socket->logError(QStringLiteral("Unexpected %1.").arg(i));
+    client->exit();
+    int written = 0;
+    int leftOut = 0;
+    for (const std::string& line : log.lines()) {
+        written += line.rfind("___ERROR___ CCS::LOG: Unexpected ", 0) == 0 ? 1 : 0;
+        if (line.find(" more lines like this were left out: ___ERROR___ CCS::LOG: Unexpected ") != line.npos)
+            leftOut += std::stoi(line.substr(std::string("___ERROR___ ").size()));
+    }
+    EXPECT_EQ(written, 1);
+    EXPECT_EQ(leftOut, 1999);
+}
+
+TEST_F(Client, AFailedConnectIsLoggedWithAllItsLines)
+{
+    startDisconnected();
+    EXPECT_EQ(log.count("___ERROR___ CCS::LOG: connectToHost timed out."), 1);
+    EXPECT_EQ(log.count("___ERROR___ CCS::LOG: ___NOT CONNECTED___"), 1);
+}
 
 // --- Life
 
