@@ -31,16 +31,17 @@ RepeatedLines::RepeatedLines(Write write, QObject* parent, int intervalMs)
 
 void RepeatedLines::write(const QString& text)
 {
-    const QString kind = kindOf(text);
-    const auto known = m_kinds.find(kind);
-    if (known != m_kinds.end()) {
-        known->latest = text;
-        ++known->leftOut;
-        return;
+    const QString name = kindOf(text);
+    if (!m_kinds.contains(name))
+        watch(name);
+    Kind& kind = m_kinds[name];
+    if (kind.written < maxLines) {
+        ++kind.written;
+        m_write(text);
+    } else {
+        kind.latest = text;
+        ++kind.leftOut;
     }
-    m_kinds.insert(kind, {});
-    watch(kind);
-    m_write(text);
 }
 
 void RepeatedLines::watch(const QString& kind)
@@ -53,7 +54,7 @@ void RepeatedLines::endInterval(const QString& kind)
     const Kind ended = m_kinds.take(kind);
     if (ended.leftOut == 0)
         return;
-    m_kinds.insert(kind, {});
+    m_kinds.insert(kind, {QString(), maxLines, 0});
     watch(kind);
     reportLeftOut(ended);
 }
@@ -69,7 +70,7 @@ void RepeatedLines::finish()
     for (Kind& kind : m_kinds) {
         if (kind.leftOut > 0)
             reportLeftOut(kind);
-        kind = {};
+        kind.leftOut = 0;
     }
 }
 

@@ -14,8 +14,8 @@ namespace base {
 
 /// Keeps a peer that sends garbage without end from filling the log.
 ///
-/// The first line of a kind is written at once. While more of its kind follow, one line a second says how
-/// many were left out. Lines that differ in nothing but their numbers are of one kind.
+/// The first ten lines of a kind are written at once. While more of its kind follow, one line a second says
+/// how many were left out. Lines that differ in nothing but their numbers are of one kind.
 ///
 /// Threads: lives in one thread, whose event loop must run.
 class RepeatedLines : public QObject
@@ -26,6 +26,7 @@ public:
     using Write = std::function<void(const QString&)>;
 
     static constexpr int defaultIntervalMs = 1000;
+    static constexpr int maxLines = 10; ///< of a kind, until an interval without it
 
     explicit RepeatedLines(Write write, QObject* parent = nullptr, int intervalMs = defaultIntervalMs);
 
@@ -38,6 +39,7 @@ private:
     struct Kind
     {
         QString latest;
+        int written = 0;
         int leftOut = 0;
     };
 
@@ -47,7 +49,7 @@ private:
 
     const Write m_write;
     const int m_intervalMs;
-    QHash<QString, Kind> m_kinds; // written during the last interval
+    QHash<QString, Kind> m_kinds; // seen during the last interval
 };
 
 } // namespace base

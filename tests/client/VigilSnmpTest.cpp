@@ -232,7 +232,7 @@ TEST_F(VigilSnmp, StartAndStopAreLogged)
     std::vector<std::string> lines = log.lines();
     const auto isSocketsOrFiles = [](const std::string& line) {
         return line.rfind("CCS::LOG: ", 0) == 0 || line.find("local time") != std::string::npos ||
-               line == "Application termination" || line.empty();
+               line.rfind("Process ", 0) == 0 || line == "Application termination" || line.empty();
     };
     lines.erase(std::remove_if(lines.begin(), lines.end(), isSocketsOrFiles), lines.end());
     const std::string eventLoop = " in thread Id " + hex + "\\. QThread affinity = " + hex + "\\.";
