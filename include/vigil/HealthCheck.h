@@ -41,8 +41,9 @@ class SimpleMetric;
 /// 4294967168 to 4294967295. Some managers turn these arcs back into text; others show dots and do not find
 /// the row by its name.
 ///
-/// Threads: one application thread at a time may be inside createHealthCheck() and the operations of all
-/// checks and metrics; there are no locks. Handlers are called on the library's client thread.
+/// Threads: several threads may create, use and destroy checks of their own. One thread at a time may be
+/// inside the operations of a check and its metrics. Handlers are called on the library's client thread. It
+/// blocks all signals; threads and child processes started in a handler inherit this.
 ///
 /// Ownership: createHealthCheck() creates a check and destroy() ends it; never delete it. Metrics outlive the
 /// check unless removed. The first check of the process starts the library's threads, the last one stops
@@ -51,6 +52,15 @@ class SimpleMetric;
 /// Memory: the library remembers every identifier it has published until it stops, because it withdraws
 /// removed cells again after each reconnect. A metric costs a few kB even after remove(). So do not create
 /// one metric per job or request: create a fixed set, such as one for each worker or queue, and reuse it.
+///
+/// Process: the library changes no signal disposition, and children inherit none of its descriptors. In a
+/// child forked while a check lives every call does nothing. A program that becomes a daemon creates its
+/// first check in the child, or destroys all checks before the fork. A Qt host creates its QCoreApplication
+/// before the first check or while no check lives; the library makes one only for a process without. Qt warns
+/// on stderr when the library makes another one after its last check was destroyed; this is harmless. A host
+/// that runs GLib's default main context without a QCoreApplication sets QT_NO_GLIB=1: Qt would serve this
+/// context in the library's thread. If the system has no thread left, the log says so, and nothing is
+/// published until all checks are destroyed and a new one is created.
 ///
 /// Failure: no operation reports an error. Without an SNMP service the library keeps the values and publishes
 /// them once it connects; beside a busy one it keeps the last value of each cell until the service reads.

@@ -35,7 +35,7 @@ const QLoggingCategory& tablesCategory()
 DebugOutput::DebugOutput(const QLoggingCategory& (*wanted)())
 {
     ++linesInProgress; // before the look at isClosed, unlike closeDebugOutput()
-    if (!isClosed && wanted().isDebugEnabled())
+    if (!isClosed && !platform::isForkedChild() && wanted().isDebugEnabled())
         m_category = &wanted();
 }
 

@@ -28,6 +28,8 @@ bool stopLoggingWithoutOtherThreads()
 
 bool writeLog(const QString& text)
 {
+    if (platform::isForkedChild())
+        return false; // the file is the parent's
     KwLogFile& log = KwLogFile::instance();
     log.appendLine(text);
     return log.writePending();

@@ -6,6 +6,10 @@
 
 // The library's locks, and annotations for clang's thread-safety analysis. Other compilers ignore them.
 
+#include <mutex>
+
+#include "platform/Platform.h"
+
 #if defined(VIGIL_STD_MUTEX)
 #include "base/StdLocks.h"
 #else
@@ -45,22 +49,50 @@ public:
 };
 #endif
 
-/// A mutex with annotations. Not recursive.
+/// A mutex with annotations. Not recursive. A forked child takes no locks: their holders are gone.
 class VIGIL_THREAD_ANNOTATION(capability("mutex")) Mutex
 {
 public:
-    void lock() VIGIL_THREAD_ANNOTATION(acquire_capability()) { m_mutex.lock(); }
+    void lock() VIGIL_THREAD_ANNOTATION(acquire_capability())
+    {
+        if (!platform::isForkedChild())
+            m_mutex.lock();
+    }
 
     /// False if the lock is not free within timeoutMs milliseconds. Negative means no limit.
     bool tryLock(int timeoutMs = 0) VIGIL_THREAD_ANNOTATION(try_acquire_capability(true))
     {
-        return m_mutex.tryLock(timeoutMs);
+        return platform::isForkedChild() || m_mutex.tryLock(timeoutMs);
     }
 
-    void unlock() VIGIL_THREAD_ANNOTATION(release_capability()) { m_mutex.unlock(); }
+    void unlock() VIGIL_THREAD_ANNOTATION(release_capability())
+    {
+        if (!platform::isForkedChild())
+            m_mutex.unlock();
+    }
 
 private:
     PlainMutex m_mutex;
+};
+
+/// The same for holders that call themselves.
+class RecursiveMutex
+{
+public:
+    void lock()
+    {
+        if (!platform::isForkedChild())
+            m_mutex.lock();
+    }
+
+    void unlock()
+    {
+        if (!platform::isForkedChild())
+            m_mutex.unlock();
+    }
+
+private:
+    std::recursive_mutex m_mutex;
 };
 
 /// Holds a Mutex for the length of a scope.

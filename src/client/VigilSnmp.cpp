@@ -40,6 +40,7 @@ constexpr int noLimit = -1;
 
 // Limits at process exit. A connect cannot be interrupted and takes up to 5 s.
 constexpr int clientTimeoutAtExitMs = 6000;
+constexpr int startStopTimeoutAtExitMs = 6000;
 constexpr int drainTimeoutAtExitMs = 2000;
 constexpr int storeTimeoutAtExitMs = 300;
 constexpr int runnerTimeoutAtExitMs = 1000;
@@ -82,10 +83,14 @@ VigilSnmp& VigilSnmp::instance()
 
 void VigilSnmp::init(const std::string& name)
 {
+    if (isOutOfUse() || CallbackStoreLock::isHeldByThisThread())
+        return; // inside a callback the library runs, and a thread that stops it waits for the callback
+    const base::MutexLock lock(m_startStopMutex);
     if (isServiceOff())
         return prepareExit();
     if (!m_lifecycle.on(Event::Init))
         return;
+    platform::watchForks(true);
     // Qt keeps data in the process's threads, so its libraries must stay loaded when this one is unloaded.
     platform::pinModule(&QObject::staticMetaObject);
     platform::pinModule(&QAbstractSocket::staticMetaObject);
@@ -99,11 +104,18 @@ void VigilSnmp::init(const std::string& name)
         return giveUpStart();
     {
         // The client may be connected already. It sends its cache; no callback can be registered yet.
-        const CallbackStoreLock lock;
+        const CallbackStoreLock store;
         m_callbackStore = std::make_shared<CallbackStore>();
     }
-    m_tableManager = std::make_shared<SnmpTableManager>();
+    setTableManager(std::make_shared<SnmpTableManager>());
     prepareExit();
+}
+
+/// Other threads may be reading the pointer. The earlier tables are destroyed without the lock.
+void VigilSnmp::setTableManager(std::shared_ptr<SnmpTableManager> manager)
+{
+    const base::MutexLock lock(m_tableManagerMutex);
+    m_tableManager.swap(manager);
 }
 
 /// The exit handler runs before the statics made here are destroyed.
@@ -127,6 +139,7 @@ void VigilSnmp::giveUpStart()
         m_runner.reset();
         QMetaType::unregisterType(m_oidTypeId);
     }
+    platform::watchForks(false);
     m_lifecycle.on(Event::NoThread);
 }
 
@@ -169,17 +182,26 @@ void VigilSnmp::pauseClient(const std::shared_ptr<ApplicationRunner::Pause>& pau
 
 void VigilSnmp::cleanup()
 {
-    if (!refuseInsideCallback("VigilSnmp::cleanup"))
-        stop({noLimit, noLimit, noLimit});
+    if (isOutOfUse() || refuseInsideCallback("VigilSnmp::cleanup"))
+        return;
+    const base::MutexLock lock(m_startStopMutex);
+    stop({noLimit, noLimit, noLimit});
 }
 
 /// Runs when the library is unloaded or the process ends. It may run on any thread, even inside a callback,
 /// while other threads are gone or stuck. It must always return.
 void VigilSnmp::cleanupAtExit()
 {
+    if (platform::isForkedChild())
+        return;
     VigilSnmp& facade = instance();
-    facade.muteCallbacks();
-    facade.stop({clientTimeoutAtExitMs, storeTimeoutAtExitMs, runnerTimeoutAtExitMs});
+    // Another thread may be starting or stopping the library. On the client thread it would wait for us.
+    if (facade.m_startStopMutex.tryLock(ClientThread::isCurrent() ? 0 : startStopTimeoutAtExitMs)) {
+        facade.muteCallbacks();
+        facade.stop({clientTimeoutAtExitMs, storeTimeoutAtExitMs, runnerTimeoutAtExitMs});
+        facade.m_lifecycle.on(Event::ProcessEnds);
+        facade.m_startStopMutex.unlock();
+    }
     facade.m_lifecycle.on(Event::ProcessEnds);
     base::closeDebugOutput();
 }
@@ -199,6 +221,7 @@ void VigilSnmp::stop(const Limits& limits)
         return abandon();
     m_runner.reset();
     QMetaType::unregisterType(m_oidTypeId); // it points to code of this library, which may be unloaded next
+    platform::watchForks(false);
     m_lifecycle.on(Event::ThreadsEnded);
 }
 
@@ -274,7 +297,7 @@ bool VigilSnmp::releaseStore(int timeoutMs)
 
 bool VigilSnmp::releaseShared(int storeTimeoutMs)
 {
-    m_tableManager.reset();
+    setTableManager(nullptr);
     return releaseStore(storeTimeoutMs);
 }
 
@@ -302,22 +325,25 @@ void VigilSnmp::sendValue(const Oid& oid, const char* value, int useTraps)
 
 void VigilSnmp::sendValue(const Oid& oid, const std::string& value, int useTraps)
 {
-    m_clientQueue.sendValue(oid, QString::fromStdString(value), useTraps == 1);
+    if (!isOutOfUse())
+        m_clientQueue.sendValue(oid, QString::fromStdString(value), useTraps == 1);
 }
 
 void VigilSnmp::sendValue(const Oid& oid, int value, int useTraps)
 {
-    m_clientQueue.sendValue(oid, value, useTraps == 1);
+    if (!isOutOfUse())
+        m_clientQueue.sendValue(oid, value, useTraps == 1);
 }
 
 void VigilSnmp::unsetOid(const Oid& oid)
 {
-    m_clientQueue.unsetOid(oid);
+    if (!isOutOfUse())
+        m_clientQueue.unsetOid(oid);
 }
 
 void VigilSnmp::unsetOidTree(const Oid& oid)
 {
-    if (!m_clientQueue.isOpen())
+    if (isOutOfUse() || !m_clientQueue.isOpen())
         return;
     base::writeLog(QStringLiteral("Unset tree %1.").arg(toText(oid)));
     m_clientQueue.unsetOidTree(oid);
@@ -363,7 +389,7 @@ void VigilSnmp::deregisterStateInfoCallback(StateInfoCallback* cb)
 void VigilSnmp::changeStore(const char* operation, const QString& logLine,
                             const std::function<void(CallbackStore&)>& change)
 {
-    if (refuseInsideCallback(operation))
+    if (isOutOfUse() || refuseInsideCallback(operation))
         return;
     const CallbackStoreLock store;
     if (!store)

@@ -16,6 +16,7 @@
 #include "client/ClientQueue.h"
 #include "client/Lifecycle.h"
 #include "client/StoreMutex.h"
+#include "platform/Platform.h"
 
 class CallbackStore;
 class Client;
@@ -34,8 +35,7 @@ namespace vigil {
 /// Purpose: see VigilSnmpInterface. The rest of the library also gets the callback store and the tables here,
 /// which all health checks share. Lifecycle has the states between init() and the end of the process.
 ///
-/// Threads: any thread may publish and register. Only one at a time may be in init(), cleanup() or the exit
-/// handler.
+/// Threads: any. init(), cleanup() and the exit handler wait for each other.
 ///
 /// Ownership: the one object is never destroyed, because statics of the application may use it after the
 /// library's own are gone. init() creates its members and cleanup() destroys them.
@@ -66,10 +66,18 @@ public:
     StoreMutex& storeMutex() { return m_storeMutex; }
     std::shared_ptr<CallbackStore> callbackStore() const { return m_callbackStore; }
 
-    bool isOutOfUse() const { return m_lifecycle.state() == Lifecycle::State::OutOfUse; }
+    /// True in a forked child, too.
+    bool isOutOfUse() const
+    {
+        return m_lifecycle.state() == Lifecycle::State::OutOfUse || platform::isForkedChild();
+    }
 
     /// Expired unless the library runs.
-    std::weak_ptr<SnmpTableManager> tableManager() const { return m_tableManager; }
+    std::weak_ptr<SnmpTableManager> tableManager() const
+    {
+        const base::MutexLock lock(m_tableManagerMutex);
+        return m_tableManager;
+    }
 
 private:
     friend class base::NeverDestroyed<VigilSnmp>;
@@ -87,6 +95,7 @@ private:
     static void prepareExit();
     static void cleanupAtExit();
 
+    void setTableManager(std::shared_ptr<SnmpTableManager> manager);
     bool startClient();
     void giveUpStart();
     void pauseClient(const std::shared_ptr<ApplicationRunner::Pause>& pause);
@@ -106,7 +115,9 @@ private:
     Lifecycle m_lifecycle;
     ClientQueue m_clientQueue;
     ClientThread* m_clientThread = nullptr;
-    std::shared_ptr<SnmpTableManager> m_tableManager;
+    base::Mutex m_startStopMutex; // held by init(), cleanup() and the exit handler
+    mutable base::Mutex m_tableManagerMutex;
+    std::shared_ptr<SnmpTableManager> m_tableManager VIGIL_GUARDED_BY(m_tableManagerMutex);
     std::shared_ptr<CallbackStore> m_callbackStore; // guarded by m_storeMutex
     StoreMutex m_storeMutex;
     std::unique_ptr<ApplicationRunner> m_runner;

@@ -11,6 +11,7 @@
 #include "health/LiveChecks.h"
 #include "health/ScalarMetricImpl.h"
 #include "health/SimpleMetricImpl.h"
+#include "platform/Platform.h"
 #include "snmp/SnmpConnector.h"
 #include "types/Summary.h"
 #include "types/WorstStatus.h"
@@ -102,6 +103,8 @@ void HealthCheckImpl::unregisterManagementHandler()
 
 void HealthCheckImpl::update()
 {
+    if (platform::isForkedChild())
+        return;
     m_store->evaluateAll();
     const std::vector<ResultEntry>& results = m_store->results();
     m_status = worstStatus(results);

@@ -3,22 +3,53 @@
 
 #include "health/LiveChecks.h"
 
-#include <vigil/VigilSnmpInterface.h>
+#include <atomic>
 
-using vigil::VigilSnmpInterface;
+#include "base/NeverDestroyed.h"
+#include "base/ThreadSafety.h"
+#include "client/CallbackStoreLock.h"
+#include "client/VigilSnmp.h"
+
+using vigil::VigilSnmp;
 
 namespace {
-unsigned int count = 0;
+
+std::atomic<unsigned int> count{0};
+
+/// Statics of the application may still release checks at the end of the process.
+base::Mutex& startStopMutex()
+{
+    static const base::NeverDestroyed<base::Mutex> mutex;
+    return mutex.get();
 }
+
+/// True if a check changes the count alone: the library is out of use, or the thread is inside a callback,
+/// where the library runs and a thread that stops it waits for the callback.
+bool onlyCounts()
+{
+    return VigilSnmp::instance().isOutOfUse() || CallbackStoreLock::isHeldByThisThread();
+}
+
+} // namespace
 
 void LiveChecks::add()
 {
+    if (onlyCounts()) {
+        ++count;
+        return;
+    }
+    const base::MutexLock lock(startStopMutex());
     if (count++ == 0)
-        VigilSnmpInterface::instance().init("vigilsnmpif");
+        VigilSnmp::instance().init("vigilsnmpif");
 }
 
 void LiveChecks::remove()
 {
+    if (onlyCounts()) {
+        --count;
+        return;
+    }
+    const base::MutexLock lock(startStopMutex());
     if (--count == 0)
-        VigilSnmpInterface::instance().cleanup();
+        VigilSnmp::instance().cleanup();
 }

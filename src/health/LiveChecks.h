@@ -6,7 +6,7 @@
 
 /// Counts the health checks of the process: the first one starts the library, the last one stops it.
 ///
-/// Threads: not atomic; one thread at a time creates and destroys checks.
+/// Threads: any. A thread waits while another one starts or stops the library.
 class LiveChecks
 {
 public:

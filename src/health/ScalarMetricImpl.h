@@ -12,6 +12,7 @@
 #include <vigil/Range.h>
 #include <vigil/ScalarMetric.h>
 
+#include "base/ThreadSafety.h"
 #include "health/InternalMetric.h"
 #include "health/MetricStore.h"
 #include "health/RangeHistory.h"
@@ -55,7 +56,7 @@ public:
     void onRangeChanged(RangeKind kind) override;
 
 private:
-    using Lock = std::lock_guard<std::recursive_mutex>;
+    using Lock = std::lock_guard<base::RecursiveMutex>;
 
     ScalarMetricImpl(const std::string& name, const std::shared_ptr<MetricStore>& store);
 
@@ -64,7 +65,7 @@ private:
     RangeChangeHandler* rangeHandler() const;
 
     const std::weak_ptr<MetricStore> m_store;
-    mutable std::recursive_mutex m_mutex; // recursive: publish() makes the connector call the getters
+    mutable base::RecursiveMutex m_mutex; // recursive: publish() makes the connector call the getters
     RangeChangeHandler* m_rangeHandler = nullptr;
     const QString m_name;
     QString m_unit;

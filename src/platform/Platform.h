@@ -46,6 +46,13 @@ public:
     virtual bool join(int timeoutMs) = 0;
 };
 
+/// While on, every child that this process forks is marked as a forked child.
+void watchForks(bool on);
+
+/// True in a child forked while the library ran. It has none of the library's threads, and the locks they
+/// held are never released. Stays true for the life of the child.
+bool isForkedChild();
+
 /// While it lives, the calling thread blocks all signals except those of its own faults. Threads inherit the
 /// mask of their creator: hold one while creating a thread of the library, because the signals of the process
 /// belong to the host. Windows has no such signals.

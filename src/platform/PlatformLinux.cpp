@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -30,6 +31,9 @@
 namespace platform {
 
 namespace {
+
+std::atomic<bool> forksWatched{false};
+std::atomic<bool> forkedChild{false};
 
 pid_t kernelThreadId()
 {
@@ -345,6 +349,18 @@ std::unique_ptr<Thread> Thread::start(std::function<int()> routine)
     if (!thread->start(std::move(routine)))
         return nullptr;
     return thread;
+}
+
+void watchForks(bool on)
+{
+    static const int registered = pthread_atfork(nullptr, nullptr, [] { forkedChild = forksWatched.load(); });
+    static_cast<void>(registered);
+    forksWatched = on;
+}
+
+bool isForkedChild()
+{
+    return forkedChild;
 }
 
 struct BlockedSignals::Mask

@@ -265,6 +265,13 @@ std::unique_ptr<Thread> Thread::start(std::function<int()> routine)
     return thread;
 }
 
+void watchForks(bool) {}
+
+bool isForkedChild()
+{
+    return false;
+}
+
 struct BlockedSignals::Mask
 {
 };

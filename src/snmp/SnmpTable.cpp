@@ -10,6 +10,7 @@
 
 #include "client/CallbackStore.h"
 #include "client/CallbackStoreLock.h"
+#include "platform/Platform.h"
 
 using vigil::Oid;
 using vigil::ValueChangedCallback;
@@ -115,6 +116,8 @@ unsigned int SnmpTable<Key>::columnIndexOrNone(const Oid& oid) const
 template <typename Key>
 bool SnmpTable<Key>::hasRow(const Key& key) const
 {
+    if (platform::isForkedChild())
+        return false;
     const base::MutexLock lock(m_rowsMutex);
     return m_rows.count(key) > 0;
 }
@@ -122,6 +125,8 @@ bool SnmpTable<Key>::hasRow(const Key& key) const
 template <typename Key>
 bool SnmpTable<Key>::hasRowCallback(const Key& key) const
 {
+    if (platform::isForkedChild())
+        return false;
     const base::MutexLock lock(m_rowsMutex);
     const auto row = m_rows.find(key);
     return row != m_rows.end() && row->second.callback;
@@ -130,6 +135,8 @@ bool SnmpTable<Key>::hasRowCallback(const Key& key) const
 template <typename Key>
 void SnmpTable<Key>::createRow(const Key& key)
 {
+    if (platform::isForkedChild())
+        return; // another thread of the parent may have left the rows half changed
     std::vector<Oid> cells = cellsOf(key);
     const base::MutexLock lock(m_rowsMutex);
     Row& row = m_rows[key];
@@ -147,6 +154,8 @@ void SnmpTable<Key>::createRowIfAbsent(const Key& key)
 template <typename Key>
 void SnmpTable<Key>::removeRow(const Key& key)
 {
+    if (platform::isForkedChild())
+        return;
     removeRowCallback(key);
     std::vector<Oid> cells;
     {
@@ -164,6 +173,8 @@ void SnmpTable<Key>::removeRow(const Key& key)
 template <typename Key>
 void SnmpTable<Key>::removeAllRows()
 {
+    if (platform::isForkedChild())
+        return;
     std::vector<Key> keys;
     {
         const base::MutexLock lock(m_rowsMutex);
@@ -179,6 +190,8 @@ void SnmpTable<Key>::removeAllRows()
 template <typename Key>
 bool SnmpTable<Key>::findCell(const Key& key, int columnIndex, Oid& cell) const
 {
+    if (platform::isForkedChild())
+        return false;
     const base::MutexLock lock(m_rowsMutex);
     const auto row = m_rows.find(key);
     if (row == m_rows.end())
@@ -214,6 +227,8 @@ void SnmpTable<Key>::setIntColumn(const Key& key, int columnIndex, unsigned int 
 template <typename Key>
 void SnmpTable<Key>::setRowCallback(const Key& key, std::unique_ptr<ValueChangedCallback> callback)
 {
+    if (platform::isForkedChild())
+        return;
     removeRowCallback(key);
     const CallbackStoreLock store;
     const base::MutexLock lock(m_rowsMutex);

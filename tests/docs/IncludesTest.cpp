@@ -32,8 +32,8 @@ constexpr Room rooms[] = {
     {"src/platform/",       ""},
     {"src/base/",           "src/base/BuildInfo src/base/wire/ src/platform/"},
     {"src/client/",         "src/base/BuildInfo src/base/ src/base/wire/ src/types/ src/platform/"},
-    {"src/snmp/",           "src/client/ src/base/ src/base/wire/ src/types/"},
-    {"src/health/",         "src/snmp/ src/client/ src/base/ src/types/"},
+    {"src/snmp/",           "src/client/ src/base/ src/base/wire/ src/types/ src/platform/"},
+    {"src/health/",         "src/snmp/ src/client/ src/base/ src/types/ src/platform/"},
 
     {"agent/core/",         "src/base/wire/"},
     {"agent/netsnmp/",      "agent/core/"},

@@ -6,12 +6,20 @@
 #include "lifecycle/HostProcess.h"
 #include "lifecycle/SilentServices.h"
 
-TEST(Fork, TheChildExitsAndTheParentStillPublishes)
+TEST(Fork, TheChildrenReturnFromEveryCallAndTheParentStillPublishes)
 {
     const ReadingService service;
     HostProcess host(QStringLiteral(FORKING_HOST), {}, service.port());
     EXPECT_EQ(host.exitCode(), 0);
     EXPECT_TRUE(service.waitForText("published after the fork"));
     EXPECT_EQ(host.log().filter(QLatin1String(", Application termination")).size(), 1)
-        << "the child must not end its parent's log";
+        << "a child must not end its parent's log";
+}
+
+TEST(Fork, ADaemonMayStartTheLibraryInItsChild)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(FORKING_HOST), {QStringLiteral("daemon")}, service.port());
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_TRUE(service.waitForText("published by the daemon"));
 }

@@ -191,6 +191,30 @@ int exitDuringAReplay()
     return 0;
 }
 
+/// Each thread has a check of its own and goes on while the process ends.
+int exitBesideBusyThreads()
+{
+    static std::atomic<int> running{0};
+    for (int number = 0; number < 4; ++number) {
+        std::thread([number] {
+            for (int round = 0;; ++round) {
+                vigil::HealthCheck* check = vigil::createHealthCheck("host", std::to_string(number));
+                vigil::ScalarMetric* metric = check->createScalarMetric("metric");
+                for (int i = 0; i < 20; ++i)
+                    check->update();
+                metric->remove();
+                check->destroy();
+                if (round == 0)
+                    ++running;
+            }
+        }).detach();
+    }
+    while (running < 4)
+        std::this_thread::yield();
+    sayLeaving();
+    return 0;
+}
+
 int destroyInAStaticDestructor()
 {
     lateOwner.check = vigil::createHealthCheck("host", "late");
@@ -240,6 +264,7 @@ int main(int, char** arguments)
         {"exit-while-callback-hangs", exitWhileACallbackHangs},
         {"exit-with-long-queue", exitWithALongQueue},
         {"exit-during-replay", exitDuringAReplay},
+        {"exit-beside-busy-threads", exitBesideBusyThreads},
         {"static-destructor", destroyInAStaticDestructor},
         {"destroy-at-once", destroyAtOnceManyTimes},
         {"keep-locale", keepTheLocale},

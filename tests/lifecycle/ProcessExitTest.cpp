@@ -108,6 +108,14 @@ TEST(ProcessExit, ReturnsDuringAHangingCallback)
     expectCleanShutdown(QStringLiteral("exit-while-callback-hangs"), service.port());
 }
 
+TEST(ProcessExit, ReturnsWhileOtherThreadsCreateUpdateAndDestroyChecks)
+{
+    constexpr int exits = 10; // each takes up to two seconds: the queue is drained
+    const ReadingService service;
+    for (int i = 0; i < exits; ++i)
+        expectCleanShutdown(QStringLiteral("exit-beside-busy-threads"), service.port());
+}
+
 TEST(ProcessExit, StaticsMayUseAndDestroyChecksAfterTheLibraryHasStopped)
 {
     const ReadingService service;
