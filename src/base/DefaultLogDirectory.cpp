@@ -68,7 +68,7 @@ QStringList candidateDirectories(const QString& temporary)
 
 QString chooseDirectory()
 {
-    const QString temporary = temporaryDirectory();
+    QString temporary = temporaryDirectory();
     for (const QString& candidate : candidateDirectories(temporary)) {
         if (writeStartRecord(candidate))
             return candidate;
