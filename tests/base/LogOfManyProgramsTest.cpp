@@ -149,6 +149,10 @@ protected:
                               LogProgram::asUser(firstUser) + QStringList{"test", "-x", LOG_PROGRAM}) != 0)
             GTEST_SKIP() << "other users cannot run " << LOG_PROGRAM;
         makeShared(directory.path());
+        if (QProcess::execute(QStringLiteral("setpriv"),
+                              LogProgram::asUser(firstUser) + QStringList{"test", "-w", directory.path()}) !=
+            0)
+            GTEST_SKIP() << "other users cannot write in the temporary folder";
     }
 
     void run(const QString& line, int user)
