@@ -29,9 +29,10 @@ constexpr Room rooms[] = {
     {"src/base/BuildInfo",  ""},
     {"src/base/wire/",      ""},
     {"src/types/",          ""},
+    {"src/platform/peer/",  ""},
     {"src/platform/",       ""},
     {"src/base/",           "src/base/BuildInfo src/base/wire/ src/platform/"},
-    {"src/client/",         "src/base/BuildInfo src/base/ src/base/wire/ src/types/ src/platform/"},
+    {"src/client/",         "src/base/BuildInfo src/base/ src/base/wire/ src/types/ src/platform/ src/platform/peer/"},
     {"src/snmp/",           "src/client/ src/base/ src/base/wire/ src/types/ src/platform/"},
     {"src/health/",         "src/snmp/ src/client/ src/base/ src/types/ src/platform/"},
 
