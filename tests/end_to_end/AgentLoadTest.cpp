@@ -13,6 +13,7 @@
 #include "support/AgentProcess.h"
 #include "support/EnterpriseId.h"
 #include "support/FakeApplication.h"
+#include "support/Load.h"
 #include "support/ProcessMemory.h"
 #include "support/RunUntil.h"
 #include "support/SnmpTool.h"
@@ -33,7 +34,7 @@ struct Load
 
 Load chosenLoad()
 {
-    return qEnvironmentVariable("VIGIL_LOAD") == QLatin1String("full") ? Load{200, 500, 30}
+    return support::isFullLoad() ? Load{200, 500, 30}
                                                                        : Load{20, 100, 8};
 }
 

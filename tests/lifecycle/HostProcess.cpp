@@ -11,7 +11,7 @@
 #include "support/LoadFreeTimer.h"
 #include "support/RunUntil.h"
 
-HostProcess::HostProcess(const QString& program, const QStringList& arguments, int servicePort)
+HostProcess::HostProcess(const QString& program, const QStringList& arguments, int servicePort, Errors errors)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("VIGIL_LOG_DIR"), m_logDirectory.path());
@@ -21,7 +21,10 @@ HostProcess::HostProcess(const QString& program, const QStringList& arguments, i
     if (HOSTS_WAIT_FOR_REST)
         environment.insert(QStringLiteral("VIGIL_TEST_HOST_WAITS"), QStringLiteral("1"));
     m_process.setProcessEnvironment(environment);
-    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    if (errors == Errors::Shown)
+        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    else
+        m_process.setStandardErrorFile(QProcess::nullDevice());
     m_process.start(program, arguments);
 }
 

@@ -19,10 +19,14 @@ public:
     /// Limit for every clean shutdown, without the load of the machine.
     static constexpr int limitMs = 8000;
 
+    /// What the host writes to stderr.
+    enum class Errors { Shown, Dropped };
+
     /// Starts program with arguments; the library connects to servicePort. On Windows the shutdown starts
     /// only once the library's threads are idle. Wine may end a thread inside a call of the window system
     /// with that system's lock held, and Qt would wait for the lock. Windows itself ends no thread there.
-    HostProcess(const QString& program, const QStringList& arguments, int servicePort);
+    HostProcess(const QString& program, const QStringList& arguments, int servicePort,
+                Errors errors = Errors::Shown);
     ~HostProcess();
 
     /// Waits until the host has printed line.
