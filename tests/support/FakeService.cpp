@@ -342,8 +342,14 @@ bool FakeService::waitForFrames(int count, int timeoutMs) const
 
 bool FakeService::waitForFrame(const std::function<bool(const Frame&)>& predicate, int timeoutMs) const
 {
-    return waitUntil(timeoutMs,
-                     [&] { return std::any_of(m_record.frames.begin(), m_record.frames.end(), predicate); });
+    std::size_t judged = 0; // there may be many frames, so each one is judged once
+    return waitUntil(timeoutMs, [&] {
+        while (judged < m_record.frames.size()) {
+            if (predicate(m_record.frames[judged++]))
+                return true;
+        }
+        return false;
+    });
 }
 
 void FakeService::send(int dataType, const QByteArray& payload, int callbackId)
