@@ -34,8 +34,7 @@ struct Load
 
 Load chosenLoad()
 {
-    return support::isFullLoad() ? Load{200, 500, 30}
-                                                                       : Load{20, 100, 8};
+    return support::isFullLoad() ? Load{200, 500, 30} : Load{20, 100, 8};
 }
 
 class AgentLoad : public testing::Test

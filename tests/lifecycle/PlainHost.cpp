@@ -6,6 +6,7 @@
 #include <vigil/vigil.h>
 
 #include <atomic>
+#include <chrono>
 #include <clocale>
 #include <condition_variable>
 #include <cstdlib>
@@ -231,6 +232,28 @@ int destroyAtOnceManyTimes()
     return 0;
 }
 
+/// Keeps the client thread busy at each connect.
+class SlowCallback : public vigil::StateInfoCallback
+{
+public:
+    void callbackStateInfo(int) override { std::this_thread::sleep_for(std::chrono::seconds(1)); }
+};
+
+/// Destroys its check during the first connect, with more to send than the service reads in time.
+int destroyWithMuchToDo()
+{
+    vigil::HealthCheck* check = makeCheck();
+    SlowCallback callback;
+    vigil::VigilSnmpInterface& facade = vigil::VigilSnmpInterface::instance();
+    facade.registerStateInfoCallback(&callback);
+    const vigil::Oid base = vigil::Oid::fromStdString("1.3.6.1.4.1.32473.9");
+    for (unsigned int i = 0; i < 300; ++i)
+        facade.sendValue(base + i, std::string(100000, 'x'), 0);
+    sayLeaving();
+    check->destroy();
+    return 0;
+}
+
 int keepTheLocale()
 {
     makeCheck()->destroy();
@@ -267,6 +290,7 @@ int main(int, char** arguments)
         {"exit-beside-busy-threads", exitBesideBusyThreads},
         {"static-destructor", destroyInAStaticDestructor},
         {"destroy-at-once", destroyAtOnceManyTimes},
+        {"destroy-with-much-to-do", destroyWithMuchToDo},
         {"keep-locale", keepTheLocale},
         {"destroy", destroyInOrder},
     };

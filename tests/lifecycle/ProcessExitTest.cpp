@@ -146,6 +146,18 @@ TEST(CleanShutdown, ACheckMayBeDestroyedBeforeTheThreadsHaveStarted)
     expectCleanShutdown(QStringLiteral("destroy-at-once"), service.port());
 }
 
+TEST(CleanShutdown, KeepsItsLimitBesideASlowServiceAndASlowCallback)
+{
+    if (!SYSTEM_LEAVES_THREADS_TO_EXIT_HANDLERS)
+        GTEST_SKIP() << "hosts wait until they are connected here";
+    const SlowService service;
+    HostProcess host(QStringLiteral(PLAIN_HOST), {QStringLiteral("destroy-with-much-to-do")}, service.port());
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_GT(host.leavingMs(), 4000) << "the host had less to do";
+    EXPECT_TRUE(contains(host.log(), "The connection ended with "));
+    EXPECT_TRUE(endsWithTermination(host.log()));
+}
+
 TEST(CleanShutdown, TheHostKeepsItsLocale)
 {
     qputenv("LC_ALL", "C.UTF-8");

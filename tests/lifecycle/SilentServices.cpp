@@ -40,6 +40,39 @@ OverrunService::~OverrunService()
     qDeleteAll(m_waiting);
 }
 
+QTcpServer& OverrunService::makeRoom()
+{
+    qDeleteAll(m_waiting);
+    m_waiting.clear();
+    m_server.resumeAccepting();
+    return m_server;
+}
+
+/// The system repeats an unanswered connect after 1 and 3 seconds, or after 1, 2, and 3.
+SlowService::SlowService()
+{
+    constexpr int answerMs = 2500;
+    m_answer.setSingleShot(true);
+    QObject::connect(&m_answer, &QTimer::timeout, &m_answer, [this] {
+        QTcpServer& server = m_overrun.makeRoom();
+        QObject::connect(&server, &QTcpServer::newConnection, &m_answer, [this] { accept(); });
+    });
+    m_answer.start(answerMs);
+}
+
+void SlowService::accept()
+{
+    constexpr int turnMs = 20;
+    constexpr int bytesEachTurn = 64000;
+    while (QTcpSocket* peer = m_overrun.makeRoom().nextPendingConnection()) {
+        ++m_connections;
+        peer->setReadBufferSize(bytesEachTurn);
+        auto* turn = new QTimer(peer);
+        QObject::connect(turn, &QTimer::timeout, peer, [peer] { peer->readAll(); });
+        turn->start(turnMs);
+    }
+}
+
 ReadingService::ReadingService(OnFirstBytes action)
 {
     QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this, action] { accept(action); });

@@ -7,6 +7,7 @@
 #include <QList>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTimer>
 
 /// A port without a listener, for as long as the test program runs.
 int refusingPort();
@@ -30,9 +31,30 @@ public:
     ~OverrunService();
     int port() const { return m_server.serverPort(); }
 
+    /// Answers connects from now on.
+    QTcpServer& makeRoom();
+
 private:
     QTcpServer m_server;
     QList<QTcpSocket*> m_waiting;
+};
+
+/// Answers connects late, and then reads little at a time.
+class SlowService
+{
+public:
+    SlowService();
+    int port() const { return m_overrun.port(); }
+
+    /// How many connections have been answered.
+    int connections() const { return m_connections; }
+
+private:
+    void accept();
+
+    OverrunService m_overrun;
+    QTimer m_answer;
+    int m_connections = 0;
 };
 
 /// Reads everything, or closes the connection at the first bytes, always or only once.
