@@ -22,14 +22,12 @@ constexpr qint64 maxUnread = 10'000'000;
 
 } // namespace
 
-ApplicationConnection::ApplicationConnection(QTcpSocket* socket, ApplicationId application, Clock& clock,
-                                             const Limits& limits, QObject* parent)
-    : QObject(parent),
-      m_socket(socket),
-      m_stream(*this, limits.frameBytes),
-      m_clock(clock),
-      m_peer(QStringLiteral("%1:%2").arg(socket->peerAddress().toString()).arg(socket->peerPort()))
+ApplicationConnection::ApplicationConnection(QTcpSocket* socket, ApplicationId application,
+                                             const Identity& identity, Clock& clock, const Limits& limits,
+                                             QObject* parent)
+    : QObject(parent), m_socket(socket), m_stream(*this, limits.frameBytes), m_clock(clock)
 {
+    m_info.identity = identity;
     m_info.number = application;
     m_info.address = socket->peerAddress();
     m_info.port = socket->peerPort();
@@ -38,11 +36,6 @@ ApplicationConnection::ApplicationConnection(QTcpSocket* socket, ApplicationId a
     m_socket->setReadBufferSize(maxBurst);
     connect(m_socket, &QTcpSocket::readyRead, this, &ApplicationConnection::readFrames);
     connect(m_socket, &QTcpSocket::disconnected, this, &ApplicationConnection::handleDisconnected);
-}
-
-QString ApplicationConnection::name() const
-{
-    return QStringLiteral("application %1 (%2)").arg(m_info.number).arg(m_peer);
 }
 
 void ApplicationConnection::ask(int number, const ObjectId& id, const CellValue& value)

@@ -33,11 +33,11 @@ class ApplicationConnection : public QObject, private ApplicationStream::Receive
     Q_OBJECT
 
 public:
-    ApplicationConnection(QTcpSocket* socket, ApplicationId application, Clock& clock, const Limits& limits,
-                          QObject* parent);
+    ApplicationConnection(QTcpSocket* socket, ApplicationId application, const Identity& identity,
+                          Clock& clock, const Limits& limits, QObject* parent);
 
     /// The application's name in messages.
-    QString name() const;
+    QString name() const { return nameOf(m_info); }
 
     /// Everything but the number of cells.
     const ApplicationInfo& info() const { return m_info; }
@@ -70,7 +70,6 @@ private:
     ApplicationStream m_stream;
     Clock& m_clock;
     ApplicationInfo m_info;
-    const QString m_peer;
     quint64 m_sentFrames = 0;
     bool m_isWatched = false;
     bool m_isClosing = false;

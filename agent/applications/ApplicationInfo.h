@@ -7,6 +7,7 @@
 #include <QDateTime>
 #include <QHostAddress>
 
+#include "agent/applications/Identity.h"
 #include "agent/cells/Cell.h"
 
 namespace agent {
@@ -19,6 +20,7 @@ struct ApplicationInfo
     ApplicationId number = 0;
     QHostAddress address;
     quint16 port = 0;
+    Identity identity;
     State state = State::Connected;
     QDateTime since; ///< UTC; start of this state
     size_t cells = 0;
@@ -26,6 +28,9 @@ struct ApplicationInfo
     quint64 recordsRefused = 0; ///< received but not served
     QDateTime lastFrame;        ///< UTC; null before the first frame
 };
+
+/// The application's name in messages.
+QString nameOf(const ApplicationInfo& application);
 
 } // namespace agent
 

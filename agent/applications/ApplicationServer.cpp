@@ -19,6 +19,12 @@ QString valueText(const CellValue& value)
     return QLatin1Char('"') + QString::fromStdString(std::get<std::string>(value)) + QLatin1Char('"');
 }
 
+void discard(QTcpSocket* socket)
+{
+    socket->abort();
+    socket->deleteLater();
+}
+
 void logDisconnected(const QString& name, size_t cells)
 {
     if (cells > 0)
@@ -34,8 +40,13 @@ void logDisconnected(const QString& name, size_t cells)
 
 } // namespace
 
-ApplicationServer::ApplicationServer(ServedCells& cells, Clock& clock, const Limits& limits)
-    : m_cells(cells), m_clock(clock), m_limits(limits), m_cellLimits(cells.store(), limits)
+ApplicationServer::ApplicationServer(ServedCells& cells, Clock& clock, const Limits& limits,
+                                     Identify identify)
+    : m_cells(cells),
+      m_clock(clock),
+      m_limits(limits),
+      m_identify(std::move(identify)),
+      m_cellLimits(cells.store(), limits)
 {
     connect(&m_cells, &ServedCells::applicationGone, this,
             [this](ApplicationId application) { m_lost.erase(application); });
@@ -96,11 +107,25 @@ void ApplicationServer::commit(ApplicationId owner, const ObjectId& id, const Ce
 void ApplicationServer::acceptAll()
 {
     while (QTcpSocket* socket = m_server.nextPendingConnection()) {
-        if (m_connections.size() < static_cast<size_t>(m_limits.connections))
-            accept(socket);
+        const Identity identity = m_identify(socket->socketDescriptor());
+        if (!isAllowed(identity))
+            discard(socket);
+        else if (m_connections.size() < static_cast<size_t>(m_limits.connections))
+            accept(socket, identity);
         else
             turnAway(socket);
     }
+}
+
+bool ApplicationServer::isAllowed(const Identity& identity)
+{
+    if (m_limits.users.empty() || (identity.user && m_limits.users.count(*identity.user) > 0))
+        return true;
+    if (m_refusedUsers.insert(identity.user).second)
+        log::warning(QStringLiteral("an application (%1) is turned away: --allow-users does not name its "
+                                    "user. Further ones of this user are not logged")
+                         .arg(identityText(identity)));
+    return false;
 }
 
 /// Qt stops accepting after an error, for example if there are no descriptors left.
@@ -121,14 +146,13 @@ void ApplicationServer::turnAway(QTcpSocket* socket)
                                     "them disconnects")
                          .arg(m_connections.size()));
     m_isFullLogged = true;
-    socket->abort();
-    socket->deleteLater();
+    discard(socket);
 }
 
-void ApplicationServer::accept(QTcpSocket* socket)
+void ApplicationServer::accept(QTcpSocket* socket, const Identity& identity)
 {
     const ApplicationId application = ++m_lastApplication;
-    auto* connection = new ApplicationConnection(socket, application, m_clock, m_limits, this);
+    auto* connection = new ApplicationConnection(socket, application, identity, m_clock, m_limits, this);
     m_connections[application] = connection;
     connect(connection, &ApplicationConnection::valueReceived, this,
             [this, application](const ObjectId& id, const CellValue& value, bool notify) {
@@ -148,25 +172,39 @@ void ApplicationServer::publish(ApplicationId application, const ObjectId& id, c
 {
     if (const Error error = m_cellLimits.checkCell(id, value))
         return refuse(application, id, error);
+    if (const Error error = checkOwner(application, id))
+        return refuse(application, id, error);
     if (const Error error = m_cellLimits.checkCount(application, id))
         return refuse(application, ObjectId(), error);
     log::detail(
         [&] { return QStringLiteral("%1: %2 = %3").arg(nameOf(application), toText(id), valueText(value)); });
     const std::optional<ApplicationId> previousOwner = m_cells.publish(application, id, value);
     if (previousOwner)
-        m_warnings.warn(
-            application, id,
-            QStringLiteral("%1 has taken over %2 from %3; two applications publish the same object")
-                .arg(nameOf(application), toText(id), nameOf(*previousOwner)));
+        m_warnings.warn(ownerOf(application), id,
+                        QStringLiteral("has taken over %1 from %2; two applications publish the same object")
+                            .arg(toText(id), nameOf(*previousOwner)));
     if (notify)
         emit notificationWanted(id);
+}
+
+/// A cell of a lost application still belongs to its user.
+Error ApplicationServer::checkOwner(ApplicationId application, const ObjectId& id)
+{
+    const Cell* cell = m_cells.store().find(id);
+    if (!cell || cell->owner == application ||
+        mayChange(find(application)->identity.user, ownerOf(cell->owner).user))
+        return {};
+    ++m_takeoversRefused;
+    return Error(QStringLiteral("publishes %1, which belongs to another user: %2. It is not served; give the "
+                                "health checks different keys, or run both applications as one user")
+                     .arg(toText(id), nameOf(cell->owner)));
 }
 
 /// id is empty for an error about all cells of the application.
 void ApplicationServer::refuse(ApplicationId application, const ObjectId& id, const Error& error)
 {
     m_connections.at(application)->countRefusal();
-    m_warnings.warn(application, id, QStringLiteral("%1 %2").arg(nameOf(application), error.text()));
+    m_warnings.warn(ownerOf(application), id, error.text());
     const Cell* cell = m_cells.store().find(id);
     if (cell && cell->owner == application)
         m_cells.unset(application, id); // no value is better than an outdated one
@@ -193,16 +231,31 @@ void ApplicationServer::handleDisconnected(ApplicationId application)
     m_connections.erase(application);
     m_warnings.forget(application);
     m_isFullLogged = false;
-    if (!m_cells.lose(application))
+    if (!m_cells.lose(ownerOf(application)))
         m_lost.erase(application);
     emit lost(application);
 }
 
-QString ApplicationServer::nameOf(ApplicationId application) const
+/// Null if it is neither connected nor lost.
+const ApplicationInfo* ApplicationServer::find(ApplicationId application) const
 {
     const auto connection = m_connections.find(application);
-    return connection == m_connections.end() ? QStringLiteral("application %1").arg(application)
-                                             : connection->second->name();
+    if (connection != m_connections.end())
+        return &connection->second->info();
+    const auto lost = m_lost.find(application);
+    return lost == m_lost.end() ? nullptr : &lost->second;
+}
+
+QString ApplicationServer::nameOf(ApplicationId application) const
+{
+    const ApplicationInfo* info = find(application);
+    return info ? agent::nameOf(*info) : QStringLiteral("application %1").arg(application);
+}
+
+Owner ApplicationServer::ownerOf(ApplicationId application) const
+{
+    const ApplicationInfo* info = find(application);
+    return {application, info ? info->identity.user : User(), nameOf(application)};
 }
 
 } // namespace agent

@@ -9,11 +9,13 @@
 #include <QTcpServer>
 
 #include <map>
+#include <set>
 #include <vector>
 
 #include "agent/applications/ApplicationInfo.h"
 #include "agent/applications/CellLimits.h"
 #include "agent/applications/CellWarnings.h"
+#include "agent/applications/Identity.h"
 #include "agent/applications/Limits.h"
 #include "agent/cells/CellOwners.h"
 #include "agent/cells/CellStore.h"
@@ -28,7 +30,8 @@ class ApplicationConnection;
 /// Accepts the applications of this host and publishes their values.
 ///
 /// It has one ApplicationConnection for each connected application, and keeps the ApplicationInfo of a lost
-/// one until its last cell is gone.
+/// one until its last cell is gone. Only the user who has published a cell, or root, may publish it in a
+/// later application.
 ///
 /// Ownership: cells and clock must outlive the server. It owns the connections.
 /// Failure: an error ends only the connection it came from. Applications and cells beyond the limits are
@@ -38,7 +41,8 @@ class ApplicationServer : public QObject, public CellOwners
     Q_OBJECT
 
 public:
-    ApplicationServer(ServedCells& cells, Clock& clock, const Limits& limits);
+    ApplicationServer(ServedCells& cells, Clock& clock, const Limits& limits,
+                      Identify identify = &identityOf);
 
     Error listen(const QHostAddress& host, quint16 port);
 
@@ -52,8 +56,12 @@ public:
     {
         return m_connections.count(application) > 0;
     }
+    QString nameOf(ApplicationId application) const override;
     void ask(ApplicationId owner, int number, const ObjectId& id, const CellValue& value) override;
     void commit(ApplicationId owner, const ObjectId& id, const CellValue& value) override;
+
+    /// Cells that were not taken over, since they belong to another user.
+    quint64 takeoversRefused() const { return m_takeoversRefused; }
 
 signals:
     void answered(agent::ApplicationId application, int number, int errorStatus);
@@ -67,24 +75,30 @@ signals:
 private:
     void acceptAll();
     void acceptLater();
-    void accept(QTcpSocket* socket);
+    void accept(QTcpSocket* socket, const Identity& identity);
+    bool isAllowed(const Identity& identity);
     void turnAway(QTcpSocket* socket);
     void publish(ApplicationId application, const ObjectId& id, const CellValue& value, bool notify);
     void unset(ApplicationId application, const ObjectId& tree);
+    Error checkOwner(ApplicationId application, const ObjectId& id);
     void refuse(ApplicationId application, const ObjectId& id, const Error& error);
     void handleDisconnected(ApplicationId application);
-    QString nameOf(ApplicationId application) const;
+    const ApplicationInfo* find(ApplicationId application) const;
+    Owner ownerOf(ApplicationId application) const;
 
     QTcpServer m_server;
     ServedCells& m_cells;
     Clock& m_clock;
     const Limits m_limits;
+    const Identify m_identify;
     const CellLimits m_cellLimits;
     CellWarnings m_warnings;
     std::map<ApplicationId, ApplicationConnection*> m_connections;
     std::map<ApplicationId, ApplicationInfo> m_lost;
     ApplicationId m_lastApplication = 0;
+    quint64 m_takeoversRefused = 0;
     bool m_isFullLogged = false;
+    std::set<User> m_refusedUsers; // those in the log
 };
 
 } // namespace agent

@@ -10,18 +10,18 @@
 
 namespace agent {
 
-void CellWarnings::warn(ApplicationId application, const ObjectId& id, const QString& text)
+void CellWarnings::warn(const Owner& application, const ObjectId& id, const QString& text)
 {
-    std::set<size_t>& warned = m_warned[application];
+    std::set<size_t>& warned = m_warned[application.application];
     if (warned.size() >= maxPerApplication)
         return;
     const std::string_view bytes(reinterpret_cast<const char*>(id.data()), id.size() * sizeof(id[0]));
     if (!warned.insert(std::hash<std::string_view>()(bytes)).second)
         return;
-    log::warning(text);
+    log::warning(application.name + QLatin1Char(' ') + text);
     if (warned.size() == maxPerApplication)
-        log::warning(QStringLiteral("application %1: further warnings about its cells are suppressed")
-                         .arg(application));
+        log::warning(
+            QStringLiteral("%1: further warnings about its cells are suppressed").arg(application.name));
 }
 
 } // namespace agent

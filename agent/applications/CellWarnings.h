@@ -9,7 +9,7 @@
 #include <map>
 #include <set>
 
-#include "agent/cells/Cell.h"
+#include "agent/cells/Owner.h"
 #include "agent/core/ObjectId.h"
 
 namespace agent {
@@ -23,8 +23,8 @@ class CellWarnings
 public:
     static constexpr size_t maxPerApplication = 1000;
 
-    /// Logs the text unless the application already has a warning about the cell.
-    void warn(ApplicationId application, const ObjectId& id, const QString& text);
+    /// Logs the text, after the application's name, unless there was a warning about the cell before.
+    void warn(const Owner& application, const ObjectId& id, const QString& text);
 
     /// The application has disconnected.
     void forget(ApplicationId application) { m_warned.erase(application); }

@@ -6,18 +6,23 @@
 
 #include <QtGlobal>
 
+#include <cstdint>
+#include <set>
+
 #include "base/wire/FrameHeader.h"
 
 namespace agent {
 
-/// Limits on connections, cells, texts and frames. The agent refuses anything beyond them, so a defective
-/// application does not harm the others.
+/// Limits on users, connections, cells, texts and frames. The agent refuses anything beyond them, so a
+/// defective application does not harm the others.
 struct Limits
 {
     int connections = 256;     ///< at one time
     int cells = 100'000;       ///< of one application
     int textBytes = 65'535;    ///< of one value; the limit of SNMP
     int frameBytes = maxFrame; ///< of one frame after its length field
+
+    std::set<std::uint32_t> users; ///< who may publish; empty: every user, also an unknown one
 
     static constexpr int maxFrame = static_cast<int>(base::FrameHeader::maxLength);
 

@@ -4,6 +4,8 @@
 #ifndef VIGIL_AGENT_CELLS_CELLOWNERS_H
 #define VIGIL_AGENT_CELLS_CELLOWNERS_H
 
+#include <QString>
+
 #include "agent/cells/Cell.h"
 #include "agent/core/ObjectId.h"
 
@@ -18,6 +20,9 @@ public:
     virtual ~CellOwners() = default;
 
     virtual bool isConnected(ApplicationId owner) const = 0;
+
+    /// As messages name it, connected or not.
+    virtual QString nameOf(ApplicationId owner) const = 0;
 
     /// Asks whether a manager may set the cell. The answer carries the same number.
     virtual void ask(ApplicationId owner, int number, const ObjectId& id, const CellValue& value) = 0;

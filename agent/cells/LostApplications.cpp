@@ -29,9 +29,10 @@ std::optional<LostApplications::State> LostApplications::stateOf(ApplicationId a
     return loss == m_losses.end() ? std::nullopt : std::optional<State>(loss->second.state);
 }
 
-void LostApplications::add(ApplicationId application)
+void LostApplications::add(const Owner& owner)
 {
-    m_losses[application] = {State::InGrace, m_clock.nowUtc()};
+    const ApplicationId application = owner.application;
+    m_losses[application] = {State::InGrace, m_clock.nowUtc(), owner};
     m_graceDelay.restart(application);
     m_forgetDelay.restart(application);
     while (m_losses.size() > 1 && isRoomShort())
@@ -64,12 +65,11 @@ void LostApplications::makeRoom()
     const auto oldest = std::min_element(m_losses.begin(), m_losses.end(), [](const auto& a, const auto& b) {
         return a.second.since < b.second.since;
     });
-    const ApplicationId application = oldest->first;
     log::warning(QStringLiteral("%1 lost applications still have cells, more than the limits allow; those of "
-                                "application %2 are removed. Find out which application keeps crashing")
+                                "%2 are removed. Find out which application keeps crashing")
                      .arg(m_losses.size())
-                     .arg(application));
-    removeAndEnd(application);
+                     .arg(oldest->second.owner.name));
+    removeAndEnd(oldest->first);
 }
 
 bool LostApplications::isRoomShort() const

@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "agent/cells/CellStore.h"
+#include "agent/cells/Owner.h"
 #include "agent/core/Clock.h"
 #include "agent/core/DelayQueue.h"
 
@@ -66,7 +67,7 @@ public:
     LostApplications(const CellStore& store, Clock& clock, const Settings& settings, Actions& actions);
 
     /// The connection has ended; the application owns at least one cell.
-    void add(ApplicationId application);
+    void add(const Owner& owner);
 
     /// A cell of a lost application now has another owner.
     void handleCellReturned(ApplicationId application);
@@ -81,6 +82,7 @@ private:
     {
         State state;
         QDateTime since;
+        Owner owner;
     };
 
     void handleGraceOver(ApplicationId application);

@@ -62,11 +62,11 @@ void ServedCells::handleRemoved(const std::vector<ObjectId>& ids)
     }
 }
 
-bool ServedCells::lose(ApplicationId application)
+bool ServedCells::lose(const Owner& owner)
 {
-    if (m_store.countOf(application) == 0)
+    if (m_store.countOf(owner.application) == 0)
         return false;
-    m_lost.add(application);
+    m_lost.add(owner);
     return true;
 }
 

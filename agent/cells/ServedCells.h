@@ -42,7 +42,7 @@ public:
 
     /// The application's connection has ended. Returns true if it has cells left; applicationGone() follows
     /// then.
-    bool lose(ApplicationId application);
+    bool lose(const Owner& owner);
 
     const CellStore& store() const { return m_store; }
 

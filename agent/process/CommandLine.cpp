@@ -5,6 +5,7 @@
 
 #include <QCommandLineParser>
 
+#include "agent/core/User.h"
 #include "base/BuildInfo.h"
 
 namespace agent {
@@ -56,6 +57,7 @@ private:
     Error readSubtree();
     Error readListen();
     Error readSetTimeout();
+    Error readUsers();
     Error readNumber(const Number& number);
 
     bool isSet(const QCommandLineOption& option) const { return m_parser.isSet(option); }
@@ -97,6 +99,11 @@ private:
             .arg(m_options.listenHost.toString())
             .arg(m_options.listenPort),
         QStringLiteral("host:port"));
+    const QCommandLineOption m_allowUsers = QCommandLineOption(
+        QStringLiteral("allow-users"),
+        QStringLiteral("Accept only applications of <users>: names or numbers, separated by commas. Without "
+                       "this option every user of this host may publish."),
+        QStringLiteral("users"));
     const Number m_setTimeout = numberOption(
         QStringLiteral("set-timeout"), QStringLiteral("ms"),
         QStringLiteral("Wait at most <ms> milliseconds for an application to accept or refuse a SET. "
@@ -139,9 +146,10 @@ Reader::Reader(Options& options) : m_options(options)
 {
     m_parser.setApplicationDescription(
         QStringLiteral("Serves the health of this host's applications to SNMP managers."));
-    m_parser.addOptions({m_agentx, m_standalone, m_subtree, m_config, m_listen, m_setTimeout.option,
-                         m_grace.option, m_forget.option, m_staleAfter.option, m_maxConnections.option,
-                         m_maxCells.option, m_maxText.option, m_maxFrame.option, m_verbose});
+    m_parser.addOptions({m_agentx, m_standalone, m_subtree, m_config, m_listen, m_allowUsers,
+                         m_setTimeout.option, m_grace.option, m_forget.option, m_staleAfter.option,
+                         m_maxConnections.option, m_maxCells.option, m_maxText.option, m_maxFrame.option,
+                         m_verbose});
 }
 
 Error Reader::read(const QStringList& arguments, QString& output)
@@ -165,8 +173,8 @@ Error Reader::readOptions()
     if (!stray.isEmpty())
         return Error(QStringLiteral("unexpected argument %1").arg(stray.constFirst()));
     m_options.isVerbose = isSet(m_verbose);
-    for (const auto readPart :
-         {&Reader::readRole, &Reader::readSubtree, &Reader::readListen, &Reader::readSetTimeout}) {
+    for (const auto readPart : {&Reader::readRole, &Reader::readSubtree, &Reader::readListen,
+                                &Reader::readUsers, &Reader::readSetTimeout}) {
         if (Error error = (this->*readPart)())
             return error;
     }
@@ -266,6 +274,20 @@ Error Reader::readListen()
                          .arg(text));
     m_options.listenHost = address;
     m_options.listenPort = port;
+    return {};
+}
+
+Error Reader::readUsers()
+{
+    if (!isSet(m_allowUsers))
+        return {};
+    for (const QString& name : value(m_allowUsers).split(QLatin1Char(','))) {
+        const User user = platform::userNamed(name.trimmed().toStdString());
+        if (!user)
+            return Error(QStringLiteral("--allow-users %1: there is no user \"%2\"")
+                             .arg(value(m_allowUsers), name.trimmed()));
+        m_options.limits.users.insert(*user);
+    }
     return {};
 }
 

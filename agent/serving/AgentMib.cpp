@@ -7,7 +7,7 @@ namespace agent {
 
 AgentMib::AgentMib(const Clock& clock, const CellStore& store, const ApplicationServer& applications,
                    const SetCoordinator& sets, const Notifications& notifications)
-    : m_scalars(clock, store, sets, notifications), m_connections(applications)
+    : m_scalars(clock, store, applications, sets, notifications), m_connections(applications)
 {}
 
 Error AgentMib::registerObjects()

@@ -14,17 +14,27 @@ namespace {
 
 // The arcs in the MIB.
 constexpr unsigned int scalarsArc = 1;
-enum Scalar : oid { Version = 1, UpTime, Cells, SetsForwarded, SetsRefused, SetsTimedOut, NotificationsSent };
+enum Scalar : oid {
+    Version = 1,
+    UpTime,
+    Cells,
+    SetsForwarded,
+    SetsRefused,
+    SetsTimedOut,
+    NotificationsSent,
+    TakeoversRefused
+};
 
 constexpr qint64 msPerTick = 10;
 
 } // namespace
 
-AgentScalars::AgentScalars(const Clock& clock, const CellStore& store, const SetCoordinator& sets,
-                           const Notifications& notifications)
+AgentScalars::AgentScalars(const Clock& clock, const CellStore& store, const ApplicationServer& applications,
+                           const SetCoordinator& sets, const Notifications& notifications)
     : m_clock(clock),
       m_startMs(clock.elapsedMs()),
       m_store(store),
+      m_applications(applications),
       m_sets(sets),
       m_notifications(notifications)
 {}
@@ -38,7 +48,7 @@ bool AgentScalars::registerObjects()
     if (!registration)
         return false;
     registration->handler->myvoid = this;
-    return netsnmp_register_scalar_group(registration, Version, NotificationsSent) == MIB_REGISTERED_OK;
+    return netsnmp_register_scalar_group(registration, Version, TakeoversRefused) == MIB_REGISTERED_OK;
 }
 
 int AgentScalars::handle(netsnmp_mib_handler* handler, netsnmp_handler_registration*,
@@ -68,6 +78,8 @@ void AgentScalars::put(netsnmp_variable_list* varbind, oid object) const
         return putNumber(varbind, ASN_COUNTER, m_sets.counts().timedOut);
     case NotificationsSent:
         return putNumber(varbind, ASN_COUNTER, m_notifications.sent());
+    case TakeoversRefused:
+        return putNumber(varbind, ASN_COUNTER, m_applications.takeoversRefused());
     default:
         break;
     }

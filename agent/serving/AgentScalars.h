@@ -6,6 +6,7 @@
 
 #include <QtGlobal>
 
+#include "agent/applications/ApplicationServer.h"
 #include "agent/cells/CellStore.h"
 #include "agent/core/Clock.h"
 #include "agent/netsnmp/NetSnmp.h"
@@ -14,14 +15,15 @@
 
 namespace agent {
 
-/// Serves the scalars of VIGIL-AGENT-MIB: version, uptime, and counts of cells, SETs and notifications.
+/// Serves the scalars of VIGIL-AGENT-MIB: version, uptime, and counts of cells, SETs, notifications and
+/// refused takeovers.
 ///
 /// Ownership: the scalars must outlive Net-SNMP's agent, and what they report on must outlive them.
 class AgentScalars
 {
 public:
-    AgentScalars(const Clock& clock, const CellStore& store, const SetCoordinator& sets,
-                 const Notifications& notifications);
+    AgentScalars(const Clock& clock, const CellStore& store, const ApplicationServer& applications,
+                 const SetCoordinator& sets, const Notifications& notifications);
 
     /// Net-SNMP's agent must be initialised. False if it refuses.
     bool registerObjects();
@@ -35,6 +37,7 @@ private:
     const Clock& m_clock;
     const qint64 m_startMs;
     const CellStore& m_store;
+    const ApplicationServer& m_applications;
     const SetCoordinator& m_sets;
     const Notifications& m_notifications;
 };

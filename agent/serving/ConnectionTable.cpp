@@ -13,7 +13,19 @@ namespace {
 
 // The arcs in the MIB.
 constexpr unsigned int tableArc = 2;
-enum Column : unsigned int { Address = 2, Port, State, Since, Cells, Frames, RecordsRefused, LastFrame };
+enum Column : unsigned int {
+    Address = 2,
+    Port,
+    State,
+    Since,
+    Cells,
+    Frames,
+    RecordsRefused,
+    LastFrame,
+    User,
+    Process,
+    Program
+};
 
 void putColumn(netsnmp_variable_list* varbind, unsigned int column, const ApplicationInfo& application)
 {
@@ -37,6 +49,13 @@ void putColumn(netsnmp_variable_list* varbind, unsigned int column, const Applic
         return putNumber(varbind, ASN_COUNTER, application.recordsRefused);
     case LastFrame:
         return putTime(varbind, application.lastFrame);
+    case User:
+        return putText(varbind, application.identity.user ? QByteArray::number(*application.identity.user)
+                                                          : QByteArrayLiteral("unknown"));
+    case Process:
+        return putNumber(varbind, ASN_UNSIGNED, application.identity.process);
+    case Program:
+        return putText(varbind, application.identity.program.toLatin1());
     default:
         break;
     }
@@ -66,7 +85,7 @@ bool ConnectionTable::registerObjects()
         return false;
     netsnmp_table_helper_add_indexes(columns.get(), ASN_UNSIGNED, 0);
     columns->min_column = Address;
-    columns->max_column = LastFrame;
+    columns->max_column = Program;
     rows->get_first_data_point = &ConnectionTable::firstRow;
     rows->get_next_data_point = &ConnectionTable::nextRow;
     rows->table_reginfo = columns.get();

@@ -131,12 +131,10 @@ void SetCoordinator::handleTimeout(Key key)
     ++m_counts.timedOut;
     const SetTransaction& set = position->second;
     const SetTransaction::Question& open = set.questions()[static_cast<size_t>(set.decision().index)];
-    log::warning(
-        QStringLiteral("application %1 has not answered a SET of %2 within %3 ms; the manager is told "
-                       "resourceUnavailable")
-            .arg(open.owner)
-            .arg(toText(open.varbind.id))
-            .arg(m_timeoutMs));
+    log::warning(QStringLiteral("%1 has not answered a SET of %2 within %3 ms; the manager is told "
+                                "resourceUnavailable")
+                     .arg(m_owners.nameOf(open.owner), toText(open.varbind.id))
+                     .arg(m_timeoutMs));
     announce(key);
 }
 

@@ -36,7 +36,7 @@ constexpr Room rooms[] = {
     {"src/snmp/",           "src/client/ src/base/ src/base/wire/ src/types/ src/platform/"},
     {"src/health/",         "src/snmp/ src/client/ src/base/ src/types/ src/platform/"},
 
-    {"agent/core/",         "src/base/wire/"},
+    {"agent/core/",         "src/base/wire/ src/platform/peer/"},
     {"agent/netsnmp/",      "agent/core/"},
     {"agent/cells/",        "agent/core/"},
     {"agent/notifications/","agent/cells/ agent/netsnmp/ agent/core/"},

@@ -8,6 +8,8 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
+#include <unistd.h>
+
 #include "support/AgentProcess.h"
 #include "support/EnterpriseId.h"
 #include "support/FakeApplication.h"
@@ -20,6 +22,10 @@ using support::full;
 using support::SnmpTool;
 
 namespace {
+
+// Of VIGIL-AGENT-MIB.
+constexpr int scalars = 8;
+constexpr int columns = 11;
 
 const QString dateAndTime = QStringLiteral("20\\d\\d-\\d+-\\d+,\\d+:\\d+:\\d+\\.\\d,\\+0:0");
 
@@ -143,8 +149,14 @@ TEST_F(AgentMib, HasARowForEachApplication)
     settle(*first);
     ASSERT_TRUE(tool->waitFor(column("Frames", 1), QStringLiteral("4")));
     EXPECT_EQ(tool->get(column("Address", 1)), QStringLiteral("127.0.0.1"));
-    EXPECT_TRUE(
-        agent->log().contains("application 1 (127.0.0.1:" + tool->get(column("Port", 1)).toUtf8() + ")"));
+    EXPECT_EQ(tool->get(column("User", 1)), QString::number(geteuid()));
+    EXPECT_EQ(tool->get(column("Process", 1)), QString::number(getpid()));
+    EXPECT_EQ(tool->get(column("Program", 1)), QStringLiteral("agent_end_to_en")) << "the first 15 bytes";
+    const QString name = QStringLiteral("application 1 (agent_end_to_en, uid %1, pid %2, 127.0.0.1:%3)")
+                             .arg(geteuid())
+                             .arg(getpid())
+                             .arg(tool->get(column("Port", 1)));
+    EXPECT_TRUE(agent->log().contains(name.toUtf8())) << agent->log().constData();
     EXPECT_EQ(tool->get(column("State", 1)), QStringLiteral("1"));
     EXPECT_TRUE(isMatch(dateAndTime, tool->get(column("Since", 1))))
         << qPrintable(tool->get(column("Since", 1)));
@@ -181,12 +193,15 @@ TEST_F(AgentMib, SnmptablePrintsNamesOnly)
     const QStringList lines = result.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 4) << qPrintable(result.out);
     EXPECT_EQ(lines[1].simplified(),
-              QStringLiteral("index Address Port State Since Cells Frames RecordsRefused LastFrame"));
-    EXPECT_TRUE(isMatch(QStringLiteral("1 127\\.0\\.0\\.1 \\d+ connected %1 2 2 0 %1").arg(dateAndTime),
-                        lines[2].simplified()))
+              QStringLiteral("index Address Port State Since Cells Frames RecordsRefused LastFrame "
+                             "User Process Program"));
+    EXPECT_TRUE(isMatch(
+        QStringLiteral("1 127\\.0\\.0\\.1 \\d+ connected %1 2 2 0 %1 \\d+ \\d+ \\S+").arg(dateAndTime),
+        lines[2].simplified()))
         << qPrintable(lines[2]);
     EXPECT_TRUE(
-        isMatch(QStringLiteral("2 127\\.0\\.0\\.1 \\d+ connected %1 0 0 0 0-0-0,0:0:0\\.0").arg(dateAndTime),
+        isMatch(QStringLiteral("2 127\\.0\\.0\\.1 \\d+ connected %1 0 0 0 0-0-0,0:0:0\\.0 \\d+ \\d+ \\S+")
+                    .arg(dateAndTime),
                 lines[3].simplified()))
         << qPrintable(lines[3]);
 }
@@ -198,25 +213,25 @@ TEST_F(AgentMib, AWalkReadsItBetweenItsNeighbours)
     settle(*first);
     for (const char* program : {"snmpwalk", "snmpbulkwalk"}) {
         const QStringList lines = tool->walk(enterprise, QLatin1String(program));
-        ASSERT_EQ(lines.size(), 1 + 7 + 2 * 8 + 3) << program << '\n'
-                                                   << qPrintable(lines.join(QLatin1Char('\n')));
+        ASSERT_EQ(lines.size(), 1 + scalars + 2 * columns + 3) << program << '\n'
+                                                               << qPrintable(lines.join(QLatin1Char('\n')));
         EXPECT_EQ(lines[0], enterprise + QStringLiteral(".127.3.1.200.4.9 1"));
-        for (int object = 1; object <= 7; ++object)
+        for (int object = 1; object <= scalars; ++object)
             EXPECT_TRUE(
                 lines[object].startsWith(enterprise + QStringLiteral(".127.3.1.200.5.1.%1.0 ").arg(object)));
-        for (int cell = 0; cell < 2 * 8; ++cell)
-            EXPECT_TRUE(lines[8 + cell].startsWith(
+        for (int cell = 0; cell < 2 * columns; ++cell)
+            EXPECT_TRUE(lines[1 + scalars + cell].startsWith(
                 enterprise + QStringLiteral(".127.3.1.200.5.2.1.%1.%2 ").arg(cell / 2 + 2).arg(cell % 2 + 1)))
-                << qPrintable(lines[8 + cell]);
-        EXPECT_EQ(lines[24], enterprise + QStringLiteral(".127.3.1.200.6 2"));
-        EXPECT_EQ(lines[25], enterprise + QStringLiteral(".999.1 1"));
+                << qPrintable(lines[1 + scalars + cell]);
+        EXPECT_EQ(lines[lines.size() - 3], enterprise + QStringLiteral(".127.3.1.200.6 2"));
+        EXPECT_EQ(lines[lines.size() - 2], enterprise + QStringLiteral(".999.1 1"));
     }
 }
 
 TEST_F(AgentMib, AGetNextOfTheLastRowGoesOnWithTheNextColumn)
 {
     const SnmpTool::Result result = tool->run(
-        QStringLiteral("snmpgetnext"), {column("Address", 2), column("State", 2), column("LastFrame", 2)},
+        QStringLiteral("snmpgetnext"), {column("Address", 2), column("State", 2), column("Program", 2)},
         {QStringLiteral("-OQse")});
     EXPECT_TRUE(isMatch(QStringLiteral("vigilAgentConnectionPort.1 = \\d+\nvigilAgentConnectionSince.1 = .*\n"
                                        ".* = No more variables left.*"),
@@ -247,5 +262,5 @@ TEST_F(AgentMib, ApplicationsCannotPublishInIt)
     EXPECT_EQ(tool->get(scalar("Cells")), QStringLiteral("1"));
     EXPECT_EQ(tool->get(column("State", 1)), QStringLiteral("1"));
     EXPECT_EQ(tool->get(column("RecordsRefused", 1)), QStringLiteral("8"));
-    EXPECT_EQ(tool->walk(enterprise).size(), 7 + 2 * 8 + 2) << "the end has a line, too";
+    EXPECT_EQ(tool->walk(enterprise).size(), scalars + 2 * columns + 2) << "the end has a line, too";
 }

@@ -70,7 +70,7 @@ public:
 
     void reconnect()
     {
-        m_cells.lose(m_application);
+        m_cells.lose({m_application});
         connect();
     }
 

@@ -25,8 +25,8 @@ protected:
         server.listen(QHostAddress::LocalHost);
         application = std::make_unique<FakeApplication>(server.serverPort());
         server.waitForNewConnection(10'000);
-        connection = std::make_unique<ApplicationConnection>(server.nextPendingConnection(), 1, clock,
-                                                             agent::Limits(), nullptr);
+        connection = std::make_unique<ApplicationConnection>(
+            server.nextPendingConnection(), 1, agent::Identity(), clock, agent::Limits(), nullptr);
         QObject::connect(connection.get(), &ApplicationConnection::lost, connection.get(),
                          [this] { ++losses; });
     }

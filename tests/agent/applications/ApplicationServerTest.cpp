@@ -18,6 +18,7 @@ using support::runUntil;
 namespace {
 
 const agent::ObjectId firstCell{1, 3, 6, 1, 4, 1, 32473, 5, 1};
+const agent::ObjectId mark{1, 3, 6, 1, 4, 1, 32473, 6, 1};
 
 class ApplicationServerTest : public testing::Test
 {
@@ -42,7 +43,30 @@ protected:
     agent::CellStore store;
     support::ManualClock clock;
     agent::ServedCells cells{store, clock, {{10'000, 60'000, 3, 100}, 60'000}};
-    ApplicationServer server{cells, clock, limits()};
+    agent::Identity nextIdentity{1001, 4711, QStringLiteral("shop-server")}; ///< of the next application
+    ApplicationServer server{cells, clock, limits(), [this](std::intptr_t) { return nextIdentity; }};
+
+    /// Connects an application of this user.
+    std::unique_ptr<FakeApplication> connectAs(const agent::User& user)
+    {
+        nextIdentity = {user, 0, QString()};
+        const size_t before = server.applications().size();
+        auto application = std::make_unique<FakeApplication>(port());
+        EXPECT_TRUE(runUntil([&] { return server.applications().size() > before; }));
+        return application;
+    }
+
+    int valueOf(const agent::ObjectId& id) const { return std::get<int>(store.find(id)->value); }
+
+    /// Waits until the server has handled everything the application has sent.
+    bool settle(FakeApplication& application)
+    {
+        application.publish("6.1", ++m_marks);
+        return runUntil([&] { return store.find(mark) && valueOf(mark) == m_marks; });
+    }
+
+private:
+    int m_marks = 0;
 };
 
 } // namespace
@@ -63,6 +87,12 @@ TEST_F(ApplicationServerTest, ReportsAConnectedApplication)
     EXPECT_EQ(info.number, 1u);
     EXPECT_EQ(info.address, QHostAddress(QHostAddress::LocalHost));
     EXPECT_EQ(info.port, application.localPort());
+    EXPECT_EQ(info.identity.user, 1001U);
+    EXPECT_EQ(info.identity.process, 4711U);
+    EXPECT_EQ(info.identity.program, QStringLiteral("shop-server"));
+    EXPECT_EQ(server.nameOf(1),
+              QStringLiteral("application 1 (shop-server, uid 1001, pid 4711, 127.0.0.1:%1)")
+                  .arg(application.localPort()));
     EXPECT_EQ(info.state, ApplicationInfo::State::Connected);
     EXPECT_EQ(info.since, connected);
     EXPECT_EQ(info.cells, 2u);
@@ -180,4 +210,111 @@ TEST_F(ApplicationServerTest, SignalsAValueWithANotification)
     application.sendFrame(base::SnmpIntType, base::ValueAndNotify, payload);
     EXPECT_TRUE(runUntil([&] { return !wanted.empty(); }));
     EXPECT_THAT(wanted, testing::ElementsAre(firstCell));
+}
+
+TEST_F(ApplicationServerTest, AnotherUserCannotTakeOverACell)
+{
+    const auto application = connectAs(1001);
+    application->publish("5.1", 1);
+    ASSERT_TRUE(waitForCells(1));
+    const auto other = connectAs(1002);
+    other->publish("5.1", 2);
+    other->unset("5.1");
+    ASSERT_TRUE(settle(*other));
+    EXPECT_EQ(valueOf(firstCell), 1);
+    EXPECT_EQ(store.find(firstCell)->owner, 1U);
+    EXPECT_EQ(server.takeoversRefused(), 1U);
+    EXPECT_EQ(server.applications()[1].recordsRefused, 1U);
+    EXPECT_TRUE(other->isConnected());
+}
+
+TEST_F(ApplicationServerTest, TheSameUserAndRootTakeOverACell)
+{
+    const auto application = connectAs(1001);
+    application->publish("5.1", 1);
+    ASSERT_TRUE(waitForCells(1));
+    const auto same = connectAs(1001);
+    same->publish("5.1", 2);
+    EXPECT_TRUE(runUntil([&] { return valueOf(firstCell) == 2; }));
+    const auto root = connectAs(0);
+    root->publish("5.1", 3);
+    EXPECT_TRUE(runUntil([&] { return valueOf(firstCell) == 3; }));
+    same->publish("5.1", 4);
+    ASSERT_TRUE(settle(*same));
+    EXPECT_EQ(valueOf(firstCell), 3) << "now it is root's";
+    EXPECT_EQ(server.takeoversRefused(), 1U);
+}
+
+TEST_F(ApplicationServerTest, UnknownUsersAreOneOwner)
+{
+    const auto unknown = connectAs({});
+    unknown->publish("5.1", 1);
+    ASSERT_TRUE(waitForCells(1));
+    const auto known = connectAs(1001);
+    known->publish("5.1", 2);
+    ASSERT_TRUE(settle(*known));
+    EXPECT_EQ(valueOf(firstCell), 1);
+    const auto alsoUnknown = connectAs({});
+    alsoUnknown->publish("5.1", 3);
+    EXPECT_TRUE(runUntil([&] { return valueOf(firstCell) == 3; }));
+    alsoUnknown->publish("6.1", 4);
+    alsoUnknown->publish("5.2", 5);
+    ASSERT_TRUE(waitForCells(3));
+    EXPECT_NE(valueOf(mark), 4) << "the cell of a known user";
+}
+
+TEST_F(ApplicationServerTest, ACellOfALostApplicationStaysItsUsers)
+{
+    auto application = connectAs(1001);
+    application->publish("5.1", 1);
+    ASSERT_TRUE(waitForCells(1));
+    application->close();
+    ASSERT_TRUE(runUntil([&] { return server.applications()[0].state == ApplicationInfo::State::Lost; }));
+    EXPECT_TRUE(server.nameOf(1).contains(QStringLiteral("uid 1001")));
+    const auto other = connectAs(1002);
+    other->publish("5.1", 2);
+    ASSERT_TRUE(settle(*other));
+    EXPECT_EQ(valueOf(firstCell), 1);
+    const auto again = connectAs(1001);
+    again->publish("5.1", 3);
+    EXPECT_TRUE(runUntil([&] { return valueOf(firstCell) == 3; }));
+}
+
+TEST_F(ApplicationServerTest, AFreedCellIsForEveryUser)
+{
+    const auto application = connectAs(1001);
+    application->publish("5.1", 1);
+    application->unset("5.1");
+    ASSERT_TRUE(settle(*application));
+    const auto other = connectAs(1002);
+    other->publish("5.1", 2);
+    EXPECT_TRUE(runUntil([&] { return store.find(firstCell) != nullptr; }));
+    EXPECT_EQ(server.takeoversRefused(), 0U);
+}
+
+TEST_F(ApplicationServerTest, TurnsAwayUsersWhoMayNotPublish)
+{
+    agent::Limits someUsers = limits();
+    someUsers.users = {1001};
+    ApplicationServer strict(cells, clock, someUsers, [this](std::intptr_t) { return nextIdentity; });
+    ASSERT_FALSE(strict.listen(QHostAddress::LocalHost, 0));
+    const quint16 strictPort = strict.address().section(QLatin1Char(':'), -1).toUShort();
+    for (const agent::User& user : {agent::User(1002), agent::User(0), agent::User()}) {
+        nextIdentity = {user, 0, QString()};
+        FakeApplication application(strictPort);
+        EXPECT_TRUE(application.waitForDisconnect());
+    }
+    nextIdentity = {1001, 0, QString()};
+    FakeApplication application(strictPort);
+    application.publish("5.1", 1);
+    EXPECT_TRUE(waitForCells(1));
+}
+
+TEST(Identity, IsTextForMessages)
+{
+    using agent::identityText;
+    EXPECT_EQ(identityText({1001, 4711, QStringLiteral("shop-server")}),
+              QStringLiteral("shop-server, uid 1001, pid 4711"));
+    EXPECT_EQ(identityText({1001, 0, QString()}), QStringLiteral("uid 1001"));
+    EXPECT_EQ(identityText({}), QStringLiteral("unknown user"));
 }

@@ -29,25 +29,25 @@ protected:
 TEST_F(CellWarningsTest, WarnsOnceAboutEachCellOfAnApplication)
 {
     for (int i = 0; i < 3; ++i) {
-        warnings.warn(1, {1, 2}, QStringLiteral("text"));
-        warnings.warn(1, {1, 3}, QStringLiteral("text"));
-        warnings.warn(2, {1, 2}, QStringLiteral("text"));
+        warnings.warn({1}, {1, 2}, QStringLiteral("text"));
+        warnings.warn({1}, {1, 3}, QStringLiteral("text"));
+        warnings.warn({2}, {1, 2}, QStringLiteral("text"));
     }
     EXPECT_EQ(lines(), 3);
 }
 
 TEST_F(CellWarningsTest, WarnsAgainAfterTheApplicationIsForgotten)
 {
-    warnings.warn(1, {1, 2}, QStringLiteral("text"));
+    warnings.warn({1}, {1, 2}, QStringLiteral("text"));
     warnings.forget(1);
-    warnings.warn(1, {1, 2}, QStringLiteral("text"));
+    warnings.warn({1}, {1, 2}, QStringLiteral("text"));
     EXPECT_EQ(lines(), 2);
 }
 
 TEST_F(CellWarningsTest, EndsWithALineAboutTheSuppression)
 {
     for (unsigned int i = 0; i < CellWarnings::maxPerApplication + 100; ++i)
-        warnings.warn(1, {1, i}, QStringLiteral("text"));
-    warnings.warn(2, {1, 2}, QStringLiteral("text"));
+        warnings.warn({1}, {1, i}, QStringLiteral("text"));
+    warnings.warn({2}, {1, 2}, QStringLiteral("text"));
     EXPECT_EQ(lines(), std::ptrdiff_t(CellWarnings::maxPerApplication) + 2);
 }

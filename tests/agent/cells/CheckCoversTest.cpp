@@ -65,7 +65,7 @@ protected:
     /// Application 1 is lost, and its grace period is over.
     void loseAndCover()
     {
-        lost.add(1);
+        lost.add({1});
         covers.handleGraceOver(1, clock.nowUtc());
     }
 
@@ -185,7 +185,7 @@ TEST_F(CheckCoversTest, AStaleRowStaysStaleAfterASummaryAlone)
 TEST_F(CheckCoversTest, AStaleRowOfALostApplicationShowsANewSummary)
 {
     clock.advance(staleAfterMs);
-    lost.add(1);
+    lost.add({1});
     writeSummary(2, "careful");
     EXPECT_EQ(served(), "3 careful");
 }

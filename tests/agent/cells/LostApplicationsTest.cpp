@@ -70,7 +70,7 @@ protected:
     OneLostApplication()
     {
         publish(1, {1, 2, 3});
-        applications.add(1);
+        applications.add({1});
     }
 };
 
@@ -139,7 +139,7 @@ TEST_F(LostApplicationsTest, NothingIsRemovedIfForgettingIsSwitchedOff)
     lasting.forgetMs = agent::DelayQueue<ApplicationId>::never;
     LostApplications others(store, clock, lasting, *this);
     publish(1, {1});
-    others.add(1);
+    others.add({1});
     clock.advance(1000 * forgetMs);
     EXPECT_THAT(actions, ElementsAre("cover 1"));
 }
@@ -184,7 +184,7 @@ TEST_F(OneLostApplication, KeepsItsOwnTimesIfItsSuccessorIsLostToo)
     clock.advance(graceMs / 2);
     takeOver(1, 2, {1});
     clock.advance(1);
-    applications.add(2);
+    applications.add({2});
     clock.advance(graceMs / 2);
     EXPECT_THAT(actions, ElementsAre("cover 1"));
     clock.advance(graceMs / 2);
@@ -196,11 +196,11 @@ TEST_F(LostApplicationsTest, TheOldestLossMakesRoomIfThereAreTooMany)
     for (const ApplicationId application : {1u, 2u, 3u, 4u})
         publish(application, {static_cast<unsigned int>(application)});
     for (const ApplicationId application : {3u, 1u, 4u}) {
-        applications.add(application);
+        applications.add({application});
         clock.advance(1);
     }
     EXPECT_THAT(actions, IsEmpty());
-    applications.add(2);
+    applications.add({2});
     EXPECT_THAT(actions, ElementsAre("remove 3", "end 3"));
 }
 
@@ -209,18 +209,18 @@ TEST_F(LostApplicationsTest, TheOldestLossMakesRoomIfThereAreTooManyCells)
     publish(1, {1, 2, 3, 4, 5});
     publish(2, {6, 7, 8, 9});
     publish(3, {10});
-    applications.add(1);
+    applications.add({1});
     clock.advance(1);
-    applications.add(2);
+    applications.add({2});
     EXPECT_THAT(actions, IsEmpty());
     clock.advance(1);
-    applications.add(3);
+    applications.add({3});
     EXPECT_THAT(actions, ElementsAre("remove 1", "end 1"));
 }
 
 TEST_F(LostApplicationsTest, TheLatestLossIsKeptHoweverManyCellsItHas)
 {
     publish(1, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
-    applications.add(1);
+    applications.add({1});
     EXPECT_EQ(state(), State::InGrace);
 }

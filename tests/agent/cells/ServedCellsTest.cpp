@@ -137,7 +137,7 @@ TEST_F(ServedCellsTest, AWithdrawnCheckDoesNotTurnStale)
 
 TEST_F(LostApplication, KeepsItsValuesWithinTheGracePeriod)
 {
-    EXPECT_TRUE(cells.lose(1));
+    EXPECT_TRUE(cells.lose({1}));
     clock.advance(graceMs - 1);
     EXPECT_EQ(served(), "0 all is well");
     EXPECT_THAT(signalled, IsEmpty());
@@ -145,7 +145,7 @@ TEST_F(LostApplication, KeepsItsValuesWithinTheGracePeriod)
 
 TEST_F(LostApplication, ReadsUnknownAfterTheGracePeriodAndKeepsItsOtherValues)
 {
-    cells.lose(1);
+    cells.lose({1});
     clock.advance(graceMs);
     EXPECT_EQ(served(), lostRow);
     EXPECT_EQ(served(otherCheck), lostRow);
@@ -155,7 +155,7 @@ TEST_F(LostApplication, ReadsUnknownAfterTheGracePeriodAndKeepsItsOtherValues)
 
 TEST_F(LostApplication, IsForgottenWithAllItsCells)
 {
-    cells.lose(1);
+    cells.lose({1});
     clock.advance(forgetMs - 1);
     EXPECT_EQ(store.size(), 5u);
     signalled.clear();
@@ -168,14 +168,14 @@ TEST_F(LostApplication, LeavesNothingIfItWithdrewItsCells)
 {
     cells.unset(1, ObjectId());
     signalled.clear();
-    EXPECT_FALSE(cells.lose(1));
+    EXPECT_FALSE(cells.lose({1}));
     clock.advance(100'000);
     EXPECT_THAT(signalled, IsEmpty());
 }
 
 TEST_F(LostApplication, IsReplacedAtOnceByPublishedValues)
 {
-    cells.lose(1);
+    cells.lose({1});
     clock.advance(20'000);
     publishRow(2, check, 2, "bad");
     EXPECT_EQ(served(), "2 bad");
@@ -184,7 +184,7 @@ TEST_F(LostApplication, IsReplacedAtOnceByPublishedValues)
 
 TEST_F(LostApplication, NeverReadsUnknownIfItReturnsWithinTheGracePeriod)
 {
-    cells.lose(1);
+    cells.lose({1});
     clock.advance(5'000);
     publishRow(2, check, 0, "all is well");
     publishRow(2, otherCheck, 0, "all is well");
@@ -197,7 +197,7 @@ TEST_F(LostApplication, NeverReadsUnknownIfItReturnsWithinTheGracePeriod)
 
 TEST_F(LostApplication, LosesItsOtherCellsOneGracePeriodAfterTheFirstReturned)
 {
-    cells.lose(1);
+    cells.lose({1});
     clock.advance(20'000);
     publishRow(2, check, 0, "all is well");
     clock.advance(graceMs - 1);
@@ -210,14 +210,14 @@ TEST_F(LostApplication, LosesItsOtherCellsOneGracePeriodAfterTheFirstReturned)
 
 TEST_F(LostApplication, IsNotNamedAsTheFormerOwner)
 {
-    cells.lose(1);
+    cells.lose({1});
     EXPECT_EQ(cells.publish(2, statusCell, 0), std::nullopt);
 }
 
 TEST_F(LostApplication, DoesNotAffectARowTakenOverByAnotherApplication)
 {
     publishRow(2, check, 1, "mine now");
-    cells.lose(1);
+    cells.lose({1});
     clock.advance(graceMs);
     EXPECT_EQ(served(), "1 mine now");
     EXPECT_EQ(served(otherCheck), lostRow);
@@ -225,17 +225,17 @@ TEST_F(LostApplication, DoesNotAffectARowTakenOverByAnotherApplication)
 
 TEST_F(LostApplication, IsNotAffectedByAnotherApplicationsUnset)
 {
-    cells.lose(1);
+    cells.lose({1});
     EXPECT_EQ(cells.unset(2, ObjectId()), 0u);
     EXPECT_EQ(served(), "0 all is well");
 }
 
 TEST_F(LostApplication, KeepsItsOwnTimesIfItsSuccessorIsLostToo)
 {
-    cells.lose(1);
+    cells.lose({1});
     clock.advance(4'000);
     publishRow(2, check, 0, "back");
-    cells.lose(2);
+    cells.lose({2});
     clock.advance(6'000);
     EXPECT_EQ(served(otherCheck), lostRow);
     EXPECT_EQ(served(), "0 back");
@@ -251,7 +251,7 @@ TEST_F(LostApplication, KeepsItsOwnTimesIfItsSuccessorIsLostToo)
 TEST_F(LostApplication, ReadsLostRatherThanStale)
 {
     clock.advance(30'000);
-    cells.lose(1);
+    cells.lose({1});
     clock.advance(graceMs);
     const std::string row = "3 No connection to the application since 2026-01-31 12:35:26 UTC.";
     EXPECT_EQ(served(), row);
@@ -262,7 +262,7 @@ TEST_F(LostApplication, ReadsLostRatherThanStale)
 TEST_F(LostApplication, ReadsStaleUntilTheGracePeriodIsOver)
 {
     clock.advance(60'000);
-    cells.lose(1);
+    cells.lose({1});
     EXPECT_EQ(served(), "3 No update since 2026-01-31 12:34:56 UTC.");
     clock.advance(graceMs);
     EXPECT_EQ(served(), "3 No connection to the application since 2026-01-31 12:35:56 UTC.");

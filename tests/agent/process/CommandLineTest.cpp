@@ -238,3 +238,12 @@ TEST(CommandLine, PrintsTheVersionOfTheBuild)
     const QString version = read({QStringLiteral("--version")}).output;
     EXPECT_TRUE(version.startsWith(QStringLiteral("vigil-agent 1.0.0."))) << qPrintable(version);
 }
+
+TEST(CommandLine, UsersHaveNamesOrNumbers)
+{
+    EXPECT_TRUE(read(standalone).options.limits.users.empty()) << "every user";
+    EXPECT_EQ(read("--allow-users", "root, 51001,4711").options.limits.users,
+              (std::set<std::uint32_t>{0, 4711, 51001}));
+    for (const char* value : {"", "root,", "no-such-user", "root,no-such-user", "-1"})
+        EXPECT_TRUE(errorOf("--allow-users", value).contains(QStringLiteral("there is no user"))) << value;
+}

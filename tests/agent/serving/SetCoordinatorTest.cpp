@@ -29,6 +29,7 @@ const Decision accepted{SNMP_ERR_NOERROR, 0};
 struct RecordedOwners : agent::CellOwners
 {
     bool isConnected(ApplicationId owner) const override { return disconnected.count(owner) == 0; }
+    QString nameOf(ApplicationId owner) const override { return QStringLiteral("application %1").arg(owner); }
     void ask(ApplicationId owner, int number, const ObjectId&, const CellValue&) override
     {
         asked.push_back(owner);
