@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QThread>
 #include <QTimer>
 
 #include "base/BuildInfo.h"
@@ -70,7 +71,12 @@ QString applicationPrefix()
 
 } // namespace
 
-KwLogFile::KwLogFile() = default;
+/// The object belongs to no thread: it outlives its creator, and would keep Qt's data of that thread alive.
+/// Qt would then take the next runner for a secondary thread, and warn.
+KwLogFile::KwLogFile()
+{
+    moveToThread(nullptr);
+}
 
 KwLogFile::~KwLogFile()
 {
@@ -101,6 +107,7 @@ bool KwLogFile::init(QString prefix, int maxFiles, int maxSize, bool useTimer)
     }
     openFirstFile(problem);
     if (useTimer && !m_writeTimer) {
+        moveToThread(QThread::currentThread());
         m_writeTimer = new QTimer(this);
         connect(m_writeTimer, SIGNAL(timeout()), this, SLOT(slot_TimerWriteFile()));
         m_writeTimer->start(writeIntervalMs);

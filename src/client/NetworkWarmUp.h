@@ -8,7 +8,8 @@
 ///
 /// Statics are destroyed in the reverse order of their construction, mixed with the exit handlers. The client
 /// thread runs until the library's exit handler stops it, so all statics it uses must be older than the
-/// handler.
+/// handler. The connection is not accepted: Qt would leave an object in this thread, and take the next
+/// runner's for a secondary thread.
 void warmUpNetwork();
 
 #endif
