@@ -23,6 +23,7 @@
 #include "client/CallbackStoreLock.h"
 #include "client/GuardedCall.h"
 #include "client/ServiceAddress.h"
+#include "platform/Platform.h"
 
 using vigil::ValueChangedCallback;
 
@@ -120,7 +121,7 @@ void Client::connectLog()
     using Socket = base::ComConnectionSocket;
     connect(m_socket, &Socket::signal_logMessage, m_socket, &base::writeLog);
     connect(m_socket, &Socket::signal_errorMessage, m_errorLines, &base::RepeatedLines::write);
-    if (qEnvironmentVariable("VIGIL_LOG_DEBUG") == QLatin1String("1"))
+    if (platform::environmentVariable("VIGIL_LOG_DEBUG") == QLatin1String("1"))
         connect(m_socket, &Socket::signal_debugMessage, m_socket, &base::writeLog);
 }
 

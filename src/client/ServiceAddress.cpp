@@ -3,11 +3,10 @@
 
 #include "client/ServiceAddress.h"
 
-#include <QtGlobal>
-
 #include "base/Logging.h"
 #include "base/Printable.h"
 #include "base/wire/DefaultServiceAddress.h"
+#include "platform/Platform.h"
 
 namespace {
 
@@ -16,9 +15,9 @@ constexpr int noPort = 0;
 
 int servicePort()
 {
-    if (!qEnvironmentVariableIsSet(portVariable))
+    const QString text = platform::environmentVariable(portVariable);
+    if (text.isNull())
         return base::defaultServicePort;
-    const QString text = qEnvironmentVariable(portVariable);
     bool isNumber = false;
     const int port = text.toInt(&isNumber);
     if (isNumber && port >= 1 && port <= 65535)
@@ -41,5 +40,5 @@ base::ConnectionSettings serviceAddress()
 
 bool isServiceOff()
 {
-    return qgetenv(portVariable) == "off";
+    return platform::environmentVariable(portVariable) == QLatin1String("off");
 }

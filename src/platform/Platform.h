@@ -79,6 +79,10 @@ std::int64_t sendQuietly(std::intptr_t socket, const char* data, std::size_t siz
 /// Waits until the system takes more bytes or the connection is lost. False on time-out.
 bool waitUntilWritable(std::intptr_t socket, int timeoutMs);
 
+/// True if Qt's event dispatcher for the thread of an application object serves the host's main loop, too:
+/// GLib's default context.
+bool qtServesHostLoop();
+
 /// A file of this user's own, for appending.
 ///
 /// Threads: one at a time.
@@ -119,6 +123,9 @@ bool isSharedDirectory(const QString& path);
 
 /// True if the process has more rights than the user who started it, and must not trust its environment.
 bool isSetUserId();
+
+/// The value of an environment variable. Null if it is unset, or if the process must not trust it.
+QString environmentVariable(const char* name);
 
 /// Distinguishes the effective user from others of the host, in file names.
 QString userId();

@@ -326,6 +326,11 @@ bool isSetUserId()
     return getauxval(AT_SECURE) != 0 || geteuid() != getuid() || getegid() != getgid();
 }
 
+QString environmentVariable(const char* name)
+{
+    return isSetUserId() ? QString() : QString::fromLocal8Bit(qgetenv(name));
+}
+
 QString userId()
 {
     return QString::number(geteuid());
@@ -380,6 +385,11 @@ BlockedSignals::BlockedSignals() : m_previous(std::make_unique<Mask>())
 BlockedSignals::~BlockedSignals()
 {
     pthread_sigmask(SIG_SETMASK, &m_previous->set, nullptr);
+}
+
+bool qtServesHostLoop()
+{
+    return true;
 }
 
 bool socketsRaiseSignals()

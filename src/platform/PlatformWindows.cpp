@@ -240,6 +240,11 @@ bool isSetUserId()
     return false;
 }
 
+QString environmentVariable(const char* name)
+{
+    return QString::fromLocal8Bit(qgetenv(name));
+}
+
 QString userId()
 {
     return {};
@@ -278,6 +283,11 @@ struct BlockedSignals::Mask
 
 BlockedSignals::BlockedSignals() = default;
 BlockedSignals::~BlockedSignals() = default;
+
+bool qtServesHostLoop()
+{
+    return false;
+}
 
 bool socketsRaiseSignals()
 {
