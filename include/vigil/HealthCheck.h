@@ -55,12 +55,15 @@ class SimpleMetric;
 ///
 /// Process: the library changes no signal disposition, and children inherit none of its descriptors. In a
 /// child forked while a check lives every call does nothing. A program that becomes a daemon creates its
-/// first check in the child, or destroys all checks before the fork. A Qt host creates its QCoreApplication
-/// before the first check or while no check lives; the library makes one only for a process without. Qt warns
-/// on stderr when the library makes another one after its last check was destroyed; this is harmless. A host
-/// that runs GLib's default main context without a QCoreApplication sets QT_NO_GLIB=1: Qt would serve this
-/// context in the library's thread. If the system has no thread left, the log says so, and nothing is
-/// published until all checks are destroyed and a new one is created.
+/// first check in the child, or destroys all checks before the fork. If the system has no thread left, the
+/// log says so, and nothing is published until all checks are destroyed and a new one is created.
+///
+/// Hosts with Qt or GLib: a process without a QCoreApplication gets one, in a thread of the library, while a
+/// check lives. A host best creates its own before its first check, or while no check lives. If it creates it
+/// beside a check, Qt warns on stderr, the library says so in its log and goes on beside the new object; a
+/// debug build of Qt ends the process instead. The host may destroy its object while checks live; Qt may then
+/// warn that the library makes another one outside the main thread. A host may run GLib's main loop: the
+/// library never serves it.
 ///
 /// Failure: no operation reports an error. Without an SNMP service the library keeps the values and publishes
 /// them once it connects; beside a busy one it keeps the last value of each cell until the service reads.

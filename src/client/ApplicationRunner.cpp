@@ -4,6 +4,7 @@
 #include "client/ApplicationRunner.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QThread>
 
@@ -13,11 +14,13 @@
 #include "base/Logging.h"
 #include "base/NeverDestroyed.h"
 #include "client/NetworkWarmUp.h"
+#include "client/PostedEventDispatcher.h"
 
 namespace {
 
 constexpr int startPollMs = 100;
-constexpr int takeOverTimeoutMs = 5000;
+constexpr int followTimeoutMs = 5000;
+constexpr int followPollMs = 1;
 
 /// On some systems QCoreApplication sets the process's locale from the environment. The locale is the host's
 /// choice, so it is restored.
@@ -35,11 +38,12 @@ private:
 
 } // namespace
 
-/// The runner beside a host's application object. Static: Qt calls the post routine without an argument.
+/// The running loop. Static: Qt calls the post routine without an argument.
 struct ApplicationRunner::HostWatch
 {
     base::Mutex mutex;
     std::shared_ptr<LoopControl> control VIGIL_GUARDED_BY(mutex);
+    std::atomic<QCoreApplication*> application{nullptr}; // the one the runner has chosen
 };
 
 std::unique_ptr<ApplicationRunner> ApplicationRunner::start(PauseClient pauseClient)
@@ -60,43 +64,71 @@ ApplicationRunner::~ApplicationRunner() = default;
 
 int ApplicationRunner::run()
 {
-    std::unique_ptr<QCoreApplication> application;
-    const bool hasHost = QCoreApplication::instance() != nullptr;
-    if (!hasHost)
-        application = createApplication();
     m_qtThread = QThread::currentThread();
+    if (platform::qtServesHostLoop())
+        m_qtThread->setEventDispatcher(new PostedEventDispatcher);
+    chooseApplication();
     base::startLogging();
     warmUpNetwork();
-    if (hasHost) {
-        runLoopBesideHost();
-        if (!m_stopRequested)
-            application = createApplication();
+    setHostWatch(m_control);
+    while (!m_control->isStopRequested) {
+        if (m_application)
+            runLoop();
+        else
+            runLoopBesideHost();
+        if (!m_control->isStopRequested)
+            chooseApplication();
     }
-    if (!m_stopRequested)
-        runLoop();
+    setHostWatch(nullptr);
     base::stopLogging();
+    releaseApplication();
+    hostWatch().application = nullptr;
     m_control->running.release(); // in case start() or the host still waits for a loop
     return 0;
 }
 
-std::unique_ptr<QCoreApplication> ApplicationRunner::createApplication()
+void ApplicationRunner::chooseApplication()
+{
+    if (m_application && QCoreApplication::instance() != m_application.get()) {
+        base::writeLog(
+            QStringLiteral("The application has created its QCoreApplication after its first health "
+                           "check. The library goes on beside it."));
+        releaseApplication();
+    }
+    if (!QCoreApplication::instance())
+        createApplication();
+    hostWatch().application = QCoreApplication::instance();
+}
+
+/// Qt ends a set-user-id program that creates an application object, unless told otherwise.
+void ApplicationRunner::createApplication()
 {
     const LocaleKeeper keeper;
-    return std::make_unique<QCoreApplication>(m_arguments.count, m_arguments.list);
+    const bool isSetuidAllowed = QCoreApplication::isSetuidAllowed();
+    QCoreApplication::setSetuidAllowed(true);
+    m_application = std::make_unique<QCoreApplication>(m_arguments.count, m_arguments.list);
+    QCoreApplication::setSetuidAllowed(isSetuidAllowed);
+}
+
+/// Qt knows one object at a time, the newest. The destructor of an older one would take it out of use.
+void ApplicationRunner::releaseApplication()
+{
+    if (QCoreApplication::instance() == m_application.get())
+        m_application.reset();
+    else
+        static_cast<void>(m_application.release());
 }
 
 /// Returns after stop(), or when the host destroys its application object. The host's destructor then waits
-/// until the library's own object is in place.
+/// until the runner's own object is in place.
 void ApplicationRunner::runLoopBesideHost()
 {
-    setHostWatch(m_control);
     qAddPostRoutine(&ApplicationRunner::hostBeginsToLeave);
     const auto watch = QObject::connect(QCoreApplication::instance(), &QObject::destroyed,
                                         [control = m_control] { hostHasLeft(*control); });
     runLoop();
     QObject::disconnect(watch);
     qRemovePostRoutine(&ApplicationRunner::hostBeginsToLeave);
-    setHostWatch(nullptr);
 }
 
 ApplicationRunner::HostWatch& ApplicationRunner::hostWatch()
@@ -111,34 +143,42 @@ void ApplicationRunner::setHostWatch(const std::shared_ptr<LoopControl>& control
     hostWatch().control = control;
 }
 
+std::shared_ptr<ApplicationRunner::LoopControl> ApplicationRunner::runningControl()
+{
+    const base::MutexLock lock(hostWatch().mutex);
+    return hostWatch().control;
+}
+
 /// Runs at the start of the destructor, while Qt still delivers events.
 void ApplicationRunner::hostBeginsToLeave()
 {
-    std::shared_ptr<LoopControl> control;
-    {
-        const base::MutexLock lock(hostWatch().mutex);
-        control = hostWatch().control;
-    }
-    if (control)
+    if (const std::shared_ptr<LoopControl> control = runningControl())
         control->pauseClient(control->pause);
 }
 
 /// Runs at its end, when the process has no application object.
 void ApplicationRunner::hostHasLeft(LoopControl& control)
 {
-    control.quit();
-    control.running.tryAcquire(1, takeOverTimeoutMs);
+    control.follow();
     control.pause->over.release();
+}
+
+void ApplicationRunner::followHost()
+{
+    if (hostWatch().application == QCoreApplication::instance())
+        return;
+    if (const std::shared_ptr<LoopControl> control = runningControl())
+        control->follow();
 }
 
 void ApplicationRunner::runLoop()
 {
     QEventLoop loop;
-    // Posted to the loop itself: a quit() before exec() would be lost.
+    m_control->setLoop(&loop);
+    // Posted to the loop itself: a quit() before exec() is lost.
     const auto sayRunning = [this, &loop] {
-        m_control->setLoop(&loop);
         m_control->running.release();
-        if (m_stopRequested)
+        if (m_control->isStopRequested)
             loop.quit();
     };
     QMetaObject::invokeMethod(&loop, sayRunning, Qt::QueuedConnection);
@@ -148,7 +188,7 @@ void ApplicationRunner::runLoop()
 
 bool ApplicationRunner::stop(int timeoutMs)
 {
-    m_stopRequested = true;
+    m_control->isStopRequested = true;
     m_control->quit();
     return !m_thread->isCurrent() && m_thread->join(timeoutMs);
 }
@@ -164,4 +204,14 @@ void ApplicationRunner::LoopControl::setLoop(QEventLoop* newLoop)
 {
     const base::MutexLock lock(m_mutex);
     m_loop = newLoop;
+}
+
+void ApplicationRunner::LoopControl::follow()
+{
+    const QDeadlineTimer limit(followTimeoutMs);
+    while (hostWatch().application != QCoreApplication::instance() && !isStopRequested &&
+           !limit.hasExpired()) {
+        quit();
+        platform::sleepMs(followPollMs);
+    }
 }

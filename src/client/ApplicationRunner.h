@@ -22,14 +22,22 @@ QT_END_NAMESPACE
 /// The thread of the library's event loop, with a QCoreApplication if the process has none.
 ///
 /// Purpose: Qt delivers events only while the process has an application object. Most hosts have none, so the
-/// runner creates one. If the host has one, the runner runs a plain event loop in its own thread. If the host
-/// destroys its object while the library runs, the runner creates its own before the host's destructor
-/// returns. Qt drops all events in between, so the client thread is paused. The log is open while the loop
-/// runs.
+/// runner creates one. The log is open while the loop runs.
+///
+///     application object  | event                       | action
+///     --------------------|-----------------------------|----------------------------------------------
+///     none                | start()                     | the runner creates its own
+///     the host's          | start()                     | the runner runs a plain loop in its own thread
+///     the host's          | the host destroys it        | the runner creates its own before the host's
+///                         |                             | destructor returns; the client is paused meanwhile
+///     the runner's        | the host creates another    | followHost() notices: the runner leaves its own
+///                         |                             | object alone for good, and runs a plain loop
+///     any                 | stop()                      | the runner destroys its own object
 ///
 /// Threads: start() and stop() belong to the facade's init() and cleanup().
 ///
-/// Ownership: owned by the facade.
+/// Ownership: owned by the facade. An object the runner has left alone is never destroyed: its destructor
+/// would take the host's object out of use.
 ///
 /// Failure: start() returns null if the system has no thread left.
 class ApplicationRunner
@@ -59,6 +67,10 @@ public:
     /// False in a forked child.
     bool isOfThisProcess() const { return m_thread->isOfThisProcess(); }
 
+    /// Looks for an application object that the host has created since the last call. Cheap: call it before
+    /// events are posted. Waits until the runner has followed.
+    static void followHost();
+
     /// Ends the event loop and waits for the thread, at most timeoutMs milliseconds; negative means no limit.
     /// False if the thread still runs. Does not wait on the runner's own thread.
     bool stop(int timeoutMs);
@@ -77,7 +89,9 @@ private:
     };
 
     int run();
-    std::unique_ptr<QCoreApplication> createApplication();
+    void chooseApplication();
+    void createApplication();
+    void releaseApplication();
     void runLoop();
     void runLoopBesideHost();
     static void hostBeginsToLeave();
@@ -85,6 +99,7 @@ private:
 
     static HostWatch& hostWatch();
     static void setHostWatch(const std::shared_ptr<LoopControl>& control);
+    static std::shared_ptr<LoopControl> runningControl();
 
     /// Access to the loop for other threads. Shared: the host's destructor may wait here while the runner is
     /// destroyed.
@@ -93,7 +108,11 @@ private:
         void quit();
         void setLoop(QEventLoop* newLoop);
 
+        /// Makes the runner choose an application object again, if the process has another one by now.
+        void follow();
+
         base::Semaphore running; // released when a loop starts, and at the end
+        std::atomic<bool> isStopRequested{false};
         PauseClient pauseClient;
         const std::shared_ptr<Pause> pause = std::make_shared<Pause>();
 
@@ -106,7 +125,7 @@ private:
     QThread* m_qtThread = nullptr;
     NoArguments m_arguments;
     const std::shared_ptr<LoopControl> m_control = std::make_shared<LoopControl>();
-    std::atomic<bool> m_stopRequested{false};
+    std::unique_ptr<QCoreApplication> m_application; // the runner's own
 };
 
 #endif

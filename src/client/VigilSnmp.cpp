@@ -212,6 +212,7 @@ void VigilSnmp::stop(const Limits& limits)
         return;
     if (m_runner->isGone()) // like all other threads; they may have held any lock
         return abandonWithoutThreads();
+    ApplicationRunner::followHost();
     base::writeLog(QStringLiteral("[VigilSnmp::cleanup] Cleanup."));
     const bool clientStopped = stopClient(limits.clientMs) && releaseShared(limits.storeMs);
     const bool runnerStopped = m_runner->stop(limits.runnerMs);
@@ -318,6 +319,15 @@ void VigilSnmp::abandon()
 
 // --- Publishing
 
+/// Qt drops what is posted while the process has no application object.
+bool VigilSnmp::isInUse() const
+{
+    if (isOutOfUse())
+        return false;
+    ApplicationRunner::followHost();
+    return true;
+}
+
 void VigilSnmp::sendValue(const Oid& oid, const char* value, int useTraps)
 {
     sendValue(oid, std::string(value), useTraps);
@@ -325,25 +335,25 @@ void VigilSnmp::sendValue(const Oid& oid, const char* value, int useTraps)
 
 void VigilSnmp::sendValue(const Oid& oid, const std::string& value, int useTraps)
 {
-    if (!isOutOfUse())
+    if (isInUse())
         m_clientQueue.sendValue(oid, QString::fromStdString(value), useTraps == 1);
 }
 
 void VigilSnmp::sendValue(const Oid& oid, int value, int useTraps)
 {
-    if (!isOutOfUse())
+    if (isInUse())
         m_clientQueue.sendValue(oid, value, useTraps == 1);
 }
 
 void VigilSnmp::unsetOid(const Oid& oid)
 {
-    if (!isOutOfUse())
+    if (isInUse())
         m_clientQueue.unsetOid(oid);
 }
 
 void VigilSnmp::unsetOidTree(const Oid& oid)
 {
-    if (isOutOfUse() || !m_clientQueue.isOpen())
+    if (!isInUse() || !m_clientQueue.isOpen())
         return;
     base::writeLog(QStringLiteral("Unset tree %1.").arg(toText(oid)));
     m_clientQueue.unsetOidTree(oid);

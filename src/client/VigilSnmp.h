@@ -95,6 +95,7 @@ private:
     static void prepareExit();
     static void cleanupAtExit();
 
+    bool isInUse() const;
     void setTableManager(std::shared_ptr<SnmpTableManager> manager);
     bool startClient();
     void giveUpStart();

@@ -8,6 +8,9 @@
 
 namespace {
 
+const QString lateApplication =
+    QStringLiteral("The application has created its QCoreApplication after its first health check.");
+
 void expectOrderlyEnd(const char* way)
 {
     const ReadingService service;
@@ -37,6 +40,40 @@ TEST(HostWithAnApplicationObject, ChecksThatOutliveItStillPublishAndWithdraw)
     EXPECT_EQ(host.exitCode(), 0);
     EXPECT_TRUE(service.waitForLostPeer());
     EXPECT_TRUE(host.log().last().endsWith(QLatin1String(", Application termination")));
+}
+
+TEST(HostWithAnApplicationObject, MayCreateItBesideALiveCheck)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(QT_HOST), {QStringLiteral("application-beside-check")}, service.port());
+    ASSERT_TRUE(host.waitForLine(QStringLiteral("published")));
+    EXPECT_TRUE(service.waitForText("published beside the application object"));
+    host.say(QStringLiteral("go"));
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_TRUE(service.waitForLostPeer());
+    EXPECT_EQ(host.log().filter(lateApplication).size(), 1) << qPrintable(host.log().join('\n'));
+}
+
+TEST(HostWithAnApplicationObject, MayCreateAndDestroyItWithinTheLifeOfACheck)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(QT_HOST), {QStringLiteral("application-within-check")}, service.port());
+    ASSERT_TRUE(host.waitForLine(QStringLiteral("published")));
+    EXPECT_TRUE(service.waitForText("published after the application object"));
+    host.say(QStringLiteral("go"));
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_TRUE(service.waitForLostPeer());
+}
+
+TEST(HostWithAnApplicationObject, MayCreateItWhileAnotherThreadPublishes)
+{
+    expectOrderlyEnd("applications-beside-updates");
+}
+
+// Objects left in the first runner's thread made Qt take each later one for a secondary thread.
+TEST(HostWithoutAnApplicationObject, SeesNoWarningOfQtInLaterLivesOfTheLibrary)
+{
+    expectOrderlyEnd("lives-without-application");
 }
 
 TEST(HostWithAnApplicationObject, MayDestroyItWhileAnotherThreadDestroysTheLastCheck)

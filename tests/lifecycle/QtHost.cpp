@@ -9,6 +9,8 @@
 #include <QCoreApplication>
 #include <QTimer>
 
+#include <atomic>
+#include <chrono>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -87,6 +89,93 @@ int applicationBeforeItsChecks(int& argc, char** argv)
     return QCoreApplication::instance() ? 1 : 0;
 }
 
+/// The host creates its application object beside a living check, and keeps it in use afterwards.
+int applicationBesideACheck(int& argc, char** argv)
+{
+    vigil::HealthCheck* check = makeCheck();
+    QCoreApplication application(argc, argv);
+    const bool runsBeforeAnyCall = runsItsOwnLoop(application);
+    vigil::ScalarMetric* late = check->createScalarMetric("late");
+    late->setUnit(" published beside the application object");
+    const bool runsBeside = runsItsOwnLoop(application);
+    std::string line;
+    std::cout << "published" << std::endl;
+    std::getline(std::cin, line);
+    sayLeaving();
+    check->destroy();
+    const bool runsAfter = runsItsOwnLoop(application);
+    makeCheck()->destroy();
+    return runsBeforeAnyCall && runsBeside && runsAfter && QCoreApplication::instance() == &application ? 0
+                                                                                                        : 1;
+}
+
+/// Such an object lives and dies while the check lives; noticed in time or not.
+int applicationWithinACheck(int& argc, char** argv)
+{
+    vigil::HealthCheck* check = makeCheck();
+    for (const bool isUsed : {true, false, true}) {
+        const QCoreApplication application(argc, argv);
+        if (isUsed)
+            check->update();
+    }
+    vigil::ScalarMetric* late = check->createScalarMetric("late");
+    late->setUnit(" published after the application object");
+    std::string line;
+    std::cout << "published" << std::endl;
+    std::getline(std::cin, line);
+    sayLeaving();
+    check->destroy();
+    return QCoreApplication::instance() ? 1 : 0;
+}
+
+/// Other threads publish and end a check while the host creates and destroys its object.
+int applicationsBesideUpdates(int& argc, char** argv)
+{
+    constexpr int rounds = 50;
+    std::atomic<bool> isOver{false};
+    vigil::HealthCheck* check = makeCheck();
+    std::thread other([&] {
+        while (!isOver) {
+            check->update();
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    });
+    for (int round = 0; round < rounds; ++round) {
+        const QCoreApplication application(argc, argv);
+        std::this_thread::sleep_for(std::chrono::milliseconds(round % 3));
+    }
+    isOver = true;
+    other.join();
+    sayLeaving();
+    check->destroy();
+    return QCoreApplication::instance() ? 1 : 0;
+}
+
+std::atomic<int> warnings{0};
+
+void countWarnings(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    if (type == QtDebugMsg)
+        return;
+    ++warnings;
+    std::cout << text.toStdString() << std::endl;
+}
+
+/// Several lives of the library, begun and ended by several threads, without an application object.
+int livesWithoutAnApplication(int&, char**)
+{
+    qInstallMessageHandler(&countWarnings);
+    for (int life = 0; life < 3; ++life)
+        makeCheck()->destroy();
+    for (int life = 0; life < 3; ++life) {
+        vigil::HealthCheck* check = nullptr;
+        std::thread([&] { check = makeCheck(); }).join();
+        std::thread([&] { check->destroy(); }).join();
+    }
+    sayLeaving();
+    return warnings;
+}
+
 /// Many values are pending when the application object is destroyed.
 int applicationGoneWhilePublishing(int& argc, char** argv)
 {
@@ -161,11 +250,15 @@ int main(int argc, char** argv)
         {"own-loop", ownLoopRunsOn},
         {"application-after", applicationAfterTheLibrary},
         {"application-before-checks", applicationBeforeItsChecks},
+        {"application-beside-check", applicationBesideACheck},
+        {"application-within-check", applicationWithinACheck},
+        {"applications-beside-updates", applicationsBesideUpdates},
         {"application-beside-checks", applicationBesideItsChecks},
         {"application-gone-while-publishing", applicationGoneWhilePublishing},
         {"application-gone-at-exit", applicationGoneAtExit},
         {"quit-with-live-check", quitsWhileACheckLives},
         {"check-in-thread", checkInAnotherThread},
+        {"lives-without-application", livesWithoutAnApplication},
     };
     return ways.at(argv[1])(argc, argv);
 }
