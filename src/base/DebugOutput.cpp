@@ -20,6 +20,18 @@ std::atomic<bool> isClosed{false};
 
 } // namespace
 
+const QLoggingCategory& connectionCategory()
+{
+    static const QLoggingCategory category("vigil.connection");
+    return category;
+}
+
+const QLoggingCategory& logCategory()
+{
+    static const QLoggingCategory category("vigil.log");
+    return category;
+}
+
 const QLoggingCategory& metricsCategory()
 {
     static const QLoggingCategory category("vigil.metrics");
@@ -32,10 +44,10 @@ const QLoggingCategory& tablesCategory()
     return category;
 }
 
-DebugOutput::DebugOutput(const QLoggingCategory& (*wanted)())
+DebugOutput::DebugOutput(const QLoggingCategory& (*wanted)(), QtMsgType type)
 {
     ++linesInProgress; // before the look at isClosed, unlike closeDebugOutput()
-    if (!isClosed && !platform::isForkedChild() && wanted().isDebugEnabled())
+    if (!isClosed && !platform::isForkedChild() && wanted().isEnabled(type))
         m_category = &wanted();
 }
 
@@ -44,8 +56,25 @@ DebugOutput::~DebugOutput()
     --linesInProgress;
 }
 
+void writeDebug(const QLoggingCategory& (*category)(), const char* text)
+{
+    const DebugOutput output(category);
+    if (output.category())
+        QMessageLogger(nullptr, 0, nullptr, output.category()->categoryName()).debug("%s", text);
+}
+
+void writeWarning(const QLoggingCategory& (*category)(), const QString& text)
+{
+    const DebugOutput output(category, QtWarningMsg);
+    if (output.category())
+        QMessageLogger(nullptr, 0, nullptr, output.category()->categoryName())
+            .warning("%s", qUtf8Printable(text));
+}
+
 void prepareDebugOutput()
 {
+    connectionCategory();
+    logCategory();
     metricsCategory();
     tablesCategory();
     static_cast<void>(qFormatLogMessage(QtDebugMsg, QMessageLogContext(), QString()));

@@ -9,11 +9,13 @@
 
 namespace base {
 
-// The library's categories of Qt's debug output, on by default. QT_LOGGING_RULES="vigil.*.debug=false" turns
-// off the library's lines alone.
+// The library's categories of Qt's debug output, on by default. QT_LOGGING_RULES="vigil.*=false" turns off
+// the library's lines alone.
 
-const QLoggingCategory& metricsCategory(); ///< vigil.metrics
-const QLoggingCategory& tablesCategory();  ///< vigil.tables
+const QLoggingCategory& connectionCategory(); ///< vigil.connection
+const QLoggingCategory& logCategory();        ///< vigil.log: warnings about the log file
+const QLoggingCategory& metricsCategory();    ///< vigil.metrics
+const QLoggingCategory& tablesCategory();     ///< vigil.tables
 
 /// Access to Qt's debug output for the length of a scope.
 ///
@@ -22,7 +24,7 @@ const QLoggingCategory& tablesCategory();  ///< vigil.tables
 class DebugOutput
 {
 public:
-    explicit DebugOutput(const QLoggingCategory& (*wanted)());
+    explicit DebugOutput(const QLoggingCategory& (*wanted)(), QtMsgType type = QtDebugMsg);
     ~DebugOutput();
     DebugOutput(const DebugOutput&) = delete;
     DebugOutput& operator=(const DebugOutput&) = delete;
@@ -42,6 +44,12 @@ void writeDebug(const QLoggingCategory& (*category)(), Write write)
     if (output.category())
         write(QMessageLogger(nullptr, 0, nullptr, output.category()->categoryName()).debug());
 }
+
+/// Writes one fixed text as a debug line.
+void writeDebug(const QLoggingCategory& (*category)(), const char* text);
+
+/// Writes one text as a warning.
+void writeWarning(const QLoggingCategory& (*category)(), const QString& text);
 
 /// Creates the statics that the output needs. Those made later would be destroyed before the library's exit
 /// handler runs.

@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include "base/BuildInfo.h"
+#include "base/DebugOutput.h"
 #include "base/DefaultLogDirectory.h"
 #include "base/NeverDestroyed.h"
 #include "base/Printable.h"
@@ -48,7 +49,7 @@ QString processLine()
 
 void report(const QString& problem)
 {
-    qWarning("KwLogFile: %s", qUtf8Printable(problem));
+    writeWarning(logCategory, QStringLiteral("KwLogFile: ") + problem);
 }
 
 QString lastLine(const QString& reason)

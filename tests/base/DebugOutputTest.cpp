@@ -42,4 +42,19 @@ TEST_F(DebugOutput, ACategoryThatIsTurnedOffBuildsNoText)
     EXPECT_EQ(messages.all(), QStringList({QStringLiteral("the host's own")}));
 }
 
+TEST_F(DebugOutput, EverythingOfTheLibraryCanBeTurnedOffAtOnce)
+{
+    base::writeDebug(base::connectionCategory, "a line");
+    base::writeWarning(base::logCategory, QStringLiteral("a warning"));
+    EXPECT_EQ(messages.all(), QStringList({QStringLiteral("a line"), QStringLiteral("a warning")}));
+    QLoggingCategory::setFilterRules(QStringLiteral("vigil.*=false"));
+    base::writeDebug(base::connectionCategory, "a line");
+    base::writeWarning(base::logCategory, QStringLiteral("a warning"));
+    base::writeDebug(base::tablesCategory, "a line");
+    base::writeDebug(base::metricsCategory, "a line");
+    qWarning("the host's own");
+    EXPECT_EQ(messages.all().size(), 3);
+    EXPECT_EQ(messages.all().last(), QStringLiteral("the host's own"));
+}
+
 } // namespace
