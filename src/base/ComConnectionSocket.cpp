@@ -5,12 +5,13 @@
 
 #include <QAbstractSocket>
 #include <QCoreApplication>
-#include <QDebug>
 #include <QEventLoop>
 #include <QHostAddress>
 #include <QTcpSocket>
 
 #include <atomic>
+
+#include "base/DebugOutput.h"
 
 namespace base {
 
@@ -71,7 +72,7 @@ void ComConnectionSocket::reportConnectFailure(int timeoutMs)
 {
     logInfo(QStringLiteral("NOT CONNECTED"));
     logError(QStringLiteral("connectToHost timed out.\n(Timeout was: %1 ms)\nNOT CONNECTED").arg(timeoutMs));
-    qDebug("___WARNING______WARNING______WARNING______WARNING___");
+    writeDebug(connectionCategory, "___WARNING______WARNING______WARNING______WARNING___");
     logError(QStringLiteral("___NOT CONNECTED___"));
 }
 
@@ -173,7 +174,7 @@ void ComConnectionSocket::resetAfterNetworkError()
         "__________________ERROR________________________", "_______________________________________________",
         "___Network error detected - resetting buffers__", "_______________________________________________"};
     for (const char* line : banner)
-        qDebug("%s", line);
+        writeDebug(connectionCategory, line);
     logError(QStringLiteral("___Network error detected - resetting buffers___"));
     resetCountersAndBuffers();
     m_lastReceivedMessageCounter = 1; // accept the next frame with any number
@@ -186,9 +187,9 @@ void ComConnectionSocket::slot_setSendUpdateMessageCounter(qulonglong counter)
     m_sendUpdateMessageCounter = counter;
 }
 
-bool ComConnectionSocket::isBacklogged() const
+bool ComConnectionSocket::isBacklogged(int limit) const
 {
-    return isConnected() && m_socket->bytesToWrite() > m_maxPendingBytes;
+    return isConnected() && m_socket->bytesToWrite() > limit;
 }
 
 bool ComConnectionSocket::isCongested() const
@@ -208,11 +209,21 @@ bool ComConnectionSocket::waitForBytesWritten(int timeoutMs)
 
 bool ComConnectionSocket::sendSerializedData(const DbBaseType* record, int type, int clientCallbackId)
 {
+    return send(record, type, clientCallbackId, m_maxPendingBytes);
+}
+
+bool ComConnectionSocket::sendAnswer(const DbBaseType& record, int type, int clientCallbackId)
+{
+    return send(&record, type, clientCallbackId, 2 * m_maxPendingBytes);
+}
+
+bool ComConnectionSocket::send(const DbBaseType* record, int type, int clientCallbackId, int limit)
+{
     logDebug(QStringLiteral("Send serialized data to server. Type: %1").arg(type));
     m_lastSendOk = false;
-    if (isBacklogged()) {
+    if (isBacklogged(limit)) {
         m_socket->flush();
-        if (isBacklogged())
+        if (isBacklogged(limit))
             return false;
     }
     QByteArray payload;
@@ -273,7 +284,9 @@ void ComConnectionSocket::countSentFrame()
 {
     const int count = ++sentFrameCount;
     if (count % framesPerReport == 0)
-        qDebug("Overall data sent ( x10000 ) %d", count / framesPerReport);
+        writeDebug(
+            connectionCategory,
+            qPrintable(QStringLiteral("Overall data sent ( x10000 ) %1").arg(count / framesPerReport)));
 }
 
 // --- Receiving

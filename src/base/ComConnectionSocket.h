@@ -48,6 +48,9 @@ public:
     /// once. False if the system did not take the frame, or if too many bytes are pending already.
     bool sendSerializedData(const DbBaseType* record, int type, int clientCallbackId);
 
+    /// The same for an answer the peer waits for: twice as many bytes may be pending.
+    bool sendAnswer(const DbBaseType& record, int type, int clientCallbackId);
+
     bool isConnected() const;
 
     /// The current socket, or null.
@@ -110,7 +113,8 @@ private:
     void resetAfterNetworkError();
     QString describePeer(const QString& pattern) const;
 
-    bool isBacklogged() const;
+    bool isBacklogged(int limit) const;
+    bool send(const DbBaseType* record, int type, int clientCallbackId, int limit);
     QByteArray buildFrame(const QByteArray& payload, int type, int clientCallbackId);
     bool writeFrame(QByteArray frame);
     void countSentFrame();

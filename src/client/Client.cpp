@@ -419,6 +419,8 @@ void Client::validateAndAnswer(const Record& record, int responseType)
     Response response;
     response.errorStatus = static_cast<int>(verdictOf(callback, oid, valueOf(record)));
     response.varbind = record;
-    if (m_connected) // the callback may have taken long enough to lose the peer
-        m_socket->sendSerializedData(&response, responseType, base::Validation);
+    // The callback may have taken long enough to lose the peer.
+    if (m_connected && !m_socket->sendAnswer(response, responseType, base::Validation) && m_connected)
+        m_errorLines->write(QStringLiteral(
+            "___ERROR___ An answer to a SET was dropped: the service asks, but does not read."));
 }
