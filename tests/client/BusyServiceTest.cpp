@@ -14,6 +14,7 @@
 
 #include "base/ComConnectionSocket.h"
 #include "base/Logging.h"
+#include "base/wire/Protocol.h"
 #include "client/Client.h"
 #include "support/FakeService.h"
 #include "support/LibraryLog.h"
@@ -34,7 +35,10 @@ using testing::IsEmpty;
 namespace {
 
 constexpr const char* busyText = "The service does not read fast enough: further values wait.";
+constexpr const char* droppedText = "An answer to a SET was dropped";
 constexpr const char* caughtUpText = "The service has caught up: all values are sent.";
+
+constexpr int maxPendingBytes = 20000;
 
 const std::string fillerOid = "0.1"; // of the values that make the service busy
 const std::string markOid = "99.99"; // of the value that is sent last
@@ -72,7 +76,7 @@ protected:
     /// Small buffers are full soon.
     void limitBuffers()
     {
-        connection().setMaxPendingBytes(20000);
+        connection().setMaxPendingBytes(maxPendingBytes);
         connection().socket()->setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, 4096);
     }
 
@@ -103,6 +107,18 @@ protected:
                 lines.push_back(line);
         }
         return lines;
+    }
+
+    /// Sends a SET to validate. Returns once the client has answered.
+    void ask(const std::string& oid, int value)
+    {
+        bool isHandled = false;
+        const auto watch =
+            QObject::connect(&connection(), &base::ComConnectionSocket::signal_sigdb_dataReceived,
+                             [&isHandled] { isHandled = true; });
+        service.send(base::SnmpIntType, support::encodedInt(oid, value), base::Validation);
+        EXPECT_TRUE(runUntil([&] { return isHandled; }));
+        QObject::disconnect(watch);
     }
 
     void reconnect()
@@ -238,6 +254,28 @@ TEST_F(BusyService, GetsAReplayLargerThanTheBuffers)
     EXPECT_EQ(readAll(), expected);
 }
 
+// --- Answers
+
+TEST_F(BusyService, GetsTheAnswerToASetBeforeTheValuesThatWait)
+{
+    stall();
+    client->sendValue(below("1"), 5, false);
+    ask("2", 1);
+    service.resumeReading();
+    EXPECT_THAT(readAll(), ElementsAre("answer 1 to 2 = 1", set("1", 5)));
+    EXPECT_EQ(log.count(droppedText), 0);
+}
+
+TEST_F(BusyService, GetsNoAnswersWithoutEndAndTheLogSaysSo)
+{
+    stall();
+    constexpr int sizeOfAnswer = 200;
+    for (int i = 0; log.count(droppedText) == 0 && i < maxPendingBytes; ++i)
+        ask("2", i);
+    EXPECT_EQ(log.count(droppedText), 1);
+    EXPECT_LE(connection().socket()->bytesToWrite(), 2 * maxPendingBytes + sizeOfAnswer);
+}
+
 // --- The end
 
 TEST_F(BusyService, GetsAllValuesBeforeTheConnectionIsClosed)
@@ -262,6 +300,21 @@ TEST_F(BusyService, IsGivenUpAfterASecondWithoutReading)
     client->exit();
     EXPECT_GE(elapsed.elapsed(), 900);
     EXPECT_LT(elapsed.elapsed(), 2000);
+}
+
+TEST_F(BusyService, IsGivenUpAfterTwoSecondsOfSlowReading)
+{
+    constexpr int backlog = 10000000; // takes the reader half a minute
+    connection().setMaxPendingBytes(backlog);
+    stall();
+    constexpr int slice = 70000; // the system reports progress in steps of about 64 kB
+    constexpr int pauseMs = 200;
+    service.readSlowly(slice, pauseMs);
+    QElapsedTimer elapsed;
+    elapsed.start();
+    client->exit();
+    EXPECT_GE(elapsed.elapsed(), 1900);
+    EXPECT_LT(elapsed.elapsed(), 8000);
 }
 
 // --- Model

@@ -83,6 +83,13 @@ public:
             applyReading(*connection.socket);
     }
 
+    void readSlowly(int bytes, int pauseMs)
+    {
+        m_slice = bytes;
+        m_pauseMs = static_cast<unsigned long>(pauseMs);
+        setReading(true);
+    }
+
     void closeNewest()
     {
         if (!m_connections.empty())
@@ -175,7 +182,7 @@ private:
 
     void applyReading(QTcpSocket& socket) const
     {
-        socket.setReadBufferSize(m_isReading ? 0 : 1); // else writing would read along
+        socket.setReadBufferSize(m_isReading ? m_slice : 1); // else writing would read along
     }
 
     void serve(Connection& connection)
@@ -190,6 +197,8 @@ private:
         if (socket.bytesAvailable() == 0)
             socket.waitForReadyRead(pollMs);
         take(connection, socket.readAll());
+        if (m_pauseMs > 0)
+            QThread::msleep(m_pauseMs);
     }
 
     void take(Connection& connection, const QByteArray& bytes)
@@ -267,6 +276,8 @@ private:
     int m_accepted = 0;
     int m_closeAfter = 0;
     bool m_isReading = true;
+    int m_slice = 0; // bytes read at a time; 0 means all
+    unsigned long m_pauseMs = 0;
     bool m_stopped = false;
     std::promise<void> m_ended;
 };
@@ -396,6 +407,11 @@ void FakeService::closeAfterFrames(int count)
 void FakeService::refuseConnections()
 {
     m_thread->execute([this] { m_thread->refuse(); });
+}
+
+void FakeService::readSlowly(int bytes, int pauseMs)
+{
+    m_thread->execute([&] { m_thread->readSlowly(bytes, pauseMs); });
 }
 
 void FakeService::acceptConnections()

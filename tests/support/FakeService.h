@@ -96,6 +96,9 @@ public:
     void stopReading();
     void resumeReading();
 
+    /// Reads at most this many bytes, then none for a while, and so on.
+    void readSlowly(int bytes, int pauseMs);
+
     /// Closes the newest connection; later ones are still accepted.
     void closeConnection();
 
