@@ -55,8 +55,8 @@ class SimpleMetric;
 ///
 /// Process: the library changes no signal disposition, and children inherit none of its descriptors. In a
 /// child forked while a check lives every call does nothing. A program that becomes a daemon creates its
-/// first check in the child, or destroys all checks before the fork. If the system has no thread left, the
-/// log says so, and nothing is published until all checks are destroyed and a new one is created.
+/// first check in the child, or destroys all checks before the fork. If no thread or file descriptor is
+/// left, the log says so, and nothing is published until all checks are destroyed and a new one is created.
 ///
 /// Hosts with Qt or GLib: a process without a QCoreApplication gets one, in a thread of the library, while a
 /// check lives. A host best creates its own before its first check, or while no check lives. If it creates it

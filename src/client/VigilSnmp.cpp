@@ -38,6 +38,9 @@ constexpr int maxPauseMs = 10000;
 
 constexpr int noLimit = -1;
 
+constexpr int descriptorsOfAStart = 16; // about twice as many as a start opens
+constexpr const char* noThreadLeft = "The system has no thread left";
+
 // Limits at process exit. A connect cannot be interrupted and takes up to 5 s.
 constexpr int clientTimeoutAtExitMs = 6000;
 constexpr int startStopTimeoutAtExitMs = 6000;
@@ -91,17 +94,19 @@ void VigilSnmp::init(const std::string& name)
     if (!m_lifecycle.on(Event::Init))
         return;
     platform::watchForks(true);
+    if (!platform::hasDescriptors(descriptorsOfAStart))
+        return giveUpStart("The process has no file descriptor left");
     // Qt keeps data in the process's threads, so its libraries must stay loaded when this one is unloaded.
     platform::pinModule(&QObject::staticMetaObject);
     platform::pinModule(&QAbstractSocket::staticMetaObject);
     m_runner = ApplicationRunner::start([this](const auto& pause) { pauseClient(pause); });
     if (!m_runner)
-        return giveUpStart();
+        return giveUpStart(noThreadLeft);
     m_oidTypeId = qRegisterMetaType<Oid>("Oid");
     base::writeLog(QStringLiteral("[VigilSnmp::init] Initializing %1.")
                        .arg(base::printable(QString::fromUtf8(name.c_str()))));
     if (!startClient())
-        return giveUpStart();
+        return giveUpStart(noThreadLeft);
     {
         // The client may be connected already. It sends its cache; no callback can be registered yet.
         const CallbackStoreLock store;
@@ -126,12 +131,13 @@ void VigilSnmp::prepareExit()
 }
 
 /// Takes back all of init(), so that the next one can try again. Without a runner the log is not open yet.
-void VigilSnmp::giveUpStart()
+void VigilSnmp::giveUpStart(const char* reason)
 {
     if (!m_runner)
         base::startLogging();
-    base::writeLog(QStringLiteral("___ERROR___ [VigilSnmp::init] The system has no thread left. Nothing is "
-                                  "published until all health checks are destroyed and a new one is made."));
+    base::writeLog(QStringLiteral("___ERROR___ [VigilSnmp::init] %1. Nothing is published until all health "
+                                  "checks are destroyed and a new one is made.")
+                       .arg(QLatin1String(reason)));
     if (!m_runner)
         base::stopLogging();
     if (m_runner) {

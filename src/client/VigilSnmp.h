@@ -41,9 +41,9 @@ namespace vigil {
 /// library's own are gone. init() creates its members and cleanup() destroys them.
 ///
 /// Failure: a thread that does not stop in time is left running, and the facade is out of use from then on:
-/// every call does nothing. Checks and metrics still work, but publish nothing. If the system has no thread
-/// left, init() takes everything back, and the next one tries again. With VIGIL_SERVICE_PORT=off it does
-/// nothing.
+/// every call does nothing. Checks and metrics still work, but publish nothing. If no thread or
+/// file descriptor is left, init() takes everything back, and the next one tries again. With
+/// VIGIL_SERVICE_PORT=off it does nothing.
 class VigilSnmp final : public VigilSnmpInterface
 {
 public:
@@ -98,7 +98,7 @@ private:
     bool isInUse() const;
     void setTableManager(std::shared_ptr<SnmpTableManager> manager);
     bool startClient();
-    void giveUpStart();
+    void giveUpStart(const char* reason);
     void pauseClient(const std::shared_ptr<ApplicationRunner::Pause>& pause);
     void stop(const Limits& limits);
     bool stopClient(int timeoutMs);

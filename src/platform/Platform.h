@@ -69,6 +69,10 @@ private:
     const std::unique_ptr<Mask> m_previous;
 };
 
+/// True if the process may open this many more descriptors. Qt ends a process that has none left for the
+/// event loop of a new thread.
+bool hasDescriptors(int count);
+
 /// True if a write to a socket without a peer raises a signal. Then sockets are written with sendQuietly().
 bool socketsRaiseSignals();
 

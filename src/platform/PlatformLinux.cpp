@@ -13,6 +13,7 @@
 #include <ctime>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include <climits>
 #include <cstdlib>
@@ -22,6 +23,7 @@
 #include <poll.h>
 #include <pthread.h>
 #include <sys/auxv.h>
+#include <sys/eventfd.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -390,6 +392,22 @@ BlockedSignals::~BlockedSignals()
 bool qtServesHostLoop()
 {
     return true;
+}
+
+bool hasDescriptors(int count)
+{
+    std::vector<int> opened;
+    opened.reserve(static_cast<std::size_t>(count));
+    bool isOpen = true;
+    while (isOpen && static_cast<int>(opened.size()) < count) {
+        const int descriptor = eventfd(0, EFD_CLOEXEC);
+        isOpen = descriptor >= 0;
+        if (isOpen)
+            opened.push_back(descriptor);
+    }
+    for (const int descriptor : opened)
+        close(descriptor);
+    return isOpen;
 }
 
 bool socketsRaiseSignals()

@@ -289,6 +289,11 @@ bool qtServesHostLoop()
     return false;
 }
 
+bool hasDescriptors(int)
+{
+    return true; // the system has no such limit
+}
+
 bool socketsRaiseSignals()
 {
     return false;

@@ -15,6 +15,7 @@ HostProcess::HostProcess(const QString& program, const QStringList& arguments, i
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("VIGIL_LOG_DIR"), m_logDirectory.path());
+    environment.insert(QStringLiteral("TMPDIR"), m_logDirectory.path()); // the log's next choice
     environment.insert(QStringLiteral("VIGIL_SERVICE_PORT"), QString::number(servicePort));
     // Hosts that end with live checks leak on purpose. Other tests look for leaks.
     environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
