@@ -30,6 +30,8 @@ SnmpdProcess::SnmpdProcess(const QByteArray& directives, const QStringList& argu
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("SNMP_PERSISTENT_DIR"), persistent);
     environment.insert(QStringLiteral("SNMPCONFPATH"), persistent);
+    // snmpd syncs each line of this file to the disk before it serves. On a busy disk that takes minutes.
+    environment.insert(QStringLiteral("SNMP_PERSISTENT_FILE"), QStringLiteral("/dev/null"));
     environment.insert(QStringLiteral("MIBS"), QString());
     m_process.setProcessEnvironment(environment);
     m_process.setProcessChannelMode(QProcess::MergedChannels);
