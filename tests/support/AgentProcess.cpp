@@ -6,17 +6,21 @@
 #include <QDir>
 #include <QHostAddress>
 #include <QProcessEnvironment>
+#include <QRandomGenerator>
 #include <QTcpServer>
 #include <QUdpSocket>
 
 #include <csignal>
 
-#include "FreePort.h"
 #include "RunUntil.h"
 
 namespace support {
 
 namespace {
+
+// Below the ports that the system hands out: while a program restarts, no other socket gets its port.
+constexpr int firstFreePort = 10'000;
+constexpr int endOfFreePorts = 32'768;
 
 const QByteArray readyText = "listening for applications on 127.0.0.1:";
 
@@ -53,10 +57,10 @@ AgentProcess::~AgentProcess()
 
 bool AgentProcess::start()
 {
-    for (int attempt = 0; attempt < 10; ++attempt) { // another test may have taken the free port
+    for (int attempt = 0; attempt < 10; ++attempt) { // another test may have taken a free port
         if (startOnce())
             return true;
-        if (!m_log.contains("cannot serve on"))
+        if (!m_log.contains("cannot serve on") && !m_log.contains("cannot listen for applications"))
             return false;
     }
     return false;
@@ -65,12 +69,12 @@ bool AgentProcess::start()
 bool AgentProcess::startOnce()
 {
     m_log.clear();
+    const quint16 port = m_applicationPort != 0 ? m_applicationPort : freePort();
     m_process.setProcessEnvironment(environment(m_directory));
-    m_process.start(
-        QStringLiteral(VIGIL_AGENT_PROGRAM),
-        roleArguments() +
-            QStringList{QStringLiteral("--listen"), QStringLiteral("127.0.0.1:%1").arg(m_applicationPort)} +
-            m_arguments);
+    m_process.start(QStringLiteral(VIGIL_AGENT_PROGRAM),
+                    roleArguments() +
+                        QStringList{QStringLiteral("--listen"), QStringLiteral("127.0.0.1:%1").arg(port)} +
+                        m_arguments);
     const auto isReadyOrOver = [this] {
         const int ready = log().indexOf(readyText);
         return (ready >= 0 && log().indexOf('\n', ready) > 0) || m_process.state() == QProcess::NotRunning;
@@ -161,10 +165,13 @@ QStringList AgentProcess::filesLeft() const
 quint16 AgentProcess::freePort()
 {
     while (true) {
+        const auto port =
+            static_cast<quint16>(QRandomGenerator::global()->bounded(firstFreePort, endOfFreePorts));
         QUdpSocket datagrams;
         QTcpServer streams;
-        if (bindToFreePort(datagrams) && streams.listen(QHostAddress::LocalHost, datagrams.localPort()))
-            return datagrams.localPort();
+        if (datagrams.bind(QHostAddress(QHostAddress::LocalHost), port, QAbstractSocket::DontShareAddress) &&
+            streams.listen(QHostAddress::LocalHost, port))
+            return port;
     }
 }
 

@@ -72,7 +72,7 @@ public:
     /// Runs the agent with exactly these arguments until it ends. Use it for arguments the agent refuses.
     static Outcome run(const QStringList& arguments);
 
-    /// A port that was just free on UDP and TCP.
+    /// A port that was just free on UDP and TCP, and that the system gives to no other socket by itself.
     static quint16 freePort();
 
 private:
