@@ -29,9 +29,14 @@ protected:
     std::unique_ptr<AgentProcess> startAgent(const QStringList& arguments = {})
     {
         auto agent = std::make_unique<AgentProcess>(snmpd.agentxAddress(), arguments);
-        EXPECT_TRUE(agent->start()) << agent->log().constData();
-        EXPECT_TRUE(agent->waitForLog("serving ")) << agent->log().constData();
+        join(*agent);
         return agent;
+    }
+
+    static void join(AgentProcess& agent)
+    {
+        ASSERT_TRUE(agent.start()) << agent.log().constData();
+        ASSERT_TRUE(agent.waitForLog("serving ")) << agent.log().constData();
     }
 
     static QStringList subtree(const char* relative)

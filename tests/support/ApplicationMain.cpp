@@ -1,13 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#include <gmock/gmock.h>
-
 #include <QCoreApplication>
+
+#include "RunAllTests.h"
 
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
-    testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
+    return support::runAllTests(argc, argv);
 }

@@ -1,0 +1,9 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "RunAllTests.h"
+
+int main(int argc, char** argv)
+{
+    return support::runAllTests(argc, argv);
+}
