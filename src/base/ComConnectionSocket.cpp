@@ -55,6 +55,12 @@ bool ComConnectionSocket::connectToServer(ConnectionSettings settings)
         reportConnectFailure(m_settings.connectTimeoutMs);
         return false;
     }
+    if (!m_peerCheck(*socket)) {
+        socket->abort();
+        socket->deleteLater();
+        logInfo(QStringLiteral("NOT CONNECTED"));
+        return false;
+    }
     installSocket(socket);
     emit signal_connected();
     return true;

@@ -11,6 +11,8 @@
 #include <QString>
 #include <QTimer>
 
+#include <functional>
+
 #include "base/ConnectionSettings.h"
 #include "base/QuietSocket.h"
 #include "base/wire/DbBaseType.h"
@@ -37,6 +39,10 @@ class ComConnectionSocket : public QObject
 
 public:
     explicit ComConnectionSocket(QObject* parent = nullptr);
+
+    /// Decides about a new connection before anything is sent. The default accepts every peer.
+    using PeerCheck = std::function<bool(const QTcpSocket&)>;
+    void setPeerCheck(PeerCheck check) { m_peerCheck = std::move(check); }
 
     /// Blocks until it is connected or the time-out of the settings expires. Remembers the settings.
     bool connectToServer(ConnectionSettings settings);
@@ -125,6 +131,7 @@ private:
     void yieldToEventLoop();
 
     ConnectionSettings m_settings;
+    PeerCheck m_peerCheck = [](const QTcpSocket&) { return true; };
     int m_maxPendingBytes = 10000000;
     bool m_lastSendOk = false;
     QTimer* m_pollTimer;

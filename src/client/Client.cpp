@@ -91,7 +91,9 @@ void Client::init()
     base::writeLog(QStringLiteral("[Client::init] Initializing in thread %1.")
                        .arg(base::toHexString(QThread::currentThread())));
     m_service = serviceAddress();
+    m_trust = std::make_unique<ServiceTrust>();
     m_socket = new base::ComConnectionSocket(this);
+    m_socket->setPeerCheck([this](const QTcpSocket& socket) { return m_trust->isTrusted(socket); });
     createConnections();
     connectLog();
     if (m_service.port == 0)

@@ -11,12 +11,15 @@
 #include <QTimer>
 #include <QVariant>
 
+#include <memory>
+
 #include <vigil/Oid.h>
 
 #include "base/ComConnectionSocket.h"
 #include "base/ConnectionSettings.h"
 #include "base/RepeatedLines.h"
 #include "client/PendingSends.h"
+#include "client/ServiceTrust.h"
 #include "client/ValueCache.h"
 
 using vigil::Oid; // the slots' signatures have no namespace
@@ -24,8 +27,9 @@ using vigil::Oid; // the slots' signatures have no namespace
 /// The one object that talks to the local SNMP service.
 ///
 /// Purpose: sends published values as records and keeps them in a ValueCache. Retries every 5 seconds while
-/// there is no connection, and sends the whole cache after a reconnect. Turns records from the service into
-/// calls of the registered callbacks.
+/// there is no connection, and sends the whole cache after a reconnect. A service that ServiceTrust refuses
+/// gets nothing; it is one more failed connect. Turns records from the service into calls of the registered
+/// callbacks.
 ///
 ///     state         | event            | action, next state
 ///     --------------|------------------|--------------------------------------------------------
@@ -123,6 +127,7 @@ private:
     QTimer* m_reconnectTimer;
     base::RepeatedLines* m_errorLines;
     base::ConnectionSettings m_service;
+    std::unique_ptr<ServiceTrust> m_trust;
     ValueCache m_valueCache;
     PendingSends m_pending;
     bool m_isSendingPending = false;
