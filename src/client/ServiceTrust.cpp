@@ -18,9 +18,9 @@ constexpr qint64 reportIntervalMs = 60'000;
 
 platform::User addedUser()
 {
-    if (!qEnvironmentVariableIsSet(userVariable) || platform::isSetUserId())
+    const QString name = platform::environmentVariable(userVariable);
+    if (name.isNull())
         return std::nullopt;
-    const QString name = qEnvironmentVariable(userVariable);
     const platform::User user = platform::userNamed(name.toStdString());
     if (!user)
         base::writeLog(
