@@ -32,29 +32,31 @@ vigil::HealthCheck* makeCheck(int metrics = 3)
     return check;
 }
 
-/// Waits for a state of the connection.
-class StateWatch : public vigil::StateInfoCallback
+/// Waits until the connection is lost and made again. The loss may last a moment only.
+class ReconnectWatch : public vigil::StateInfoCallback
 {
 public:
-    StateWatch() { vigil::VigilSnmpInterface::instance().registerStateInfoCallback(this); }
+    ReconnectWatch() { vigil::VigilSnmpInterface::instance().registerStateInfoCallback(this); }
 
     void callbackStateInfo(int state) override
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_state = state;
+        m_wasLost = m_wasLost || state == 1;
+        m_isBack = m_wasLost && state == 0;
         m_changed.notify_all();
     }
 
-    void waitForState(int state)
+    void wait()
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        m_changed.wait(lock, [&] { return m_state == state; });
+        m_changed.wait(lock, [&] { return m_isBack; });
     }
 
 private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    int m_state = -1;
+    bool m_wasLost = false;
+    bool m_isBack = false;
 };
 
 /// Runs a function on the client thread when the connection is lost.
@@ -184,10 +186,9 @@ int exitWithALongQueue()
 int exitDuringAReplay()
 {
     vigil::VigilSnmpInterface::instance().init("host");
-    static StateWatch watch;
+    static auto* const watch = new ReconnectWatch; // never destroyed: it stays registered
     publishMany();
-    watch.waitForState(1);
-    watch.waitForState(0);
+    watch->wait();
     sayLeaving();
     return 0;
 }
