@@ -13,6 +13,7 @@
 #include "agent/cells/ServedCells.h"
 #include "agent/core/Error.h"
 #include "agent/core/SystemClock.h"
+#include "agent/core/UserLines.h"
 #include "agent/netsnmp/SnmpEngine.h"
 #include "agent/notifications/Notifications.h"
 #include "agent/process/Options.h"
@@ -46,6 +47,7 @@ private:
 
     const Options m_options;
     SystemClock m_clock;
+    UserLines m_userLines{m_clock};
     CellStore m_store;
     ServedCells m_cells;
     ApplicationServer m_applications;

@@ -34,6 +34,10 @@ ApplicationConnection::ApplicationConnection(QTcpSocket* socket, ApplicationId a
     m_info.since = clock.nowUtc();
     m_socket->setParent(this);
     m_socket->setReadBufferSize(maxBurst);
+    m_clock.callAfter(Limits::frameMs, this, [this] {
+        if (isSilent())
+            closeSilent();
+    });
     connect(m_socket, &QTcpSocket::readyRead, this, &ApplicationConnection::readFrames);
     connect(m_socket, &QTcpSocket::disconnected, this, &ApplicationConnection::handleDisconnected);
 }
@@ -77,8 +81,7 @@ void ApplicationConnection::watchFrame()
         if (m_stream.frames() > frames)
             return watchFrame();
         if (m_stream.isInsideFrame())
-            closeBecause(
-                QStringLiteral("it has not completed a frame within %1 seconds").arg(Limits::frameMs / 1000));
+            closeUnfinished();
     });
 }
 
@@ -137,7 +140,25 @@ void ApplicationConnection::sendRecord(int dataType, int callbackId, const base:
 
 void ApplicationConnection::closeBecause(const QString& problem)
 {
-    log::warning(QStringLiteral("%1 is disconnected: %2").arg(name(), problem));
+    log::warning(m_info.identity.user, QStringLiteral("%1 is disconnected: %2").arg(name(), problem));
+    m_isClosing = true;
+    m_socket->abort();
+}
+
+void ApplicationConnection::closeUnfinished()
+{
+    closeBecause(
+        QStringLiteral("it has not completed a frame within %1 seconds").arg(Limits::frameMs / 1000));
+}
+
+void ApplicationConnection::closeSilent()
+{
+    if (m_isClosing)
+        return;
+    if (m_stream.isInsideFrame())
+        return closeUnfinished();
+    log::detail(m_info.identity.user,
+                [this] { return QStringLiteral("%1 is disconnected: it has sent nothing").arg(name()); });
     m_isClosing = true;
     m_socket->abort();
 }

@@ -27,7 +27,8 @@ namespace agent {
 /// Threads: emits all signals from the event loop, never from inside ask() or commit().
 /// Ownership: owns the socket.
 /// Failure: disconnects an application, with a line in the log, if it sends malformed frames or records, does
-/// not complete a frame in time, or leaves too much unread. lost() comes once, however the connection ends.
+/// not complete a frame in time, or leaves too much unread. A silent one is disconnected after the same time.
+/// lost() comes once, however the connection ends.
 class ApplicationConnection : public QObject, private ApplicationStream::Receiver
 {
     Q_OBJECT
@@ -44,6 +45,12 @@ public:
 
     /// Counts a record refused by the listener.
     void countRefusal() { ++m_info.recordsRefused; }
+
+    /// True until it has completed a frame.
+    bool isSilent() const { return m_stream.frames() == 0; }
+
+    /// Disconnects a silent application. There is no warning if it has sent nothing: that harms no one.
+    void closeSilent();
 
     void ask(int number, const ObjectId& id, const CellValue& value);
     void commit(const ObjectId& id, const CellValue& value);
@@ -64,6 +71,7 @@ private:
     void sendBinding(int callbackId, int storeType, const ObjectId& id, const CellValue& value);
     void sendRecord(int dataType, int callbackId, const base::DbBaseType& record);
     void closeBecause(const QString& problem);
+    void closeUnfinished();
     void handleDisconnected();
 
     QTcpSocket* m_socket;

@@ -3,6 +3,8 @@
 
 #include "agent/applications/ApplicationServer.h"
 
+#include <algorithm>
+
 #include "agent/applications/ApplicationConnection.h"
 #include "agent/core/Log.h"
 
@@ -25,17 +27,18 @@ void discard(QTcpSocket* socket)
     socket->deleteLater();
 }
 
-void logDisconnected(const QString& name, size_t cells)
+void logDisconnected(const ApplicationInfo& application, size_t cells)
 {
+    const User& user = application.identity.user;
     if (cells > 0)
         log::warning(
-            QStringLiteral("%1 has disconnected without removing its %2 cells; its health checks turn "
-                           "UNKNOWN unless it reconnects. An application that shuts down cleanly "
-                           "destroys them first")
-                .arg(name)
-                .arg(cells));
+            user, QStringLiteral("%1 has disconnected without removing its %2 cells; its health checks turn "
+                                 "UNKNOWN unless it reconnects. An application that shuts down cleanly "
+                                 "destroys them first")
+                      .arg(nameOf(application))
+                      .arg(cells));
     else
-        log::detail([&] { return QStringLiteral("%1 has disconnected").arg(name); });
+        log::detail(user, [&] { return QStringLiteral("%1 has disconnected").arg(nameOf(application)); });
 }
 
 } // namespace
@@ -110,11 +113,56 @@ void ApplicationServer::acceptAll()
         const Identity identity = m_identify(socket->socketDescriptor());
         if (!isAllowed(identity))
             discard(socket);
-        else if (m_connections.size() < static_cast<size_t>(m_limits.connections))
+        else if (hasRoomFor(identity.user) || makeRoomFor(identity.user))
             accept(socket, identity);
         else
-            turnAway(socket);
+            turnAway(socket, identity);
     }
+}
+
+/// The most for one user. The rest is for others.
+size_t ApplicationServer::connectionsFor(const User& user) const
+{
+    const auto all = static_cast<size_t>(m_limits.connections);
+    return user == platform::rootUser ? all : all - all / 8;
+}
+
+std::map<User, size_t> ApplicationServer::connectionsByUser() const
+{
+    std::map<User, size_t> counts;
+    for (const auto& [application, connection] : m_connections)
+        ++counts[connection->info().identity.user];
+    return counts;
+}
+
+bool ApplicationServer::isFull() const
+{
+    return m_connections.size() >= static_cast<size_t>(m_limits.connections);
+}
+
+bool ApplicationServer::hasRoomFor(const User& user) const
+{
+    return !isFull() && connectionsByUser()[user] < connectionsFor(user);
+}
+
+/// A silent connection of the user with the most connections makes room, the newest first.
+bool ApplicationServer::makeRoomFor(const User& user)
+{
+    std::map<User, size_t> counts = connectionsByUser();
+    if (counts[user] >= connectionsFor(user))
+        return false;
+    ApplicationConnection* chosen = nullptr;
+    size_t most = counts[user] + 2; // the other one keeps at least as many
+    for (const auto& [application, connection] : m_connections) {
+        const size_t count = counts[connection->info().identity.user];
+        if (count < most || !connection->isSilent())
+            continue;
+        most = count;
+        chosen = connection;
+    }
+    if (chosen)
+        chosen->closeSilent();
+    return chosen != nullptr;
 }
 
 bool ApplicationServer::isAllowed(const Identity& identity)
@@ -138,13 +186,23 @@ void ApplicationServer::acceptLater()
     m_clock.callAfter(acceptAgainMs, this, [this] { m_server.resumeAccepting(); });
 }
 
-void ApplicationServer::turnAway(QTcpSocket* socket)
+void ApplicationServer::turnAway(QTcpSocket* socket, const Identity& identity)
 {
-    if (!m_isFullLogged)
-        log::warning(QStringLiteral("an application is turned away: %1 are connected, as many as "
+    if (!m_isFullLogged && isFull())
+        log::warning(identity.user,
+                     QStringLiteral("an application (%1) is turned away: %2 are connected, as many as "
                                     "--max-connections allows. Further ones are not logged until one of "
                                     "them disconnects")
+                         .arg(identityText(identity))
                          .arg(m_connections.size()));
+    else if (!m_isFullLogged)
+        log::warning(
+            identity.user,
+            QStringLiteral("an application (%1) is turned away: its user has %2 connections, as many "
+                           "as --max-connections allows for one user. Further ones are not logged "
+                           "until an application disconnects")
+                .arg(identityText(identity))
+                .arg(connectionsFor(identity.user)));
     m_isFullLogged = true;
     discard(socket);
 }
@@ -164,7 +222,7 @@ void ApplicationServer::accept(QTcpSocket* socket, const Identity& identity)
             [this, application](int number, int status) { emit answered(application, number, status); });
     connect(connection, &ApplicationConnection::lost, this,
             [this, application] { handleDisconnected(application); });
-    log::detail([&] { return QStringLiteral("%1 has connected").arg(connection->name()); });
+    log::detail(identity.user, [&] { return QStringLiteral("%1 has connected").arg(connection->name()); });
 }
 
 void ApplicationServer::publish(ApplicationId application, const ObjectId& id, const CellValue& value,
@@ -176,8 +234,11 @@ void ApplicationServer::publish(ApplicationId application, const ObjectId& id, c
         return refuse(application, id, error);
     if (const Error error = m_cellLimits.checkCount(application, id))
         return refuse(application, ObjectId(), error);
-    log::detail(
-        [&] { return QStringLiteral("%1: %2 = %3").arg(nameOf(application), toText(id), valueText(value)); });
+    if (const Error error = checkUserCount(application, id))
+        return refuse(application, ObjectId(), error);
+    log::detail(find(application)->identity.user, [&] {
+        return QStringLiteral("%1: %2 = %3").arg(nameOf(application), toText(id), valueText(value));
+    });
     const std::optional<ApplicationId> previousOwner = m_cells.publish(application, id, value);
     if (previousOwner)
         m_warnings.warn(ownerOf(application), id,
@@ -200,6 +261,33 @@ Error ApplicationServer::checkOwner(ApplicationId application, const ObjectId& i
                      .arg(toText(id), nameOf(cell->owner)));
 }
 
+/// Lost applications do not count: their cells make room for each other.
+Error ApplicationServer::checkUserCount(ApplicationId application, const ObjectId& id) const
+{
+    const auto most = static_cast<size_t>(m_limits.userCells);
+    const User& user = find(application)->identity.user;
+    if (m_cells.store().size() < most || user == platform::rootUser)
+        return {};
+    const Cell* cell = m_cells.store().find(id);
+    if ((cell && cell->owner == application) || cellsOf(user) < most)
+        return {};
+    return Error(
+        QStringLiteral("publishes more cells than --max-user-cells allows for all applications of its "
+                       "user (%1); the others are not served, the first of them is %2")
+            .arg(most)
+            .arg(toText(id)));
+}
+
+size_t ApplicationServer::cellsOf(const User& user) const
+{
+    size_t cells = 0;
+    for (const auto& [application, connection] : m_connections) {
+        if (connection->info().identity.user == user)
+            cells += m_cells.store().countOf(application);
+    }
+    return cells;
+}
+
 /// id is empty for an error about all cells of the application.
 void ApplicationServer::refuse(ApplicationId application, const ObjectId& id, const Error& error)
 {
@@ -213,7 +301,7 @@ void ApplicationServer::refuse(ApplicationId application, const ObjectId& id, co
 void ApplicationServer::unset(ApplicationId application, const ObjectId& tree)
 {
     const size_t removed = m_cells.unset(application, tree);
-    log::detail([&] {
+    log::detail(find(application)->identity.user, [&] {
         return QStringLiteral("%1: %2 unset, cells removed: %3")
             .arg(nameOf(application), toText(tree))
             .arg(removed);
@@ -223,7 +311,7 @@ void ApplicationServer::unset(ApplicationId application, const ObjectId& tree)
 void ApplicationServer::handleDisconnected(ApplicationId application)
 {
     ApplicationConnection* connection = m_connections.at(application);
-    logDisconnected(connection->name(), m_cells.store().countOf(application));
+    logDisconnected(connection->info(), m_cells.store().countOf(application));
     ApplicationInfo& info = m_lost[application] = connection->info();
     info.state = ApplicationInfo::State::Lost;
     info.since = m_clock.nowUtc();

@@ -77,10 +77,17 @@ private:
     void acceptLater();
     void accept(QTcpSocket* socket, const Identity& identity);
     bool isAllowed(const Identity& identity);
-    void turnAway(QTcpSocket* socket);
+    bool hasRoomFor(const User& user) const;
+    bool makeRoomFor(const User& user);
+    bool isFull() const;
+    size_t connectionsFor(const User& user) const;
+    std::map<User, size_t> connectionsByUser() const;
+    void turnAway(QTcpSocket* socket, const Identity& identity);
     void publish(ApplicationId application, const ObjectId& id, const CellValue& value, bool notify);
     void unset(ApplicationId application, const ObjectId& tree);
     Error checkOwner(ApplicationId application, const ObjectId& id);
+    Error checkUserCount(ApplicationId application, const ObjectId& id) const;
+    size_t cellsOf(const User& user) const;
     void refuse(ApplicationId application, const ObjectId& id, const Error& error);
     void handleDisconnected(ApplicationId application);
     const ApplicationInfo* find(ApplicationId application) const;

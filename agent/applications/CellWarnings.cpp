@@ -18,9 +18,10 @@ void CellWarnings::warn(const Owner& application, const ObjectId& id, const QStr
     const std::string_view bytes(reinterpret_cast<const char*>(id.data()), id.size() * sizeof(id[0]));
     if (!warned.insert(std::hash<std::string_view>()(bytes)).second)
         return;
-    log::warning(application.name + QLatin1Char(' ') + text);
+    log::warning(application.user, application.name + QLatin1Char(' ') + text);
     if (warned.size() == maxPerApplication)
         log::warning(
+            application.user,
             QStringLiteral("%1: further warnings about its cells are suppressed").arg(application.name));
 }
 

@@ -17,8 +17,9 @@ namespace agent {
 /// defective application does not harm the others.
 struct Limits
 {
-    int connections = 256;     ///< at one time
+    int connections = 256;     ///< at one time; a user other than root has at most seven eighths of them
     int cells = 100'000;       ///< of one application
+    int userCells = 200'000;   ///< of all connected applications of a user other than root
     int textBytes = 65'535;    ///< of one value; the limit of SNMP
     int frameBytes = maxFrame; ///< of one frame after its length field
 

@@ -62,14 +62,29 @@ void LostApplications::handleCellReturned(ApplicationId application)
 
 void LostApplications::makeRoom()
 {
-    const auto oldest = std::min_element(m_losses.begin(), m_losses.end(), [](const auto& a, const auto& b) {
-        return a.second.since < b.second.since;
+    const User user = largestUser();
+    const auto oldest = std::min_element(m_losses.begin(), m_losses.end(), [&](const auto& a, const auto& b) {
+        return std::make_pair(a.second.owner.user != user, a.second.since) <
+               std::make_pair(b.second.owner.user != user, b.second.since);
     });
-    log::warning(QStringLiteral("%1 lost applications still have cells, more than the limits allow; those of "
+    log::warning(oldest->second.owner.user,
+                 QStringLiteral("%1 lost applications still have cells, more than the limits allow; those of "
                                 "%2 are removed. Find out which application keeps crashing")
                      .arg(m_losses.size())
                      .arg(oldest->second.owner.name));
     removeAndEnd(oldest->first);
+}
+
+/// The user with the most lost applications or, if their number is permitted, with the most lost cells.
+User LostApplications::largestUser() const
+{
+    const bool isCountShort = m_losses.size() > m_settings.maxApplications;
+    std::map<User, size_t> shares;
+    for (const auto& [application, loss] : m_losses)
+        shares[loss.owner.user] += isCountShort ? 1 : m_store.countOf(application);
+    return std::max_element(shares.begin(), shares.end(),
+                            [](const auto& a, const auto& b) { return a.second < b.second; })
+        ->first;
 }
 
 bool LostApplications::isRoomShort() const

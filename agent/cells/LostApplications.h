@@ -32,7 +32,8 @@ namespace agent {
 ///     Returning  | cover           | none          | end                | remove, end | remove, end
 ///
 /// "Grace over" comes graceMs after the loss, "forget over" forgetMs after the loss, and "return over"
-/// graceMs after the first cell returned. "No room" hits the oldest loss if a later one exceeds the limits.
+/// graceMs after the first cell returned. "No room" hits the oldest loss of the user with the most, if a
+/// later loss exceeds the limits: no user can push out another one's.
 ///
 /// Ownership: store, clock and actions must outlive it.
 class LostApplications
@@ -90,6 +91,7 @@ private:
     void end(ApplicationId application);
     bool isRoomShort() const;
     void makeRoom();
+    User largestUser() const;
 
     const CellStore& m_store;
     Clock& m_clock;

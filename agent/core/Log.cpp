@@ -3,13 +3,28 @@
 
 #include "agent/core/Log.h"
 
-#include <cstdio>
+#include <utility>
+
+#include "agent/core/StandardError.h"
 
 namespace agent::log {
 
 namespace {
 
+struct Level
+{
+    const char* priority; ///< for the journal
+    const char* word;
+};
+
+constexpr Level errorLevel = {"<3>", "error: "};
+constexpr Level warningLevel = {"<4>", "warning: "};
+constexpr Level infoLevel = {"<6>", ""};
+constexpr Level debugLevel = {"<7>", ""};
+
 bool isVerboseLog = false;
+quint64 lostLines = 0;
+Gate gateOfUsers;
 
 /// Texts from applications and managers appear in messages. They must not be able to forge a line.
 QByteArray onOneLine(const QString& message)
@@ -22,11 +37,27 @@ QByteArray onOneLine(const QString& message)
     return line;
 }
 
-void writeLine(const char* level, const QString& message)
+bool tryWrite(const Level& level, const QString& message)
 {
-    const QByteArray line = "vigil-agent: " + QByteArray(level) + onOneLine(message) + '\n';
-    std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);
-    std::fflush(stderr);
+    static const bool isJournal = standardError::isJournal();
+    const QByteArray line =
+        QByteArray(isJournal ? level.priority : "") + "vigil-agent: " + level.word + onOneLine(message);
+    return standardError::write(line.left(standardError::maxLine - 1) + '\n');
+}
+
+void writeLine(const Level& level, const QString& message)
+{
+    if (lostLines > 0 &&
+        tryWrite(warningLevel,
+                 QStringLiteral("%1 lines are missing here: standard error was not read").arg(lostLines)))
+        lostLines = 0;
+    if (lostLines > 0 || !tryWrite(level, message))
+        ++lostLines;
+}
+
+bool isOpenFor(const User& user)
+{
+    return !gateOfUsers || gateOfUsers(user);
 }
 
 } // namespace
@@ -36,24 +67,45 @@ void setVerbose(bool isVerbose)
     isVerboseLog = isVerbose;
 }
 
+void setGate(Gate gate)
+{
+    gateOfUsers = std::move(gate);
+}
+
 void error(const QString& message)
 {
-    writeLine("error: ", message);
+    writeLine(errorLevel, message);
 }
 
 void warning(const QString& message)
 {
-    writeLine("warning: ", message);
+    writeLine(warningLevel, message);
+}
+
+void warning(const User& user, const QString& message)
+{
+    if (isOpenFor(user))
+        warning(message);
 }
 
 void info(const QString& message)
 {
-    writeLine("", message);
+    writeLine(infoLevel, message);
+}
+
+void debug(const QString& message)
+{
+    writeLine(debugLevel, message);
 }
 
 bool isVerbose()
 {
     return isVerboseLog;
+}
+
+bool isVerbose(const User& user)
+{
+    return isVerboseLog && isOpenFor(user);
 }
 
 } // namespace agent::log

@@ -6,13 +6,22 @@
 
 #include <QString>
 
-/// The agent's messages. Each event is one line on standard error, even if its text has line breaks.
+#include <functional>
+
+#include "agent/core/User.h"
+
+/// The agent's messages. Each event is one line on standard error, even if its text has line breaks. Long
+/// lines are cut. In the journal the lines have priorities.
 ///
-/// Failure: if the line cannot be written, it is lost.
+/// Failure: a line that cannot be written at once is lost. The next one that can says how many were lost.
 namespace agent::log {
 
 /// Turns the lines of detail() on. They are off at the start.
 void setVerbose(bool isVerbose);
+
+/// Asked before each line about an application of a user. Null lets every line pass.
+using Gate = std::function<bool(const User&)>;
+void setGate(Gate gate);
 
 /// The agent stops, or cannot do what the operator asked for.
 void error(const QString& message);
@@ -20,10 +29,17 @@ void error(const QString& message);
 /// The operator should have a look. The agent goes on.
 void warning(const QString& message);
 
+/// The same about an application of this user.
+void warning(const User& user, const QString& message);
+
 /// A step in the agent's life.
 void info(const QString& message);
 
 bool isVerbose();
+bool isVerbose(const User& user);
+
+/// What detail() writes.
+void debug(const QString& message);
 
 /// Single connections, cells and SETs. makeText returns the message; it is called only if the log is verbose,
 /// since every value that arrives has a message.
@@ -31,7 +47,15 @@ template <typename MakeText>
 void detail(MakeText makeText)
 {
     if (isVerbose())
-        info(makeText());
+        debug(makeText());
+}
+
+/// The same about an application of this user.
+template <typename MakeText>
+void detail(const User& user, MakeText makeText)
+{
+    if (isVerbose(user))
+        debug(makeText());
 }
 
 } // namespace agent::log

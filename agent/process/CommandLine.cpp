@@ -125,12 +125,18 @@ private:
         QStringLiteral("Show a health check as UNKNOWN when its application has not updated it for <s> "
                        "seconds; 0 means never."),
         0, longestSeconds, m_options.staleAfterSeconds);
-    const Number m_maxConnections = numberOption(QStringLiteral("max-connections"), QStringLiteral("n"),
-                                                 QStringLiteral("Accept at most <n> applications at a time."),
-                                                 1, mostConnections, m_options.limits.connections);
+    const Number m_maxConnections = numberOption(
+        QStringLiteral("max-connections"), QStringLiteral("n"),
+        QStringLiteral("Accept at most <n> applications at a time, at most seven eighths of them "
+                       "of one user other than root."),
+        1, mostConnections, m_options.limits.connections);
     const Number m_maxCells = numberOption(QStringLiteral("max-cells"), QStringLiteral("n"),
                                            QStringLiteral("Accept at most <n> cells from one application."),
                                            1, mostCells, m_options.limits.cells);
+    const Number m_maxUserCells = numberOption(
+        QStringLiteral("max-user-cells"), QStringLiteral("n"),
+        QStringLiteral("Accept at most <n> cells from all applications of one user other than root."), 1,
+        mostCells, m_options.limits.userCells);
     const Number m_maxText = numberOption(QStringLiteral("max-text"), QStringLiteral("n"),
                                           QStringLiteral("Refuse texts longer than <n> bytes."), 1,
                                           mostBytes.textBytes, m_options.limits.textBytes);
@@ -148,8 +154,8 @@ Reader::Reader(Options& options) : m_options(options)
         QStringLiteral("Serves the health of this host's applications to SNMP managers."));
     m_parser.addOptions({m_agentx, m_standalone, m_subtree, m_config, m_listen, m_allowUsers,
                          m_setTimeout.option, m_grace.option, m_forget.option, m_staleAfter.option,
-                         m_maxConnections.option, m_maxCells.option, m_maxText.option, m_maxFrame.option,
-                         m_verbose});
+                         m_maxConnections.option, m_maxCells.option, m_maxUserCells.option, m_maxText.option,
+                         m_maxFrame.option, m_verbose});
 }
 
 Error Reader::read(const QStringList& arguments, QString& output)
@@ -178,8 +184,8 @@ Error Reader::readOptions()
         if (Error error = (this->*readPart)())
             return error;
     }
-    for (const Number* number :
-         {&m_grace, &m_forget, &m_staleAfter, &m_maxConnections, &m_maxCells, &m_maxText, &m_maxFrame}) {
+    for (const Number* number : {&m_grace, &m_forget, &m_staleAfter, &m_maxConnections, &m_maxCells,
+                                 &m_maxUserCells, &m_maxText, &m_maxFrame}) {
         if (Error error = readNumber(*number))
             return error;
     }

@@ -63,7 +63,7 @@ QString agentObject(const char* name)
 
 } // namespace
 
-TEST_F(AgentUsers, NobodyButTheUserReplacesItsValues)
+TEST_F(AgentUsers, OnlyTheSameUserReplacesAValue)
 {
     start();
     const auto shop = connectAs(firstUser);

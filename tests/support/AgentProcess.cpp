@@ -157,6 +157,11 @@ AgentProcess::Outcome AgentProcess::run(const QStringList& arguments)
     return outcome;
 }
 
+QString AgentProcess::program()
+{
+    return QStringLiteral(VIGIL_AGENT_PROGRAM);
+}
+
 QStringList AgentProcess::filesLeft() const
 {
     return filesIn(m_directory);

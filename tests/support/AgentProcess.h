@@ -72,6 +72,9 @@ public:
     /// Runs the agent with exactly these arguments until it ends. Use it for arguments the agent refuses.
     static Outcome run(const QStringList& arguments);
 
+    /// The path of the program, for tests that run it in another way.
+    static QString program();
+
     /// A port that was just free on UDP and TCP, and that the system gives to no other socket by itself.
     static quint16 freePort();
 

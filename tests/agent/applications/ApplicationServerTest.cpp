@@ -310,6 +310,104 @@ TEST_F(ApplicationServerTest, TurnsAwayUsersWhoMayNotPublish)
     EXPECT_TRUE(waitForCells(1));
 }
 
+TEST_F(ApplicationServerTest, OneUserLeavesConnectionsToOthers)
+{
+    agent::Limits sixteen = limits();
+    sixteen.connections = 16;
+    ApplicationServer large(cells, clock, sixteen, [this](std::intptr_t) { return nextIdentity; });
+    ASSERT_FALSE(large.listen(QHostAddress::LocalHost, 0));
+    const quint16 largePort = large.address().section(QLatin1Char(':'), -1).toUShort();
+    std::vector<std::unique_ptr<FakeApplication>> applications;
+    for (int i = 0; i < 14; ++i) {
+        applications.push_back(std::make_unique<FakeApplication>(largePort));
+        applications.back()->publish("5." + std::to_string(i % 2), 1);
+    }
+    ASSERT_TRUE(runUntil([&] { return large.applications().size() == 14; }));
+    FakeApplication tooMany(largePort);
+    EXPECT_TRUE(tooMany.waitForDisconnect());
+    for (const agent::User& user : {agent::User(1002), agent::User(0)}) {
+        nextIdentity = {user, 0, QString()};
+        applications.push_back(std::make_unique<FakeApplication>(largePort));
+        const size_t expected = applications.size();
+        EXPECT_TRUE(runUntil([&] { return large.applications().size() == expected; }));
+    }
+}
+
+TEST_F(ApplicationServerTest, RootMayHaveAllConnections)
+{
+    agent::Limits sixteen = limits();
+    sixteen.connections = 16;
+    nextIdentity = {0, 0, QString()};
+    ApplicationServer large(cells, clock, sixteen, [this](std::intptr_t) { return nextIdentity; });
+    ASSERT_FALSE(large.listen(QHostAddress::LocalHost, 0));
+    const quint16 largePort = large.address().section(QLatin1Char(':'), -1).toUShort();
+    std::vector<std::unique_ptr<FakeApplication>> applications;
+    for (int i = 0; i < 16; ++i)
+        applications.push_back(std::make_unique<FakeApplication>(largePort));
+    EXPECT_TRUE(runUntil([&] { return large.applications().size() == 16; }));
+}
+
+TEST_F(ApplicationServerTest, SilentConnectionsMakeRoomForAUserWithFewer)
+{
+    const auto active = connectAs(1001);
+    active->publish("5.1", 1);
+    ASSERT_TRUE(waitForCells(1));
+    const auto silent = connectAs(1001);
+    const auto newest = connectAs(1001);
+    nextIdentity = {1002, 0, QString()};
+    FakeApplication other(port());
+    EXPECT_TRUE(newest->waitForDisconnect());
+    EXPECT_TRUE(silent->isConnected());
+    other.publish("5.2", 1);
+    EXPECT_TRUE(waitForCells(2));
+
+    FakeApplication second(port()); // now two of each would be fair, and there are three places
+    EXPECT_TRUE(second.waitForDisconnect());
+    EXPECT_TRUE(silent->isConnected());
+    EXPECT_TRUE(active->isConnected());
+}
+
+TEST_F(ApplicationServerTest, DisconnectsASilentApplicationAfterAMinute)
+{
+    const auto silent = connectAs(1001);
+    const auto active = connectAs(1001);
+    active->publish("5.1", 1);
+    ASSERT_TRUE(waitForCells(1));
+    clock.advance(agent::Limits::frameMs - 1);
+    EXPECT_EQ(server.applications().size(), 2U);
+    clock.advance(1);
+    EXPECT_TRUE(silent->waitForDisconnect());
+    EXPECT_TRUE(active->isConnected());
+    EXPECT_EQ(server.applications().size(), 1U);
+}
+
+TEST_F(ApplicationServerTest, LimitsTheCellsOfAllApplicationsOfAUser)
+{
+    agent::Limits few = limits();
+    few.userCells = 5;
+    ApplicationServer strict(cells, clock, few, [this](std::intptr_t) { return nextIdentity; });
+    ASSERT_FALSE(strict.listen(QHostAddress::LocalHost, 0));
+    const quint16 strictPort = strict.address().section(QLatin1Char(':'), -1).toUShort();
+    FakeApplication first(strictPort);
+    for (const char* oid : {"5.1", "5.2", "5.3"})
+        first.publish(oid, 1);
+    ASSERT_TRUE(waitForCells(3));
+    FakeApplication second(strictPort);
+    for (const char* oid : {"5.4", "5.5", "5.6", "5.7"})
+        second.publish(oid, 1);
+    ASSERT_TRUE(runUntil([&] { return strict.applications()[1].recordsRefused == 2; }));
+    EXPECT_EQ(store.size(), 5U);
+    second.publish("5.5", 2);
+    EXPECT_TRUE(runUntil([&] {
+        return valueOf({1, 3, 6, 1, 4, 1, 32473, 5, 5}) == 2;
+    })) << "its own may change";
+
+    nextIdentity = {1002, 0, QString()};
+    FakeApplication other(strictPort);
+    other.publish("5.8", 1);
+    EXPECT_TRUE(waitForCells(6));
+}
+
 TEST(Identity, IsTextForMessages)
 {
     using agent::identityText;

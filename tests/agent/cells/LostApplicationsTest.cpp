@@ -218,6 +218,33 @@ TEST_F(LostApplicationsTest, TheOldestLossMakesRoomIfThereAreTooManyCells)
     EXPECT_THAT(actions, ElementsAre("remove 1", "end 1"));
 }
 
+TEST_F(LostApplicationsTest, NoUserPushesOutALossOfAnother)
+{
+    publish(1, {1});
+    applications.add({1, 1001, QString()});
+    for (ApplicationId application = 2; application < 300; ++application) {
+        clock.advance(1);
+        publish(application, {static_cast<unsigned int>(application)});
+        applications.add({application, 1002, QString()});
+    }
+    EXPECT_TRUE(applications.contains(1));
+    EXPECT_TRUE(applications.contains(299));
+    EXPECT_EQ(store.size(), settings().maxApplications);
+}
+
+TEST_F(LostApplicationsTest, NoUserPushesOutALossOfAnotherByItsCells)
+{
+    publish(1, {1, 2, 3});
+    applications.add({1, 1001, QString()});
+    clock.advance(1);
+    publish(2, {4, 5, 6, 7});
+    applications.add({2, 1002, QString()});
+    clock.advance(1);
+    publish(3, {8, 9, 10});
+    applications.add({3, 1002, QString()});
+    EXPECT_THAT(actions, ElementsAre("remove 2", "end 2"));
+}
+
 TEST_F(LostApplicationsTest, TheLatestLossIsKeptHoweverManyCellsItHas)
 {
     publish(1, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10});

@@ -58,6 +58,7 @@ TEST(CommandLine, TheAddressAloneGivesTheDefaults)
     EXPECT_EQ(options.staleAfterSeconds, 0);
     EXPECT_EQ(options.limits.connections, 256);
     EXPECT_EQ(options.limits.cells, 100'000);
+    EXPECT_EQ(options.limits.userCells, 200'000);
     EXPECT_EQ(options.limits.textBytes, 65'535);
     EXPECT_EQ(options.limits.frameBytes, 64 * 1024 * 1024);
     EXPECT_TRUE(options.configFile.isEmpty());

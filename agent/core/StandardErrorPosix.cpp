@@ -1,0 +1,41 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/core/StandardError.h"
+
+#include <cerrno>
+
+#include <climits>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace agent::standardError {
+
+static_assert(maxLine <= PIPE_BUF, "poll() promises room for that many bytes");
+
+bool write(const QByteArray& line)
+{
+    // Not O_NONBLOCK: other programs, such as the shell, may share this end.
+    pollfd output = {STDERR_FILENO, POLLOUT, 0};
+    if (poll(&output, 1, 0) != 1 || (output.revents & POLLOUT) == 0)
+        return false;
+    const auto size = static_cast<size_t>(line.size());
+    ssize_t written = send(STDERR_FILENO, line.constData(), size, MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (written < 0 && errno == ENOTSOCK)
+        written = ::write(STDERR_FILENO, line.constData(), size);
+    return written == line.size();
+}
+
+bool isJournal()
+{
+    struct stat info = {};
+    if (fstat(STDERR_FILENO, &info) != 0)
+        return false;
+    const QByteArray own = QByteArray::number(static_cast<quint64>(info.st_dev)) + ':' +
+                           QByteArray::number(static_cast<quint64>(info.st_ino));
+    return qgetenv("JOURNAL_STREAM") == own;
+}
+
+} // namespace agent::standardError
