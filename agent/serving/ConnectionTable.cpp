@@ -11,20 +11,20 @@ namespace agent {
 
 namespace {
 
-// The arcs in the MIB.
+// The arcs in the MIB, and its names without "vigilAgent".
 constexpr unsigned int tableArc = 2;
 enum Column : unsigned int {
-    Address = 2,
-    Port,
-    State,
-    Since,
-    Cells,
-    Frames,
-    RecordsRefused,
-    LastFrame,
-    User,
-    Process,
-    Program
+    ConnectionAddress = 2,
+    ConnectionPort,
+    ConnectionState,
+    ConnectionSince,
+    ConnectionCells,
+    ConnectionFrames,
+    ConnectionRecordsRefused,
+    ConnectionLastFrame,
+    ConnectionUser,
+    ConnectionProcess,
+    ConnectionProgram
 };
 
 void putColumn(netsnmp_variable_list* varbind, unsigned int column, const ApplicationInfo& application)
@@ -32,29 +32,29 @@ void putColumn(netsnmp_variable_list* varbind, unsigned int column, const Applic
     constexpr quint64 connected = 1;
     constexpr quint64 lost = 2;
     switch (column) {
-    case Address:
+    case ConnectionAddress:
         return putText(varbind, application.address.toString().toLatin1());
-    case Port:
+    case ConnectionPort:
         return putNumber(varbind, ASN_UNSIGNED, application.port);
-    case State:
+    case ConnectionState:
         return putNumber(varbind, ASN_INTEGER,
                          application.state == ApplicationInfo::State::Connected ? connected : lost);
-    case Since:
+    case ConnectionSince:
         return putTime(varbind, application.since);
-    case Cells:
+    case ConnectionCells:
         return putGauge(varbind, application.cells);
-    case Frames:
+    case ConnectionFrames:
         return putNumber(varbind, ASN_COUNTER, application.frames);
-    case RecordsRefused:
+    case ConnectionRecordsRefused:
         return putNumber(varbind, ASN_COUNTER, application.recordsRefused);
-    case LastFrame:
+    case ConnectionLastFrame:
         return putTime(varbind, application.lastFrame);
-    case User:
+    case ConnectionUser:
         return putText(varbind, application.identity.user ? QByteArray::number(*application.identity.user)
                                                           : QByteArrayLiteral("unknown"));
-    case Process:
+    case ConnectionProcess:
         return putNumber(varbind, ASN_UNSIGNED, application.identity.process);
-    case Program:
+    case ConnectionProgram:
         return putText(varbind, application.identity.program.toLatin1());
     default:
         break;
@@ -84,8 +84,8 @@ bool ConnectionTable::registerObjects()
     if (!registration || !columns || !rows)
         return false;
     netsnmp_table_helper_add_indexes(columns.get(), ASN_UNSIGNED, 0);
-    columns->min_column = Address;
-    columns->max_column = Program;
+    columns->min_column = ConnectionAddress;
+    columns->max_column = ConnectionProgram;
     rows->get_first_data_point = &ConnectionTable::firstRow;
     rows->get_next_data_point = &ConnectionTable::nextRow;
     rows->table_reginfo = columns.get();

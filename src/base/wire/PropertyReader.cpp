@@ -8,11 +8,11 @@
 #include <memory>
 
 #include "base/wire/PropertyWriter.h"
+#include "base/wire/Protocol.h"
 
 namespace base {
 
 namespace {
-constexpr int propertyHeaderSize = 8;
 constexpr int smallestEncodedElement = 4; // the length of an empty byte array
 } // namespace
 

@@ -24,6 +24,9 @@ enum DataType : int {
     SnmpStringResponseType = 3
 };
 
+/// Before each property of a record: its tag and its length in bytes.
+constexpr int propertyHeaderSize = 8;
+
 /// The purpose of a frame, as its callback id tells.
 enum CallbackId : int {
     PlainValue = 0,     ///< to the service: a value; from the service: a value set by a manager

@@ -24,7 +24,6 @@ using Problem = std::optional<QString>;
 using ValueCheck = Problem (*)(const QByteArray& value);
 
 constexpr int lengthSize = 4;
-constexpr int propertyHeaderSize = 8;
 
 // No record has as many. Millions of empty ones would stall the agent.
 constexpr int maxProperties = 100;
