@@ -17,6 +17,10 @@ function(vigil_enable_warnings target)
     # The last one is for GoogleTest's macros for typed and parametrised suites.
     target_compile_options(${target} PRIVATE -Wthread-safety -Wno-gnu-zero-variadic-macro-arguments)
   endif()
+  if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    # It is about types of headers. GCC takes every source of a batch for a header.
+    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+  endif()
   if(VIGIL_WARNINGS_AS_ERRORS)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
