@@ -18,10 +18,12 @@
 #include "client/Client.h"
 #include "support/FakeService.h"
 #include "support/LibraryLog.h"
+#include "support/Oids.h"
 #include "support/Publications.h"
 #include "support/RunUntil.h"
 #include "support/ShownCells.h"
 
+using support::below;
 using support::FakeService;
 using support::LibraryLog;
 using support::runUntil;
@@ -40,14 +42,6 @@ constexpr const char* caughtUpText = "The service has caught up: all values are 
 
 constexpr int maxPendingBytes = 20000;
 
-const std::string fillerOid = "0.1"; // of the values that make the service busy
-const std::string markOid = "99.99"; // of the value that is sent last
-
-Oid below(const std::string& relative)
-{
-    return Oid::fromStdString("1.3.6.1.4.1.32473." + relative);
-}
-
 bool isOf(const std::string& oid, const std::string& line)
 {
     return line.rfind(oid + " ", 0) == 0;
@@ -57,6 +51,9 @@ bool isOf(const std::string& oid, const std::string& line)
 class BusyService : public testing::Test
 {
 protected:
+    inline static const std::string fillerOid = "0.1"; // of the values that make the service busy
+    inline static const std::string markOid = "99.99"; // of the value that is sent last
+
     BusyService()
     {
         base::startLogging();

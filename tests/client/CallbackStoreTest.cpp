@@ -16,8 +16,10 @@
 
 #include "base/Logging.h"
 #include "support/LibraryLog.h"
+#include "support/Oids.h"
 
 using support::LibraryLog;
+using support::oid;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using vigil::Oid;
@@ -63,21 +65,16 @@ private:
     std::vector<int>& m_states;
 };
 
-Oid oid(const char* text)
-{
-    return Oid::fromStdString(text);
-}
-
-class CallbackStore : public testing::Test
+class CallbackStoreTest : public testing::Test
 {
 protected:
-    ::CallbackStore store;
+    CallbackStore store;
     Calls calls;
     RecordingCallback a{"a", calls};
     RecordingCallback b{"b", calls};
 };
 
-TEST_F(CallbackStore, ACallbackHearsOfItsExactIdentifier)
+TEST_F(CallbackStoreTest, ACallbackHearsOfItsExactIdentifier)
 {
     store.registerValueChangedCallback(oid("1.2"), &a);
     store.notifyAll(oid("1.2"), 7);
@@ -85,7 +82,7 @@ TEST_F(CallbackStore, ACallbackHearsOfItsExactIdentifier)
     EXPECT_THAT(calls, ElementsAre("a 1.2 7", "a 1.2 \"text\""));
 }
 
-TEST_F(CallbackStore, AncestorsAreToldBeforeTheirDescendants)
+TEST_F(CallbackStoreTest, AncestorsAreToldBeforeTheirDescendants)
 {
     store.registerValueChangedCallback(oid("1.2.3"), &a);
     store.registerValueChangedCallback(oid("1"), &b);
@@ -93,7 +90,7 @@ TEST_F(CallbackStore, AncestorsAreToldBeforeTheirDescendants)
     EXPECT_THAT(calls, ElementsAre("b 1.2.3 7", "a 1.2.3 7"));
 }
 
-TEST_F(CallbackStore, NeitherDescendantsNorSiblingsAreTold)
+TEST_F(CallbackStoreTest, NeitherDescendantsNorSiblingsAreTold)
 {
     store.registerValueChangedCallback(oid("1.2.3.4"), &a);
     store.registerValueChangedCallback(oid("1.2.30"), &b);
@@ -101,7 +98,7 @@ TEST_F(CallbackStore, NeitherDescendantsNorSiblingsAreTold)
     EXPECT_THAT(calls, IsEmpty());
 }
 
-TEST_F(CallbackStore, ASecondRegistrationForAnIdentifierReplacesTheFirst)
+TEST_F(CallbackStoreTest, ASecondRegistrationForAnIdentifierReplacesTheFirst)
 {
     store.registerValueChangedCallback(oid("1.2"), &a);
     store.registerValueChangedCallback(oid("1.2"), &b);
@@ -109,7 +106,7 @@ TEST_F(CallbackStore, ASecondRegistrationForAnIdentifierReplacesTheFirst)
     EXPECT_THAT(calls, ElementsAre("b 1.2 7"));
 }
 
-TEST_F(CallbackStore, ANullCallbackIsIgnored)
+TEST_F(CallbackStoreTest, ANullCallbackIsIgnored)
 {
     store.registerValueChangedCallback(oid("1.2"), &a);
     store.registerValueChangedCallback(oid("1.2"), nullptr);
@@ -117,7 +114,7 @@ TEST_F(CallbackStore, ANullCallbackIsIgnored)
     EXPECT_EQ(store.findValueChangedCallback(oid("1.2")), &a);
 }
 
-TEST_F(CallbackStore, DeregisteringAnIdentifierLeavesAllOthers)
+TEST_F(CallbackStoreTest, DeregisteringAnIdentifierLeavesAllOthers)
 {
     store.registerValueChangedCallback(oid("1.2"), &a);
     store.registerValueChangedCallback(oid("1.2.3"), &a);
@@ -127,7 +124,7 @@ TEST_F(CallbackStore, DeregisteringAnIdentifierLeavesAllOthers)
     EXPECT_EQ(store.findValueChangedCallback(oid("1.2.3")), &a);
 }
 
-TEST_F(CallbackStore, DeregisteringACallbackRemovesItEverywhereAndNoOther)
+TEST_F(CallbackStoreTest, DeregisteringACallbackRemovesItEverywhereAndNoOther)
 {
     store.registerValueChangedCallback(oid("1.1"), &a);
     store.registerValueChangedCallback(oid("1.2"), &b);
@@ -138,7 +135,7 @@ TEST_F(CallbackStore, DeregisteringACallbackRemovesItEverywhereAndNoOther)
     EXPECT_EQ(store.findValueChangedCallback(oid("1.3")), nullptr);
 }
 
-TEST_F(CallbackStore, FindLooksForTheExactIdentifierOnly)
+TEST_F(CallbackStoreTest, FindLooksForTheExactIdentifierOnly)
 {
     store.registerValueChangedCallback(oid("1.2"), &a);
     EXPECT_EQ(store.findValueChangedCallback(oid("1.2")), &a);
@@ -146,7 +143,7 @@ TEST_F(CallbackStore, FindLooksForTheExactIdentifierOnly)
     EXPECT_EQ(store.findValueChangedCallback(oid("1")), nullptr);
 }
 
-TEST_F(CallbackStore, NotificationsSkipTheNullEntryLeftByFind)
+TEST_F(CallbackStoreTest, NotificationsSkipTheNullEntryLeftByFind)
 {
     EXPECT_EQ(store.findValueChangedCallback(oid("1.2")), nullptr);
     store.registerValueChangedCallback(oid("1"), &a);
@@ -154,7 +151,7 @@ TEST_F(CallbackStore, NotificationsSkipTheNullEntryLeftByFind)
     EXPECT_THAT(calls, ElementsAre("a 1.2 7"));
 }
 
-TEST_F(CallbackStore, EveryStateCallbackIsToldOnceHoweverOftenItWasRegistered)
+TEST_F(CallbackStoreTest, EveryStateCallbackIsToldOnceHoweverOftenItWasRegistered)
 {
     std::vector<int> first;
     std::vector<int> second;
@@ -169,7 +166,7 @@ TEST_F(CallbackStore, EveryStateCallbackIsToldOnceHoweverOftenItWasRegistered)
     EXPECT_THAT(second, ElementsAre(1));
 }
 
-TEST_F(CallbackStore, StateCallbacksAreToldInTheOrderOfTheirAddresses)
+TEST_F(CallbackStoreTest, StateCallbacksAreToldInTheOrderOfTheirAddresses)
 {
     std::vector<int> order;
     struct Numbered : vigil::StateInfoCallback
@@ -188,7 +185,7 @@ TEST_F(CallbackStore, StateCallbacksAreToldInTheOrderOfTheirAddresses)
     EXPECT_THAT(order, ElementsAre(0, 1, 2, 3, 4));
 }
 
-TEST_F(CallbackStore, AThrowingCallbackIsLoggedAndTheNextOneCalled)
+TEST_F(CallbackStoreTest, AThrowingCallbackIsLoggedAndTheNextOneCalled)
 {
     const LibraryLog log;
     base::startLogging();
@@ -203,7 +200,7 @@ TEST_F(CallbackStore, AThrowingCallbackIsLoggedAndTheNextOneCalled)
     base::stopLogging();
 }
 
-TEST_F(CallbackStore, AThrowingStateCallbackIsLoggedAndTheOthersCalled)
+TEST_F(CallbackStoreTest, AThrowingStateCallbackIsLoggedAndTheOthersCalled)
 {
     const LibraryLog log;
     base::startLogging();
@@ -220,7 +217,7 @@ TEST_F(CallbackStore, AThrowingStateCallbackIsLoggedAndTheOthersCalled)
     base::stopLogging();
 }
 
-TEST_F(CallbackStore, ADeregisteredStateCallbackIsNotTold)
+TEST_F(CallbackStoreTest, ADeregisteredStateCallbackIsNotTold)
 {
     std::vector<int> states;
     RecordingStateCallback callback(states);
@@ -231,7 +228,7 @@ TEST_F(CallbackStore, ADeregisteredStateCallbackIsNotTold)
     EXPECT_THAT(states, IsEmpty());
 }
 
-TEST_F(CallbackStore, AValueCannotForgeLinesOfTheLog)
+TEST_F(CallbackStoreTest, AValueCannotForgeLinesOfTheLog)
 {
     const LibraryLog log;
     base::startLogging();
@@ -243,7 +240,7 @@ TEST_F(CallbackStore, AValueCannotForgeLinesOfTheLog)
         << "the callback gets the value as it is";
 }
 
-TEST_F(CallbackStore, NotificationsAreLoggedWithTheCallbacksAddressInDecimals)
+TEST_F(CallbackStoreTest, NotificationsAreLoggedWithTheCallbacksAddressInDecimals)
 {
     const LibraryLog log;
     base::startLogging();

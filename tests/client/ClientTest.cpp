@@ -23,10 +23,12 @@
 #include "base/wire/Protocol.h"
 #include "support/FakeService.h"
 #include "support/LibraryLog.h"
+#include "support/Oids.h"
 #include "support/Publications.h"
 #include "support/RunUntil.h"
 #include "support/ScriptedCallbacks.h"
 
+using support::below;
 using support::encodedInt;
 using support::encodedString;
 using support::FakeService;
@@ -45,23 +47,18 @@ namespace {
 
 const std::string markOid = "99.99"; // of a value by which the tests see how far the service is
 
-Oid below(const std::string& relative)
-{
-    return Oid::fromStdString("1.3.6.1.4.1.32473." + relative);
-}
-
 /// A client in the thread of the test, so that each of its steps can be taken on its own. The facade is not
 /// started, so there is no callback store.
-class Client : public testing::Test
+class ClientTest : public testing::Test
 {
 protected:
-    Client()
+    ClientTest()
     {
         base::startLogging();
         qputenv("VIGIL_SERVICE_PORT", QByteArray::number(service.port()));
     }
 
-    ~Client() override
+    ~ClientTest() override
     {
         client.reset();
         base::stopLogging();
@@ -110,7 +107,7 @@ protected:
 
     LibraryLog log;
     FakeService service;
-    std::unique_ptr<::Client> client = std::make_unique<::Client>();
+    std::unique_ptr<Client> client = std::make_unique<Client>();
 
 private:
     std::size_t m_reported = 0;
@@ -119,7 +116,7 @@ private:
 
 // --- Log
 
-TEST_F(Client, AFloodOfErrorsIsTenLinesAndACount)
+TEST_F(ClientTest, AFloodOfErrorsIsTenLinesAndACount)
 {
     client->init();
     auto* socket = client->findChild<base::ComConnectionSocket*>();
@@ -137,7 +134,7 @@ TEST_F(Client, AFloodOfErrorsIsTenLinesAndACount)
     EXPECT_EQ(leftOut, 1990);
 }
 
-TEST_F(Client, AFailedConnectIsLoggedWithAllItsLines)
+TEST_F(ClientTest, AFailedConnectIsLoggedWithAllItsLines)
 {
     startDisconnected();
     EXPECT_EQ(log.count("___ERROR___ CCS::LOG: connectToHost timed out."), 1);
@@ -146,9 +143,9 @@ TEST_F(Client, AFailedConnectIsLoggedWithAllItsLines)
 
 // --- Life
 
-TEST_F(Client, TheMetaObjectListsSignalAndSlotsInTheirOrder)
+TEST_F(ClientTest, TheMetaObjectListsSignalAndSlotsInTheirOrder)
 {
-    const QMetaObject& meta = ::Client::staticMetaObject;
+    const QMetaObject& meta = Client::staticMetaObject;
     std::vector<std::string> methods;
     for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
         const QMetaMethod method = meta.method(i);
@@ -164,7 +161,7 @@ TEST_F(Client, TheMetaObjectListsSignalAndSlotsInTheirOrder)
                             "onTimerReconnect()", "private receiveData(int,QByteArray&,int)"));
 }
 
-TEST_F(Client, InitConnectsAtOnceAndStartsTheTimerOf5Seconds)
+TEST_F(ClientTest, InitConnectsAtOnceAndStartsTheTimerOf5Seconds)
 {
     client->init();
     EXPECT_TRUE(service.waitForConnections(1));
@@ -177,7 +174,7 @@ TEST_F(Client, InitConnectsAtOnceAndStartsTheTimerOf5Seconds)
     EXPECT_FALSE(timers.front()->isActive());
 }
 
-TEST_F(Client, TheTimerConnectsOnlyWhileThereIsNoConnection)
+TEST_F(ClientTest, TheTimerConnectsOnlyWhileThereIsNoConnection)
 {
     startDisconnected();
     EXPECT_EQ(service.connections(), 0);
@@ -187,24 +184,24 @@ TEST_F(Client, TheTimerConnectsOnlyWhileThereIsNoConnection)
     EXPECT_EQ(service.connections(), 1);
 }
 
-TEST_F(Client, ExitClosesTheConnectionAndEmitsFinished)
+TEST_F(ClientTest, ExitClosesTheConnectionAndEmitsFinished)
 {
     client->init();
     bool finished = false;
-    QObject::connect(client.get(), &::Client::finished, [&] { finished = true; });
+    QObject::connect(client.get(), &Client::finished, [&] { finished = true; });
     client->exit();
     EXPECT_TRUE(finished);
     EXPECT_TRUE(service.waitForDisconnections(1));
     EXPECT_FALSE(client->sendValue(below("1"), 5, false));
 }
 
-TEST_F(Client, ExitBeforeInitIsHarmless)
+TEST_F(ClientTest, ExitBeforeInitIsHarmless)
 {
     client->exit();
     EXPECT_EQ(service.connections(), 0);
 }
 
-TEST_F(Client, DestructionClosesTheConnection)
+TEST_F(ClientTest, DestructionClosesTheConnection)
 {
     client->init();
     sent();
@@ -212,7 +209,7 @@ TEST_F(Client, DestructionClosesTheConnection)
     EXPECT_TRUE(service.waitForDisconnections(1));
 }
 
-TEST_F(Client, InitConnectionsAndLossesAreLogged)
+TEST_F(ClientTest, InitConnectionsAndLossesAreLogged)
 {
     client->init();
     EXPECT_EQ(log.count("[Client::init] Initializing in thread " +
@@ -225,7 +222,7 @@ TEST_F(Client, InitConnectionsAndLossesAreLogged)
 
 // --- Publishing
 
-TEST_F(Client, AValuePublishedBeforeTheFirstConnectionIsNotSentButCachedForIt)
+TEST_F(ClientTest, AValuePublishedBeforeTheFirstConnectionIsNotSentButCachedForIt)
 {
     startDisconnected();
     EXPECT_FALSE(client->sendValue(below("1"), true, false));
@@ -236,7 +233,7 @@ TEST_F(Client, AValuePublishedBeforeTheFirstConnectionIsNotSentButCachedForIt)
     EXPECT_THAT(sent(), ElementsAre(set("1", 1), set("2", 5), set("3", "0.5"), set("4", "text")));
 }
 
-TEST_F(Client, AValuePublishedWhileConnectedIsSentAtOnce)
+TEST_F(ClientTest, AValuePublishedWhileConnectedIsSentAtOnce)
 {
     client->init();
     EXPECT_TRUE(client->sendValue(below("1"), true, false));
@@ -246,7 +243,7 @@ TEST_F(Client, AValuePublishedWhileConnectedIsSentAtOnce)
     EXPECT_THAT(sent(), ElementsAre(set("1", 1), set("2", 5), set("3", "0.5"), set("4", "text")));
 }
 
-TEST_F(Client, TrueIsSentAs1AndFalseAs2)
+TEST_F(ClientTest, TrueIsSentAs1AndFalseAs2)
 {
     client->init();
     client->sendValue(below("1"), true, false);
@@ -254,7 +251,7 @@ TEST_F(Client, TrueIsSentAs1AndFalseAs2)
     EXPECT_THAT(sent(), ElementsAre(set("1", 1), set("1", 2)));
 }
 
-TEST_F(Client, DoublesAreSentAsTextsOfSixSignificantDigits)
+TEST_F(ClientTest, DoublesAreSentAsTextsOfSixSignificantDigits)
 {
     client->init();
     for (const double value : {0.1, 1234567.0, 123456.0, 1.0 / 3.0, -0.5, 0.0})
@@ -263,7 +260,7 @@ TEST_F(Client, DoublesAreSentAsTextsOfSixSignificantDigits)
                                     set("1", "0.333333"), set("1", "-0.5"), set("1", "0")));
 }
 
-TEST_F(Client, AllKindsOfValuesMayAskForATrap)
+TEST_F(ClientTest, AllKindsOfValuesMayAskForATrap)
 {
     client->init();
     client->sendValue(below("1"), false, true);
@@ -274,7 +271,7 @@ TEST_F(Client, AllKindsOfValuesMayAskForATrap)
                                     withTrap(set("4", "text"))));
 }
 
-TEST_F(Client, IdentifiersTravelRelativeToTheEnterprise)
+TEST_F(ClientTest, IdentifiersTravelRelativeToTheEnterprise)
 {
     client->init();
     for (const char* oid : {"1.3.6.1.4.1.32473.127.3", "1.3.6.1.2.1.1", "1.3.6.1.4.1.32474", "2.5", "1.3.6"})
@@ -284,7 +281,7 @@ TEST_F(Client, IdentifiersTravelRelativeToTheEnterprise)
                                     set("", 5), unset("2.1.1")));
 }
 
-TEST_F(Client, TextAfterANulIsNotSent)
+TEST_F(ClientTest, TextAfterANulIsNotSent)
 {
     client->init();
     client->sendValue(below("1"), QString(QLatin1String("ab\0cd", 5)), false);
@@ -293,7 +290,7 @@ TEST_F(Client, TextAfterANulIsNotSent)
 
 // --- Replay
 
-TEST_F(Client, AReplaySendsEachIdentifiersLastValueInOidOrderWithoutTraps)
+TEST_F(ClientTest, AReplaySendsEachIdentifiersLastValueInOidOrderWithoutTraps)
 {
     client->init();
     client->sendValue(below("10"), QStringLiteral("old"), true);
@@ -307,7 +304,7 @@ TEST_F(Client, AReplaySendsEachIdentifiersLastValueInOidOrderWithoutTraps)
                                       set("9.1", "0.25"), set("10", "new")));
 }
 
-TEST_F(Client, AReplayRepeatsUnsets)
+TEST_F(ClientTest, AReplayRepeatsUnsets)
 {
     client->init();
     client->sendValue(below("2"), 5, false);
@@ -317,7 +314,7 @@ TEST_F(Client, AReplayRepeatsUnsets)
     EXPECT_THAT(replay(), ElementsAre(unset("1"), unset("2"), set("3", 6)));
 }
 
-TEST_F(Client, AReplayHoldsValuesPublishedWhileDisconnected)
+TEST_F(ClientTest, AReplayHoldsValuesPublishedWhileDisconnected)
 {
     client->init();
     client->sendValue(below("1"), 5, false);
@@ -330,11 +327,11 @@ TEST_F(Client, AReplayHoldsValuesPublishedWhileDisconnected)
     EXPECT_THAT(sent(), ElementsAre(unset("1"), set("2", 6)));
 }
 
-TEST_F(Client, ACachedValueOfAnUnknownKindIsReportedInsteadOfSent)
+TEST_F(ClientTest, ACachedValueOfAnUnknownKindIsReportedInsteadOfSent)
 {
-    struct OpenClient : ::Client
+    struct OpenClient : Client
     {
-        using ::Client::send;
+        using Client::send;
     };
     OpenClient open;
     open.send(below("1"), QVariant(QByteArray("bytes")), false);
@@ -343,7 +340,7 @@ TEST_F(Client, ACachedValueOfAnUnknownKindIsReportedInsteadOfSent)
     EXPECT_EQ(log.count("Invalid datatype 14."), 1);
 }
 
-TEST_F(Client, EveryReplayIsTheSame)
+TEST_F(ClientTest, EveryReplayIsTheSame)
 {
     client->init();
     client->sendValue(below("1"), true, false);
@@ -356,7 +353,7 @@ TEST_F(Client, EveryReplayIsTheSame)
 
 // --- Trees
 
-TEST_F(Client, UnsettingATreeSendsTheTreesOidOncePerCachedEntry)
+TEST_F(ClientTest, UnsettingATreeSendsTheTreesOidOncePerCachedEntry)
 {
     client->init();
     client->sendValue(below("1.2.1"), 1, false);
@@ -368,7 +365,7 @@ TEST_F(Client, UnsettingATreeSendsTheTreesOidOncePerCachedEntry)
     EXPECT_THAT(sent(), ElementsAre(unset("1.2"), unset("1.2")));
 }
 
-TEST_F(Client, AfterATreeIsUnsetTheReplayRepeatsTheRemovalInsteadOfTheDescendants)
+TEST_F(ClientTest, AfterATreeIsUnsetTheReplayRepeatsTheRemovalInsteadOfTheDescendants)
 {
     client->init();
     client->sendValue(below("1.2.1"), 1, false);
@@ -378,7 +375,7 @@ TEST_F(Client, AfterATreeIsUnsetTheReplayRepeatsTheRemovalInsteadOfTheDescendant
     EXPECT_THAT(replay(), ElementsAre(unset("1.2"), set("1.20", 3)));
 }
 
-TEST_F(Client, TheTreesOwnEntryCountsToo)
+TEST_F(ClientTest, TheTreesOwnEntryCountsToo)
 {
     client->init();
     client->sendValue(below("1.2"), 1, false);
@@ -389,7 +386,7 @@ TEST_F(Client, TheTreesOwnEntryCountsToo)
     EXPECT_THAT(replay(), ElementsAre(unset("1.2")));
 }
 
-TEST_F(Client, ATreeWithoutDescendantsLeavesNothingInTheCache)
+TEST_F(ClientTest, ATreeWithoutDescendantsLeavesNothingInTheCache)
 {
     client->init();
     client->sendValue(below("1.2"), 1, false);
@@ -399,7 +396,7 @@ TEST_F(Client, ATreeWithoutDescendantsLeavesNothingInTheCache)
     EXPECT_THAT(replay(), IsEmpty());
 }
 
-TEST_F(Client, UnsettingATreeWithoutCachedEntriesSendsAndChangesNothing)
+TEST_F(ClientTest, UnsettingATreeWithoutCachedEntriesSendsAndChangesNothing)
 {
     client->init();
     client->sendValue(below("1.1"), 1, false);
@@ -411,7 +408,7 @@ TEST_F(Client, UnsettingATreeWithoutCachedEntriesSendsAndChangesNothing)
     EXPECT_THAT(replay(), ElementsAre(set("1.1", 1), set("1.3", 2)));
 }
 
-TEST_F(Client, ATreeUnsetWhileDisconnectedIsUnsetByTheNextReplay)
+TEST_F(ClientTest, ATreeUnsetWhileDisconnectedIsUnsetByTheNextReplay)
 {
     startDisconnected();
     client->sendValue(below("1.2.1"), 1, false);
@@ -423,7 +420,7 @@ TEST_F(Client, ATreeUnsetWhileDisconnectedIsUnsetByTheNextReplay)
 
 // --- Without a callback store
 
-TEST_F(Client, TheFirstConnectionMayComeBeforeTheCallbackStore)
+TEST_F(ClientTest, TheFirstConnectionMayComeBeforeTheCallbackStore)
 {
     startDisconnected();
     client->sendValue(below("1"), 5, false);
@@ -432,7 +429,7 @@ TEST_F(Client, TheFirstConnectionMayComeBeforeTheCallbackStore)
     loseConnection();
 }
 
-TEST_F(Client, WithoutAStoreCommittedValuesAreDroppedAndValidationsRefused)
+TEST_F(ClientTest, WithoutAStoreCommittedValuesAreDroppedAndValidationsRefused)
 {
     client->init();
     service.send(base::SnmpIntType, encodedInt("1", 5), base::PlainValue);
@@ -472,7 +469,7 @@ protected:
     vigil::VigilSnmpInterface& facade = vigil::VigilSnmpInterface::instance();
     Recorder recorder;
     ScriptedStateCallback stateCallback{recorder};
-    std::unique_ptr<::Client> client = std::make_unique<::Client>();
+    std::unique_ptr<Client> client = std::make_unique<Client>();
 };
 
 TEST_F(ClientWithStore, StateCallbacksAreToldBeforeTheReplayBegins)

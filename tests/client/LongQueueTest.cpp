@@ -16,10 +16,12 @@
 #include "base/wire/Protocol.h"
 #include "support/Deadline.h"
 #include "support/LibraryTest.h"
+#include "support/Oids.h"
 #include "support/ProcessMemory.h"
 #include "support/ScriptedCallbacks.h"
 #include "support/ShownCells.h"
 
+using support::below;
 using support::Recorder;
 using support::ScriptedCallback;
 using support::set;
@@ -31,18 +33,13 @@ using vigil::Oid;
 
 namespace {
 
-const std::string gateOid = "0.1";   // of a callback that blocks the client thread
-const std::string fillerOid = "0.2"; // of the values that fill the queue
-
-Oid below(const std::string& relative)
-{
-    return Oid::fromStdString("1.3.6.1.4.1.32473." + relative);
-}
-
 /// A library whose client thread can be blocked, as by a handler of the application that hangs.
 class LongQueue : public support::LibraryTest
 {
 protected:
+    inline static const std::string gateOid = "0.1";   // of a callback that blocks the client thread
+    inline static const std::string fillerOid = "0.2"; // of the values that fill the queue
+
     LongQueue()
     {
         start();

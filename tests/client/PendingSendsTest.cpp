@@ -8,16 +8,14 @@
 #include <string>
 #include <vector>
 
+#include "support/Oids.h"
+
+using support::oid;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using vigil::Oid;
 
 namespace {
-
-Oid oid(const char* text)
-{
-    return Oid::fromStdString(text);
-}
 
 void add(PendingSends& pending, const char* text, bool notify = false)
 {

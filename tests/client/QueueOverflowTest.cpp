@@ -10,16 +10,14 @@
 #include <string>
 #include <vector>
 
+#include "support/Oids.h"
+
+using support::oid;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using vigil::Oid;
 
 namespace {
-
-Oid oid(const char* text)
-{
-    return Oid::fromStdString(text);
-}
 
 /// "1.2=5", "1.2=5 notify", "1.2 unset" or "1.2 tree".
 std::vector<std::string> takeAll(QueueOverflow& overflow)

@@ -8,16 +8,14 @@
 #include <string>
 #include <vector>
 
+#include "support/Oids.h"
+
+using support::oid;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using vigil::Oid;
 
 namespace {
-
-Oid oid(const char* text)
-{
-    return Oid::fromStdString(text);
-}
 
 /// "1.2=5", or "1.2 unset".
 std::vector<std::string> entries(const ValueCache& cache)

@@ -28,9 +28,11 @@
 #include "support/EnvironmentVariable.h"
 #include "support/LibraryTest.h"
 #include "support/MatchesPattern.h"
+#include "support/Oids.h"
 #include "support/RecordBytes.h"
 #include "support/ScriptedCallbacks.h"
 
+using support::below;
 using support::encodedInt;
 using support::encodedString;
 using support::int32Bytes;
@@ -47,11 +49,6 @@ using testing::IsEmpty;
 using vigil::Oid;
 
 namespace {
-
-Oid below(const std::string& relative)
-{
-    return Oid::fromStdString("1.3.6.1.4.1.32473." + relative);
-}
 
 std::string addressText(const void* pointer)
 {
@@ -71,7 +68,7 @@ std::string stateCallbackAddress(vigil::StateInfoCallback& callback)
     return addressText(&callback);
 }
 
-class VigilSnmp : public support::LibraryTest
+class VigilSnmpTest : public support::LibraryTest
 {
 protected:
     Recorder recorder;
@@ -79,7 +76,7 @@ protected:
 
 // --- Start and stop
 
-TEST_F(VigilSnmp, AValueSentBeforeInitIsDroppedAndNotReplayedLater)
+TEST_F(VigilSnmpTest, AValueSentBeforeInitIsDroppedAndNotReplayedLater)
 {
     facade.sendValue(below("1"), 5, 0);
     facade.sendValue(below("2"), "text", 0);
@@ -89,7 +86,7 @@ TEST_F(VigilSnmp, AValueSentBeforeInitIsDroppedAndNotReplayedLater)
     EXPECT_THAT(publications(), IsEmpty());
 }
 
-TEST_F(VigilSnmp, CallsAfterCleanupDoNothing)
+TEST_F(VigilSnmpTest, CallsAfterCleanupDoNothing)
 {
     start();
     facade.cleanup();
@@ -106,7 +103,7 @@ TEST_F(VigilSnmp, CallsAfterCleanupDoNothing)
     EXPECT_THAT(publications(), IsEmpty());
 }
 
-TEST_F(VigilSnmp, ARegistrationBeforeInitIsNotRememberedNorLogged)
+TEST_F(VigilSnmpTest, ARegistrationBeforeInitIsNotRememberedNorLogged)
 {
     ScriptedCallback callback(recorder);
     facade.registerValueChangedCallback(below("1"), &callback);
@@ -116,7 +113,7 @@ TEST_F(VigilSnmp, ARegistrationBeforeInitIsNotRememberedNorLogged)
     EXPECT_FALSE(log.contains("Register value changed callback"));
 }
 
-TEST_F(VigilSnmp, ASecondInitDoesNothing)
+TEST_F(VigilSnmpTest, ASecondInitDoesNothing)
 {
     start();
     facade.init("again");
@@ -125,7 +122,7 @@ TEST_F(VigilSnmp, ASecondInitDoesNothing)
     EXPECT_EQ(log.count("[VigilSnmp::init] Initializing"), 1);
 }
 
-TEST_F(VigilSnmp, ASecondCleanupDoesNothing)
+TEST_F(VigilSnmpTest, ASecondCleanupDoesNothing)
 {
     start();
     facade.cleanup();
@@ -135,7 +132,7 @@ TEST_F(VigilSnmp, ASecondCleanupDoesNothing)
     EXPECT_EQ(log.count("[VigilSnmp::cleanup] Cleanup."), 1);
 }
 
-TEST_F(VigilSnmp, InitAfterCleanupStartsWithAnEmptyCache)
+TEST_F(VigilSnmpTest, InitAfterCleanupStartsWithAnEmptyCache)
 {
     ScriptedCallback callback(recorder);
     start();
@@ -153,7 +150,7 @@ TEST_F(VigilSnmp, InitAfterCleanupStartsWithAnEmptyCache)
     EXPECT_THAT(publications(), ElementsAre(set("2", 6)));
 }
 
-TEST_F(VigilSnmp, TheProcessHasTheLibrarysApplicationObjectFromInitToCleanup)
+TEST_F(VigilSnmpTest, TheProcessHasTheLibrarysApplicationObjectFromInitToCleanup)
 {
     EXPECT_EQ(QCoreApplication::instance(), nullptr);
     start();
@@ -168,7 +165,7 @@ TEST_F(VigilSnmp, TheProcessHasTheLibrarysApplicationObjectFromInitToCleanup)
     EXPECT_EQ(log.count(" QThread affinity = " + affinity + "."), 2);
 }
 
-TEST_F(VigilSnmp, CleanupSendsPendingValuesFirst)
+TEST_F(VigilSnmpTest, CleanupSendsPendingValuesFirst)
 {
     start();
     constexpr int count = 1000;
@@ -181,7 +178,7 @@ TEST_F(VigilSnmp, CleanupSendsPendingValuesFirst)
     EXPECT_EQ(lines.back(), set("1", count - 1));
 }
 
-TEST_F(VigilSnmp, TheSharedTablesAndTheStoreLastFromInitToCleanup)
+TEST_F(VigilSnmpTest, TheSharedTablesAndTheStoreLastFromInitToCleanup)
 {
     ::vigil::VigilSnmp& implementation = vigil::VigilSnmp::instance();
     EXPECT_EQ(&implementation, &facade);
@@ -196,7 +193,7 @@ TEST_F(VigilSnmp, TheSharedTablesAndTheStoreLastFromInitToCleanup)
 }
 
 // A thread held up for longer than the end of a process may wait used to put the library out of use for good.
-TEST_F(VigilSnmp, CleanupWaitsUntilTheStoreIsReleased)
+TEST_F(VigilSnmpTest, CleanupWaitsUntilTheStoreIsReleased)
 {
     service.refuseConnections(); // or the client would need the store to tell of its loss
     facade.init("test");
@@ -223,7 +220,7 @@ TEST_F(VigilSnmp, CleanupWaitsUntilTheStoreIsReleased)
     EXPECT_THAT(publications(), ElementsAre(set("1", 5)));
 }
 
-TEST_F(VigilSnmp, StartAndStopAreLogged)
+TEST_F(VigilSnmpTest, StartAndStopAreLogged)
 {
     facade.init(std::string("a \xC3\xA4 name\0and more", 17)); // logged as a C string
     settle();
@@ -246,14 +243,14 @@ TEST_F(VigilSnmp, StartAndStopAreLogged)
                             MatchesPattern("ClientThread::run\\(\\): Event loop stopped" + eventLoop)));
 }
 
-TEST_F(VigilSnmp, TheSocketsInformationReachesTheLogItsDebugLinesDoNot)
+TEST_F(VigilSnmpTest, TheSocketsInformationReachesTheLogItsDebugLinesDoNot)
 {
     start();
     EXPECT_TRUE(log.contains("CCS::LOG: connectToHost(127.0.0.1  - port: " + std::to_string(service.port())));
     EXPECT_FALSE(log.contains("CCS::DEBUG: "));
 }
 
-TEST_F(VigilSnmp, TheSocketsDebugLinesReachTheLogOnDemand)
+TEST_F(VigilSnmpTest, TheSocketsDebugLinesReachTheLogOnDemand)
 {
     const support::EnvironmentVariable debug("VIGIL_LOG_DEBUG", "1");
     start();
@@ -261,7 +258,7 @@ TEST_F(VigilSnmp, TheSocketsDebugLinesReachTheLogOnDemand)
     facade.cleanup();
 }
 
-TEST_F(VigilSnmp, ABadServicePortIsReportedAndNothingConnected)
+TEST_F(VigilSnmpTest, ABadServicePortIsReportedAndNothingConnected)
 {
     qputenv("VIGIL_SERVICE_PORT", "65536");
     facade.init("test");
@@ -271,7 +268,7 @@ TEST_F(VigilSnmp, ABadServicePortIsReportedAndNothingConnected)
     EXPECT_FALSE(log.contains("connectToHost"));
 }
 
-TEST_F(VigilSnmp, SwitchedOffItStartsNothingWhileChecksWork)
+TEST_F(VigilSnmpTest, SwitchedOffItStartsNothingWhileChecksWork)
 {
     qputenv("VIGIL_SERVICE_PORT", "off");
     const support::CheckPointer check(vigil::createHealthCheck("first", "second"));
@@ -287,7 +284,7 @@ TEST_F(VigilSnmp, SwitchedOffItStartsNothingWhileChecksWork)
 
 // --- Publishing
 
-TEST_F(VigilSnmp, OnlyTheTrapArgument1AsksForATrap)
+TEST_F(VigilSnmpTest, OnlyTheTrapArgument1AsksForATrap)
 {
     start();
     for (const int useTraps : {1, 0, 2, -1}) {
@@ -302,21 +299,21 @@ TEST_F(VigilSnmp, OnlyTheTrapArgument1AsksForATrap)
                                             string, number, chars, string, number, chars, string, number));
 }
 
-TEST_F(VigilSnmp, TextsTravelAsUtf8)
+TEST_F(VigilSnmpTest, TextsTravelAsUtf8)
 {
     start();
     facade.sendValue(below("1"), "\xC3\xA4\xE2\x82\xAC", 0);
     EXPECT_THAT(publications(), ElementsAre(set("1", "\xC3\xA4\xE2\x82\xAC")));
 }
 
-TEST_F(VigilSnmp, TextAfterANulIsNotSent)
+TEST_F(VigilSnmpTest, TextAfterANulIsNotSent)
 {
     start();
     facade.sendValue(below("1"), std::string("ab\0cd", 5), 0);
     EXPECT_THAT(publications(), ElementsAre(set("1", "ab")));
 }
 
-TEST_F(VigilSnmp, AnUnsetIsANullValueAndLogsNothing)
+TEST_F(VigilSnmpTest, AnUnsetIsANullValueAndLogsNothing)
 {
     start();
     const std::size_t lines = log.lines().size();
@@ -325,7 +322,7 @@ TEST_F(VigilSnmp, AnUnsetIsANullValueAndLogsNothing)
     EXPECT_EQ(log.lines().size(), lines);
 }
 
-TEST_F(VigilSnmp, UnsettingATreeIsLoggedOnlyWhileThereIsAClient)
+TEST_F(VigilSnmpTest, UnsettingATreeIsLoggedOnlyWhileThereIsAClient)
 {
     facade.unsetOidTree(below("1"));
     start();
@@ -338,7 +335,7 @@ TEST_F(VigilSnmp, UnsettingATreeIsLoggedOnlyWhileThereIsAClient)
     EXPECT_EQ(log.count("Unset tree 1.3.6.1.4.1.32473.1."), 1);
 }
 
-TEST_F(VigilSnmp, SeveralThreadsMayPublishAtOnceAndNothingIsLost)
+TEST_F(VigilSnmpTest, SeveralThreadsMayPublishAtOnceAndNothingIsLost)
 {
     start();
     constexpr int threadCount = 4;
@@ -361,7 +358,7 @@ TEST_F(VigilSnmp, SeveralThreadsMayPublishAtOnceAndNothingIsLost)
 }
 
 /// Mainly for the thread sanitizer.
-TEST_F(VigilSnmp, ThreadsMayPublishAndRegisterDuringCleanup)
+TEST_F(VigilSnmpTest, ThreadsMayPublishAndRegisterDuringCleanup)
 {
     start();
     std::atomic<bool> isStopped{false};
@@ -386,7 +383,7 @@ TEST_F(VigilSnmp, ThreadsMayPublishAndRegisterDuringCleanup)
 
 // --- Callbacks
 
-TEST_F(VigilSnmp, RegistrationsAreLoggedWithTheCallbacksAddress)
+TEST_F(VigilSnmpTest, RegistrationsAreLoggedWithTheCallbacksAddress)
 {
     start();
     ScriptedCallback callback(recorder);
@@ -408,7 +405,7 @@ TEST_F(VigilSnmp, RegistrationsAreLoggedWithTheCallbacksAddress)
                                    "Deregister state info callback " + state, ""));
 }
 
-TEST_F(VigilSnmp, ACallbackUnderTwoIdentifiersLosesBothRegistrationsAtOnce)
+TEST_F(VigilSnmpTest, ACallbackUnderTwoIdentifiersLosesBothRegistrationsAtOnce)
 {
     start();
     ScriptedCallback callback(recorder);
@@ -421,7 +418,7 @@ TEST_F(VigilSnmp, ACallbackUnderTwoIdentifiersLosesBothRegistrationsAtOnce)
     EXPECT_EQ(validate("2", 5), "answer 1 to 2 = 5");
 }
 
-TEST_F(VigilSnmp, DeregisteringAnIdentifierLeavesTheOthersOfTheCallbackAlone)
+TEST_F(VigilSnmpTest, DeregisteringAnIdentifierLeavesTheOthersOfTheCallbackAlone)
 {
     start();
     ScriptedCallback callback(recorder);
@@ -433,7 +430,7 @@ TEST_F(VigilSnmp, DeregisteringAnIdentifierLeavesTheOthersOfTheCallbackAlone)
     facade.deregisterValueChangedCallback(&callback);
 }
 
-TEST_F(VigilSnmp, ACommittedSetReachesAncestorsFirstAndThenTheExactIdentifier)
+TEST_F(VigilSnmpTest, ACommittedSetReachesAncestorsFirstAndThenTheExactIdentifier)
 {
     start();
     ScriptedCallback table(recorder, "table");
@@ -451,7 +448,7 @@ TEST_F(VigilSnmp, ACommittedSetReachesAncestorsFirstAndThenTheExactIdentifier)
     facade.deregisterValueChangedCallback(&exact);
 }
 
-TEST_F(VigilSnmp, AValidationAsksTheExactIdentifierOnly)
+TEST_F(VigilSnmpTest, AValidationAsksTheExactIdentifierOnly)
 {
     start();
     ScriptedCallback callback(recorder);
@@ -464,7 +461,7 @@ TEST_F(VigilSnmp, AValidationAsksTheExactIdentifierOnly)
     facade.deregisterValueChangedCallback(&callback);
 }
 
-TEST_F(VigilSnmp, TheCallbacksStatusIsPassedOnUnchanged)
+TEST_F(VigilSnmpTest, TheCallbacksStatusIsPassedOnUnchanged)
 {
     start();
     ScriptedCallback callback(recorder);
@@ -478,7 +475,7 @@ TEST_F(VigilSnmp, TheCallbacksStatusIsPassedOnUnchanged)
     facade.deregisterValueChangedCallback(&callback);
 }
 
-TEST_F(VigilSnmp, AnAnswerReturnsTheRequestsStoreTypeInsideItsBindingOnly)
+TEST_F(VigilSnmpTest, AnAnswerReturnsTheRequestsStoreTypeInsideItsBindingOnly)
 {
     start();
     service.send(base::SnmpIntType, encodedInt("1", 5, 4711), base::Validation);
@@ -500,7 +497,7 @@ TEST_F(VigilSnmp, AnAnswerReturnsTheRequestsStoreTypeInsideItsBindingOnly)
     }
 }
 
-TEST_F(VigilSnmp, ACallbackMayPublish)
+TEST_F(VigilSnmpTest, ACallbackMayPublish)
 {
     start();
     ScriptedCallback callback(recorder);
@@ -511,7 +508,7 @@ TEST_F(VigilSnmp, ACallbackMayPublish)
     facade.deregisterValueChangedCallback(&callback);
 }
 
-TEST_F(VigilSnmp, AThrowingCallbackIsLoggedAndTheConnectionStays)
+TEST_F(VigilSnmpTest, AThrowingCallbackIsLoggedAndTheConnectionStays)
 {
     start();
     ScriptedCallback callback(recorder);
@@ -529,7 +526,7 @@ TEST_F(VigilSnmp, AThrowingCallbackIsLoggedAndTheConnectionStays)
     facade.deregisterValueChangedCallback(&callback);
 }
 
-TEST_F(VigilSnmp, DeregistrationWaitsForACallInProgress)
+TEST_F(VigilSnmpTest, DeregistrationWaitsForACallInProgress)
 {
     start();
     QSemaphore called;
@@ -577,7 +574,7 @@ const std::vector<ForbiddenCall> forbiddenCalls = {
     {"VigilSnmp::cleanup", [](auto& facade, auto&, auto&) { facade.cleanup(); }},
 };
 
-TEST_F(VigilSnmp, ForbiddenCallsInsideAValueCallbackReturnAtOnceAndAreLogged)
+TEST_F(VigilSnmpTest, ForbiddenCallsInsideAValueCallbackReturnAtOnceAndAreLogged)
 {
     start();
     ScriptedCallback callback(recorder);
@@ -601,7 +598,7 @@ TEST_F(VigilSnmp, ForbiddenCallsInsideAValueCallbackReturnAtOnceAndAreLogged)
 }
 
 // The only test with the library's own 5-second retry, so it checks everything about a reconnect.
-TEST_F(VigilSnmp, AfterALossTheLibraryReconnectsAndCallsTheStateCallbacks)
+TEST_F(VigilSnmpTest, AfterALossTheLibraryReconnectsAndCallsTheStateCallbacks)
 {
     start();
     ScriptedCallback callback(recorder);
@@ -632,7 +629,7 @@ TEST_F(VigilSnmp, AfterALossTheLibraryReconnectsAndCallsTheStateCallbacks)
 
 // --- Records from the service
 
-TEST_F(VigilSnmp, FramesOfUnknownMeaningAreIgnoredWithoutALine)
+TEST_F(VigilSnmpTest, FramesOfUnknownMeaningAreIgnoredWithoutALine)
 {
     start();
     ScriptedCallback callback(recorder);

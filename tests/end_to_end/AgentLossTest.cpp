@@ -15,11 +15,10 @@
 
 using support::AgentProcess;
 using support::FakeApplication;
+using support::noInstance;
 using support::SnmpTool;
 
 namespace {
-
-const QString noInstance = QStringLiteral("No Such Instance currently exists at this OID");
 
 // The row of the check "a", "b", relative and as a manager names it.
 const std::string relativeStatus = "127.3.1.200.4.1.1.3.1.97.1.98";

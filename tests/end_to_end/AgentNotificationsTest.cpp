@@ -28,12 +28,12 @@ using testing::ElementsAre;
 
 namespace {
 
-const std::string check = "3.97.112.112.2.104.99"; // "app", "hc"
+const std::string checkIndex = "3.97.112.112.2.104.99"; // "app", "hc"
 
 void write(FakeApplication& application, int status, const std::string& summary)
 {
-    application.publish("127.3.1.200.4.1.1.3." + check, status);
-    application.publish("127.3.1.200.4.1.1.4." + check, summary);
+    application.publish("127.3.1.200.4.1.1.3." + checkIndex, status);
+    application.publish("127.3.1.200.4.1.1.4." + checkIndex, summary);
 }
 
 template <typename Record>
@@ -191,7 +191,7 @@ TEST_F(AgentNotifications, AValuesNotificationHasItsIdentifierAndType)
 {
     startAgent(QStringLiteral("trap2sink ") + receiver.address());
     FakeApplication application(agent->applicationPort());
-    publishWithNotification(application, "127.3.1.200.4.3.1.1." + check + ".1.109", 1);
+    publishWithNotification(application, "127.3.1.200.4.3.1.1." + checkIndex + ".1.109", 1);
     publishWithNotification(application, "5.1", std::string("a text"));
     EXPECT_THAT(
         receiver.waitForNotifications(2),

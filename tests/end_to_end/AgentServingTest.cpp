@@ -18,13 +18,13 @@ using support::AgentProcess;
 using support::enterprise;
 using support::FakeApplication;
 using support::full;
+using support::noInstance;
 using support::SnmpTool;
 
 namespace {
 
 const QString pastTheEnd =
     QStringLiteral("No more variables left in this MIB View (It is past the end of the MIB tree)");
-const QString noInstance = QStringLiteral("No Such Instance currently exists at this OID");
 
 class AgentServing : public testing::Test
 {

@@ -17,10 +17,6 @@ using support::SnmpTool;
 
 namespace {
 
-const QString served = QStringLiteral(".1.3.6.1.4.1.32473.127.3.1.200.4.9.1");
-const QString outside = QStringLiteral(".1.3.6.1.4.1.32473.5.1");
-const QString ownObject = QStringLiteral(".1.3.6.1.2.1.1.5.0"); // sysName, which snmpd answers itself
-
 /// The example without the owner of the socket: a test cannot create that user.
 QByteArray example()
 {
@@ -50,6 +46,10 @@ QStringList user(const char* name, const char* password, const char* secret)
 class SnmpdExample : public testing::Test
 {
 protected:
+    const QString served = QStringLiteral(".1.3.6.1.4.1.32473.127.3.1.200.4.9.1");
+    const QString outside = QStringLiteral(".1.3.6.1.4.1.32473.5.1");
+    const QString ownObject = QStringLiteral(".1.3.6.1.2.1.1.5.0"); // sysName, which snmpd answers itself
+
     void start(const QByteArray& configuration)
     {
         snmpd = std::make_unique<SnmpdProcess>(configuration);

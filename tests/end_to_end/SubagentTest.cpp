@@ -27,13 +27,13 @@ using support::SnmpTool;
 
 namespace {
 
-const QString ownObject = QStringLiteral(".1.3.6.1.2.1.1.5.0"); // sysName, which snmpd answers itself
-const QByteArray serving = "serving 1.3.6.1.4.1.32473 through snmpd";
-
 /// snmpd with a subagent and an application.
 class Subagent : public testing::Test
 {
 protected:
+    const QString ownObject = QStringLiteral(".1.3.6.1.2.1.1.5.0"); // sysName, which snmpd answers itself
+    const QByteArray serving = "serving 1.3.6.1.4.1.32473 through snmpd";
+
     explicit Subagent(const QByteArray& directives = QByteArray())
         : snmpd(SnmpdProcess::openToThisHost() + directives, {QStringLiteral("-Dagentx/master")})
     {}

@@ -22,18 +22,13 @@
 #include "base/wire/SnmpVector.h"
 #include "fuzz/Fuzzer.h"
 #include "fuzz/Input.h"
+#include "support/EncodedRecord.h"
 
 namespace {
 
 using fuzz::Input;
 using fuzz::require;
-
-QByteArray encoded(const base::DbBaseType& record)
-{
-    QByteArray bytes;
-    record.serialize(bytes);
-    return bytes;
-}
+using support::encoded;
 
 /// Reads a record. The only permitted failure is a text.
 template <typename Record>

@@ -23,13 +23,13 @@ using testing::IsEmpty;
 
 namespace {
 
-const std::vector<std::string> checkRow = {"app", "hc"};
-const std::string warningCell = cell(2, 3, {"app", "hc", "cpu"});
-
 /// The calls forbidden inside a callback: they would wait for a lock held by their own thread.
 class CallbackRules : public support::LibraryTest
 {
 protected:
+    const std::vector<std::string> checkRow = {"app", "hc"};
+    const std::string warningCell = cell(2, 3, {"app", "hc", "cpu"});
+
     CallbackRules()
     {
         start();

@@ -28,9 +28,6 @@ using vigil::SimpleMetric;
 
 namespace {
 
-const std::vector<std::string> checkRow = {"app", "hc"};
-const std::vector<std::string> metricRow = {"app", "hc", "cpu"};
-
 /// A metric with a fixed text.
 SimpleMetric* addSimpleMetric(vigil::HealthCheck& check, const char* name, HealthStatus status,
                               const char* text)
@@ -41,9 +38,12 @@ SimpleMetric* addSimpleMetric(vigil::HealthCheck& check, const char* name, Healt
     return metric;
 }
 
-class HealthCheck : public support::LibraryTest
+class HealthCheckTest : public support::LibraryTest
 {
 protected:
+    const std::vector<std::string> checkRow = {"app", "hc"};
+    const std::vector<std::string> metricRow = {"app", "hc", "cpu"};
+
     std::vector<std::string> resultsOf(const vigil::HealthCheck& check) const
     {
         std::vector<Result> results = {Result("left over from before")};
@@ -57,7 +57,7 @@ protected:
 
 // --- Debug output
 
-TEST_F(HealthCheck, ItsDebugLinesCanBeTurnedOffAlone)
+TEST_F(HealthCheckTest, ItsDebugLinesCanBeTurnedOffAlone)
 {
     start(); // Qt may warn about the library's application object
     const support::QtMessages messages;
@@ -74,7 +74,7 @@ TEST_F(HealthCheck, ItsDebugLinesCanBeTurnedOffAlone)
 
 // --- Status and summary
 
-TEST_F(HealthCheck, ANewCheckIsUnknownWithAnEmptySummary)
+TEST_F(HealthCheckTest, ANewCheckIsUnknownWithAnEmptySummary)
 {
     const CheckPointer check = makeCheck("app", "hc");
     EXPECT_EQ(check->getFirstKey(), "app");
@@ -85,7 +85,7 @@ TEST_F(HealthCheck, ANewCheckIsUnknownWithAnEmptySummary)
     EXPECT_THAT(resultsOf(*check), IsEmpty());
 }
 
-TEST_F(HealthCheck, AnUpdateWithoutMetricsGivesUnknownAndTheDescriptionWithASeparator)
+TEST_F(HealthCheckTest, AnUpdateWithoutMetricsGivesUnknownAndTheDescriptionWithASeparator)
 {
     const CheckPointer check = makeCheck("app", "hc");
     check->setDescription("D");
@@ -94,7 +94,7 @@ TEST_F(HealthCheck, AnUpdateWithoutMetricsGivesUnknownAndTheDescriptionWithASepa
     EXPECT_EQ(check->getSummary(), "D - ");
 }
 
-TEST_F(HealthCheck, TheWorstStatusWinsAndTheSummaryListsTheProblems)
+TEST_F(HealthCheckTest, TheWorstStatusWinsAndTheSummaryListsTheProblems)
 {
     const CheckPointer check = makeCheck("app", "hc");
     check->setDescription("D");
@@ -112,7 +112,7 @@ TEST_F(HealthCheck, TheWorstStatusWinsAndTheSummaryListsTheProblems)
     b->remove();
 }
 
-TEST_F(HealthCheck, TheSummaryOfAnOkCheckIsItsDescription)
+TEST_F(HealthCheckTest, TheSummaryOfAnOkCheckIsItsDescription)
 {
     const CheckPointer check = makeCheck("app", "hc");
     check->setDescription("D");
@@ -123,7 +123,7 @@ TEST_F(HealthCheck, TheSummaryOfAnOkCheckIsItsDescription)
     metric->remove();
 }
 
-TEST_F(HealthCheck, WarningIsWorseThanUnknown)
+TEST_F(HealthCheckTest, WarningIsWorseThanUnknown)
 {
     const CheckPointer check = makeCheck("app", "hc");
     SimpleMetric* a = addSimpleMetric(*check, "a", HealthStatus::Unknown, "x");
@@ -134,7 +134,7 @@ TEST_F(HealthCheck, WarningIsWorseThanUnknown)
     b->remove();
 }
 
-TEST_F(HealthCheck, StatusSummaryAndResultsComeFromTheLastUpdate)
+TEST_F(HealthCheckTest, StatusSummaryAndResultsComeFromTheLastUpdate)
 {
     const CheckPointer check = makeCheck("app", "hc");
     SimpleMetric* metric = addSimpleMetric(*check, "a", HealthStatus::Ok, "x");
@@ -152,7 +152,7 @@ TEST_F(HealthCheck, StatusSummaryAndResultsComeFromTheLastUpdate)
     metric->remove();
 }
 
-TEST_F(HealthCheck, TheDescriptionCanBeSetToItself)
+TEST_F(HealthCheckTest, TheDescriptionCanBeSetToItself)
 {
     const CheckPointer check = makeCheck("app", "hc");
     check->setDescription("D");
@@ -160,7 +160,7 @@ TEST_F(HealthCheck, TheDescriptionCanBeSetToItself)
     EXPECT_EQ(check->getDescription(), "D");
 }
 
-TEST_F(HealthCheck, ResultsAreInByteOrderOfTheMetricNames)
+TEST_F(HealthCheckTest, ResultsAreInByteOrderOfTheMetricNames)
 {
     const CheckPointer check = makeCheck("app", "hc");
     std::vector<SimpleMetric*> metrics;
@@ -174,7 +174,7 @@ TEST_F(HealthCheck, ResultsAreInByteOrderOfTheMetricNames)
 
 // --- Metrics
 
-TEST_F(HealthCheck, ASecondMetricOfTheSameNameHidesTheFirst)
+TEST_F(HealthCheckTest, ASecondMetricOfTheSameNameHidesTheFirst)
 {
     const CheckPointer check = makeCheck("app", "hc");
     SimpleMetric* older = addSimpleMetric(*check, "a", HealthStatus::Critical, "older");
@@ -190,7 +190,7 @@ TEST_F(HealthCheck, ASecondMetricOfTheSameNameHidesTheFirst)
 }
 
 // Row, entry and removal must agree on the converted name.
-TEST_F(HealthCheck, InvalidUtf8InANameIsReplacedTheSameWayEverywhere)
+TEST_F(HealthCheckTest, InvalidUtf8InANameIsReplacedTheSameWayEverywhere)
 {
     start();
     const CheckPointer check = makeCheck("app", "hc");
@@ -207,7 +207,7 @@ TEST_F(HealthCheck, InvalidUtf8InANameIsReplacedTheSameWayEverywhere)
     EXPECT_THAT(resultsOf(*check), IsEmpty());
 }
 
-TEST_F(HealthCheck, EmptyKeysAndNamesAreAllowed)
+TEST_F(HealthCheckTest, EmptyKeysAndNamesAreAllowed)
 {
     start();
     const CheckPointer check = makeCheck("", "");
@@ -221,7 +221,7 @@ TEST_F(HealthCheck, EmptyKeysAndNamesAreAllowed)
     metric->remove();
 }
 
-TEST_F(HealthCheck, RemovingAHiddenMetricRemovesTheEntryAndRowsOfTheNewerOne)
+TEST_F(HealthCheckTest, RemovingAHiddenMetricRemovesTheEntryAndRowsOfTheNewerOne)
 {
     start();
     const CheckPointer check = makeCheck("app", "hc");
@@ -237,7 +237,7 @@ TEST_F(HealthCheck, RemovingAHiddenMetricRemovesTheEntryAndRowsOfTheNewerOne)
     newer->remove();
 }
 
-TEST_F(HealthCheck, ARemovedMetricIsNoLongerEvaluated)
+TEST_F(HealthCheckTest, ARemovedMetricIsNoLongerEvaluated)
 {
     const CheckPointer check = makeCheck("app", "hc");
     SimpleMetric* a = addSimpleMetric(*check, "a", HealthStatus::Ok, "x");
@@ -248,7 +248,7 @@ TEST_F(HealthCheck, ARemovedMetricIsNoLongerEvaluated)
     a->remove();
 }
 
-TEST_F(HealthCheck, MetricsOutliveTheirCheck)
+TEST_F(HealthCheckTest, MetricsOutliveTheirCheck)
 {
     CheckPointer check = makeCheck("app", "hc");
     ScalarMetric* scalar = check->createScalarMetric("s");
@@ -271,7 +271,7 @@ TEST_F(HealthCheck, MetricsOutliveTheirCheck)
 
 // --- Publications
 
-class PublishedHealthCheck : public HealthCheck
+class PublishedHealthCheck : public HealthCheckTest
 {
 protected:
     void SetUp() override
@@ -295,14 +295,14 @@ protected:
         return cpu;
     }
 
-    static std::vector<std::string> metricRowOf(const char* unit, const char* warning, const char* critical)
+    std::vector<std::string> metricRowOf(const char* unit, const char* warning, const char* critical) const
     {
         return {set(cell(2, 2, metricRow), unit), set(cell(2, 3, metricRow), warning),
                 set(cell(2, 4, metricRow), critical)};
     }
 
     /// The withdrawal of these columns of the metric's row.
-    static std::vector<std::string> withdrawn(int table, const std::vector<int>& columns)
+    std::vector<std::string> withdrawn(int table, const std::vector<int>& columns) const
     {
         std::vector<std::string> lines;
         for (const int column : columns)
@@ -394,7 +394,7 @@ TEST_F(PublishedHealthCheck, ADestroyedCheckWithdrawsItsRow)
     EXPECT_THAT(publicationsSoFar(), ElementsAre(unset(cell(1, 3, checkRow)), unset(cell(1, 4, checkRow))));
 }
 
-TEST_F(HealthCheck, AKeyCanContainNulAndNonAsciiBytes)
+TEST_F(HealthCheckTest, AKeyCanContainNulAndNonAsciiBytes)
 {
     start();
     const CheckPointer check = makeCheck(std::string("a\0b", 3), "\xC3\xA4");
@@ -403,7 +403,7 @@ TEST_F(HealthCheck, AKeyCanContainNulAndNonAsciiBytes)
                 ElementsAre(set("127.3.1.200.4.1.1.3" + index, 3), set("127.3.1.200.4.1.1.4" + index, "")));
 }
 
-TEST_F(HealthCheck, DestroyingOneOfTwoChecksWithTheSameKeysWithdrawsTheirRows)
+TEST_F(HealthCheckTest, DestroyingOneOfTwoChecksWithTheSameKeysWithdrawsTheirRows)
 {
     start();
     support::Recorder recorder;
@@ -424,7 +424,7 @@ TEST_F(HealthCheck, DestroyingOneOfTwoChecksWithTheSameKeysWithdrawsTheirRows)
     second->unregisterManagementHandler();
 }
 
-TEST_F(HealthCheck, DestroyWithdrawsTheRowsOfRemainingMetrics)
+TEST_F(HealthCheckTest, DestroyWithdrawsTheRowsOfRemainingMetrics)
 {
     start();
     CheckPointer check = makeCheck("app", "hc");
@@ -446,7 +446,7 @@ TEST_F(HealthCheck, DestroyWithdrawsTheRowsOfRemainingMetrics)
     cpu->remove();
 }
 
-TEST_F(HealthCheck, AMetricWithoutPerformanceDataHasNoPerformanceRow)
+TEST_F(HealthCheckTest, AMetricWithoutPerformanceDataHasNoPerformanceRow)
 {
     start();
     const CheckPointer check = makeCheck("app", "hc");
@@ -460,7 +460,7 @@ TEST_F(HealthCheck, AMetricWithoutPerformanceDataHasNoPerformanceRow)
     cpu->remove();
 }
 
-TEST_F(HealthCheck, DisablingPerformanceDataWithdrawsItsRowAtTheNextUpdate)
+TEST_F(HealthCheckTest, DisablingPerformanceDataWithdrawsItsRowAtTheNextUpdate)
 {
     start();
     const CheckPointer check = makeCheck("app", "hc");
@@ -478,7 +478,7 @@ TEST_F(HealthCheck, DisablingPerformanceDataWithdrawsItsRowAtTheNextUpdate)
     cpu->remove();
 }
 
-TEST_F(HealthCheck, AManagementHandlerIsCalledUntilItIsUnregistered)
+TEST_F(HealthCheckTest, AManagementHandlerIsCalledUntilItIsUnregistered)
 {
     start();
     support::Recorder recorder;
@@ -500,7 +500,7 @@ TEST_F(HealthCheck, AManagementHandlerIsCalledUntilItIsUnregistered)
     EXPECT_EQ(recorder.lines().size(), 2u);
 }
 
-TEST_F(HealthCheck, StatusResultsAndPerformanceDataAreReadOnly)
+TEST_F(HealthCheckTest, StatusResultsAndPerformanceDataAreReadOnly)
 {
     start();
     support::Recorder recorder;
@@ -518,7 +518,7 @@ TEST_F(HealthCheck, StatusResultsAndPerformanceDataAreReadOnly)
     cpu->remove();
 }
 
-TEST_F(HealthCheck, AManagementFunctionCanUpdateTheCheck)
+TEST_F(HealthCheckTest, AManagementFunctionCanUpdateTheCheck)
 {
     start();
     support::Recorder recorder;
@@ -535,7 +535,7 @@ TEST_F(HealthCheck, AManagementFunctionCanUpdateTheCheck)
 
 // --- Start and stop of the library
 
-TEST_F(HealthCheck, TheFirstCheckStartsTheLibraryAndTheLastOneStopsIt)
+TEST_F(HealthCheckTest, TheFirstCheckStartsTheLibraryAndTheLastOneStopsIt)
 {
     CheckPointer first = makeCheck("app", "1");
     CheckPointer second = makeCheck("app", "2");
@@ -554,7 +554,7 @@ TEST_F(HealthCheck, TheFirstCheckStartsTheLibraryAndTheLastOneStopsIt)
     EXPECT_EQ(log.count("[VigilSnmp::init] Initializing vigilsnmpif."), 2);
 }
 
-TEST_F(HealthCheck, AfterCleanupCreatingAndDestroyingACheckPublishesNothing)
+TEST_F(HealthCheckTest, AfterCleanupCreatingAndDestroyingACheckPublishesNothing)
 {
     start();
     CheckPointer first = makeCheck("app", "1");

@@ -57,7 +57,7 @@ private:
     Range m_range;
 };
 
-class MetricStore : public testing::Test
+class MetricStoreTest : public testing::Test
 {
 protected:
     std::shared_ptr<FakeMetric> add(const std::string& name)
@@ -80,24 +80,24 @@ protected:
         return lines;
     }
 
-    ::MetricStore store{nullptr};
+    MetricStore store{nullptr};
 };
 
-TEST_F(MetricStore, EvaluatesInTheOrderOfTheNames)
+TEST_F(MetricStoreTest, EvaluatesInTheOrderOfTheNames)
 {
     const auto b = add("b");
     const auto a = add("a");
     EXPECT_THAT(evaluated(), ElementsAre("a with numbers of a", "b with numbers of b"));
 }
 
-TEST_F(MetricStore, AMetricWithoutPerformanceDataHasAResult)
+TEST_F(MetricStoreTest, AMetricWithoutPerformanceDataHasAResult)
 {
     const auto metric = add("a");
     metric->hasNumbers = false;
     EXPECT_THAT(evaluated(), ElementsAre("a"));
 }
 
-TEST_F(MetricStore, AMetricWithoutAResultIsNotAskedForPerformanceData)
+TEST_F(MetricStoreTest, AMetricWithoutAResultIsNotAskedForPerformanceData)
 {
     const auto silent = add("a");
     silent->hasResult = false;
@@ -106,7 +106,7 @@ TEST_F(MetricStore, AMetricWithoutAResultIsNotAskedForPerformanceData)
     EXPECT_EQ(silent->askedForNumbers, 0);
 }
 
-TEST_F(MetricStore, ADestroyedMetricIsSkipped)
+TEST_F(MetricStoreTest, ADestroyedMetricIsSkipped)
 {
     auto metric = add("a");
     const auto other = add("b");
@@ -114,21 +114,21 @@ TEST_F(MetricStore, ADestroyedMetricIsSkipped)
     EXPECT_THAT(evaluated(), ElementsAre("b with numbers of b"));
 }
 
-TEST_F(MetricStore, DoesNotOwnItsMetrics)
+TEST_F(MetricStoreTest, DoesNotOwnItsMetrics)
 {
     const auto metric = add("a");
     evaluated();
     EXPECT_EQ(metric.use_count(), 1);
 }
 
-TEST_F(MetricStore, EachEvaluationReplacesTheEarlierResults)
+TEST_F(MetricStoreTest, EachEvaluationReplacesTheEarlierResults)
 {
     const auto metric = add("a");
     evaluated();
     EXPECT_THAT(evaluated(), ElementsAre("a with numbers of a"));
 }
 
-TEST_F(MetricStore, ClearRemovesTheMetricsButNotTheLastResults)
+TEST_F(MetricStoreTest, ClearRemovesTheMetricsButNotTheLastResults)
 {
     const auto metric = add("a");
     evaluated();

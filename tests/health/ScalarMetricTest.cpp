@@ -29,14 +29,14 @@ using vigil::Result;
 
 namespace {
 
-const std::vector<std::string> metricRow = {"app", "hc", "cpu"};
-const std::string warningCell = cell(2, 3, metricRow);
-const std::string criticalCell = cell(2, 4, metricRow);
-
-class ScalarMetric : public support::LibraryTest
+class ScalarMetricTest : public support::LibraryTest
 {
 protected:
-    ~ScalarMetric() override { metric->remove(); }
+    const std::vector<std::string> metricRow = {"app", "hc", "cpu"};
+    const std::string warningCell = cell(2, 3, metricRow);
+    const std::string criticalCell = cell(2, 4, metricRow);
+
+    ~ScalarMetricTest() override { metric->remove(); }
 
     Result evaluated() const
     {
@@ -60,7 +60,7 @@ protected:
 
 // --- Evaluation
 
-TEST_F(ScalarMetric, ANewMetricIsOkWithValue0AndRangesOff)
+TEST_F(ScalarMetricTest, ANewMetricIsOkWithValue0AndRangesOff)
 {
     EXPECT_EQ(metric->getValue(), 0);
     EXPECT_EQ(metric->getUnit(), "");
@@ -72,7 +72,7 @@ TEST_F(ScalarMetric, ANewMetricIsOkWithValue0AndRangesOff)
     EXPECT_EQ(result.getSummary(), "cpu is 0.");
 }
 
-TEST_F(ScalarMetric, PerformanceDataOfANewMetricHasRangesOff)
+TEST_F(ScalarMetricTest, PerformanceDataOfANewMetricHasRangesOff)
 {
     settle();
     publications();
@@ -85,7 +85,7 @@ TEST_F(ScalarMetric, PerformanceDataOfANewMetricHasRangesOff)
                                    set(cell(4, 5, metricRow), "off")));
 }
 
-TEST_F(ScalarMetric, TheCriticalRangeIsCheckedFirst)
+TEST_F(ScalarMetricTest, TheCriticalRangeIsCheckedFirst)
 {
     metric->setUnit("%");
     metric->setCriticalRange(Range::CreateThresholdAbove(95));
@@ -99,7 +99,7 @@ TEST_F(ScalarMetric, TheCriticalRangeIsCheckedFirst)
     EXPECT_EQ(evaluated().getSummary(), "out of critical range: cpu is 97.5%.");
 }
 
-TEST_F(ScalarMetric, WithOnlyACriticalRangeThereIsNoWarning)
+TEST_F(ScalarMetricTest, WithOnlyACriticalRangeThereIsNoWarning)
 {
     metric->setCriticalRange(Range::CreateRange(10, 20));
     EXPECT_EQ(evaluatedWith(9.99).getStatus(), HealthStatus::Critical);
@@ -108,7 +108,7 @@ TEST_F(ScalarMetric, WithOnlyACriticalRangeThereIsNoWarning)
     EXPECT_EQ(evaluatedWith(20.01).getStatus(), HealthStatus::Critical);
 }
 
-TEST_F(ScalarMetric, ANarrowerCriticalRangeWinsOverTheWarningRange)
+TEST_F(ScalarMetricTest, ANarrowerCriticalRangeWinsOverTheWarningRange)
 {
     metric->setCriticalRange(Range::CreateThresholdAbove(10));
     metric->setWarningRange(Range::CreateThresholdAbove(80));
@@ -116,21 +116,21 @@ TEST_F(ScalarMetric, ANarrowerCriticalRangeWinsOverTheWarningRange)
     EXPECT_EQ(evaluatedWith(90).getStatus(), HealthStatus::Critical);
 }
 
-TEST_F(ScalarMetric, AnUnsetRangeMatchesEverything)
+TEST_F(ScalarMetricTest, AnUnsetRangeMatchesEverything)
 {
     metric->setCriticalRange(Range());
     metric->setWarningRange(Range());
     EXPECT_EQ(evaluatedWith(-1e300).getStatus(), HealthStatus::Ok);
 }
 
-TEST_F(ScalarMetric, AMissingValueIsJudgedAs0)
+TEST_F(ScalarMetricTest, AMissingValueIsJudgedAs0)
 {
     metric->setCriticalRange(Range::CreateThresholdBelow(1));
     EXPECT_EQ(evaluated().getStatus(), HealthStatus::Critical);
     EXPECT_EQ(evaluated().getSummary(), "out of critical range: cpu is 0.");
 }
 
-TEST_F(ScalarMetric, NaNIsInsideARangeAndInfinityOutside)
+TEST_F(ScalarMetricTest, NaNIsInsideARangeAndInfinityOutside)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const double notANumber = std::numeric_limits<double>::quiet_NaN();
@@ -143,14 +143,14 @@ TEST_F(ScalarMetric, NaNIsInsideARangeAndInfinityOutside)
     EXPECT_EQ(evaluatedWith(notANumber).getStatus(), HealthStatus::Critical);
 }
 
-TEST_F(ScalarMetric, ValuesPrintWithSixSignificantDigits)
+TEST_F(ScalarMetricTest, ValuesPrintWithSixSignificantDigits)
 {
     EXPECT_EQ(evaluatedWith(1234567).getSummary(), "cpu is 1.23457e+06.");
     EXPECT_EQ(evaluatedWith(0.1).getSummary(), "cpu is 0.1.");
     EXPECT_EQ(evaluatedWith(-2).getSummary(), "cpu is -2.");
 }
 
-TEST_F(ScalarMetric, PlaceholdersInNameAndUnitAreReplacedInTheirOrder)
+TEST_F(ScalarMetricTest, PlaceholdersInNameAndUnitAreReplacedInTheirOrder)
 {
     metric->setUnit("{name}{value}");
     EXPECT_EQ(evaluated().getSummary(), "cpu is 0{name}{value}.");
@@ -160,7 +160,7 @@ TEST_F(ScalarMetric, PlaceholdersInNameAndUnitAreReplacedInTheirOrder)
     odd->remove();
 }
 
-TEST_F(ScalarMetric, ARangeInTheHandsOfTheApplicationStaysWhole)
+TEST_F(ScalarMetricTest, ARangeInTheHandsOfTheApplicationStaysWhole)
 {
     const Range& before = metric->getWarningRange();
     const Range& criticalBefore = metric->getCriticalRange();
@@ -173,7 +173,7 @@ TEST_F(ScalarMetric, ARangeInTheHandsOfTheApplicationStaysWhole)
     EXPECT_EQ(metric->getCriticalRange().toString(), "5:6");
 }
 
-TEST_F(ScalarMetric, EqualRangesAreOneObject)
+TEST_F(ScalarMetricTest, EqualRangesAreOneObject)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     for (const Range& range :
@@ -188,7 +188,7 @@ TEST_F(ScalarMetric, EqualRangesAreOneObject)
     }
 }
 
-TEST_F(ScalarMetric, ReadersSeeWholeRangesWhileAManagerReplacesThem)
+TEST_F(ScalarMetricTest, ReadersSeeWholeRangesWhileAManagerReplacesThem)
 {
     auto& observer = dynamic_cast<RemoteMetricObserver&>(*metric);
     std::atomic<bool> isDone{false};
@@ -209,7 +209,7 @@ TEST_F(ScalarMetric, ReadersSeeWholeRangesWhileAManagerReplacesThem)
     EXPECT_EQ(torn, 0);
 }
 
-TEST_F(ScalarMetric, ClearingTheHandlerOfAnOlderMetricSwitchesOffItsSuccessors)
+TEST_F(ScalarMetricTest, ClearingTheHandlerOfAnOlderMetricSwitchesOffItsSuccessors)
 {
     vigil::ScalarMetric* newer = check->createScalarMetric("cpu");
     newer->setRangeChangeHandler(&handler);
@@ -219,7 +219,7 @@ TEST_F(ScalarMetric, ClearingTheHandlerOfAnOlderMetricSwitchesOffItsSuccessors)
     newer->remove();
 }
 
-TEST_F(ScalarMetric, CreationWritesADebugLine)
+TEST_F(ScalarMetricTest, CreationWritesADebugLine)
 {
     const QtMessages messages;
     vigil::ScalarMetric* other = check->createScalarMetric("other");
@@ -227,7 +227,7 @@ TEST_F(ScalarMetric, CreationWritesADebugLine)
     other->remove();
 }
 
-TEST_F(ScalarMetric, ValueAndPerformanceSwitchAreNotPublishedAtOnce)
+TEST_F(ScalarMetricTest, ValueAndPerformanceSwitchAreNotPublishedAtOnce)
 {
     settle();
     publications();
@@ -238,7 +238,7 @@ TEST_F(ScalarMetric, ValueAndPerformanceSwitchAreNotPublishedAtOnce)
 
 // --- The manager's changes
 
-TEST_F(ScalarMetric, WithoutAHandlerEveryRangeChangeIsRefused)
+TEST_F(ScalarMetricTest, WithoutAHandlerEveryRangeChangeIsRefused)
 {
     settle();
     EXPECT_EQ(validate(warningCell, "10:20"), "answer 1 to " + set(warningCell, "10:20"));
@@ -248,7 +248,7 @@ TEST_F(ScalarMetric, WithoutAHandlerEveryRangeChangeIsRefused)
     EXPECT_EQ(observer.getMetric().getName(), "cpu");
 }
 
-TEST_F(ScalarMetric, AHandlerMakesTheRowWritableAndColumn5ShowsIt)
+TEST_F(ScalarMetricTest, AHandlerMakesTheRowWritableAndColumn5ShowsIt)
 {
     settle();
     publications();
@@ -260,7 +260,7 @@ TEST_F(ScalarMetric, AHandlerMakesTheRowWritableAndColumn5ShowsIt)
     EXPECT_THAT(recorder.lines(), IsEmpty());
 }
 
-TEST_F(ScalarMetric, ASecondHandlerReplacesTheFirst)
+TEST_F(ScalarMetricTest, ASecondHandlerReplacesTheFirst)
 {
     settle();
     support::Recorder secondRecorder;
@@ -273,7 +273,7 @@ TEST_F(ScalarMetric, ASecondHandlerReplacesTheFirst)
     metric->clearRangeChangeHandler();
 }
 
-TEST_F(ScalarMetric, AMetricWithoutItsCheckCanStillClearItsHandler)
+TEST_F(ScalarMetricTest, AMetricWithoutItsCheckCanStillClearItsHandler)
 {
     CheckPointer otherCheck = makeCheck("app", "other");
     vigil::ScalarMetric* survivor = otherCheck->createScalarMetric("survivor");
@@ -288,7 +288,7 @@ TEST_F(ScalarMetric, AMetricWithoutItsCheckCanStillClearItsHandler)
     survivor->remove();
 }
 
-TEST_F(ScalarMetric, ANullHandlerRefusesEveryChangeAlthoughColumn5Shows1)
+TEST_F(ScalarMetricTest, ANullHandlerRefusesEveryChangeAlthoughColumn5Shows1)
 {
     settle();
     publications();
@@ -299,7 +299,7 @@ TEST_F(ScalarMetric, ANullHandlerRefusesEveryChangeAlthoughColumn5Shows1)
     EXPECT_EQ(metric->getWarningRange().toString(), "10:20");
 }
 
-TEST_F(ScalarMetric, ACommittedRangeIsAppliedButNotPublished)
+TEST_F(ScalarMetricTest, ACommittedRangeIsAppliedButNotPublished)
 {
     settle();
     metric->setRangeChangeHandler(&handler);
@@ -318,7 +318,7 @@ TEST_F(ScalarMetric, ACommittedRangeIsAppliedButNotPublished)
     EXPECT_EQ(evaluated().getStatus(), HealthStatus::Warning);
 }
 
-TEST_F(ScalarMetric, ARangeCanBePublishedInsideRangeChanged)
+TEST_F(ScalarMetricTest, ARangeCanBePublishedInsideRangeChanged)
 {
     settle();
     handler.onChanged = [](vigil::ScalarMetric& changed) {
@@ -331,7 +331,7 @@ TEST_F(ScalarMetric, ARangeCanBePublishedInsideRangeChanged)
                                             set(criticalCell, "off")));
 }
 
-TEST_F(ScalarMetric, ARefusedRangeChangesNothing)
+TEST_F(ScalarMetricTest, ARefusedRangeChangesNothing)
 {
     settle();
     handler.accepts = false;
@@ -345,7 +345,7 @@ TEST_F(ScalarMetric, ARefusedRangeChangesNothing)
         QStringLiteral("Client invalidated requested range change. Ignore SET request.\n")));
 }
 
-TEST_F(ScalarMetric, AMetricCreatedAgainUnderTheSameNameIsNotWritable)
+TEST_F(ScalarMetricTest, AMetricCreatedAgainUnderTheSameNameIsNotWritable)
 {
     settle();
     metric->setRangeChangeHandler(&handler);
@@ -357,7 +357,7 @@ TEST_F(ScalarMetric, AMetricCreatedAgainUnderTheSameNameIsNotWritable)
     newer->remove();
 }
 
-TEST_F(ScalarMetric, TheHandlerOfARemovedMetricIsNotCalled)
+TEST_F(ScalarMetricTest, TheHandlerOfARemovedMetricIsNotCalled)
 {
     settle();
     vigil::ScalarMetric* other = check->createScalarMetric("other");
@@ -368,7 +368,7 @@ TEST_F(ScalarMetric, TheHandlerOfARemovedMetricIsNotCalled)
     EXPECT_THAT(recorder.lines(), IsEmpty());
 }
 
-TEST_F(ScalarMetric, IntegerSetsOnItsRowAreAcceptedAndIgnored)
+TEST_F(ScalarMetricTest, IntegerSetsOnItsRowAreAcceptedAndIgnored)
 {
     settle();
     metric->setRangeChangeHandler(&handler);
@@ -378,7 +378,7 @@ TEST_F(ScalarMetric, IntegerSetsOnItsRowAreAcceptedAndIgnored)
     EXPECT_THAT(recorder.lines(), IsEmpty());
 }
 
-TEST_F(ScalarMetric, AManagerCanChangeRangesDuringUpdates)
+TEST_F(ScalarMetricTest, AManagerCanChangeRangesDuringUpdates)
 {
     settle();
     handler.onChanged = [](vigil::ScalarMetric& changed) {

@@ -22,12 +22,12 @@ using vigil::Result;
 
 namespace {
 
-const std::vector<std::string> metricRow = {"app", "hc", "db"};
-
-class SimpleMetric : public support::LibraryTest
+class SimpleMetricTest : public support::LibraryTest
 {
 protected:
-    ~SimpleMetric() override { metric->remove(); }
+    const std::vector<std::string> metricRow = {"app", "hc", "db"};
+
+    ~SimpleMetricTest() override { metric->remove(); }
 
     Result evaluated() const
     {
@@ -41,7 +41,7 @@ protected:
     vigil::SimpleMetric* const metric = check->createSimpleMetric("db");
 };
 
-TEST_F(SimpleMetric, ANewMetricIsUnknownWithEmptyInfo)
+TEST_F(SimpleMetricTest, ANewMetricIsUnknownWithEmptyInfo)
 {
     EXPECT_EQ(metric->getStatus(), HealthStatus::Unknown);
     EXPECT_EQ(metric->getUnit(), "");
@@ -51,7 +51,7 @@ TEST_F(SimpleMetric, ANewMetricIsUnknownWithEmptyInfo)
     EXPECT_EQ(result.getSummary(), "db is UNKNOWN, .");
 }
 
-TEST_F(SimpleMetric, TheTextShowsStatusAndInfoWithoutAPrefix)
+TEST_F(SimpleMetricTest, TheTextShowsStatusAndInfoWithoutAPrefix)
 {
     metric->setInfo("slow replies");
     metric->setStatus(HealthStatus::Warning);
@@ -63,14 +63,14 @@ TEST_F(SimpleMetric, TheTextShowsStatusAndInfoWithoutAPrefix)
     EXPECT_EQ(evaluated().getStatus(), HealthStatus::Ok);
 }
 
-TEST_F(SimpleMetric, ATemplateReplacesTheTextAndUnknownPlaceholdersStay)
+TEST_F(SimpleMetricTest, ATemplateReplacesTheTextAndUnknownPlaceholdersStay)
 {
     metric->setInfo("\xC3\xA4");
     metric->setTemplate("{info}{info} {NAME} {name} {unit} {value}");
     EXPECT_EQ(evaluated().getSummary(), "\xC3\xA4\xC3\xA4 {NAME} db {unit} UNKNOWN");
 }
 
-TEST_F(SimpleMetric, PlaceholdersInsideEarlierReplacementsAreReplacedToo)
+TEST_F(SimpleMetricTest, PlaceholdersInsideEarlierReplacementsAreReplacedToo)
 {
     vigil::SimpleMetric* odd = check->createSimpleMetric("a {value} {info}");
     odd->setInfo("{name}");
@@ -79,14 +79,14 @@ TEST_F(SimpleMetric, PlaceholdersInsideEarlierReplacementsAreReplacedToo)
     odd->remove();
 }
 
-TEST_F(SimpleMetric, BothRangesAreUnset)
+TEST_F(SimpleMetricTest, BothRangesAreUnset)
 {
     EXPECT_EQ(&metric->getWarningRange(), &metric->getCriticalRange());
     EXPECT_EQ(metric->getWarningRange().toString(), "");
     EXPECT_FALSE(metric->getWarningRange().isEnabled());
 }
 
-TEST_F(SimpleMetric, TheRowOfANewMetricIsAnnouncedBeforeItIsFilled)
+TEST_F(SimpleMetricTest, TheRowOfANewMetricIsAnnouncedBeforeItIsFilled)
 {
     settle();
     publications();
@@ -98,7 +98,7 @@ TEST_F(SimpleMetric, TheRowOfANewMetricIsAnnouncedBeforeItIsFilled)
 }
 
 // The constructor sets the template, before the row is announced.
-TEST_F(SimpleMetric, AMetricCreatedAgainFillsTheOldRowBeforeItIsAnnouncedAgain)
+TEST_F(SimpleMetricTest, AMetricCreatedAgainFillsTheOldRowBeforeItIsAnnouncedAgain)
 {
     settle();
     publications();
@@ -110,7 +110,7 @@ TEST_F(SimpleMetric, AMetricCreatedAgainFillsTheOldRowBeforeItIsAnnouncedAgain)
     newer->remove();
 }
 
-TEST_F(SimpleMetric, InfoAndTemplatePublishTheRowButStatusAndSwitchDoNot)
+TEST_F(SimpleMetricTest, InfoAndTemplatePublishTheRowButStatusAndSwitchDoNot)
 {
     settle();
     publications();
@@ -125,7 +125,7 @@ TEST_F(SimpleMetric, InfoAndTemplatePublishTheRowButStatusAndSwitchDoNot)
     EXPECT_EQ(publications(), row);
 }
 
-TEST_F(SimpleMetric, PerformanceDataIsOffUntilItIsEnabled)
+TEST_F(SimpleMetricTest, PerformanceDataIsOffUntilItIsEnabled)
 {
     settle();
     publications();
@@ -133,7 +133,7 @@ TEST_F(SimpleMetric, PerformanceDataIsOffUntilItIsEnabled)
     EXPECT_THAT(publications(), Not(Contains(StartsWith("127.3.1.200.4.4."))));
 }
 
-TEST_F(SimpleMetric, PerformanceDataIsTheNumberOfTheStatus)
+TEST_F(SimpleMetricTest, PerformanceDataIsTheNumberOfTheStatus)
 {
     settle();
     metric->setPerformanceDataEnabled(true);

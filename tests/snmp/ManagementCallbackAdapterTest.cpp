@@ -19,23 +19,23 @@ using vigil::Oid;
 
 namespace {
 
-const std::vector<std::string> row = {"app", "hc"};
-
-Oid managementCell(int column)
-{
-    return Oid::fromStdString("1.3.6.1.4.1.32473." + cell(5, column, row));
-}
-
-class ManagementCallbackAdapter : public support::LibraryTest
+class ManagementCallbackAdapterTest : public support::LibraryTest
 {
 protected:
+    Oid managementCell(int column) const
+    {
+        return Oid::fromStdString("1.3.6.1.4.1.32473." + cell(5, column, row));
+    }
+
+    const std::vector<std::string> row = {"app", "hc"};
+
     support::Recorder recorder;
     support::RecordingManagementHandler handler{recorder};
     SnmpMgmFuncTable table;
-    ::ManagementCallbackAdapter adapter{&handler, &table};
+    ManagementCallbackAdapter adapter{&handler, &table};
 };
 
-TEST_F(ManagementCallbackAdapter, Setting2RunsTheFunctionOnceAndResetsTheCellTo1)
+TEST_F(ManagementCallbackAdapterTest, Setting2RunsTheFunctionOnceAndResetsTheCellTo1)
 {
     start();
     for (const int column : {1, 2, 3, 4}) {
@@ -45,7 +45,7 @@ TEST_F(ManagementCallbackAdapter, Setting2RunsTheFunctionOnceAndResetsTheCellTo1
     EXPECT_THAT(recorder.lines(), ElementsAre("function 1", "function 2", "function 3", "function 4"));
 }
 
-TEST_F(ManagementCallbackAdapter, AnyOtherNumberOnlyResetsTheCell)
+TEST_F(ManagementCallbackAdapterTest, AnyOtherNumberOnlyResetsTheCell)
 {
     start();
     for (const int value : {5, 1, 0, 3, -2}) {
@@ -55,7 +55,7 @@ TEST_F(ManagementCallbackAdapter, AnyOtherNumberOnlyResetsTheCell)
     EXPECT_THAT(recorder.lines(), IsEmpty());
 }
 
-TEST_F(ManagementCallbackAdapter, Setting2OnAnyOtherCellOnlyResetsIt)
+TEST_F(ManagementCallbackAdapterTest, Setting2OnAnyOtherCellOnlyResetsIt)
 {
     start();
     adapter.callbackValueChanged(managementCell(5), 2);
@@ -65,7 +65,7 @@ TEST_F(ManagementCallbackAdapter, Setting2OnAnyOtherCellOnlyResetsIt)
     EXPECT_THAT(recorder.lines(), IsEmpty());
 }
 
-TEST_F(ManagementCallbackAdapter, TheEmptyTextRunsFunction5AndResetsTheCell)
+TEST_F(ManagementCallbackAdapterTest, TheEmptyTextRunsFunction5AndResetsTheCell)
 {
     start();
     adapter.callbackValueChanged(managementCell(5), std::string());
@@ -73,7 +73,7 @@ TEST_F(ManagementCallbackAdapter, TheEmptyTextRunsFunction5AndResetsTheCell)
     EXPECT_THAT(publications(), ElementsAre(set(cell(5, 5, row), "")));
 }
 
-TEST_F(ManagementCallbackAdapter, AnyOtherTextOnlyResetsTheCell)
+TEST_F(ManagementCallbackAdapterTest, AnyOtherTextOnlyResetsTheCell)
 {
     start();
     adapter.callbackValueChanged(managementCell(5), std::string("run"));
@@ -81,7 +81,7 @@ TEST_F(ManagementCallbackAdapter, AnyOtherTextOnlyResetsTheCell)
     EXPECT_THAT(publications(), ElementsAre(set(cell(5, 5, row), "")));
 }
 
-TEST_F(ManagementCallbackAdapter, TheEmptyTextOnATriggerRunsNothing)
+TEST_F(ManagementCallbackAdapterTest, TheEmptyTextOnATriggerRunsNothing)
 {
     start();
     adapter.callbackValueChanged(managementCell(4), std::string());
@@ -89,16 +89,16 @@ TEST_F(ManagementCallbackAdapter, TheEmptyTextOnATriggerRunsNothing)
     EXPECT_THAT(publications(), ElementsAre(set(cell(5, 4, row), "")));
 }
 
-TEST_F(ManagementCallbackAdapter, WithoutAHandlerEverySetOnlyResetsTheCell)
+TEST_F(ManagementCallbackAdapterTest, WithoutAHandlerEverySetOnlyResetsTheCell)
 {
     start();
-    ::ManagementCallbackAdapter withoutHandler(nullptr, &table);
+    ManagementCallbackAdapter withoutHandler(nullptr, &table);
     withoutHandler.callbackValueChanged(managementCell(1), 2);
     withoutHandler.callbackValueChanged(managementCell(5), std::string());
     EXPECT_THAT(publications(), ElementsAre(set(cell(5, 1, row), 1), set(cell(5, 5, row), "")));
 }
 
-TEST_F(ManagementCallbackAdapter, AFunctionThatThrowsResetsItsCell)
+TEST_F(ManagementCallbackAdapterTest, AFunctionThatThrowsResetsItsCell)
 {
     start();
     handler.onCall = [] { throw std::runtime_error("broken"); };
@@ -107,7 +107,7 @@ TEST_F(ManagementCallbackAdapter, AFunctionThatThrowsResetsItsCell)
     EXPECT_THAT(publications(), ElementsAre(set(cell(5, 2, row), 1), set(cell(5, 5, row), "")));
 }
 
-TEST_F(ManagementCallbackAdapter, EveryValidationIsAccepted)
+TEST_F(ManagementCallbackAdapterTest, EveryValidationIsAccepted)
 {
     EXPECT_EQ(adapter.callbackValidateValue(managementCell(1), 77), 0u);
     EXPECT_EQ(adapter.callbackValidateValue(managementCell(1), std::string("run")), 0u);

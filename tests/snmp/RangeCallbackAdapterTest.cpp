@@ -33,7 +33,7 @@ std::string nameOf(RangeKind kind)
 }
 
 /// Records all calls.
-class FakeObserver : public RemoteMetricObserver
+class RecordingObserver : public RemoteMetricObserver
 {
 public:
     vigil::Metric& getMetric() override { throw std::logic_error("the adapter has no use for the metric"); }
@@ -63,7 +63,7 @@ Oid metricCell(int column)
     return Oid::fromStdString("1.3.6.1.4.1.32473." + cell(2, column, {"app", "hc", "m"}));
 }
 
-class RangeCallbackAdapter : public testing::Test
+class RangeCallbackAdapterTest : public testing::Test
 {
 protected:
     std::vector<std::string> debugTexts() const
@@ -80,12 +80,12 @@ protected:
     }
 
     QtMessages messages;
-    FakeObserver observer;
+    RecordingObserver observer;
     SnmpMetricTable table{"app", "hc"};
-    ::RangeCallbackAdapter adapter{&observer, &table};
+    RangeCallbackAdapter adapter{&observer, &table};
 };
 
-TEST_F(RangeCallbackAdapter, AnAcceptedWarningRangeIsValidatedWith0AndAppliedAtTheCommit)
+TEST_F(RangeCallbackAdapterTest, AnAcceptedWarningRangeIsValidatedWith0AndAppliedAtTheCommit)
 {
     EXPECT_EQ(validate(3, "10:20"), 0u);
     EXPECT_THAT(observer.calls, ElementsAre("check warning 10:20"));
@@ -95,7 +95,7 @@ TEST_F(RangeCallbackAdapter, AnAcceptedWarningRangeIsValidatedWith0AndAppliedAtT
     EXPECT_THAT(debugTexts(), IsEmpty());
 }
 
-TEST_F(RangeCallbackAdapter, Column4IsTheCriticalRange)
+TEST_F(RangeCallbackAdapterTest, Column4IsTheCriticalRange)
 {
     EXPECT_EQ(validate(4, "@10:20"), 0u);
     adapter.callbackValueChanged(metricCell(4), std::string("@10:20"));
@@ -103,7 +103,7 @@ TEST_F(RangeCallbackAdapter, Column4IsTheCriticalRange)
                 ElementsAre("check critical @10:20", "apply critical @10:20", "changed critical 1"));
 }
 
-TEST_F(RangeCallbackAdapter, ARangeRefusedByTheObserverIsLogged)
+TEST_F(RangeCallbackAdapterTest, ARangeRefusedByTheObserverIsLogged)
 {
     observer.accepts = false;
     EXPECT_EQ(validate(3, "10:20"), 1u);
@@ -112,7 +112,7 @@ TEST_F(RangeCallbackAdapter, ARangeRefusedByTheObserverIsLogged)
                 ElementsAre("Client invalidated requested range change. Ignore SET request.\n"));
 }
 
-TEST_F(RangeCallbackAdapter, MalformedTextIsRefusedAndLoggedWithoutAskingTheObserver)
+TEST_F(RangeCallbackAdapterTest, MalformedTextIsRefusedAndLoggedWithoutAskingTheObserver)
 {
     EXPECT_EQ(validate(4, "abc"), 1u);
     EXPECT_THAT(observer.calls, IsEmpty());
@@ -120,7 +120,7 @@ TEST_F(RangeCallbackAdapter, MalformedTextIsRefusedAndLoggedWithoutAskingTheObse
                 ElementsAre("Invalid range string [ abc ] from remote SNMP manager. Ignore SET request."));
 }
 
-TEST_F(RangeCallbackAdapter, ATextForAnyOtherCellIsRefusedSilently)
+TEST_F(RangeCallbackAdapterTest, ATextForAnyOtherCellIsRefusedSilently)
 {
     for (const int column : {2, 5, 1, 6})
         EXPECT_EQ(validate(column, "10:20"), 1u) << column;
@@ -128,7 +128,7 @@ TEST_F(RangeCallbackAdapter, ATextForAnyOtherCellIsRefusedSilently)
     EXPECT_THAT(debugTexts(), IsEmpty());
 }
 
-TEST_F(RangeCallbackAdapter, TheTextIsCheckedBeforeTheCell)
+TEST_F(RangeCallbackAdapterTest, TheTextIsCheckedBeforeTheCell)
 {
     EXPECT_EQ(validate(2, "\xC3\xA4"), 1u);
     adapter.callbackValueChanged(metricCell(2), std::string("abc"));
@@ -138,7 +138,7 @@ TEST_F(RangeCallbackAdapter, TheTextIsCheckedBeforeTheCell)
                             "RangeCallbackAdapter::callbackValueChanged: Bad range format string."));
 }
 
-TEST_F(RangeCallbackAdapter, TheEmptyTextAndOffAreRanges)
+TEST_F(RangeCallbackAdapterTest, TheEmptyTextAndOffAreRanges)
 {
     EXPECT_EQ(validate(3, ""), 0u);
     EXPECT_EQ(validate(4, "off"), 0u);
@@ -146,7 +146,7 @@ TEST_F(RangeCallbackAdapter, TheEmptyTextAndOffAreRanges)
     EXPECT_THAT(debugTexts(), IsEmpty());
 }
 
-TEST_F(RangeCallbackAdapter, TheSameColumnOfAnotherTableIsNotARange)
+TEST_F(RangeCallbackAdapterTest, TheSameColumnOfAnotherTableIsNotARange)
 {
     const Oid result = Oid::fromStdString("1.3.6.1.4.1.32473." + cell(3, 3, {"app", "hc", "m"}));
     EXPECT_EQ(adapter.callbackValidateValue(result, std::string("10:20")), 1u);
@@ -154,7 +154,7 @@ TEST_F(RangeCallbackAdapter, TheSameColumnOfAnotherTableIsNotARange)
     EXPECT_THAT(observer.calls, IsEmpty());
 }
 
-TEST_F(RangeCallbackAdapter, ACommittedMalformedTextIsLoggedAndChangesNothing)
+TEST_F(RangeCallbackAdapterTest, ACommittedMalformedTextIsLoggedAndChangesNothing)
 {
     adapter.callbackValueChanged(metricCell(3), std::string("abc"));
     EXPECT_THAT(observer.calls, IsEmpty());
@@ -162,21 +162,21 @@ TEST_F(RangeCallbackAdapter, ACommittedMalformedTextIsLoggedAndChangesNothing)
                 ElementsAre("RangeCallbackAdapter::callbackValueChanged: Bad range format string."));
 }
 
-TEST_F(RangeCallbackAdapter, ACommittedTextForAnyOtherCellIsIgnoredSilently)
+TEST_F(RangeCallbackAdapterTest, ACommittedTextForAnyOtherCellIsIgnoredSilently)
 {
     adapter.callbackValueChanged(metricCell(2), std::string("10:20"));
     EXPECT_THAT(observer.calls, IsEmpty());
     EXPECT_THAT(debugTexts(), IsEmpty());
 }
 
-TEST_F(RangeCallbackAdapter, TheCommitDoesNotAskForConsentAgain)
+TEST_F(RangeCallbackAdapterTest, TheCommitDoesNotAskForConsentAgain)
 {
     observer.accepts = false;
     adapter.callbackValueChanged(metricCell(3), std::string("10:20"));
     EXPECT_THAT(observer.calls, ElementsAre("apply warning 10:20", "changed warning 0"));
 }
 
-TEST_F(RangeCallbackAdapter, IntegersAreAcceptedAndIgnoredOnEveryCell)
+TEST_F(RangeCallbackAdapterTest, IntegersAreAcceptedAndIgnoredOnEveryCell)
 {
     for (const int column : {2, 3, 4, 5}) {
         EXPECT_EQ(adapter.callbackValidateValue(metricCell(column), 5), 0u);

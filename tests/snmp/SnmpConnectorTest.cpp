@@ -76,10 +76,10 @@ private:
 };
 
 /// Accepts every range.
-class FakeObserver : public RemoteMetricObserver
+class AcceptingObserver : public RemoteMetricObserver
 {
 public:
-    explicit FakeObserver(vigil::Metric& metric) : m_metric(metric) {}
+    explicit AcceptingObserver(vigil::Metric& metric) : m_metric(metric) {}
     vigil::Metric& getMetric() override { return m_metric; }
     bool checkRangeChange(RangeKind, const Range&) override { return true; }
     void applyRange(RangeKind, const Range&) override {}
@@ -117,18 +117,18 @@ std::vector<ResultEntry> listOf(Entries... entries)
     return list;
 }
 
-class SnmpConnector : public support::LibraryTest
+class SnmpConnectorTest : public support::LibraryTest
 {
 protected:
     /// Starts the library and creates the connector; returns after its first publications.
     void startWithConnector()
     {
         start();
-        connector = std::make_unique<::SnmpConnector>(&check);
+        connector = std::make_unique<SnmpConnector>(&check);
         publications();
     }
 
-    ~SnmpConnector() override { connector.reset(); }
+    ~SnmpConnectorTest() override { connector.reset(); }
 
     int countDebugTexts(const QtMessages& messages, const char* text) const
     {
@@ -142,7 +142,7 @@ protected:
 
     FakeCheck check;
     FakeMetric metric{"m"};
-    FakeObserver observer{metric};
+    AcceptingObserver observer{metric};
     Recorder recorder;
     support::RecordingManagementHandler handler{recorder};
     std::unique_ptr<Connector> connector;
@@ -150,14 +150,14 @@ protected:
 
 // --- Lifetime
 
-TEST_F(SnmpConnector, ANewConnectorPublishesTheCheckAtOnce)
+TEST_F(SnmpConnectorTest, ANewConnectorPublishesTheCheckAtOnce)
 {
     start();
-    connector = std::make_unique<::SnmpConnector>(&check);
+    connector = std::make_unique<SnmpConnector>(&check);
     EXPECT_THAT(publications(), ElementsAre(set(cell(1, 3, checkRow), 3), set(cell(1, 4, checkRow), "")));
 }
 
-TEST_F(SnmpConnector, DestructionWithdrawsAllCellsOfTheCheck)
+TEST_F(SnmpConnectorTest, DestructionWithdrawsAllCellsOfTheCheck)
 {
     startWithConnector();
     connector->addMetric("m");
@@ -179,7 +179,7 @@ TEST_F(SnmpConnector, DestructionWithdrawsAllCellsOfTheCheck)
     EXPECT_EQ(publications(), expected);
 }
 
-TEST_F(SnmpConnector, DestructionKeepsTheRowsOfOtherChecks)
+TEST_F(SnmpConnectorTest, DestructionKeepsTheRowsOfOtherChecks)
 {
     class OtherCheck : public FakeCheck
     {
@@ -188,7 +188,7 @@ TEST_F(SnmpConnector, DestructionKeepsTheRowsOfOtherChecks)
     startWithConnector();
     OtherCheck otherCheck;
     {
-        ::SnmpConnector other(&otherCheck);
+        SnmpConnector other(&otherCheck);
         other.addMetric("m");
         publications();
     }
@@ -196,7 +196,7 @@ TEST_F(SnmpConnector, DestructionKeepsTheRowsOfOtherChecks)
         EXPECT_THAT(line, testing::HasSubstr(".5.111.116.104.101.114"));
 }
 
-TEST_F(SnmpConnector, AfterCleanupAConnectorDoesNothingAndDoesNotFail)
+TEST_F(SnmpConnectorTest, AfterCleanupAConnectorDoesNothingAndDoesNotFail)
 {
     startWithConnector();
     connector->addMetric("m");
@@ -219,9 +219,9 @@ TEST_F(SnmpConnector, AfterCleanupAConnectorDoesNothingAndDoesNotFail)
     }
 }
 
-TEST_F(SnmpConnector, WithoutARunningLibraryAConnectorDoesNothingAndDoesNotFail)
+TEST_F(SnmpConnectorTest, WithoutARunningLibraryAConnectorDoesNothingAndDoesNotFail)
 {
-    connector = std::make_unique<::SnmpConnector>(&check);
+    connector = std::make_unique<SnmpConnector>(&check);
     connector->addMetric("m");
     connector->updateMetric(metric);
     connector->registerRemoteMetricObserver(&observer);
@@ -236,7 +236,7 @@ TEST_F(SnmpConnector, WithoutARunningLibraryAConnectorDoesNothingAndDoesNotFail)
 
 // --- Results
 
-TEST_F(SnmpConnector, AnUpdatePublishesTheCheckAndThenEachResultInListOrder)
+TEST_F(SnmpConnectorTest, AnUpdatePublishesTheCheckAndThenEachResultInListOrder)
 {
     startWithConnector();
     check.status = HealthStatus::Warning;
@@ -251,7 +251,7 @@ TEST_F(SnmpConnector, AnUpdatePublishesTheCheckAndThenEachResultInListOrder)
                             set(cell(4, 4, metricRow), "~:80"), set(cell(4, 5, metricRow), "off")));
 }
 
-TEST_F(SnmpConnector, NumbersArePublishedAsTextWithSixSignificantDigits)
+TEST_F(SnmpConnectorTest, NumbersArePublishedAsTextWithSixSignificantDigits)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     const double notANumber = std::numeric_limits<double>::quiet_NaN();
@@ -265,7 +265,7 @@ TEST_F(SnmpConnector, NumbersArePublishedAsTextWithSixSignificantDigits)
     }
 }
 
-TEST_F(SnmpConnector, AResultWithoutPerformanceDataWithdrawsThePerformanceRow)
+TEST_F(SnmpConnectorTest, AResultWithoutPerformanceDataWithdrawsThePerformanceRow)
 {
     startWithConnector();
     connector->updateResults(listOf(resultWithNumber("m", 1), resultWithNumber("n", 1)));
@@ -278,7 +278,7 @@ TEST_F(SnmpConnector, AResultWithoutPerformanceDataWithdrawsThePerformanceRow)
                                    unset(cell(4, 5, metricRow))));
 }
 
-TEST_F(SnmpConnector, MissingResultsKeepTheirRows)
+TEST_F(SnmpConnectorTest, MissingResultsKeepTheirRows)
 {
     startWithConnector();
     connector->updateResults(listOf(resultWithNumber("m", 1)));
@@ -289,14 +289,14 @@ TEST_F(SnmpConnector, MissingResultsKeepTheirRows)
 
 // --- Metrics
 
-TEST_F(SnmpConnector, AnAddedMetricPublishesOnlyItsRemoteChangeFlag)
+TEST_F(SnmpConnectorTest, AnAddedMetricPublishesOnlyItsRemoteChangeFlag)
 {
     startWithConnector();
     connector->addMetric("m");
     EXPECT_THAT(publications(), ElementsAre(set(cell(2, 5, metricRow), 0)));
 }
 
-TEST_F(SnmpConnector, AnUpdatedMetricPublishesUnitAndRanges)
+TEST_F(SnmpConnectorTest, AnUpdatedMetricPublishesUnitAndRanges)
 {
     startWithConnector();
     connector->addMetric("m");
@@ -307,7 +307,7 @@ TEST_F(SnmpConnector, AnUpdatedMetricPublishesUnitAndRanges)
                             set(cell(2, 4, metricRow), "off")));
 }
 
-TEST_F(SnmpConnector, AnUpdateBeforeTheMetricIsAddedWritesAndLogsNothing)
+TEST_F(SnmpConnectorTest, AnUpdateBeforeTheMetricIsAddedWritesAndLogsNothing)
 {
     startWithConnector();
     const QtMessages messages;
@@ -316,7 +316,7 @@ TEST_F(SnmpConnector, AnUpdateBeforeTheMetricIsAddedWritesAndLogsNothing)
     EXPECT_TRUE(messages.all().isEmpty());
 }
 
-TEST_F(SnmpConnector, ARemovedMetricLosesItsRowsInAllThreeTables)
+TEST_F(SnmpConnectorTest, ARemovedMetricLosesItsRowsInAllThreeTables)
 {
     startWithConnector();
     connector->addMetric("m");
@@ -337,7 +337,7 @@ TEST_F(SnmpConnector, ARemovedMetricLosesItsRowsInAllThreeTables)
 
 // --- Remote changes
 
-TEST_F(SnmpConnector, ARegisteredObserverShows1InColumn5AndMakesTheRowWritable)
+TEST_F(SnmpConnectorTest, ARegisteredObserverShows1InColumn5AndMakesTheRowWritable)
 {
     startWithConnector();
     connector->addMetric("m");
@@ -354,7 +354,7 @@ TEST_F(SnmpConnector, ARegisteredObserverShows1InColumn5AndMakesTheRowWritable)
         1);
 }
 
-TEST_F(SnmpConnector, AnUnregisteredObserverShows0AndSetsAreNoLongerRouted)
+TEST_F(SnmpConnectorTest, AnUnregisteredObserverShows0AndSetsAreNoLongerRouted)
 {
     startWithConnector();
     connector->addMetric("m");
@@ -369,7 +369,7 @@ TEST_F(SnmpConnector, AnUnregisteredObserverShows0AndSetsAreNoLongerRouted)
               1);
 }
 
-TEST_F(SnmpConnector, AnObserverWithoutARowIsLoggedButReceivesNothing)
+TEST_F(SnmpConnectorTest, AnObserverWithoutARowIsLoggedButReceivesNothing)
 {
     startWithConnector();
     const QtMessages messages;
@@ -379,7 +379,7 @@ TEST_F(SnmpConnector, AnObserverWithoutARowIsLoggedButReceivesNothing)
     EXPECT_EQ(countDebugTexts(messages, "Registering metric observer for m."), 1);
 }
 
-TEST_F(SnmpConnector, AddingAMetricAgainDeregistersItsCallback)
+TEST_F(SnmpConnectorTest, AddingAMetricAgainDeregistersItsCallback)
 {
     startWithConnector();
     connector->addMetric("m");
@@ -391,7 +391,7 @@ TEST_F(SnmpConnector, AddingAMetricAgainDeregistersItsCallback)
     EXPECT_EQ(verdict(3, "10:20"), "answer 1");
 }
 
-TEST_F(SnmpConnector, RemovingAMetricDeregistersItsCallback)
+TEST_F(SnmpConnectorTest, RemovingAMetricDeregistersItsCallback)
 {
     startWithConnector();
     connector->addMetric("m");
@@ -402,7 +402,7 @@ TEST_F(SnmpConnector, RemovingAMetricDeregistersItsCallback)
 
 // --- Management functions
 
-TEST_F(SnmpConnector, ARegisteredHandlerHasARowAndIsCalled)
+TEST_F(SnmpConnectorTest, ARegisteredHandlerHasARowAndIsCalled)
 {
     startWithConnector();
     connector->registerManagementHandler(&handler);
@@ -413,7 +413,7 @@ TEST_F(SnmpConnector, ARegisteredHandlerHasARowAndIsCalled)
     EXPECT_THAT(recorder.lines(), ElementsAre("function 3"));
 }
 
-TEST_F(SnmpConnector, AnUnregisteredHandlerKeepsItsRowButIsNotCalled)
+TEST_F(SnmpConnectorTest, AnUnregisteredHandlerKeepsItsRowButIsNotCalled)
 {
     startWithConnector();
     connector->registerManagementHandler(&handler);
@@ -425,7 +425,7 @@ TEST_F(SnmpConnector, AnUnregisteredHandlerKeepsItsRowButIsNotCalled)
     connector->unregisterManagementHandler();
 }
 
-TEST_F(SnmpConnector, ASecondHandlerReplacesTheFirst)
+TEST_F(SnmpConnectorTest, ASecondHandlerReplacesTheFirst)
 {
     startWithConnector();
     Recorder secondRecorder;

@@ -17,9 +17,11 @@
 #include "snmp/SnmpMgmFuncTable.h"
 #include "snmp/SnmpPerfDataTable.h"
 #include "support/LibraryTest.h"
+#include "support/Oids.h"
 #include "support/QtMessages.h"
 #include "support/ScriptedCallbacks.h"
 
+using support::below;
 using support::cell;
 using support::QtMessages;
 using support::Recorder;
@@ -33,11 +35,6 @@ using vigil::Oid;
 namespace {
 
 constexpr unsigned int noColumn = (std::numeric_limits<unsigned int>::max)();
-
-Oid below(const std::string& relative)
-{
-    return Oid::fromStdString("1.3.6.1.4.1.32473." + relative);
-}
 
 std::string indexText(const std::string& text)
 {
@@ -63,7 +60,7 @@ private:
     std::function<void()> m_lastWords;
 };
 
-class SnmpTable : public support::LibraryTest
+class SnmpTableTest : public support::LibraryTest
 {
 protected:
     std::unique_ptr<ScriptedCallback> makeCallback(const std::string& name)
@@ -77,18 +74,18 @@ protected:
 
 // --- Identifiers
 
-TEST_F(SnmpTable, TheIndexOfATextIsItsLengthAndItsBytes)
+TEST_F(SnmpTableTest, TheIndexOfATextIsItsLengthAndItsBytes)
 {
     EXPECT_EQ(indexText("abc"), "3.97.98.99");
     EXPECT_EQ(indexText(std::string("a\0b", 3)), "3.97.0.98");
 }
 
-TEST_F(SnmpTable, TheIndexOfTheEmptyTextIsTheLength0)
+TEST_F(SnmpTableTest, TheIndexOfTheEmptyTextIsTheLength0)
 {
     EXPECT_EQ(indexText(""), "0");
 }
 
-TEST_F(SnmpTable, BytesFrom0x80AreSignExtended)
+TEST_F(SnmpTableTest, BytesFrom0x80AreSignExtended)
 {
     EXPECT_EQ(indexText("\x7F"), "1.127");
     EXPECT_EQ(indexText("\x80"), "1.4294967168");
@@ -96,7 +93,7 @@ TEST_F(SnmpTable, BytesFrom0x80AreSignExtended)
     EXPECT_EQ(indexText("\xFF"), "1.4294967295");
 }
 
-TEST_F(SnmpTable, ATextTooLongForItsLengthArcThrowsAText)
+TEST_F(SnmpTableTest, ATextTooLongForItsLengthArcThrowsAText)
 {
     constexpr std::uint64_t longest = 4294967295u;
     EXPECT_EQ(SnmpMetricTable::makeLengthArc(longest), 4294967295u);
@@ -108,13 +105,13 @@ TEST_F(SnmpTable, ATextTooLongForItsLengthArcThrowsAText)
     }
 }
 
-TEST_F(SnmpTable, TheIndexOfAPairIsTheIndexesOfItsTextsInOrder)
+TEST_F(SnmpTableTest, TheIndexOfAPairIsTheIndexesOfItsTextsInOrder)
 {
     EXPECT_EQ(SnmpHealthCheckTable().indexOid({"a", "bc"}).toStdString(), "1.97.2.98.99");
     EXPECT_EQ(SnmpHealthCheckTable().indexOid({"", ""}).toStdString(), "0.0");
 }
 
-TEST_F(SnmpTable, ACellIdentifierIsEntryColumnCheckAndMetric)
+TEST_F(SnmpTableTest, ACellIdentifierIsEntryColumnCheckAndMetric)
 {
     start();
     metrics.createRow("m");
@@ -122,7 +119,7 @@ TEST_F(SnmpTable, ACellIdentifierIsEntryColumnCheckAndMetric)
     EXPECT_THAT(publications(), ElementsAre("127.3.1.200.4.2.1.3.3.97.112.112.2.104.99.1.109 = 7"));
 }
 
-TEST_F(SnmpTable, AColumnContainsItselfItsRowsAndNothingElse)
+TEST_F(SnmpTableTest, AColumnContainsItselfItsRowsAndNothingElse)
 {
     const std::string entry = "127.3.1.200.4.2.1";
     EXPECT_EQ(metrics.columnIndexOf(below(entry + ".2")), 0u);
@@ -134,7 +131,7 @@ TEST_F(SnmpTable, AColumnContainsItselfItsRowsAndNothingElse)
         EXPECT_EQ(metrics.columnIndexOf(below(entry + column)), noColumn) << column;
 }
 
-TEST_F(SnmpTable, AnIdentifierOfAnotherTableHasNoColumn)
+TEST_F(SnmpTableTest, AnIdentifierOfAnotherTableHasNoColumn)
 {
     const Oid other = below(cell(3, 2, {"app", "hc", "m"}));
     EXPECT_EQ(metrics.columnIndexOf(other), noColumn);
@@ -142,7 +139,7 @@ TEST_F(SnmpTable, AnIdentifierOfAnotherTableHasNoColumn)
     EXPECT_EQ(metrics.columnIndexOf(Oid()), noColumn);
 }
 
-TEST_F(SnmpTable, WithoutAColumnTheIndexIs4ForTextKeysAnd5ForPairKeys)
+TEST_F(SnmpTableTest, WithoutAColumnTheIndexIs4ForTextKeysAnd5ForPairKeys)
 {
     const Oid other = below(cell(1, 3, {"app", "hc"}));
     EXPECT_EQ(metrics.columnIndexOrNone(other), 4u);
@@ -154,7 +151,7 @@ TEST_F(SnmpTable, WithoutAColumnTheIndexIs4ForTextKeysAnd5ForPairKeys)
 
 // --- Rows
 
-TEST_F(SnmpTable, ANewRowWritesNothing)
+TEST_F(SnmpTableTest, ANewRowWritesNothing)
 {
     start();
     metrics.createRow("m");
@@ -163,7 +160,7 @@ TEST_F(SnmpTable, ANewRowWritesNothing)
     EXPECT_THAT(publications(), IsEmpty());
 }
 
-TEST_F(SnmpTable, ReplacingARowDropsItsCallbackAndWritesNothing)
+TEST_F(SnmpTableTest, ReplacingARowDropsItsCallbackAndWritesNothing)
 {
     start();
     metrics.createRow("m");
@@ -178,7 +175,7 @@ TEST_F(SnmpTable, ReplacingARowDropsItsCallbackAndWritesNothing)
         facade.deregisterValueChanged(below(cell(2, column, {"app", "hc", "m"})));
 }
 
-TEST_F(SnmpTable, NothingIsWrittenToAMissingRow)
+TEST_F(SnmpTableTest, NothingIsWrittenToAMissingRow)
 {
     start();
     metrics.setIntColumn("m", 3, 1);
@@ -188,7 +185,7 @@ TEST_F(SnmpTable, NothingIsWrittenToAMissingRow)
     EXPECT_THAT(publications(), IsEmpty());
 }
 
-TEST_F(SnmpTable, RemovingARowDeregistersItsCallbackAndThenWithdrawsEachCellOnce)
+TEST_F(SnmpTableTest, RemovingARowDeregistersItsCallbackAndThenWithdrawsEachCellOnce)
 {
     start();
     metrics.createRow("m");
@@ -205,7 +202,7 @@ TEST_F(SnmpTable, RemovingARowDeregistersItsCallbackAndThenWithdrawsEachCellOnce
         EXPECT_EQ(validate(cell(2, column, row), 5), "answer 1 to " + set(cell(2, column, row), 5));
 }
 
-TEST_F(SnmpTable, AllRowsAreRemovedInByteOrderOfTheirKeys)
+TEST_F(SnmpTableTest, AllRowsAreRemovedInByteOrderOfTheirKeys)
 {
     start();
     SnmpMetricResultTable results("a", "b");
@@ -224,7 +221,7 @@ TEST_F(SnmpTable, AllRowsAreRemovedInByteOrderOfTheirKeys)
     EXPECT_FALSE(results.hasRow("a"));
 }
 
-TEST_F(SnmpTable, DestroyingATableWithdrawsNothing)
+TEST_F(SnmpTableTest, DestroyingATableWithdrawsNothing)
 {
     start();
     {
@@ -236,7 +233,7 @@ TEST_F(SnmpTable, DestroyingATableWithdrawsNothing)
 
 // --- Callbacks
 
-TEST_F(SnmpTable, ACallbackReceivesTheSetsOfAllCellsOfItsRow)
+TEST_F(SnmpTableTest, ACallbackReceivesTheSetsOfAllCellsOfItsRow)
 {
     start();
     const std::vector<std::string> row = {"app", "hc", "m"};
@@ -253,7 +250,7 @@ TEST_F(SnmpTable, ACallbackReceivesTheSetsOfAllCellsOfItsRow)
     metrics.removeAllRows();
 }
 
-TEST_F(SnmpTable, ASecondCallbackReplacesAndDestroysTheFirst)
+TEST_F(SnmpTableTest, ASecondCallbackReplacesAndDestroysTheFirst)
 {
     start();
     const std::string oid = cell(2, 3, {"app", "hc", "m"});
@@ -267,7 +264,7 @@ TEST_F(SnmpTable, ASecondCallbackReplacesAndDestroysTheFirst)
     metrics.removeAllRows();
 }
 
-TEST_F(SnmpTable, ACallbackForAMissingRowIsDestroyed)
+TEST_F(SnmpTableTest, ACallbackForAMissingRowIsDestroyed)
 {
     start();
     bool isGone = false;
@@ -278,7 +275,7 @@ TEST_F(SnmpTable, ACallbackForAMissingRowIsDestroyed)
     EXPECT_EQ(validate(oid, 5), "answer 1 to " + set(oid, 5));
 }
 
-TEST_F(SnmpTable, ARemovedCallbackIsDestroyedAndNoLongerCalled)
+TEST_F(SnmpTableTest, ARemovedCallbackIsDestroyedAndNoLongerCalled)
 {
     start();
     metrics.createRow("m");
@@ -292,7 +289,7 @@ TEST_F(SnmpTable, ARemovedCallbackIsDestroyedAndNoLongerCalled)
     metrics.removeRowCallback("m");
 }
 
-TEST_F(SnmpTable, WithoutARunningLibraryRowsAreKept)
+TEST_F(SnmpTableTest, WithoutARunningLibraryRowsAreKept)
 {
     metrics.createRow("m");
     metrics.setRowCallback("m", makeCallback("m"));
@@ -303,7 +300,7 @@ TEST_F(SnmpTable, WithoutARunningLibraryRowsAreKept)
 
 // --- The five tables
 
-TEST_F(SnmpTable, AHealthCheckRowIsStatusAndSummary)
+TEST_F(SnmpTableTest, AHealthCheckRowIsStatusAndSummary)
 {
     start();
     const QtMessages messages;
@@ -315,7 +312,7 @@ TEST_F(SnmpTable, AHealthCheckRowIsStatusAndSummary)
     EXPECT_THAT(debugTexts(messages), ElementsAre("set SnmpHealthCheckTable row for  app hc"));
 }
 
-TEST_F(SnmpTable, DebugTextsShowKeysAndNamesAsUtf8)
+TEST_F(SnmpTableTest, DebugTextsShowKeysAndNamesAsUtf8)
 {
     const QtMessages messages;
     SnmpHealthCheckTable().setRow({"T\xC3\xBCr", ""}, 2, "bad");
@@ -325,7 +322,7 @@ TEST_F(SnmpTable, DebugTextsShowKeysAndNamesAsUtf8)
                                                   "set SnmpMetricTable row for  \xC2\xB5"));
 }
 
-TEST_F(SnmpTable, AMetricRowIsUnitWarningRangeAndCriticalRange)
+TEST_F(SnmpTableTest, AMetricRowIsUnitWarningRangeAndCriticalRange)
 {
     start();
     metrics.createRow("m");
@@ -337,7 +334,7 @@ TEST_F(SnmpTable, AMetricRowIsUnitWarningRangeAndCriticalRange)
     EXPECT_THAT(debugTexts(messages), ElementsAre("set SnmpMetricTable row for  m"));
 }
 
-TEST_F(SnmpTable, TheRowOfAnUnknownMetricIsNotCreatedWrittenOrLogged)
+TEST_F(SnmpTableTest, TheRowOfAnUnknownMetricIsNotCreatedWrittenOrLogged)
 {
     start();
     const QtMessages messages;
@@ -347,7 +344,7 @@ TEST_F(SnmpTable, TheRowOfAnUnknownMetricIsNotCreatedWrittenOrLogged)
     EXPECT_THAT(debugTexts(messages), IsEmpty());
 }
 
-TEST_F(SnmpTable, AResultRowIsStatusAndSummary)
+TEST_F(SnmpTableTest, AResultRowIsStatusAndSummary)
 {
     start();
     const QtMessages messages;
@@ -358,7 +355,7 @@ TEST_F(SnmpTable, AResultRowIsStatusAndSummary)
     EXPECT_THAT(debugTexts(messages), IsEmpty());
 }
 
-TEST_F(SnmpTable, APerformanceDataRowIsFiveTexts)
+TEST_F(SnmpTableTest, APerformanceDataRowIsFiveTexts)
 {
     start();
     const QtMessages messages;
@@ -371,7 +368,7 @@ TEST_F(SnmpTable, APerformanceDataRowIsFiveTexts)
     EXPECT_THAT(debugTexts(messages), IsEmpty());
 }
 
-TEST_F(SnmpTable, AManagementRowIsFourNumbersAndAText)
+TEST_F(SnmpTableTest, AManagementRowIsFourNumbersAndAText)
 {
     start();
     const QtMessages messages;
@@ -384,7 +381,7 @@ TEST_F(SnmpTable, AManagementRowIsFourNumbersAndAText)
     EXPECT_THAT(debugTexts(messages), IsEmpty());
 }
 
-TEST_F(SnmpTable, WritingARowKeepsItsCallback)
+TEST_F(SnmpTableTest, WritingARowKeepsItsCallback)
 {
     start();
     SnmpMgmFuncTable table;

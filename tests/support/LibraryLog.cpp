@@ -16,7 +16,6 @@ namespace support {
 namespace {
 
 constexpr int timeStampSize = 25; // "yyyy-MM-dd hh:mm:ss.zzz: "
-constexpr int pollMs = 2;
 
 QDir logDirectory()
 {
@@ -58,6 +57,7 @@ int LibraryLog::count(const std::string& text) const
 
 bool LibraryLog::waitFor(const std::string& text, int timeoutMs) const
 {
+    constexpr int pollMs = 2;
     const QDeadlineTimer deadline(timeoutMs);
     while (!contains(text)) {
         if (deadline.hasExpired())

@@ -14,7 +14,7 @@ namespace {
 
 // A busy machine may reply late; a request may also reach an snmpd or agent about to be ended
 // before the answer. So a tool asks every two seconds, until the deadline of the tests.
-const QStringList patience{QStringLiteral("-t2"), QStringLiteral("-r30")};
+const QStringList patientOptions{QStringLiteral("-t2"), QStringLiteral("-r30")};
 constexpr int toolDeadlineMs = deadlineMs + 10'000;
 
 } // namespace
@@ -44,8 +44,8 @@ SnmpTool::Result SnmpTool::run(const QString& program, const QStringList& operan
     static const QTemporaryDir privateDirectory;
     QProcess process;
     process.setProcessEnvironment(environment(privateDirectory.path()));
-    process.start(program, QStringList{QStringLiteral("-m"), QStringLiteral("VIGIL-AGENT-MIB")} + patience +
-                               m_credentials + options + QStringList{m_address} + operands);
+    process.start(program, QStringList{QStringLiteral("-m"), QStringLiteral("VIGIL-AGENT-MIB")} +
+                               patientOptions + m_credentials + options + QStringList{m_address} + operands);
     if (!runUntil([&] { return process.state() == QProcess::NotRunning; }, toolDeadlineMs)) {
         process.kill();
         process.waitForFinished();

@@ -12,6 +12,9 @@
 
 namespace support {
 
+/// What the tools print where an object is missing.
+inline const QString noInstance = QStringLiteral("No Such Instance currently exists at this OID");
+
 /// A manager: runs Net-SNMP's command line tools against one address, with the names of VIGIL-MIB
 /// and VIGIL-AGENT-MIB.
 ///

@@ -17,8 +17,8 @@ namespace support {
 namespace {
 
 // By default snmpd drops an agent after some seconds without a reply; a busy machine may need longer.
-const QByteArray patience = "agentXTimeout 60\n"
-                            "agentXRetries 0\n";
+const QByteArray patientDirectives = "agentXTimeout 60\n"
+                                     "agentXRetries 0\n";
 
 } // namespace
 
@@ -72,7 +72,7 @@ bool SnmpdProcess::startOnce()
                "\n"
                "master agentx\n"
                "agentXSocket unix:" +
-               QFile::encodeName(agentxAddress()) + '\n' + patience + m_directives);
+               QFile::encodeName(agentxAddress()) + '\n' + patientDirectives + m_directives);
     file.close();
     m_log.clear();
     m_process.start(QStringLiteral(VIGIL_SNMPD_PROGRAM),

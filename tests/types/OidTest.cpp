@@ -11,16 +11,13 @@
 #include <utility>
 #include <vector>
 
+#include "support/Oids.h"
 #include "types/OidOperators.h"
 
+using support::oid;
 using vigil::Oid;
 
 namespace {
-
-Oid oid(const char* text)
-{
-    return Oid::fromStdString(text);
-}
 
 std::string reprinted(const std::string& text)
 {

@@ -31,6 +31,7 @@ protected:
                          [this] { ++losses; });
     }
 
+    const agent::ObjectId cell{1, 3, 6, 1, 4, 1, 32473, 5, 1};
     support::ManualClock clock;
     QTcpServer server;
     std::unique_ptr<FakeApplication> application;
@@ -38,14 +39,12 @@ protected:
     int losses = 0;
 };
 
-const agent::ObjectId id{1, 3, 6, 1, 4, 1, 32473, 5, 1};
-
 } // namespace
 
 TEST_F(ApplicationConnectionTest, AQuestionCarriesItsNumberAndTheRelativeIdentifier)
 {
     application->onQuestion = [](const FakeApplication::Request&) {};
-    connection->ask(77, id, 5);
+    connection->ask(77, cell, 5);
     ASSERT_TRUE(support::runUntil([&] { return application->questions().size() == 1; }));
     EXPECT_EQ(application->questions()[0].storeType, 77);
     EXPECT_EQ(application->questions()[0].oid, "5.1");
@@ -64,14 +63,14 @@ TEST_F(ApplicationConnectionTest, AnAnswerCarriesTheNumberOfItsQuestion)
     application->onQuestion = [&](const FakeApplication::Request& question) {
         application->answer(question, 12);
     };
-    connection->ask(77, id, std::string("text"));
+    connection->ask(77, cell, std::string("text"));
     EXPECT_TRUE(support::runUntil([&] { return number == 77; }));
     EXPECT_EQ(status, 12);
 }
 
 TEST_F(ApplicationConnectionTest, ACommitCarriesNoNumber)
 {
-    connection->commit(id, std::string("text"));
+    connection->commit(cell, std::string("text"));
     ASSERT_TRUE(support::runUntil([&] { return application->commits().size() == 1; }));
     EXPECT_EQ(application->commits()[0].storeType, 0);
     EXPECT_EQ(application->commits()[0].value, "text");
@@ -82,10 +81,10 @@ TEST_F(ApplicationConnectionTest, DisconnectsASlowReaderButNeverInsideACall)
     application->stopReading();
     const std::string text(65'000, 'x');
     for (int sent = 0; sent < 1000; ++sent)
-        connection->commit(id, text);
+        connection->commit(cell, text);
     EXPECT_EQ(losses, 0) << "from inside commit()";
     EXPECT_TRUE(support::runUntil([&] { return losses == 1; }));
-    connection->commit(id, text);
+    connection->commit(cell, text);
     EXPECT_TRUE(support::runUntil([&] { return !application->isConnected(); }));
     EXPECT_EQ(losses, 1);
 }

@@ -15,17 +15,8 @@ using agent::healthTable::cellOf;
 using agent::healthTable::Column;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using State = agent::CheckCovers::State;
 
 namespace {
-
-constexpr qint64 staleAfterMs = 60'000;
-const ObjectId check{1, 97, 1, 98};
-const ObjectId otherCheck{1, 97, 1, 99};
-
-const std::string staleRow = "3 No update since 2026-01-31 12:34:56 UTC.";
-const std::string lostSummary = "No connection to the application since 2026-01-31 12:34:56 UTC.";
-const std::string lostRow = "3 " + lostSummary;
 
 struct NoActions : LostApplications::Actions
 {
@@ -38,6 +29,17 @@ struct NoActions : LostApplications::Actions
 class CheckCoversTest : public testing::Test
 {
 protected:
+    using State = CheckCovers::State;
+
+    static constexpr qint64 staleAfterMs = 60'000;
+    inline static const ObjectId check{1, 97, 1, 98};
+    inline static const ObjectId otherCheck{1, 97, 1, 99};
+
+    inline static const std::string staleRow = "3 No update since 2026-01-31 12:34:56 UTC.";
+    inline static const std::string lostSummary =
+        "No connection to the application since 2026-01-31 12:34:56 UTC.";
+    inline static const std::string lostRow = "3 " + lostSummary;
+
     CheckCoversTest()
     {
         writeStatus(1, 0);

@@ -10,17 +10,18 @@ using agent::ApplicationId;
 using agent::LostApplications;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using State = agent::LostApplications::State;
 
 namespace {
-
-constexpr qint64 graceMs = 10'000;
-constexpr qint64 forgetMs = 86'400'000;
 
 /// Lost applications with cells in a store. It carries out their actions and records them.
 class LostApplicationsTest : public testing::Test, protected LostApplications::Actions
 {
 protected:
+    using State = LostApplications::State;
+
+    static constexpr qint64 graceMs = 10'000;
+    static constexpr qint64 forgetMs = 86'400'000;
+
     static LostApplications::Settings settings() { return {graceMs, forgetMs, 3, 9}; }
 
     void publish(ApplicationId application, std::initializer_list<unsigned int> cells)

@@ -18,17 +18,19 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr qint64 graceMs = 10'000;
-constexpr qint64 forgetMs = 86'400'000;
-
-const ObjectId check{1, 97, 1, 98};
-const ObjectId statusCell = cellOf(Column::Status, check);
-const ObjectId summaryCell = cellOf(Column::Summary, check);
-const ObjectId otherCell{1, 3, 6, 1, 4, 1, 32473, 5, 1};
-
 class ServedCellsTest : public testing::Test
 {
 protected:
+    static constexpr qint64 graceMs = 10'000;
+    static constexpr qint64 forgetMs = 86'400'000;
+
+    inline static const ObjectId check{1, 97, 1, 98};
+    inline static const ObjectId statusCell = cellOf(Column::Status, check);
+    inline static const ObjectId summaryCell = cellOf(Column::Summary, check);
+    inline static const ObjectId otherCell{1, 3, 6, 1, 4, 1, 32473, 5, 1};
+    inline static const std::string lostRow =
+        "3 No connection to the application since 2026-01-31 12:34:56 UTC.";
+
     ServedCellsTest()
     {
         const auto listen = [this](auto signal, auto listener) {
@@ -60,8 +62,6 @@ protected:
     ServedCells cells{store, clock, {{graceMs, forgetMs, 3, 1000}, 60'000}};
     std::vector<std::string> signalled;
 };
-
-const std::string lostRow = "3 No connection to the application since 2026-01-31 12:34:56 UTC.";
 
 /// Application 1 owns two checks and another cell.
 class LostApplication : public ServedCellsTest

@@ -15,6 +15,7 @@
 #include "base/wire/SnmpResponse.h"
 #include "base/wire/SnmpString.h"
 #include "base/wire/SnmpVector.h"
+#include "support/EncodedRecord.h"
 #include "support/RecordBytes.h"
 
 using base::DbBaseType;
@@ -26,6 +27,7 @@ using base::SnmpString;
 using base::SnmpStringResponse;
 using base::SnmpStringResponseVector;
 using base::SnmpStringVector;
+using support::encoded;
 using support::int32Bytes;
 using support::nestedBytes;
 using support::propertyBytes;
@@ -36,13 +38,6 @@ namespace {
 QByteArray hex(const char* digits)
 {
     return QByteArray::fromHex(digits);
-}
-
-QByteArray encoded(const DbBaseType& record)
-{
-    QByteArray bytes;
-    record.serialize(bytes);
-    return bytes;
 }
 
 /// The text thrown by decoding bytes as a Record, or "nothing".

@@ -10,9 +10,21 @@
 #include "base/wire/SnmpResponse.h"
 #include "base/wire/SnmpString.h"
 #include "base/wire/SnmpVector.h"
+#include "support/EncodedRecord.h"
 #include "support/RecordBytes.h"
 
-using namespace base;
+using base::DbBaseType;
+using base::SnmpInt;
+using base::SnmpIntResponse;
+using base::SnmpIntResponseVector;
+using base::SnmpIntVector;
+using base::SnmpResponse;
+using base::SnmpString;
+using base::SnmpStringResponse;
+using base::SnmpStringResponseVector;
+using base::SnmpStringVector;
+using base::SnmpVector;
+using support::encoded;
 
 namespace {
 
@@ -64,13 +76,6 @@ private:
 
     std::mt19937 m_random;
 };
-
-QByteArray encoded(const DbBaseType& record)
-{
-    QByteArray bytes;
-    record.serialize(bytes);
-    return bytes;
-}
 
 void fill(SnmpInt& record)
 {

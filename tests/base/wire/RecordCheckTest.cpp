@@ -12,17 +12,12 @@
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpResponse.h"
 #include "base/wire/SnmpString.h"
+#include "support/EncodedRecord.h"
 
 using base::recordProblem;
+using support::encoded;
 
 namespace {
-
-QByteArray encoded(const base::DbBaseType& record)
-{
-    QByteArray bytes;
-    record.serialize(bytes);
-    return bytes;
-}
 
 base::SnmpInt intRecord()
 {
@@ -72,7 +67,7 @@ QByteArray text(const QByteArray& bytes)
     return bigEndian(bytes.size()) + bytes;
 }
 
-const QByteArray storeType = property(0, bigEndian(0));
+const QByteArray storeTypeProperty = property(0, bigEndian(0));
 
 } // namespace
 
@@ -110,7 +105,7 @@ TEST(RecordCheck, SkipsUnknownProperties)
 {
     const QByteArray extra = property(7, "whatever");
     EXPECT_EQ(recordProblem(base::SnmpIntType, encoded(intRecord()) + extra), std::nullopt);
-    EXPECT_EQ(recordProblem(base::SnmpIntType, storeType + encoded(intRecord())), std::nullopt);
+    EXPECT_EQ(recordProblem(base::SnmpIntType, storeTypeProperty + encoded(intRecord())), std::nullopt);
 }
 
 TEST(RecordCheck, PropertiesOutOfOrderAreRejected)
@@ -118,8 +113,8 @@ TEST(RecordCheck, PropertiesOutOfOrderAreRejected)
     const QByteArray oid = property(1, text(QByteArray("127.3\0", 6)));
     // After the unknown property the decoder would take the value for absent, and the record for an unset.
     const QByteArray value = property(2, bigEndian(5));
-    EXPECT_TRUE(recordProblem(base::SnmpIntType, storeType + oid + property(7, "") + value));
-    EXPECT_TRUE(recordProblem(base::SnmpIntType, oid + storeType + value));
+    EXPECT_TRUE(recordProblem(base::SnmpIntType, storeTypeProperty + oid + property(7, "") + value));
+    EXPECT_TRUE(recordProblem(base::SnmpIntType, oid + storeTypeProperty + value));
 }
 
 TEST(RecordCheck, ANegativeOrTooLongPropertyLengthIsRejected)
@@ -133,14 +128,14 @@ TEST(RecordCheck, ANegativeOrTooLongPropertyLengthIsRejected)
 TEST(RecordCheck, AnIntegerMustBeFourBytesLong)
 {
     const QByteArray oid = property(1, text(QByteArray("127.3\0", 6)));
-    EXPECT_TRUE(recordProblem(base::SnmpIntType, storeType + oid + property(2, QByteArray(3, '\0'))));
-    EXPECT_TRUE(recordProblem(base::SnmpIntType, storeType + oid + property(2, QByteArray(5, '\0'))));
+    EXPECT_TRUE(recordProblem(base::SnmpIntType, storeTypeProperty + oid + property(2, QByteArray(3, '\0'))));
+    EXPECT_TRUE(recordProblem(base::SnmpIntType, storeTypeProperty + oid + property(2, QByteArray(5, '\0'))));
 }
 
 TEST(RecordCheck, ATextMustEndWhereItsPropertyEnds)
 {
     const auto problemWithOid = [](const QByteArray& oidValue) {
-        return recordProblem(base::SnmpIntType, storeType + property(1, oidValue));
+        return recordProblem(base::SnmpIntType, storeTypeProperty + property(1, oidValue));
     };
     EXPECT_EQ(problemWithOid(text(QByteArray("127.3\0", 6))), std::nullopt);
     EXPECT_TRUE(problemWithOid(text("127.3"))) << "no zero byte";
@@ -156,7 +151,7 @@ TEST(RecordCheck, ANestedRecordMustFillItsProperty)
     const QByteArray nested = encoded(intRecord());
     const auto problemWithNested = [](const QByteArray& value) {
         return recordProblem(base::SnmpIntResponseType,
-                             storeType + property(1, value) + property(2, bigEndian(0)));
+                             storeTypeProperty + property(1, value) + property(2, bigEndian(0)));
     };
     EXPECT_EQ(problemWithNested(bigEndian(nested.size()) + nested), std::nullopt);
     EXPECT_TRUE(problemWithNested(bigEndian(-1)));
