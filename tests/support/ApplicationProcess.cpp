@@ -9,7 +9,7 @@
 
 namespace support {
 
-ApplicationProcess::ApplicationProcess(quint16 agentPort)
+ApplicationProcess::ApplicationProcess(quint16 agentPort, const QString& name) : m_name(name)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("VIGIL_SERVICE_PORT"), QString::number(agentPort));
@@ -26,7 +26,7 @@ ApplicationProcess::~ApplicationProcess()
 
 bool ApplicationProcess::start()
 {
-    m_process.start(QStringLiteral(VIGIL_REAL_APPLICATION), QStringList());
+    m_process.start(QStringLiteral(VIGIL_REAL_APPLICATION), {m_name});
     return m_process.waitForStarted();
 }
 

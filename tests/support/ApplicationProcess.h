@@ -12,14 +12,14 @@ namespace support {
 
 /// Runs a real application, with the library's client, in a separate process.
 ///
-/// Purpose: it publishes the health check "test"."application" with a metric "value", and can be killed.
+/// Purpose: it publishes the health check "test".NAME with a metric "value", and can be killed.
 ///
 /// Threads: one with an event loop. Failure: start(), stop() and kill() return false.
 class ApplicationProcess
 {
 public:
     /// The application connects to the agent at this port.
-    explicit ApplicationProcess(quint16 agentPort);
+    explicit ApplicationProcess(quint16 agentPort, const QString& name = QStringLiteral("application"));
     ~ApplicationProcess();
 
     bool start();
@@ -29,10 +29,13 @@ public:
     bool stop();
     bool kill();
 
-    /// The name in VIGIL-MIB of the metric's value.
+    qint64 processId() const { return m_process.processId(); }
+
+    /// The name in VIGIL-MIB of the metric's value, of an application without a name of its own.
     static QString valueName();
 
 private:
+    const QString m_name;
     const QTemporaryDir m_logDirectory;
     QProcess m_process;
 };
