@@ -55,8 +55,9 @@ class SimpleMetric;
 ///
 /// Process: the library changes no signal disposition, and children inherit none of its descriptors. In a
 /// child forked while a check lives every call does nothing. A program that becomes a daemon creates its
-/// first check in the child, or destroys all checks before the fork. If no thread or file descriptor is
-/// left, the log says so, and nothing is published until all checks are destroyed and a new one is created.
+/// first check in the child, or destroys all checks before the fork. If no thread, descriptor or memory
+/// is left, the log says so, and nothing is published until all checks are destroyed and a new one is
+/// created.
 ///
 /// Hosts with Qt or GLib: a process without a QCoreApplication gets one, in a thread of the library, while a
 /// check lives. A host best creates its own before its first check, or while no check lives. If it creates it
@@ -67,8 +68,10 @@ class SimpleMetric;
 ///
 /// Failure: no operation reports an error. Without an SNMP service the library keeps the values and publishes
 /// them once it connects; beside a busy one it keeps the last value of each cell until the service reads.
-/// Only destroy() of the last check waits for the network, up to 8 seconds, and operations that change or
-/// remove a handler may wait for a callback in progress and for a part of the replay after a reconnect.
+/// If memory runs out, an operation may throw std::bad_alloc with a part of its work done: repeat it.
+/// destroy() does not throw; it waits up to a second for memory, and then leaves its rows until the library
+/// stops. Only destroy() of the last check waits for the network, up to 8 seconds, and operations that change
+/// or remove a handler may wait for a callback in progress and for a part of the replay after a reconnect.
 /// Inside a callback of the library, createSimpleMetric(), createScalarMetric(), registerManagementHandler(),
 /// unregisterManagementHandler() and destroy() only write an error line to the log.
 class VIGIL_EXPORT HealthCheck

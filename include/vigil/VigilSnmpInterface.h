@@ -52,8 +52,8 @@ public:
 
     /// Starts the library's threads, and they connect to the service; the first health check does the same.
     /// Returns as soon as the threads run, connected or not. name is UTF-8 and appears in the log. Does
-    /// nothing if the library runs already, if the process is ending, or if no thread or file descriptor is
-    /// left.
+    /// nothing if the library runs already, if the process is ending, or if no thread, descriptor or memory
+    /// is left.
     virtual void init(const std::string& name) = 0;
 
     /// Sends all pending values, closes the connection and ends the library's threads; the last health check

@@ -5,6 +5,8 @@
 
 #include <QFileInfo>
 
+#include <new>
+
 #include "base/KwLogFile.h"
 #include "platform/Platform.h"
 
@@ -30,9 +32,13 @@ bool writeLog(const QString& text)
 {
     if (platform::isForkedChild())
         return false; // the file is the parent's
-    KwLogFile& log = KwLogFile::instance();
-    log.appendLine(text);
-    return log.writePending();
+    try {
+        KwLogFile& log = KwLogFile::instance();
+        log.appendLine(text);
+        return log.writePending();
+    } catch (const std::bad_alloc&) {
+        return false; // the line is lost
+    }
 }
 
 void logTypedMessage(QtMsgType type, const char* message)

@@ -35,7 +35,7 @@ public:
 
     enum class Event {
         Init,         ///< the first health check, or the application, calls init()
-        NoThread,     ///< no thread, or no descriptor for it, is left
+        NoThread,     ///< no thread, descriptor or memory is left
         Started,      ///< the client thread is ready to run
         Stop,         ///< cleanup(), by the last health check or the exit handler
         ThreadsEnded, ///< both threads have ended

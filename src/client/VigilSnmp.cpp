@@ -16,6 +16,7 @@
 #include "base/Logging.h"
 #include "base/NeverDestroyed.h"
 #include "base/Printable.h"
+#include "base/UntilMemory.h"
 #include "client/CallbackRules.h"
 #include "client/CallbackStore.h"
 #include "client/CallbackStoreLock.h"
@@ -89,6 +90,18 @@ void VigilSnmp::init(const std::string& name)
     if (isOutOfUse() || CallbackStoreLock::isHeldByThisThread())
         return; // inside a callback the library runs, and a thread that stops it waits for the callback
     const base::MutexLock lock(m_startStopMutex);
+    try {
+        start(name);
+    } catch (const std::bad_alloc&) {
+        if (m_lifecycle.state() == Lifecycle::State::Running)
+            stop({noLimit, noLimit, noLimit});
+        else if (m_lifecycle.state() == Lifecycle::State::Starting)
+            giveUpStart("The process has no memory left");
+    }
+}
+
+void VigilSnmp::start(const std::string& name)
+{
     if (isServiceOff())
         return prepareExit();
     if (!m_lifecycle.on(Event::Init))
@@ -133,13 +146,7 @@ void VigilSnmp::prepareExit()
 /// Takes back all of init(), so that the next one can try again. Without a runner the log is not open yet.
 void VigilSnmp::giveUpStart(const char* reason)
 {
-    if (!m_runner)
-        base::startLogging();
-    base::writeLog(QStringLiteral("___ERROR___ [VigilSnmp::init] %1. Nothing is published until all health "
-                                  "checks are destroyed and a new one is made.")
-                       .arg(QLatin1String(reason)));
-    if (!m_runner)
-        base::stopLogging();
+    base::untilMemory([&] { logFailedStart(reason); });
     if (m_runner) {
         m_runner->stop(noLimit);
         m_runner.reset();
@@ -149,16 +156,28 @@ void VigilSnmp::giveUpStart(const char* reason)
     m_lifecycle.on(Event::NoThread);
 }
 
+void VigilSnmp::logFailedStart(const char* reason)
+{
+    if (!m_runner)
+        base::startLogging();
+    base::writeLog(QStringLiteral("___ERROR___ [VigilSnmp::init] %1. Nothing is published until all health "
+                                  "checks are destroyed and a new one is made.")
+                       .arg(QLatin1String(reason)));
+    if (!m_runner)
+        base::stopLogging();
+}
+
 /// False if the system has no thread left.
 bool VigilSnmp::startClient()
 {
-    m_clientThread = new ClientThread;
-    m_clientThread->moveToThread(m_runner->thread());
-    auto* client = new Client;
-    client->moveToThread(m_clientThread);
-    QObject::connect(m_clientThread, SIGNAL(started()), client, SLOT(init()));
-    QObject::connect(client, SIGNAL(finished()), client, SLOT(deleteLater()));
-    m_clientQueue.open(client);
+    auto thread = std::make_unique<ClientThread>();
+    auto client = std::make_unique<Client>();
+    QObject::connect(thread.get(), SIGNAL(started()), client.get(), SLOT(init()));
+    QObject::connect(client.get(), SIGNAL(finished()), client.get(), SLOT(deleteLater()));
+    client->moveToThread(thread.get());
+    thread->moveToThread(m_runner->thread());
+    m_clientThread = thread.release();
+    m_clientQueue.open(client.release());
     {
         const platform::BlockedSignals blocked;
         m_clientThread->start(QThread::InheritPriority);
@@ -234,7 +253,9 @@ void VigilSnmp::stop(const Limits& limits)
 
 bool VigilSnmp::stopClient(int timeoutMs)
 {
-    return runClientExit(m_clientQueue.close(), timeoutMs) && endClientThread(timeoutMs);
+    Client* client = nullptr;
+    base::untilMemory([&] { client = m_clientQueue.close(); });
+    return client && runClientExit(client, timeoutMs) && endClientThread(timeoutMs);
 }
 
 /// Waits until the client has closed its connection. The exit is the last call in the client's queue, so all
@@ -245,15 +266,22 @@ bool VigilSnmp::runClientExit(Client* client, int timeoutMs)
         client->exit();
         return false;
     }
-    const auto done = std::make_shared<base::Semaphore>();
-    std::weak_ptr<void> call = queueExit(client, done);
+    std::shared_ptr<base::Semaphore> done;
+    std::weak_ptr<void> call;
+    const auto requestExit = [&] {
+        if (!done)
+            done = std::make_shared<base::Semaphore>();
+        call = queueExit(client, done);
+    };
+    if (!base::untilMemory(requestExit))
+        return false;
     const QDeadlineTimer deadline(timeoutMs); // never expires if negative
     const QDeadlineTimer drained(timeoutMs < 0 ? noLimit : drainTimeoutAtExitMs);
     while (!done->tryAcquire(1, aliveCheckMs)) {
         // Qt drops calls while the process has no application object, after the host's and before the
         // runner's.
-        if (call.expired() && done->available() == 0)
-            call = queueExit(client, done);
+        if (call.expired() && done->available() == 0 && !base::untilMemory(requestExit))
+            return false;
         if (drained.hasExpired())
             m_clientThread->requestInterruption();
         if (deadline.hasExpired() || m_runner->isGone())

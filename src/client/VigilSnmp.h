@@ -41,8 +41,8 @@ namespace vigil {
 /// library's own are gone. init() creates its members and cleanup() destroys them.
 ///
 /// Failure: a thread that does not stop in time is left running, and the facade is out of use from then on:
-/// every call does nothing. Checks and metrics still work, but publish nothing. If no thread or
-/// file descriptor is left, init() takes everything back, and the next one tries again. With
+/// every call does nothing. Checks and metrics still work, but publish nothing. If no thread,
+/// descriptor or memory is left, init() takes everything back, and the next one tries again. With
 /// VIGIL_SERVICE_PORT=off it does nothing.
 class VigilSnmp final : public VigilSnmpInterface
 {
@@ -97,8 +97,10 @@ private:
 
     bool isInUse() const;
     void setTableManager(std::shared_ptr<SnmpTableManager> manager);
+    void start(const std::string& name);
     bool startClient();
     void giveUpStart(const char* reason);
+    void logFailedStart(const char* reason);
     void pauseClient(const std::shared_ptr<ApplicationRunner::Pause>& pause);
     void stop(const Limits& limits);
     bool stopClient(int timeoutMs);

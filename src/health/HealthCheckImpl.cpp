@@ -82,6 +82,7 @@ MetricImpl* HealthCheckImpl::announce(const std::shared_ptr<MetricImpl>& metric)
     m_connector->addMetric(name);
     m_store->addMetric(name, metric);
     m_connector->updateMetric(internal);
+    metric->keep(metric);
     return metric.get();
 }
 

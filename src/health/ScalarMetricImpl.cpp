@@ -13,9 +13,7 @@ using vigil::Result;
 std::shared_ptr<ScalarMetricImpl> ScalarMetricImpl::create(const std::string& name,
                                                            const std::shared_ptr<MetricStore>& store)
 {
-    std::shared_ptr<ScalarMetricImpl> metric(new ScalarMetricImpl(name, store));
-    metric->m_self = metric;
-    return metric;
+    return std::shared_ptr<ScalarMetricImpl>(new ScalarMetricImpl(name, store));
 }
 
 ScalarMetricImpl::ScalarMetricImpl(const std::string& name, const std::shared_ptr<MetricStore>& store)

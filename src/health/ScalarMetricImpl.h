@@ -27,6 +27,10 @@ class ScalarMetricImpl : public InternalMetric, public vigil::ScalarMetric, publ
 public:
     static std::shared_ptr<ScalarMetricImpl> create(const std::string& name,
                                                     const std::shared_ptr<MetricStore>& store);
+
+    /// Lets the metric own itself until remove().
+    void keep(const std::shared_ptr<ScalarMetricImpl>& self) { m_self = self; }
+
     ~ScalarMetricImpl() override = default;
     ScalarMetricImpl(const ScalarMetricImpl&) = delete;
     ScalarMetricImpl& operator=(const ScalarMetricImpl&) = delete;

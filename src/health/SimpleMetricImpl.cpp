@@ -10,9 +10,7 @@ using vigil::Result;
 std::shared_ptr<SimpleMetricImpl> SimpleMetricImpl::create(const std::string& name,
                                                            const std::shared_ptr<MetricStore>& store)
 {
-    std::shared_ptr<SimpleMetricImpl> metric(new SimpleMetricImpl(name, store));
-    metric->m_self = metric;
-    return metric;
+    return std::shared_ptr<SimpleMetricImpl>(new SimpleMetricImpl(name, store));
 }
 
 SimpleMetricImpl::SimpleMetricImpl(const std::string& name, const std::shared_ptr<MetricStore>& store)

@@ -21,6 +21,10 @@ class SimpleMetricImpl : public InternalMetric, public vigil::SimpleMetric
 public:
     static std::shared_ptr<SimpleMetricImpl> create(const std::string& name,
                                                     const std::shared_ptr<MetricStore>& store);
+
+    /// Lets the metric own itself until remove().
+    void keep(const std::shared_ptr<SimpleMetricImpl>& self) { m_self = self; }
+
     ~SimpleMetricImpl() override = default;
     SimpleMetricImpl(const SimpleMetricImpl&) = delete;
     SimpleMetricImpl& operator=(const SimpleMetricImpl&) = delete;

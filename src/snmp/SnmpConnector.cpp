@@ -10,6 +10,7 @@
 #include <vigil/Range.h>
 
 #include "base/DebugOutput.h"
+#include "base/UntilMemory.h"
 #include "client/VigilSnmp.h"
 #include "snmp/ManagementCallbackAdapter.h"
 #include "snmp/RangeCallbackAdapter.h"
@@ -32,12 +33,24 @@ SnmpConnector::SnmpConnector(HealthCheck* healthCheck)
       m_tableManager(vigil::VigilSnmp::instance().tableManager()),
       m_key(healthCheck->getFirstKey(), healthCheck->getSecondKey())
 {
-    publishStatus();
+    try {
+        publishStatus();
+    } catch (...) {
+        base::untilMemory([this] { withdraw(); });
+        throw;
+    }
 }
 
+/// The callbacks end first, since without memory the rows stay.
 SnmpConnector::~SnmpConnector()
 {
     SnmpConnector::unregisterManagementHandler();
+    m_metricTable.removeAllRowCallbacks();
+    base::untilMemory([this] { withdraw(); });
+}
+
+void SnmpConnector::withdraw()
+{
     m_metricTable.removeAllRows();
     m_metricResultTable.removeAllRows();
     m_perfDataTable.removeAllRows();

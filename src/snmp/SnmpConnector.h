@@ -50,6 +50,7 @@ public:
     void unregisterManagementHandler() override;
 
 private:
+    void withdraw();
     void publishStatus();
     void publishResult(const ResultEntry& entry);
 

@@ -6,7 +6,9 @@
 #include <vigil/ValueChangedCallback.h>
 #include <vigil/VigilSnmpInterface.h>
 
+#include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "client/CallbackStore.h"
 #include "client/CallbackStoreLock.h"
@@ -157,17 +159,21 @@ void SnmpTable<Key>::removeRow(const Key& key)
     if (platform::isForkedChild())
         return;
     removeRowCallback(key);
-    std::vector<Oid> cells;
+    typename Rows::node_type row;
     {
         const base::MutexLock lock(m_rowsMutex);
-        const auto row = m_rows.find(key);
-        if (row == m_rows.end())
-            return;
-        cells = std::move(row->second.cells);
-        m_rows.erase(row);
+        row = m_rows.extract(key);
     }
-    for (const Oid& cell : cells)
-        m_facade.unsetOid(cell);
+    if (!row)
+        return;
+    try {
+        for (const Oid& cell : row.mapped().cells)
+            m_facade.unsetOid(cell);
+    } catch (...) { // no memory; the caller may try again
+        const base::MutexLock lock(m_rowsMutex);
+        m_rows.insert(std::move(row));
+        throw;
+    }
 }
 
 template <typename Key>
@@ -257,6 +263,30 @@ void SnmpTable<Key>::removeRowCallback(const Key& key)
             store->deregisterValueChanged(cell);
     }
     row->second.callback.reset();
+}
+
+template <typename Key>
+void SnmpTable<Key>::removeAllRowCallbacks()
+{
+    if (platform::isForkedChild() || !hasAnyRowCallback())
+        return; // not touching the store's lock, as above
+    const CallbackStoreLock store;
+    const base::MutexLock lock(m_rowsMutex);
+    for (auto& row : m_rows) {
+        for (const Oid& cell : row.second.cells) {
+            if (store && row.second.callback)
+                store->deregisterValueChanged(cell);
+        }
+        row.second.callback.reset();
+    }
+}
+
+template <typename Key>
+bool SnmpTable<Key>::hasAnyRowCallback() const
+{
+    const base::MutexLock lock(m_rowsMutex);
+    return std::any_of(m_rows.begin(), m_rows.end(),
+                       [](const auto& row) { return row.second.callback != nullptr; });
 }
 
 template class SnmpTable<std::string>;

@@ -62,7 +62,8 @@ public:
 
     void setIntColumn(const Key& key, int columnIndex, unsigned int value);
 
-    /// Withdraw each cell of a row, or of all rows in the order of their keys.
+    /// Withdraw each cell of a row, or of all rows in the order of their keys. If memory runs out, a
+    /// repetition withdraws the rest.
     void removeRow(const Key& key);
     void removeAllRows();
 
@@ -72,6 +73,9 @@ public:
 
     /// Waits for a call of the row's callback in progress.
     void removeRowCallback(const Key& key);
+
+    /// The same for all rows. Takes no memory.
+    void removeAllRowCallbacks();
 
     /// The column index of oid. For an oid outside all columns, columnIndexOf() returns all bits set;
     /// columnIndexOrNone() returns 4 for tables keyed by a text and 5 for tables keyed by a pair.
@@ -98,6 +102,9 @@ private:
         std::unique_ptr<vigil::ValueChangedCallback> callback;
     };
 
+    using Rows = std::map<Key, Row>;
+
+    bool hasAnyRowCallback() const;
     std::vector<vigil::Oid> cellsOf(const Key& key) const;
     bool findCell(const Key& key, int columnIndex, vigil::Oid& cell) const;
 
@@ -106,7 +113,7 @@ private:
     const std::vector<unsigned int> m_columns;
     vigil::Oid m_indexPrefix;
     mutable base::Mutex m_rowsMutex;
-    std::map<Key, Row> m_rows VIGIL_GUARDED_BY(m_rowsMutex);
+    Rows m_rows VIGIL_GUARDED_BY(m_rowsMutex);
 };
 
 using StringPair = std::pair<std::string, std::string>;

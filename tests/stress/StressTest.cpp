@@ -22,7 +22,7 @@
 #include <vigil/vigil.h>
 
 #include "base/wire/Protocol.h"
-#include "support/Deadline.h"
+#include "support/CheckCells.h"
 #include "support/FakeService.h"
 #include "support/LibraryLog.h"
 #include "support/Load.h"
@@ -301,43 +301,14 @@ private:
 
     Cells cells() const
     {
-        const std::vector<std::string> row = {"stress", m_key};
-        Cells cells;
-        const auto add = [&cells](const std::string& oid, const auto& value) {
-            cells[oid] = set(oid, value);
-        };
-        add(cell(1, 3, row), static_cast<int>(m_check->getStatus()));
-        add(cell(1, 4, row), m_check->getSummary());
-        for (int column = 1; m_hasManagementRow && column <= 4; ++column)
-            add(cell(5, column, row), 1);
+        support::CheckCells cells;
+        cells.addCheck(*m_check);
         if (m_hasManagementRow)
-            add(cell(5, 5, row), std::string());
-        addMetric(*m_scalar, add);
-        addMetric(*m_simple, add);
-        std::vector<vigil::Result> results;
-        m_check->getResults(results);
-        for (const vigil::Result& result : results) {
-            const std::vector<std::string> index = {"stress", m_key, result.getName()};
-            add(cell(3, 1, index), static_cast<int>(result.getStatus()));
-            add(cell(3, 2, index), result.getSummary());
-        }
-        const std::vector<std::string> index = {"stress", m_key, "scalar"};
-        add(cell(4, 1, index), std::string("scalar"));
-        add(cell(4, 2, index), std::to_string(static_cast<int>(m_scalar->getValue())));
-        add(cell(4, 3, index), m_scalar->getUnit());
-        add(cell(4, 4, index), m_scalar->getWarningRange().toString());
-        add(cell(4, 5, index), m_scalar->getCriticalRange().toString());
-        return cells;
-    }
-
-    template <typename Add>
-    void addMetric(const vigil::Metric& metric, Add add) const
-    {
-        const std::vector<std::string> index = {"stress", m_key, metric.getName()};
-        add(cell(2, 2, index), metric.getUnit());
-        add(cell(2, 3, index), metric.getWarningRange().toString());
-        add(cell(2, 4, index), metric.getCriticalRange().toString());
-        add(cell(2, 5, index), 0);
+            cells.addManagement(*m_check);
+        cells.addMetric(*m_check, *m_scalar);
+        cells.addMetric(*m_check, *m_simple);
+        cells.addPerformanceData(*m_check, *m_scalar);
+        return cells.cells();
     }
 
     const std::string m_key;

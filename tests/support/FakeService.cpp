@@ -291,10 +291,10 @@ quint16 FakeService::port() const
     return m_thread->port();
 }
 
-std::vector<FakeService::Frame> FakeService::frames() const
+std::vector<FakeService::Frame> FakeService::frames(std::size_t skipped) const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_record.frames;
+    return {m_record.frames.begin() + static_cast<std::ptrdiff_t>(skipped), m_record.frames.end()};
 }
 
 int FakeService::frameCount() const
@@ -351,9 +351,10 @@ bool FakeService::waitForFrames(int count, int timeoutMs) const
     return waitUntil(timeoutMs, [&] { return static_cast<int>(m_record.frames.size()) >= count; });
 }
 
-bool FakeService::waitForFrame(const std::function<bool(const Frame&)>& predicate, int timeoutMs) const
+bool FakeService::waitForFrame(const std::function<bool(const Frame&)>& predicate, int timeoutMs,
+                               std::size_t skipped) const
 {
-    std::size_t judged = 0; // there may be many frames, so each one is judged once
+    std::size_t judged = skipped; // there may be many frames, so each one is judged once
     return waitUntil(timeoutMs, [&] {
         while (judged < m_record.frames.size()) {
             if (predicate(m_record.frames[judged++]))

@@ -58,8 +58,8 @@ public:
 
     // Received so far. The counts start at 0 and never decrease.
 
-    /// The complete frames of all connections, in the order of their arrival.
-    std::vector<Frame> frames() const;
+    /// The complete frames of all connections in the order of their arrival, without the first ones.
+    std::vector<Frame> frames(std::size_t skipped = 0) const;
 
     /// The same as frames().size(), without copying them all.
     int frameCount() const;
@@ -75,9 +75,9 @@ public:
     bool waitForDisconnections(int count, int timeoutMs = defaultTimeoutMs) const;
     bool waitForFrames(int count, int timeoutMs = defaultTimeoutMs) const;
 
-    /// Waits for a frame with this property.
-    bool waitForFrame(const std::function<bool(const Frame&)>& predicate,
-                      int timeoutMs = defaultTimeoutMs) const;
+    /// Waits for a frame with this property, after the first ones.
+    bool waitForFrame(const std::function<bool(const Frame&)>& predicate, int timeoutMs = defaultTimeoutMs,
+                      std::size_t skipped = 0) const;
 
     // Sending, to the newest connection.
 

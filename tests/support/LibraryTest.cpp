@@ -51,7 +51,8 @@ void LibraryTest::settle()
 {
     const std::string mark = set(markOid, ++m_mark);
     facade.sendValue(vigil::Oid::fromStdString("1.3.6.1.4.1.32473." + markOid), m_mark, 0);
-    ASSERT_TRUE(service.waitForFrame([&](const auto& frame) { return describe(frame) == mark; }))
+    const auto isMark = [&](const auto& frame) { return describe(frame) == mark; };
+    ASSERT_TRUE(service.waitForFrame(isMark, FakeService::defaultTimeoutMs, m_reported))
         << "the library is not connected";
 }
 
@@ -63,10 +64,11 @@ std::vector<std::string> LibraryTest::publications()
 
 std::vector<std::string> LibraryTest::publicationsSoFar()
 {
-    const std::vector<FakeService::Frame> frames = service.frames();
+    const std::vector<FakeService::Frame> frames = service.frames(m_reported);
+    m_reported += frames.size();
     std::vector<std::string> lines;
-    for (; m_reported < frames.size(); ++m_reported) {
-        const std::string line = describe(frames[m_reported]);
+    for (const FakeService::Frame& frame : frames) {
+        const std::string line = describe(frame);
         if (isPublication(line))
             lines.push_back(line);
     }
