@@ -65,6 +65,8 @@ Error Agent::start()
 
 Error Agent::listen()
 {
+    if (m_options.passedSocket != noSocket)
+        return listenOnPassedSocket();
     const Error error = m_applications.listen(m_options.listenHost, m_options.listenPort);
     if (!error)
         return {};
@@ -74,6 +76,22 @@ Error Agent::listen()
             .arg(m_options.listenHost.toString())
             .arg(m_options.listenPort)
             .arg(error.text()));
+}
+
+Error Agent::listenOnPassedSocket()
+{
+    if (const Error error = m_applications.listen(m_options.passedSocket))
+        return Error(
+            QStringLiteral("cannot listen on the socket of the service manager: %1").arg(error.text()));
+    const Options defaults;
+    const bool isChosen =
+        m_options.listenHost != defaults.listenHost || m_options.listenPort != defaults.listenPort;
+    if (isChosen)
+        log::warning(
+            QStringLiteral("--listen has no effect: the service manager passes the socket of %1; set "
+                           "the address in the socket unit")
+                .arg(m_applications.address()));
+    return {};
 }
 
 void Agent::reload()

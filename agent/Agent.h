@@ -44,6 +44,7 @@ public:
 private:
     void connectParts();
     Error listen();
+    Error listenOnPassedSocket();
 
     const Options m_options;
     SystemClock m_clock;

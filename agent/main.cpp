@@ -28,6 +28,10 @@ int main(int argc, char** argv)
         return 0;
     }
     agent::log::setVerbose(options.isVerbose);
+    if (const agent::Error error = agent::takePassedSocket(options.passedSocket)) {
+        agent::log::error(error.text());
+        return 1;
+    }
 
     agent::Signals signalWatch;
     QObject::connect(&signalWatch, &agent::Signals::endRequested, &application, &QCoreApplication::quit);

@@ -58,7 +58,10 @@ if(VIGIL_BUILD_AGENT)
       endif()
       configure_file(\"${PROJECT_SOURCE_DIR}/packaging/vigil-agent.service.in\"
         \"${PROJECT_BINARY_DIR}/packaging/vigil-agent.service\" @ONLY)" COMPONENT agent)
-    install(FILES ${PROJECT_BINARY_DIR}/packaging/vigil-agent.service DESTINATION lib/systemd/system COMPONENT agent)
+    install(FILES
+      ${PROJECT_BINARY_DIR}/packaging/vigil-agent.service
+      ${PROJECT_SOURCE_DIR}/packaging/vigil-agent.socket
+      DESTINATION lib/systemd/system COMPONENT agent)
     install(FILES ${PROJECT_SOURCE_DIR}/packaging/vigil-agent.sysusers DESTINATION lib/sysusers.d
       RENAME vigil-agent.conf COMPONENT agent)
   endif()

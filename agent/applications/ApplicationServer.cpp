@@ -62,6 +62,11 @@ Error ApplicationServer::listen(const QHostAddress& host, quint16 port)
     return m_server.listen(host, port) ? Error() : Error(m_server.errorString());
 }
 
+Error ApplicationServer::listen(int descriptor)
+{
+    return m_server.setSocketDescriptor(descriptor) ? Error() : Error(m_server.errorString());
+}
+
 QString ApplicationServer::address() const
 {
     const QHostAddress host = m_server.serverAddress();

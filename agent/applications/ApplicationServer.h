@@ -46,6 +46,9 @@ public:
 
     Error listen(const QHostAddress& host, quint16 port);
 
+    /// The same with a socket that listens already. The server owns it.
+    Error listen(int descriptor);
+
     /// The host and port it listens on.
     QString address() const;
 

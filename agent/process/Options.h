@@ -9,6 +9,7 @@
 
 #include "agent/applications/Limits.h"
 #include "agent/core/ObjectId.h"
+#include "agent/process/PassedSocket.h"
 #include "base/wire/DefaultServiceAddress.h"
 
 namespace agent {
@@ -24,6 +25,7 @@ struct Options
     ObjectId subtree = enterpriseRoot(); ///< to serve: the root or a part of it
     QHostAddress listenHost = QHostAddress(QLatin1String(base::defaultServiceHost));
     quint16 listenPort = base::defaultServicePort; ///< 0 for any free port
+    int passedSocket = noSocket; ///< listens for applications in place of listenHost and listenPort
     int setTimeoutMs = 900;
     int graceSeconds = 10;     ///< from the loss of a connection to UNKNOWN
     int forgetSeconds = 86400; ///< from the loss of a connection to the removal of its cells; 0 for never

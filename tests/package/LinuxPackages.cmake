@@ -43,7 +43,20 @@ run(${root}/usr/bin/vigil-agent --version)
 if(EXISTS ${root}/usr/lib/systemd/system/vigil-agent.service)
   file(STRINGS ${root}/usr/lib/systemd/system/vigil-agent.service line REGEX "^ExecStart=")
   string(REGEX MATCH "=([^ ]*)" unused "${line}")
-  expect_files(${root}${CMAKE_MATCH_1})
+  set(program ${CMAKE_MATCH_1})
+  expect_files(${root}${program} ${root}/usr/lib/systemd/system/vigil-agent.socket)
+
+  if(SYSTEMD_ANALYZE) # it looks for the program where it will be installed
+    file(COPY ${root}/usr/lib/systemd/system/ DESTINATION ${WORK_DIR}/units)
+    file(READ ${WORK_DIR}/units/vigil-agent.service unit)
+    string(REPLACE "ExecStart=${program}" "ExecStart=${root}${program}" unit "${unit}")
+    file(WRITE ${WORK_DIR}/units/vigil-agent.service "${unit}")
+    run(${SYSTEMD_ANALYZE} verify --man=no
+      ${WORK_DIR}/units/vigil-agent.service ${WORK_DIR}/units/vigil-agent.socket)
+    if(output MATCHES "vigil-agent") # bad lines are only ignored
+      message(FATAL_ERROR "The units have mistakes:\n${output}")
+    endif()
+  endif()
 endif()
 build_consumer(${root}/usr)
 
