@@ -100,7 +100,8 @@ protected:
         std::shuffle(parts.begin(), parts.end(), random);
         for (const Part part : parts) {
             pause();
-            ASSERT_TRUE(start(part)) << agent.log().constData();
+            ASSERT_TRUE(start(part)) << "part " << static_cast<int>(part) << '\n'
+                                     << agent.log().constData() << snmpd.log().constData();
         }
     }
 
