@@ -7,9 +7,12 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QHostAddress>
+#include <QScopedValueRollback>
 #include <QTcpSocket>
 
 #include <atomic>
+#include <memory>
+#include <new>
 
 #include "base/DebugOutput.h"
 
@@ -46,22 +49,22 @@ bool ComConnectionSocket::connectToServer(ConnectionSettings settings)
     logInfo(QStringLiteral("connectToHost(%1  - port: %2) ... please wait ... ")
                 .arg(m_settings.host, QString::number(m_settings.port)));
 
-    auto* socket = new QuietSocket(this);
+    auto socket = std::make_unique<QuietSocket>(this);
     socket->connectToHost(m_settings.host, static_cast<quint16>(m_settings.port), QIODevice::ReadWrite,
                           QAbstractSocket::AnyIPProtocol);
     if (!socket->waitForConnected(m_settings.connectTimeoutMs) || isConnectedToItself(*socket)) {
         socket->abort();
-        socket->deleteLater();
+        socket.release()->deleteLater();
         reportConnectFailure(m_settings.connectTimeoutMs);
         return false;
     }
     if (!m_peerCheck(*socket)) {
         socket->abort();
-        socket->deleteLater();
+        socket.release()->deleteLater();
         logInfo(QStringLiteral("NOT CONNECTED"));
         return false;
     }
-    installSocket(socket);
+    installSocket(socket.release());
     emit signal_connected();
     return true;
 }
@@ -99,7 +102,23 @@ void ComConnectionSocket::installSocket(QuietSocket* socket)
     m_pollTimer->start(pollIntervalMs);
 }
 
+/// No exception may reach Qt.
+template <typename Action>
+void ComConnectionSocket::guarded(Action action)
+{
+    try {
+        action();
+    } catch (const std::bad_alloc&) {
+        m_onOutOfMemory();
+    }
+}
+
 void ComConnectionSocket::slot_currentConnectionDisconnected()
+{
+    guarded([this] { releaseLostSocket(); });
+}
+
+void ComConnectionSocket::releaseLostSocket()
 {
     m_pollTimer->stop();
     if (!m_socket)
@@ -301,9 +320,11 @@ void ComConnectionSocket::slot_readyRead()
 {
     if (!m_socket)
         return;
-    m_pollTimer->start(pollIntervalMs);
-    if (!m_inEventProcessing)
-        slot_readDataFromSocket();
+    guarded([this] {
+        m_pollTimer->start(pollIntervalMs);
+        if (!m_inEventProcessing)
+            slot_readDataFromSocket();
+    });
 }
 
 void ComConnectionSocket::slot_readDataFromSocket()
@@ -312,9 +333,10 @@ void ComConnectionSocket::slot_readDataFromSocket()
         return;
     m_received.append(m_socket->readAll());
 
-    m_isReading = true;
-    slot_computeReceivedData();
-    m_isReading = false;
+    {
+        const QScopedValueRollback<bool> reading(m_isReading, true);
+        slot_computeReceivedData();
+    }
 
     for (QTcpSocket* socket : qAsConst(m_retired))
         socket->deleteLater();
@@ -397,10 +419,9 @@ void ComConnectionSocket::yieldToEventLoop()
 {
     if (m_inEventProcessing || m_lastEventProcessing.elapsed() < yieldIntervalMs)
         return;
-    m_inEventProcessing = true;
+    const QScopedValueRollback<bool> processing(m_inEventProcessing, true);
     QCoreApplication::processEvents(QEventLoop::ExcludeSocketNotifiers);
     m_lastEventProcessing.restart();
-    m_inEventProcessing = false;
 }
 
 // --- Log

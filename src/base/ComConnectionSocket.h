@@ -44,6 +44,10 @@ public:
     using PeerCheck = std::function<bool(const QTcpSocket&)>;
     void setPeerCheck(PeerCheck check) { m_peerCheck = std::move(check); }
 
+    /// Called if memory runs out in a call from the QTcpSocket: bytes or the loss of the connection may have
+    /// been missed. Not a signal, because the signals of this class are fixed.
+    void setOutOfMemoryHandler(std::function<void()> handler) { m_onOutOfMemory = std::move(handler); }
+
     /// Blocks until it is connected or the time-out of the settings expires. Remembers the settings.
     bool connectToServer(ConnectionSettings settings);
 
@@ -112,6 +116,9 @@ public slots:
     void slot_sendSerializedData(QByteArray answer, int type, int clientCallbackId);
 
 private:
+    template <typename Action>
+    void guarded(Action action);
+    void releaseLostSocket();
     void installSocket(QuietSocket* socket);
     void retire(QTcpSocket* socket);
     void reportConnectFailure(int timeoutMs);
@@ -131,6 +138,7 @@ private:
     void yieldToEventLoop();
 
     ConnectionSettings m_settings;
+    std::function<void()> m_onOutOfMemory = [] {};
     PeerCheck m_peerCheck = [](const QTcpSocket&) { return true; };
     int m_maxPendingBytes = 10000000;
     bool m_lastSendOk = false;

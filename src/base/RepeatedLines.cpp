@@ -5,6 +5,8 @@
 
 #include <QTimer>
 
+#include <new>
+
 #include "base/Printable.h"
 
 namespace base {
@@ -31,6 +33,14 @@ RepeatedLines::RepeatedLines(Write write, QObject* parent, int intervalMs)
 
 void RepeatedLines::write(const QString& text)
 {
+    try {
+        writeOrCount(text);
+    } catch (const std::bad_alloc&) { // the line is lost
+    }
+}
+
+void RepeatedLines::writeOrCount(const QString& text)
+{
     const QString name = kindOf(text);
     if (!m_kinds.contains(name))
         watch(name);
@@ -46,7 +56,12 @@ void RepeatedLines::write(const QString& text)
 
 void RepeatedLines::watch(const QString& kind)
 {
-    QTimer::singleShot(m_intervalMs, this, [this, kind] { endInterval(kind); });
+    QTimer::singleShot(m_intervalMs, this, [this, kind] {
+        try {
+            endInterval(kind);
+        } catch (const std::bad_alloc&) { // the count is lost
+        }
+    });
 }
 
 void RepeatedLines::endInterval(const QString& kind)

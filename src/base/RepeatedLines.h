@@ -36,6 +36,8 @@ public:
     void finish();
 
 private:
+    void writeOrCount(const QString& text);
+
     struct Kind
     {
         QString latest;

@@ -4,17 +4,21 @@
 #include "client/Client.h"
 
 #include <QDeadlineTimer>
+#include <QScopedValueRollback>
 #include <QTcpSocket>
 #include <QThread>
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <string>
+#include <utility>
 
 #include <vigil/ValueChangedCallback.h>
 
 #include "base/Logging.h"
 #include "base/ThreadSafety.h"
+#include "base/UntilMemory.h"
 #include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
 #include "base/wire/SnmpResponse.h"
@@ -94,6 +98,7 @@ void Client::init()
     m_trust = std::make_unique<ServiceTrust>();
     m_socket = new base::ComConnectionSocket(this);
     m_socket->setPeerCheck([this](const QTcpSocket& socket) { return m_trust->isTrusted(socket); });
+    m_socket->setOutOfMemoryHandler([this] { m_isIncomplete = true; });
     createConnections();
     connectLog();
     if (m_service.port == 0)
@@ -102,10 +107,29 @@ void Client::init()
     m_reconnectTimer->start(reconnectIntervalMs);
 }
 
+/// All calls of other threads arrive here. Without memory they are repeated, because the cache must get them.
 bool Client::event(QEvent* event)
 {
     base::PostingLock::followPosting();
-    return QObject::event(event);
+    bool isHandled = true;
+    bool isRepetition = false;
+    base::untilMemory([&] {
+        m_isIncomplete = m_isIncomplete || std::exchange(isRepetition, true);
+        isHandled = QObject::event(event); // may delete this object
+    });
+    return isHandled;
+}
+
+/// For calls from Qt, which no exception may reach. The next turn of the timer starts a new connection; its
+/// replay makes up for what is lost here.
+template <typename Action>
+void Client::guarded(Action action)
+{
+    try {
+        action();
+    } catch (const std::bad_alloc&) {
+        m_isIncomplete = true;
+    }
 }
 
 void Client::createConnections()
@@ -146,9 +170,21 @@ void Client::exit()
 
 void Client::onTimerReconnect()
 {
-    if (m_connected || CallbackStoreLock::isHeldByThisThread())
-        return; // the timer can fire inside a callback that runs an event loop
-    m_socket->connectToServer(m_service);
+    if (!CallbackStoreLock::isHeldByThisThread()) // the timer can fire inside a callback that runs an event
+                                                  // loop
+        guarded([this] { reconnect(); });
+}
+
+void Client::reconnect()
+{
+    if (m_isIncomplete) {
+        m_isIncomplete = false;
+        m_socket->closeConnection();
+        if (m_connected)
+            onDisconnected();
+    }
+    if (!m_connected)
+        m_socket->connectToServer(m_service);
 }
 
 void Client::onConnected()
@@ -319,10 +355,11 @@ void Client::sendPending()
 {
     if (m_isSendingPending) // a write may report earlier bytes as written
         return;
-    m_isSendingPending = true;
-    while (!m_pending.isEmpty() && !isGivingUp() && sendFirstPending()) {
+    {
+        const QScopedValueRollback<bool> sending(m_isSendingPending, true);
+        while (!m_pending.isEmpty() && !isGivingUp() && sendFirstPending()) {
+        }
     }
-    m_isSendingPending = false;
     reportCatchingUp();
 }
 
@@ -338,8 +375,10 @@ bool Client::sendFirstPending()
 
 void Client::onBytesWritten()
 {
-    if (!m_pending.isEmpty() && !m_socket->isCongested())
-        sendPending();
+    guarded([this] {
+        if (!m_pending.isEmpty() && !m_socket->isCongested())
+            sendPending();
+    });
 }
 
 /// Gives the system what is pending before the connection is closed, unless the service has stopped reading.

@@ -99,6 +99,9 @@ protected:
     bool send(const Oid& oid, const QVariant& value, bool notify);
 
 private:
+    template <typename Action>
+    void guarded(Action action);
+    void reconnect();
     bool isGivingUp() const;
     bool publish(const Oid& oid, const QVariant& value, bool notify);
     void sendPending();
@@ -132,6 +135,7 @@ private:
     PendingSends m_pending;
     bool m_isSendingPending = false;
     bool m_isCatchingUp = false;
+    bool m_isIncomplete = false; // memory ran out, so the service may lack something
 };
 
 #endif

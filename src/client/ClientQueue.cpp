@@ -7,7 +7,9 @@
 #include <QVariant>
 
 #include <utility>
+#include <vector>
 
+#include "base/UntilMemory.h"
 #include "client/Client.h"
 #include "client/ClientThread.h"
 
@@ -153,8 +155,10 @@ void ClientQueue::handOver(Client* client)
         std::swap(overflow, m_overflow);
         m_handOver.reset();
     }
-    for (const QueueOverflow::Publication& publication : overflow.takeAll())
-        publish(*client, publication);
+    std::vector<QueueOverflow::Publication> publications;
+    base::untilMemory([&] { publications = overflow.takeAll(); });
+    for (const QueueOverflow::Publication& publication : publications)
+        base::untilMemory([&] { publish(*client, publication); });
 }
 
 bool ClientQueue::post(const std::function<void()>& function)

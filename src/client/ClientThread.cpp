@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "base/Logging.h"
+#include "base/UntilMemory.h"
 
 namespace {
 
@@ -40,8 +41,10 @@ void ClientThread::run()
 
 void ClientThread::logEventLoop(const char* event)
 {
-    base::writeLog(
-        QStringLiteral("ClientThread::run(): Event loop %1 in thread Id %2. QThread affinity = %3.")
-            .arg(QLatin1String(event), base::toHexString(base::currentThreadId()),
-                 base::toHexString(thread())));
+    base::untilMemory([&] {
+        base::writeLog(
+            QStringLiteral("ClientThread::run(): Event loop %1 in thread Id %2. QThread affinity = %3.")
+                .arg(QLatin1String(event), base::toHexString(base::currentThreadId()),
+                     base::toHexString(thread())));
+    });
 }

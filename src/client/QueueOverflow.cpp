@@ -30,13 +30,13 @@ std::vector<QueueOverflow::Publication> QueueOverflow::takeAll()
     using Kind = Publication::Kind;
     std::vector<Publication> all;
     all.reserve(m_values.size() + m_trees.size());
+    for (const auto& [tree, order] : m_trees) // first: memory may run out
+        all.push_back({Kind::TreeWithdrawal, tree, QVariant(), false, order});
     while (!m_values.empty()) {
         auto node = m_values.extract(m_values.begin());
         const Value& entry = node.mapped();
         all.push_back({Kind::Value, std::move(node.key()), entry.value, entry.notify, entry.order});
     }
-    for (const auto& [tree, order] : m_trees)
-        all.push_back({Kind::TreeWithdrawal, tree, QVariant(), false, order});
     m_trees.clear();
     std::sort(all.begin(), all.end(),
               [](const Publication& left, const Publication& right) { return left.order < right.order; });

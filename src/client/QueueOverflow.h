@@ -39,7 +39,7 @@ public:
 
     bool isEmpty() const { return m_values.empty() && m_trees.empty(); }
 
-    /// Returns all publications in their order, and forgets them.
+    /// Returns all publications in their order, and forgets them, unless memory runs out.
     std::vector<Publication> takeAll();
 
 private:

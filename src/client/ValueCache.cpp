@@ -3,6 +3,8 @@
 
 #include "client/ValueCache.h"
 
+#include <iterator>
+
 using vigil::Oid;
 using vigil::OidArcs;
 
@@ -19,10 +21,15 @@ void ValueCache::unset(const Oid& oid)
 int ValueCache::removeTree(const Oid& tree)
 {
     const OidArcs arcs = tree.toStdVector();
+    const auto descendant = m_values.upper_bound(arcs);
+    if (descendant == m_values.end() || !vigil::isWithin(arcs, descendant->first))
+        return static_cast<int>(m_values.erase(arcs));
     const int own = static_cast<int>(m_values.count(arcs));
-    const int removed = vigil::eraseTree(m_values, arcs);
-    if (removed > own)
-        unset(tree);
+    const auto root = m_values.insert_or_assign(arcs, QVariant()).first; // first: memory may run out
+    int removed = own;
+    for (auto entry = std::next(root); entry != m_values.end() && vigil::isWithin(arcs, entry->first);
+         ++removed)
+        entry = m_values.erase(entry);
     return removed;
 }
 

@@ -25,21 +25,6 @@ public:
             read(frame);
     }
 
-    void write(const std::string& oid, const std::string& line) { m_cells[oid] = line; }
-
-    /// With all descendants.
-    void remove(const std::string& tree)
-    {
-        for (auto cell = m_cells.begin(); cell != m_cells.end();) {
-            const bool isWithin = cell->first == tree || cell->first.rfind(tree + ".", 0) == 0;
-            cell = isWithin ? m_cells.erase(cell) : std::next(cell);
-        }
-    }
-
-    /// From the identifier to the publication, without its notification.
-    const std::map<std::string, std::string>& cells() const { return m_cells; }
-
-private:
     void read(const FakeService::Frame& frame)
     {
         const std::string line = describe(frame);
@@ -55,6 +40,21 @@ private:
             write(oid, line.substr(0, line.find(" (trap)")));
     }
 
+    void write(const std::string& oid, const std::string& line) { m_cells[oid] = line; }
+
+    /// With all descendants.
+    void remove(const std::string& tree)
+    {
+        for (auto cell = m_cells.begin(); cell != m_cells.end();) {
+            const bool isWithin = cell->first == tree || cell->first.rfind(tree + ".", 0) == 0;
+            cell = isWithin ? m_cells.erase(cell) : std::next(cell);
+        }
+    }
+
+    /// From the identifier to the publication, without its notification.
+    const std::map<std::string, std::string>& cells() const { return m_cells; }
+
+private:
     int m_connection = 0;
     std::map<std::string, std::string> m_cells;
 };
