@@ -253,12 +253,16 @@ void ApplicationServer::publish(ApplicationId application, const ObjectId& id, c
         emit notificationWanted(id);
 }
 
-/// A cell of a lost application still belongs to its user.
+/// A cell of a lost application still belongs to its user. If that is unknown, the cell is free: the process
+/// may have ended before the system was asked, and must be able to return.
 Error ApplicationServer::checkOwner(ApplicationId application, const ObjectId& id)
 {
     const Cell* cell = m_cells.store().find(id);
-    if (!cell || cell->owner == application ||
-        mayChange(find(application)->identity.user, ownerOf(cell->owner).user))
+    if (!cell || cell->owner == application)
+        return {};
+    const User owner = ownerOf(cell->owner).user;
+    const bool isFree = !owner && !isConnected(cell->owner);
+    if (isFree || mayChange(find(application)->identity.user, owner))
         return {};
     ++m_takeoversRefused;
     return Error(QStringLiteral("publishes %1, which belongs to another user: %2. It is not served; give the "

@@ -40,8 +40,8 @@ struct Process
 
 /// The process that has the peer's socket open.
 ///
-/// Failure: a program without privileges finds only processes of its own user. The search ends after 10 000
-/// open files.
+/// Failure: a program without privileges finds only processes of its own user. The search ends after 2000
+/// open files, of root after 100 000.
 Process processOf(const Peer& peer);
 
 /// The user with this name or number. Nothing for a name that does not exist; a number need not have a name.

@@ -26,7 +26,9 @@ namespace platform {
 
 namespace {
 
-constexpr int maxFilesSearched = 10'000;
+// A user could make the search slow with many open files.
+constexpr int maxFilesOfUser = 2000;
+constexpr int maxFilesOfRoot = 100'000;
 constexpr std::uint32_t noUser = 0xffff'ffff; // what the system calls -1
 constexpr std::uint32_t unmappedUser = 65'534;
 
@@ -192,7 +194,7 @@ Process processOf(const Peer& peer)
     if (!processes)
         return {};
     const std::string socket = "socket:[" + std::to_string(peer.socket) + "]";
-    int left = maxFilesSearched;
+    int left = peer.user == rootUser ? maxFilesOfRoot : maxFilesOfUser;
     while (const dirent* entry = left > 0 ? nextIn(processes) : nullptr) {
         const std::string process = entry->d_name;
         if (isNumber(process) && isOf(process, peer.user) && hasOpen(process, socket, left))

@@ -280,6 +280,19 @@ TEST_F(ApplicationServerTest, ACellOfALostApplicationStaysItsUsers)
     EXPECT_TRUE(runUntil([&] { return valueOf(firstCell) == 3; }));
 }
 
+TEST_F(ApplicationServerTest, EveryUserMayTakeOverTheCellsOfALostUnknownOne)
+{
+    const auto unknown = connectAs({});
+    unknown->publish("5.1", 1);
+    ASSERT_TRUE(waitForCells(1));
+    unknown->close();
+    ASSERT_TRUE(runUntil([&] { return server.applications()[0].state == ApplicationInfo::State::Lost; }));
+    const auto again = connectAs(1001);
+    again->publish("5.1", 2);
+    EXPECT_TRUE(runUntil([&] { return valueOf(firstCell) == 2; }));
+    EXPECT_EQ(server.takeoversRefused(), 0U);
+}
+
 TEST_F(ApplicationServerTest, AFreedCellIsForEveryUser)
 {
     const auto application = connectAs(1001);
