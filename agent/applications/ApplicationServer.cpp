@@ -233,8 +233,12 @@ void ApplicationServer::accept(QTcpSocket* socket, const Identity& identity)
 void ApplicationServer::publish(ApplicationId application, const ObjectId& id, const CellValue& value,
                                 bool notify)
 {
-    if (const Error error = m_cellLimits.checkCell(id, value))
+    if (const Error error = CellLimits::checkIdentifier(id))
         return refuse(application, id, error);
+    if (const Error error = m_cellLimits.checkText(id, value)) {
+        m_warnings.warn(ownerOf(application), id, error.text());
+        return publish(application, id, m_cellLimits.cutText(value), notify);
+    }
     if (const Error error = checkOwner(application, id))
         return refuse(application, id, error);
     if (const Error error = m_cellLimits.checkCount(application, id))

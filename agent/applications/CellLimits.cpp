@@ -3,6 +3,8 @@
 
 #include "agent/applications/CellLimits.h"
 
+#include "agent/core/ShortText.h"
+
 namespace agent {
 
 namespace {
@@ -15,7 +17,9 @@ QString toShortText(const ObjectId& id)
     return toText(ObjectId(id.begin(), id.begin() + maxArcs)) + QStringLiteral(" ...");
 }
 
-Error checkIdentifier(const ObjectId& id)
+} // namespace
+
+Error CellLimits::checkIdentifier(const ObjectId& id)
 {
     if (id.size() <= enterpriseRoot().size())
         return Error(QStringLiteral("publishes a value without an identifier; it is not served"));
@@ -32,25 +36,22 @@ Error checkIdentifier(const ObjectId& id)
                      .arg(toShortText(id)));
 }
 
-} // namespace
-
-Error CellLimits::checkCell(const ObjectId& id, const CellValue& value) const
-{
-    if (Error error = checkIdentifier(id))
-        return error;
-    return checkText(id, value);
-}
-
 Error CellLimits::checkText(const ObjectId& id, const CellValue& value) const
 {
     const std::string* text = std::get_if<std::string>(&value);
     if (!text || text->size() <= static_cast<size_t>(m_limits.textBytes))
         return {};
-    return Error(QStringLiteral("publishes a text of %1 bytes, --max-text allows %2; %3 is not served until "
-                                "the text is shorter")
+    return Error(QStringLiteral("publishes a text of %1 bytes, --max-text allows %2; the rest of %3 is not "
+                                "served")
                      .arg(text->size())
                      .arg(m_limits.textBytes)
                      .arg(toText(id)));
+}
+
+CellValue CellLimits::cutText(const CellValue& value) const
+{
+    const std::string* text = std::get_if<std::string>(&value);
+    return text ? CellValue(shortened(*text, static_cast<size_t>(m_limits.textBytes))) : value;
 }
 
 Error CellLimits::checkCount(ApplicationId application, const ObjectId& id) const

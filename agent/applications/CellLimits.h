@@ -10,7 +10,7 @@
 
 namespace agent {
 
-/// Checks values of applications against the limits; the agent serves the accepted ones.
+/// Checks values of applications against the limits. The agent serves the accepted ones, and long texts cut.
 ///
 /// An error continues a sentence that starts with the application's name, and tells the operator what to do.
 ///
@@ -20,15 +20,18 @@ class CellLimits
 public:
     CellLimits(const CellStore& store, const Limits& limits) : m_store(store), m_limits(limits) {}
 
-    /// Checks the identifier and the length of a text.
-    Error checkCell(const ObjectId& id, const CellValue& value) const;
+    static Error checkIdentifier(const ObjectId& id);
+
+    /// Checks the length of a text.
+    Error checkText(const ObjectId& id, const CellValue& value) const;
+
+    /// The value with its text cut to the length allowed.
+    CellValue cutText(const CellValue& value) const;
 
     /// Checks how many cells the application owns; its own cells can always change.
     Error checkCount(ApplicationId application, const ObjectId& id) const;
 
 private:
-    Error checkText(const ObjectId& id, const CellValue& value) const;
-
     const CellStore& m_store;
     const Limits m_limits;
 };

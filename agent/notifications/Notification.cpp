@@ -4,6 +4,7 @@
 #include "agent/notifications/Notification.h"
 
 #include "agent/cells/HealthTable.h"
+#include "agent/core/ShortText.h"
 
 namespace agent {
 
@@ -18,19 +19,6 @@ constexpr size_t fixedObjects = 2;
 const ObjectId vigilHealthStatusChanged = below(vigilMibRoot(), {0, 1});
 const ObjectId vigilValueChanged = below(vigilMibRoot(), {0, 2});
 const ObjectId vigilHealthCheckPreviousStatus = below(vigilMibRoot(), {6, 1, 0});
-
-/// Cuts between characters of UTF-8.
-std::string shortened(std::string text)
-{
-    if (text.size() <= maxText)
-        return text;
-    const auto isInside = [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0U) == 0x80U; };
-    size_t end = maxText;
-    while (end > 0 && isInside(text[end]))
-        --end;
-    text.resize(end > 0 ? end : maxText);
-    return text;
-}
 
 size_t textSize(const CellValue& value)
 {
@@ -47,13 +35,13 @@ Notification Notification::ofHealth(const HealthChange& change)
     return {vigilHealthStatusChanged,
             {{cellOf(Column::Status, change.check), change.status},
              {vigilHealthCheckPreviousStatus, change.previousStatus},
-             {cellOf(Column::Summary, change.check), shortened(change.summary)}}};
+             {cellOf(Column::Summary, change.check), shortened(change.summary, maxText)}}};
 }
 
 Notification Notification::ofValue(const ObjectId& cell, CellValue value)
 {
     if (std::string* text = std::get_if<std::string>(&value))
-        *text = shortened(std::move(*text));
+        *text = shortened(std::move(*text), maxText);
     return {vigilValueChanged, {{cell, std::move(value)}}};
 }
 

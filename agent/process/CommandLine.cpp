@@ -138,7 +138,7 @@ private:
         QStringLiteral("Accept at most <n> cells from all applications of one user other than root."), 1,
         mostCells, m_options.limits.userCells);
     const Number m_maxText = numberOption(QStringLiteral("max-text"), QStringLiteral("n"),
-                                          QStringLiteral("Refuse texts longer than <n> bytes."), 1,
+                                          QStringLiteral("Cut texts longer than <n> bytes."), 1,
                                           mostBytes.textBytes, m_options.limits.textBytes);
     const Number m_maxFrame =
         numberOption(QStringLiteral("max-frame"), QStringLiteral("n"),

@@ -108,7 +108,8 @@ public:
     virtual void update() = 0;
 
     /// Status and summary (UTF-8) of the last update(). The summary lists every problem: 1500 problems make
-    /// about 64 kB, and SNMP carries at most 65535 bytes in one text. Split a check with more.
+    /// about 64 kB. SNMP carries at most 65535 bytes in one text; managers do not see the rest. Split such a
+    /// check.
     virtual HealthStatus getStatus() const = 0;
     virtual std::string getSummary() const = 0;
 

@@ -78,10 +78,10 @@ public:
 
     void handleValue(const ObjectId& id, const CellValue& value, bool) override
     {
-        if (m_cellLimits.checkCell(id, value))
+        if (agent::CellLimits::checkIdentifier(id))
             m_cells.unset(m_application, id);
         else if (!m_cellLimits.checkCount(m_application, id))
-            m_cells.publish(m_application, id, value);
+            m_cells.publish(m_application, id, m_cellLimits.cutText(value));
     }
 
     void handleUnset(const ObjectId& tree) override { m_cells.unset(m_application, tree); }

@@ -9,6 +9,7 @@
 #include "support/FakeApplication.h"
 #include "support/ManualClock.h"
 #include "support/RunUntil.h"
+#include "support/ServedRow.h"
 
 using agent::ApplicationInfo;
 using agent::ApplicationServer;
@@ -138,16 +139,16 @@ TEST_F(ApplicationServerTest, RefusesCellsBeyondTheLimitAndServesTheOthers)
     EXPECT_TRUE(runUntil([&] { return store.find({1, 3, 6, 1, 4, 1, 32473, 5, 5}) != nullptr; }));
 }
 
-TEST_F(ApplicationServerTest, ATooLongTextRemovesTheCellUntilTheTextIsShorter)
+TEST_F(ApplicationServerTest, ServesALongTextCut)
 {
     FakeApplication application(port());
-    application.publish("5.1", std::string("0123456789"));
+    application.publish("5.1", std::string("01234567\xC3\xA4\xC3\xA4"));
     ASSERT_TRUE(waitForCells(1));
-    application.publish("5.1", std::string("0123456789a"));
-    EXPECT_TRUE(waitForCells(0));
-    application.publish("5.1", std::string("short"));
-    EXPECT_TRUE(waitForCells(1));
+    EXPECT_EQ(support::servedCell(store, firstCell), "01234567\xC3\xA4");
+    application.publish("5.1", std::string("01234567x\xC3\xA4"));
+    EXPECT_TRUE(runUntil([&] { return support::servedCell(store, firstCell) == "01234567x"; }));
     EXPECT_TRUE(application.isConnected());
+    EXPECT_EQ(server.applications()[0].recordsRefused, 0u);
 }
 
 TEST_F(ApplicationServerTest, CountsRefusedRecords)

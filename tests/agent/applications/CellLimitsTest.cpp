@@ -8,6 +8,7 @@
 
 using agent::CellLimits;
 using agent::CellStore;
+using agent::CellValue;
 using agent::ObjectId;
 
 namespace {
@@ -32,7 +33,8 @@ protected:
 
     QString cellError(const ObjectId& id, const agent::CellValue& value) const
     {
-        return limits.checkCell(id, value).text();
+        const agent::Error error = CellLimits::checkIdentifier(id);
+        return error ? error.text() : limits.checkText(id, value).text();
     }
 
     QString countError(agent::ApplicationId application, const ObjectId& id) const
@@ -72,10 +74,13 @@ TEST_F(CellLimitsTest, TheErrorAboutALongIdentifierIsShort)
     EXPECT_TRUE(error.endsWith(QStringLiteral(".7.7 ...")));
 }
 
-TEST_F(CellLimitsTest, ATextIsNotLongerThanTheLimit)
+TEST_F(CellLimitsTest, ALongerTextIsReportedAndCut)
 {
     EXPECT_EQ(cellError(withArcs(9), std::string("12345")), QString());
     EXPECT_TRUE(cellError(withArcs(9), std::string("123456")).contains(QStringLiteral("--max-text")));
+    EXPECT_EQ(limits.cutText(std::string("12345")), CellValue(std::string("12345")));
+    EXPECT_EQ(limits.cutText(std::string("123456")), CellValue(std::string("12345")));
+    EXPECT_EQ(limits.cutText(123456), CellValue(123456));
 }
 
 TEST_F(CellLimitsTest, AnApplicationOwnsAtMostTheLimitOfCells)
