@@ -127,6 +127,7 @@ private:
     base::ComConnectionSocket* m_socket = nullptr;
     bool m_connected = false;
     bool m_lossIsDeferred = false;
+    bool m_isIncomplete = false; // memory ran out. Above the timer: a new child already calls event()
     QTimer* m_reconnectTimer;
     base::RepeatedLines* m_errorLines;
     base::ConnectionSettings m_service;
@@ -135,7 +136,6 @@ private:
     PendingSends m_pending;
     bool m_isSendingPending = false;
     bool m_isCatchingUp = false;
-    bool m_isIncomplete = false; // memory ran out, so the service may lack something
 };
 
 #endif
