@@ -150,24 +150,19 @@ bool ApplicationServer::hasRoomFor(const User& user) const
     return !isFull() && connectionsByUser()[user] < connectionsFor(user);
 }
 
-/// A silent connection of the user with the most connections makes room, the newest first.
+/// The oldest silent connection makes room: an application sends its values as soon as it is connected. A
+/// user without a place left gives up one of its own.
 bool ApplicationServer::makeRoomFor(const User& user)
 {
-    std::map<User, size_t> counts = connectionsByUser();
-    if (counts[user] >= connectionsFor(user))
+    const bool isShareUsed = connectionsByUser()[user] >= connectionsFor(user);
+    const auto oldest = std::find_if(m_connections.begin(), m_connections.end(), [&](const auto& entry) {
+        const ApplicationConnection& connection = *entry.second;
+        return connection.isSilent() && (!isShareUsed || connection.info().identity.user == user);
+    });
+    if (oldest == m_connections.end())
         return false;
-    ApplicationConnection* chosen = nullptr;
-    size_t most = counts[user] + 2; // the other one keeps at least as many
-    for (const auto& [application, connection] : m_connections) {
-        const size_t count = counts[connection->info().identity.user];
-        if (count < most || !connection->isSilent())
-            continue;
-        most = count;
-        chosen = connection;
-    }
-    if (chosen)
-        chosen->closeSilent();
-    return chosen != nullptr;
+    oldest->second->closeSilent();
+    return true;
 }
 
 bool ApplicationServer::isAllowed(const Identity& identity)

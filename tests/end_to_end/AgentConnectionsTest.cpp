@@ -227,6 +227,7 @@ TEST(AgentLimits, ReachTheAgentFromTheCommandLine)
     ASSERT_TRUE(agent.start()) << agent.log().constData();
     FakeApplication first(agent.applicationPort());
     FakeApplication second(agent.applicationPort());
+    second.unset("2"); // a silent connection would make room
     for (const char* oid : {"1.1", "1.2", "1.3", "1.4", "1.5"})
         first.publish(oid, 1);
     first.publish("1.1", std::string("hello"));

@@ -105,9 +105,15 @@ TEST_F(ApplicationServerTest, ReportsAConnectedApplication)
 TEST_F(ApplicationServerTest, RefusesApplicationsAtTheLimitUntilOneDisconnects)
 {
     std::vector<std::unique_ptr<FakeApplication>> applications;
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         applications.push_back(std::make_unique<FakeApplication>(port()));
-    ASSERT_TRUE(runUntil([&] { return server.applications().size() == 3; }));
+        applications.back()->unset("5"); // not silent
+    }
+    ASSERT_TRUE(runUntil([&] {
+        const std::vector<ApplicationInfo> all = server.applications();
+        return all.size() == 3 &&
+               std::all_of(all.begin(), all.end(), [](const auto& each) { return each.frames > 0; });
+    }));
     FakeApplication tooMany(port());
     EXPECT_TRUE(tooMany.waitForDisconnect());
     applications[0]->publish("5.1", 1);
@@ -336,7 +342,11 @@ TEST_F(ApplicationServerTest, OneUserLeavesConnectionsToOthers)
         applications.push_back(std::make_unique<FakeApplication>(largePort));
         applications.back()->publish("5." + std::to_string(i % 2), 1);
     }
-    ASSERT_TRUE(runUntil([&] { return large.applications().size() == 14; }));
+    ASSERT_TRUE(runUntil([&] {
+        const std::vector<ApplicationInfo> all = large.applications();
+        return all.size() == 14 &&
+               std::all_of(all.begin(), all.end(), [](const auto& each) { return each.frames > 0; });
+    }));
     FakeApplication tooMany(largePort);
     EXPECT_TRUE(tooMany.waitForDisconnect());
     for (const agent::User& user : {agent::User(1002), agent::User(0)}) {
@@ -361,24 +371,52 @@ TEST_F(ApplicationServerTest, RootMayHaveAllConnections)
     EXPECT_TRUE(runUntil([&] { return large.applications().size() == 16; }));
 }
 
-TEST_F(ApplicationServerTest, SilentConnectionsMakeRoomForAUserWithFewer)
+TEST_F(ApplicationServerTest, TheOldestSilentConnectionMakesRoom)
 {
     const auto active = connectAs(1001);
     active->publish("5.1", 1);
     ASSERT_TRUE(waitForCells(1));
     const auto silent = connectAs(1001);
-    const auto newest = connectAs(1001);
+    const auto newest = connectAs(1003);
     nextIdentity = {1002, 0, QString()};
     FakeApplication other(port());
-    EXPECT_TRUE(newest->waitForDisconnect());
-    EXPECT_TRUE(silent->isConnected());
+    EXPECT_TRUE(silent->waitForDisconnect());
+    EXPECT_TRUE(newest->isConnected());
     other.publish("5.2", 1);
     EXPECT_TRUE(waitForCells(2));
 
-    FakeApplication second(port()); // now two of each would be fair, and there are three places
-    EXPECT_TRUE(second.waitForDisconnect());
-    EXPECT_TRUE(silent->isConnected());
+    FakeApplication second(port());
+    EXPECT_TRUE(newest->waitForDisconnect());
+    second.publish("5.3", 1);
+    EXPECT_TRUE(waitForCells(3));
+
+    FakeApplication third(port()); // now all have sent values
+    EXPECT_TRUE(third.waitForDisconnect());
     EXPECT_TRUE(active->isConnected());
+    EXPECT_TRUE(other.isConnected());
+    EXPECT_TRUE(second.isConnected());
+}
+
+TEST_F(ApplicationServerTest, AUserWithoutAPlaceLeftGivesUpItsOwnSilentOne)
+{
+    agent::Limits eight = limits();
+    eight.connections = 8;
+    ApplicationServer large(cells, clock, eight, [this](std::intptr_t) { return nextIdentity; });
+    ASSERT_FALSE(large.listen(QHostAddress::LocalHost, 0));
+    const quint16 largePort = large.address().section(QLatin1Char(':'), -1).toUShort();
+    nextIdentity = {1002, 0, QString()};
+    FakeApplication silentOfAnother(largePort);
+    ASSERT_TRUE(runUntil([&] { return large.applications().size() == 1; }));
+    nextIdentity = {1001, 0, QString()};
+    std::vector<std::unique_ptr<FakeApplication>> applications;
+    for (int i = 0; i < 7; ++i)
+        applications.push_back(std::make_unique<FakeApplication>(largePort));
+    ASSERT_TRUE(runUntil([&] { return large.applications().size() == 8; }));
+    FakeApplication next(largePort);
+    EXPECT_TRUE(applications[0]->waitForDisconnect());
+    EXPECT_TRUE(silentOfAnother.isConnected());
+    next.publish("5.1", 1);
+    EXPECT_TRUE(waitForCells(1));
 }
 
 TEST_F(ApplicationServerTest, DisconnectsASilentApplicationAfterAMinute)
