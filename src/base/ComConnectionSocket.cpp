@@ -33,6 +33,7 @@ std::atomic<int> sentFrameCount{0}; // of all connections of the process
 ComConnectionSocket::ComConnectionSocket(QObject* parent) : QObject(parent), m_pollTimer(new QTimer(this))
 {
     connect(m_pollTimer, SIGNAL(timeout()), this, SLOT(slot_readyRead()));
+    connect(m_pollTimer, &QTimer::timeout, this, &ComConnectionSocket::askSystem);
     m_lastEventProcessing.start();
 }
 
@@ -324,6 +325,16 @@ void ComConnectionSocket::slot_readyRead()
         m_pollTimer->start(pollIntervalMs);
         if (!m_inEventProcessing)
             slot_readDataFromSocket();
+    });
+}
+
+/// Finds data and losses that the system has not reported. Some systems report nothing that happened before
+/// the event loop first watched the socket.
+void ComConnectionSocket::askSystem()
+{
+    guarded([this] {
+        if (isConnected() && !m_inEventProcessing && !m_isReading)
+            m_socket->waitForReadyRead(0);
     });
 }
 

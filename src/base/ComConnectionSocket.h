@@ -132,6 +132,7 @@ private:
     bool writeFrame(QByteArray frame);
     void countSentFrame();
 
+    void askSystem();
     void processFrame(Frame frame);
     bool isExpectedCounter(quint64 previous);
     void checkUpdateCounter();
