@@ -8,6 +8,7 @@
 #include <vigil/Range.h>
 
 #include "base/DebugOutput.h"
+#include "base/Printable.h"
 #include "snmp/RemoteMetricObserver.h"
 #include "snmp/SnmpMetricTable.h"
 
@@ -42,7 +43,8 @@ unsigned int RangeCallbackAdapter::callbackValidateValue(const Oid& cell, const 
     Range range;
     if (Range::fromString(text, range) < 0) {
         base::writeDebug(base::tablesCategory, [&](QDebug line) {
-            line << "Invalid range string [" << text.c_str()
+            const QByteArray shown = base::printable(QString::fromStdString(text)).toUtf8();
+            line << "Invalid range string [" << shown.constData()
                  << "] from remote SNMP manager. Ignore SET request.";
         });
         return refused;

@@ -120,6 +120,14 @@ TEST_F(RangeCallbackAdapterTest, MalformedTextIsRefusedAndLoggedWithoutAskingThe
                 ElementsAre("Invalid range string [ abc ] from remote SNMP manager. Ignore SET request."));
 }
 
+TEST_F(RangeCallbackAdapterTest, ATextCannotForgeLinesOfTheDebugOutput)
+{
+    EXPECT_EQ(validate(4, "x\n\x1b[2J"), 1u);
+    EXPECT_THAT(
+        debugTexts(),
+        ElementsAre("Invalid range string [ x\\n\\u001b[2J ] from remote SNMP manager. Ignore SET request."));
+}
+
 TEST_F(RangeCallbackAdapterTest, ATextForAnyOtherCellIsRefusedSilently)
 {
     for (const int column : {2, 5, 1, 6})
