@@ -62,9 +62,9 @@ class SimpleMetric;
 /// Hosts with Qt or GLib: a process without a QCoreApplication gets one, in a thread of the library, while a
 /// check lives. A host best creates its own before its first check, or while no check lives. If it creates it
 /// beside a check, Qt warns on stderr, the library says so in its log and goes on beside the new object; a
-/// debug build of Qt ends the process instead. The host may destroy its object while checks live; Qt may then
-/// warn that the library makes another one outside the main thread. A host may run GLib's main loop: the
-/// library never serves it.
+/// debug build of Qt ends the process instead. The host may destroy its object while checks live. Qt warns
+/// on stderr if the library then makes one of its own, and on Windows at every start of the library after the
+/// first; this is harmless. A host may run GLib's main loop: the library never serves it.
 ///
 /// Failure: no operation reports an error. Without an SNMP service the library keeps the values and publishes
 /// them once it connects; beside a busy one it keeps the last value of each cell until the service reads.

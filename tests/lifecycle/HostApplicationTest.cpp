@@ -73,6 +73,8 @@ TEST(HostWithAnApplicationObject, MayCreateItWhileAnotherThreadPublishes)
 // Objects left in the first runner's thread made Qt take each later one for a secondary thread.
 TEST(HostWithoutAnApplicationObject, SeesNoWarningOfQtInLaterLivesOfTheLibrary)
 {
+    if (!QT_FORGETS_ITS_FIRST_THREAD)
+        GTEST_SKIP() << "Qt keeps its data of the first runner for ever here";
     expectOrderlyEnd("lives-without-application");
 }
 
