@@ -18,7 +18,7 @@ ServedCells::Settings settingsOf(const Options& options)
     settings.lost.forgetMs = options.forgetSeconds > 0 ? options.forgetSeconds * second : never;
     settings.staleAfterMs = options.staleAfterSeconds > 0 ? options.staleAfterSeconds * second : never;
     settings.lost.maxApplications = static_cast<size_t>(options.limits.connections);
-    settings.lost.maxCells = 10 * static_cast<size_t>(options.limits.cells);
+    settings.lost.maxCells = options.limits.lostCells();
     return settings;
 }
 

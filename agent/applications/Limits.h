@@ -6,6 +6,7 @@
 
 #include <QtGlobal>
 
+#include <cstddef>
 #include <cstdint>
 #include <set>
 
@@ -24,6 +25,9 @@ struct Limits
     int frameBytes = maxFrame; ///< of one frame after its length field
 
     std::set<std::uint32_t> users; ///< who may publish; empty: every user, also an unknown one
+
+    /// Cells of all lost applications together.
+    std::size_t lostCells() const { return 10 * static_cast<std::size_t>(cells); }
 
     static constexpr int maxFrame = static_cast<int>(base::FrameHeader::maxLength);
 

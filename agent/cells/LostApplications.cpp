@@ -32,7 +32,7 @@ std::optional<LostApplications::State> LostApplications::stateOf(ApplicationId a
 void LostApplications::add(const Owner& owner)
 {
     const ApplicationId application = owner.application;
-    m_losses[application] = {State::InGrace, m_clock.nowUtc(), owner};
+    m_losses[application] = {State::InGrace, ++m_lossCount, m_clock.nowUtc(), owner};
     m_graceDelay.restart(application);
     m_forgetDelay.restart(application);
     while (m_losses.size() > 1 && isRoomShort())
@@ -64,8 +64,8 @@ void LostApplications::makeRoom()
 {
     const User user = largestUser();
     const auto oldest = std::min_element(m_losses.begin(), m_losses.end(), [&](const auto& a, const auto& b) {
-        return std::make_pair(a.second.owner.user != user, a.second.since) <
-               std::make_pair(b.second.owner.user != user, b.second.since);
+        return std::make_pair(a.second.owner.user != user, a.second.number) <
+               std::make_pair(b.second.owner.user != user, b.second.number);
     });
     log::warning(oldest->second.owner.user,
                  QStringLiteral("%1 lost applications still have cells, more than the limits allow; those of "

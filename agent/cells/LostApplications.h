@@ -6,6 +6,7 @@
 
 #include <QDateTime>
 
+#include <cstdint>
 #include <map>
 #include <optional>
 
@@ -82,7 +83,8 @@ private:
     struct Loss
     {
         State state;
-        QDateTime since;
+        std::uint64_t number; // in the order of the losses
+        QDateTime since;      // for texts: it may jump
         Owner owner;
     };
 
@@ -98,6 +100,7 @@ private:
     const Settings m_settings;
     Actions& m_actions;
     std::map<ApplicationId, Loss> m_losses;
+    std::uint64_t m_lossCount = 0;
     DelayQueue<ApplicationId> m_graceDelay;
     DelayQueue<ApplicationId> m_forgetDelay;
     DelayQueue<ApplicationId> m_returnDelay;

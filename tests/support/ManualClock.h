@@ -23,7 +23,7 @@ public:
     explicit ManualClock(qint64 earlyMs = 0) : m_earlyMs(earlyMs) {}
 
     qint64 elapsedMs() const override { return m_elapsedMs; }
-    QDateTime nowUtc() const override { return m_start.addMSecs(m_elapsedMs); }
+    QDateTime nowUtc() const override { return m_hostTime.addMSecs(m_elapsedMs); }
 
     size_t pendingCalls() const { return m_calls.size(); }
 
@@ -42,6 +42,9 @@ public:
         m_elapsedMs = end;
     }
 
+    /// As an operator or a time server may do.
+    void setBack(qint64 ms) { m_hostTime = m_hostTime.addMSecs(-ms); }
+
 protected:
     void wait(qint64 delayMs, QObject* context, std::function<void()> call) override
     {
@@ -56,7 +59,7 @@ private:
         std::function<void()> run;
     };
 
-    const QDateTime m_start = QDateTime(QDate(2026, 1, 31), QTime(12, 34, 56), Qt::UTC);
+    QDateTime m_hostTime = QDateTime(QDate(2026, 1, 31), QTime(12, 34, 56), Qt::UTC);
     const qint64 m_earlyMs;
     qint64 m_elapsedMs = 0;
     std::multimap<qint64, Call> m_calls;

@@ -205,6 +205,16 @@ TEST_F(LostApplicationsTest, TheOldestLossMakesRoomIfThereAreTooMany)
     EXPECT_THAT(actions, ElementsAre("remove 3", "end 3"));
 }
 
+TEST_F(LostApplicationsTest, TheOldestLossMakesRoomEvenIfTheHostsTimeIsSetBack)
+{
+    for (const ApplicationId application : {1u, 2u, 3u, 4u}) {
+        publish(application, {static_cast<unsigned int>(application)});
+        applications.add({application});
+        clock.setBack(1000);
+    }
+    EXPECT_THAT(actions, ElementsAre("remove 1", "end 1"));
+}
+
 TEST_F(LostApplicationsTest, TheOldestLossMakesRoomIfThereAreTooManyCells)
 {
     publish(1, {1, 2, 3, 4, 5});
