@@ -1,0 +1,316 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+// A host that uses the library at odd moments. Its first argument says which; it prints "leaving" when its
+// last thread begins to end.
+
+#include <vigil/vigil.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <future>
+#include <iostream>
+#include <map>
+#include <string>
+#include <thread>
+
+namespace {
+
+vigil::VigilSnmpInterface& snmp()
+{
+    return vigil::VigilSnmpInterface::instance();
+}
+
+void useLibrary()
+{
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "odd");
+    if (!check)
+        return;
+    vigil::ScalarMetric* metric = check->createScalarMetric("metric");
+    check->update();
+    snmp().sendValue(vigil::Oid::fromStdString("1.3.6.1.4.1.32473.9.1"), 1, 0);
+    if (metric) // null inside a callback
+        metric->remove();
+    check->destroy();
+}
+
+/// Uses the library when its thread, or the process, ends.
+struct UseAtEnd
+{
+    bool isArmed = false;
+    void arm() { isArmed = true; }
+    ~UseAtEnd()
+    {
+        if (isArmed)
+            useLibrary();
+    }
+};
+
+thread_local UseAtEnd ofThread;
+UseAtEnd ofProcess;
+
+/// Runs a function on the client thread when the service hangs up, and waits for its end.
+class OnLoss : public vigil::StateInfoCallback
+{
+public:
+    explicit OnLoss(std::function<void()> action) : m_action(std::move(action))
+    {
+        snmp().init("host");
+        snmp().registerStateInfoCallback(this);
+        snmp().sendValue(vigil::Oid::fromStdString("1.3.6.1.4.1.32473.9"), 1, 0); // the service hangs up
+        m_done.get_future().wait();
+        snmp().deregisterStateInfoCallback(this);
+    }
+
+    void callbackStateInfo(int state) override
+    {
+        if (state == 0 || m_hasRun)
+            return;
+        m_hasRun = true;
+        const Finish finish{m_done};
+        m_action();
+    }
+
+private:
+    struct Finish
+    {
+        std::promise<void>& done;
+        ~Finish() { done.set_value(); }
+    };
+
+    const std::function<void()> m_action;
+    bool m_hasRun = false;
+    std::promise<void> m_done;
+};
+
+int inAThreadsDestructor()
+{
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    for (int i = 0; i < 20; ++i)
+        std::thread([] { ofThread.arm(); }).join();
+    std::cout << "leaving" << std::endl;
+    check->destroy();
+    return 0;
+}
+
+int inTheMainThreadsDestructor()
+{
+    ofThread.arm();
+    vigil::createHealthCheck("host", "check")->update();
+    std::cout << "leaving" << std::endl;
+    return 0;
+}
+
+int firstInAStaticDestructor()
+{
+    ofProcess.arm();
+    std::cout << "leaving" << std::endl;
+    return 0;
+}
+
+int inAThreadThatOutlivesMain()
+{
+    vigil::createHealthCheck("host", "check")->update();
+    std::thread([] {
+        for (;;)
+            useLibrary();
+    }).detach();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    std::cout << "leaving" << std::endl;
+    return 0;
+}
+
+int cleanupBesideChecks()
+{
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    vigil::ScalarMetric* metric = check->createScalarMetric("metric");
+    snmp().cleanup();
+    check->update();
+    useLibrary();
+    snmp().init("again");
+    check->update();
+    useLibrary();
+    metric->setUnit("late");
+    check->registerManagementHandler(nullptr);
+    check->unregisterManagementHandler();
+    check->unregisterManagementHandler();
+    metric->clearRangeChangeHandler();
+    snmp().cleanup();
+    snmp().cleanup();
+    check->destroy();
+    metric->setWarningRange(vigil::Range::CreateThresholdAbove(1));
+    metric->setRangeChangeHandler(nullptr);
+    metric->clearRangeChangeHandler();
+    std::cout << "leaving" << std::endl;
+    metric->remove();
+    return 0;
+}
+
+int oddTexts()
+{
+    const std::string texts[] = {"", std::string("a\0b", 3), "\xff\xfe", std::string(2000, 'k'),
+                                 "{name}{value}"};
+    for (const std::string& text : texts) {
+        vigil::HealthCheck* check = vigil::createHealthCheck(text, text);
+        vigil::SimpleMetric* simple = check->createSimpleMetric(text);
+        vigil::ScalarMetric* scalar = check->createScalarMetric(text + "2");
+        check->setDescription(text);
+        simple->setTemplate(text);
+        simple->setInfo(text);
+        scalar->setUnit(text);
+        check->update();
+        simple->remove();
+        scalar->remove();
+        check->destroy();
+    }
+    std::cout << "leaving" << std::endl;
+    return 0;
+}
+
+/// The new program is this one again.
+int execute(const char* program)
+{
+    vigil::createHealthCheck("host", "check")->update();
+    std::cout << "leaving" << std::endl;
+    execl(program, program, "odd-texts", nullptr);
+    return 1;
+}
+
+int forkAndExecute(const char* program)
+{
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    check->update();
+    const pid_t child = fork();
+    if (child == 0) {
+        execl(program, program, "odd-texts", nullptr);
+        _exit(1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    std::cout << "leaving" << std::endl;
+    check->destroy();
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+}
+
+int inTheClientThreadsDestructor()
+{
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    const OnLoss arm([] { ofThread.arm(); });
+    std::cout << "leaving" << std::endl;
+    check->destroy();
+    return 0;
+}
+
+int everythingInACallback()
+{
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    vigil::ScalarMetric* metric = check->createScalarMetric("metric");
+    const OnLoss use([&] {
+        useLibrary();
+        check->update();
+        metric->setUnit("in a callback");
+        metric->clearRangeChangeHandler();
+        check->registerManagementHandler(nullptr);
+        check->unregisterManagementHandler();
+        metric->remove(); // refused
+        check->destroy(); // refused
+        snmp().init("again");
+        snmp().cleanup();
+    });
+    check->update();
+    metric->remove();
+    std::cout << "leaving" << std::endl;
+    check->destroy();
+    return 0;
+}
+
+int throwInACallback()
+{
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    const OnLoss fail([] { throw "no std::exception"; });
+    check->update();
+    std::cout << "leaving" << std::endl;
+    check->destroy();
+    return 0;
+}
+
+int forkInACallback(const char* program)
+{
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    int status = -1;
+    const OnLoss fork([&] {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            check->update();
+            execl(program, program, "exit-handler", nullptr);
+            _exit(1);
+        }
+        waitpid(child, &status, 0);
+    });
+    std::cout << "leaving" << std::endl;
+    check->destroy();
+    return status;
+}
+
+int exitInACallbackBesideDestroy()
+{
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    static std::promise<void> isInside;
+    std::thread([] {
+        const OnLoss leave([] {
+            isInside.set_value();
+            std::this_thread::sleep_for(std::chrono::milliseconds(50)); // the other thread waits by then
+            std::cout << "leaving" << std::endl;
+            std::exit(0);
+        });
+    }).detach();
+    isInside.get_future().wait();
+    check->destroy();
+    for (;;)
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+}
+
+int atQuickExit()
+{
+    vigil::createHealthCheck("host", "check")->update();
+    std::at_quick_exit([] { useLibrary(); });
+    std::cout << "leaving" << std::endl;
+    std::quick_exit(0);
+}
+
+int inAnExitHandler()
+{
+    std::atexit([] { useLibrary(); }); // runs after the library's own
+    vigil::createHealthCheck("host", "check")->update();
+    std::atexit([] { useLibrary(); }); // runs before
+    std::cout << "leaving" << std::endl;
+    return 0;
+}
+
+} // namespace
+
+int main(int, char** arguments)
+{
+    const std::map<std::string, std::function<int()>> ways = {
+        {"thread-destructor", inAThreadsDestructor},
+        {"main-thread-destructor", inTheMainThreadsDestructor},
+        {"first-in-static-destructor", firstInAStaticDestructor},
+        {"thread-outlives-main", inAThreadThatOutlivesMain},
+        {"client-thread-destructor", inTheClientThreadsDestructor},
+        {"everything-in-callback", everythingInACallback},
+        {"throw-in-callback", throwInACallback},
+        {"fork-in-callback", [&] { return forkInACallback(arguments[0]); }},
+        {"exit-in-callback-beside-destroy", exitInACallbackBesideDestroy},
+        {"cleanup-beside-checks", cleanupBesideChecks},
+        {"odd-texts", oddTexts},
+        {"exec", [&] { return execute(arguments[0]); }},
+        {"fork-exec", [&] { return forkAndExecute(arguments[0]); }},
+        {"quick-exit", atQuickExit},
+        {"exit-handler", inAnExitHandler},
+    };
+    return ways.at(arguments[1])();
+}

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "lifecycle/HostProcess.h"
+#include "lifecycle/SilentServices.h"
+
+class HostileHost : public testing::TestWithParam<const char*>
+{
+};
+
+TEST_P(HostileHost, MayUseTheLibraryAtOddMoments)
+{
+    constexpr int runs = 3;
+    for (int run = 0; run < runs; ++run) {
+        const ReadingService service(ReadingService::OnFirstBytes::HangUp);
+        HostProcess host(QStringLiteral(HOSTILE_HOST), {QLatin1String(GetParam())}, service.port(),
+                         HostProcess::Errors::Dropped);
+        ASSERT_EQ(host.exitCode(), 0) << qPrintable(host.output()) << qPrintable(host.log().join('\n'));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Moments, HostileHost,
+                         testing::Values("thread-destructor", "main-thread-destructor",
+                                         "client-thread-destructor", "first-in-static-destructor",
+                                         "thread-outlives-main", "exit-handler", "quick-exit", "exec",
+                                         "fork-exec", "fork-in-callback", "everything-in-callback",
+                                         "throw-in-callback", "exit-in-callback-beside-destroy",
+                                         "cleanup-beside-checks", "odd-texts"),
+                         [](const auto& way) {
+                             std::string name = way.param;
+                             name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
+                             return name;
+                         });
