@@ -72,14 +72,12 @@ int ApplicationRunner::run()
     warmUpNetwork();
     setHostWatch(m_control);
     while (!m_control->isStopRequested) {
-        if (m_application)
-            runLoop();
-        else
-            runLoopBesideHost();
+        runLoop();
         if (!m_control->isStopRequested)
             chooseApplication();
     }
     setHostWatch(nullptr);
+    qRemovePostRoutine(&ApplicationRunner::hostBeginsToLeave);
     base::stopLogging();
     releaseApplication();
     hostWatch().application = nullptr;
@@ -97,6 +95,8 @@ void ApplicationRunner::chooseApplication()
     }
     if (!QCoreApplication::instance())
         createApplication();
+    qRemovePostRoutine(&ApplicationRunner::hostBeginsToLeave); // Qt forgets it after a call
+    qAddPostRoutine(&ApplicationRunner::hostBeginsToLeave);
     hostWatch().application = QCoreApplication::instance();
 }
 
@@ -119,18 +119,6 @@ void ApplicationRunner::releaseApplication()
         static_cast<void>(m_application.release());
 }
 
-/// Returns after stop(), or when the host destroys its application object. The host's destructor then waits
-/// until the runner's own object is in place.
-void ApplicationRunner::runLoopBesideHost()
-{
-    qAddPostRoutine(&ApplicationRunner::hostBeginsToLeave);
-    const auto watch = QObject::connect(QCoreApplication::instance(), &QObject::destroyed,
-                                        [control = m_control] { hostHasLeft(*control); });
-    runLoop();
-    QObject::disconnect(watch);
-    qRemovePostRoutine(&ApplicationRunner::hostBeginsToLeave);
-}
-
 ApplicationRunner::HostWatch& ApplicationRunner::hostWatch()
 {
     static base::NeverDestroyed<HostWatch> watch;
@@ -149,11 +137,15 @@ std::shared_ptr<ApplicationRunner::LoopControl> ApplicationRunner::runningContro
     return hostWatch().control;
 }
 
-/// Runs at the start of the destructor, while Qt still delivers events.
+/// Runs at the start of the destructor of the host's object, in the host's thread, while Qt still delivers
+/// events.
 void ApplicationRunner::hostBeginsToLeave()
 {
-    if (const std::shared_ptr<LoopControl> control = runningControl())
-        control->pauseClient(control->pause);
+    const std::shared_ptr<LoopControl> control = runningControl();
+    if (!control)
+        return;
+    QObject::connect(QCoreApplication::instance(), &QObject::destroyed, [control] { hostHasLeft(*control); });
+    control->pauseClient(control->pause);
 }
 
 /// Runs at its end, when the process has no application object.

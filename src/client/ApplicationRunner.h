@@ -93,7 +93,6 @@ private:
     void createApplication();
     void releaseApplication();
     void runLoop();
-    void runLoopBesideHost();
     static void hostBeginsToLeave();
     static void hostHasLeft(LoopControl& control);
 
