@@ -13,6 +13,7 @@
 #include "lifecycle/HostProcess.h"
 #include "support/AgentProcess.h"
 #include "support/EnterpriseId.h"
+#include "support/Load.h"
 #include "support/RunUntil.h"
 #include "support/SnmpTool.h"
 
@@ -27,7 +28,7 @@ const QString health = enterprise + QStringLiteral(".127.3.1.200.4");
 
 int chosenMetrics()
 {
-    return qEnvironmentVariable("VIGIL_LOAD") == QLatin1String("full") ? 10000 : 500;
+    return support::isFullLoad() ? 10000 : 500;
 }
 
 /// An agent and an application of its own.

@@ -15,6 +15,7 @@
 #include "support/AgentProcess.h"
 #include "support/ApplicationProcess.h"
 #include "support/EnterpriseId.h"
+#include "support/Load.h"
 #include "support/LoadFreeTimer.h"
 #include "support/RunUntil.h"
 #include "support/SnmpTool.h"
@@ -32,7 +33,7 @@ constexpr qint64 recoveryLimitMs = 7000;
 
 int chosenRounds()
 {
-    return qEnvironmentVariable("VIGIL_LOAD") == QLatin1String("full") ? 100 : 3;
+    return support::isFullLoad() ? 100 : 3;
 }
 
 unsigned int chosenSeed()
