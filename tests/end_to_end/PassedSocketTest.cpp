@@ -5,8 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QProcessEnvironment>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <QUdpSocket>
 
 #include <csignal>
@@ -48,6 +50,9 @@ protected:
         const QString script = QStringLiteral("exec 3<&%1 %1<&-; LISTEN_PID=%2 LISTEN_FDS=%3 exec \"$@\"")
                                    .arg(m_inherited)
                                    .arg(QLatin1String(process), QLatin1String(count));
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("TMPDIR"), m_directory.path()); // a killed agent removes nothing
+        agent.setProcessEnvironment(environment);
         agent.start(QStringLiteral("bash"),
                     QStringList{QStringLiteral("-c"), script, QStringLiteral("bash"), AgentProcess::program(),
                                 QStringLiteral("--standalone"), snmpAddress()} +
@@ -80,6 +85,7 @@ protected:
     quint16 snmpPort = 0;
 
 private:
+    const QTemporaryDir m_directory;
     int m_inherited = -1;
 };
 
