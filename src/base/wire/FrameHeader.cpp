@@ -3,41 +3,59 @@
 
 #include "base/wire/FrameHeader.h"
 
-#include <QDataStream>
-#include <QIODevice>
-
-#include "base/wire/PropertyWriter.h"
+#include <QtEndian>
 
 namespace base {
 
+namespace {
+
+/// 0 if the bytes end before.
+template <typename Integer>
+Integer integerAt(const QByteArray& bytes, int position)
+{
+    if (bytes.size() < position + static_cast<int>(sizeof(Integer)))
+        return 0;
+    return qFromBigEndian<Integer>(bytes.constData() + position);
+}
+
+template <typename Integer>
+void appendInteger(QByteArray& bytes, Integer value)
+{
+    char encoded[sizeof(value)];
+    qToBigEndian(value, encoded);
+    bytes.append(encoded, sizeof(encoded));
+}
+
+} // namespace
+
 FrameHeader::Prefix FrameHeader::readPrefix(const QByteArray& prefix, quint64& length)
 {
-    QDataStream stream(prefix);
-    stream.setVersion(wireStreamVersion);
-    quint64 receivedMagic = 0;
-    stream >> receivedMagic >> length;
-    if (receivedMagic != magic)
+    length = integerAt<quint64>(prefix, 8);
+    if (integerAt<quint64>(prefix, 0) != magic)
         return Prefix::BadMagic;
     return length < minLength || length > maxLength ? Prefix::BadLength : Prefix::Good;
 }
 
 FrameHeader FrameHeader::readRemainder(const QByteArray& remainder)
 {
-    QDataStream stream(remainder);
-    stream.setVersion(wireStreamVersion);
     FrameHeader header;
-    stream >> header.dataType >> header.clientCallbackId >> header.messageCounter >>
-        header.updateMessageCounter;
+    header.dataType = integerAt<qint16>(remainder, 0);
+    header.clientCallbackId = integerAt<qint64>(remainder, 2);
+    header.messageCounter = integerAt<quint64>(remainder, 10);
+    header.updateMessageCounter = integerAt<quint64>(remainder, 18);
     return header;
 }
 
 QByteArray FrameHeader::toBytes(int payloadSize) const
 {
     QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(wireStreamVersion);
-    stream << magic << qint64(payloadSize) + remainderSize;
-    stream << dataType << clientCallbackId << messageCounter << updateMessageCounter;
+    bytes.reserve(size + payloadSize);
+    appendInteger(bytes, magic);
+    appendInteger(bytes, qint64(payloadSize) + remainderSize);
+    appendInteger(bytes, dataType);
+    appendInteger(bytes, clientCallbackId);
+    appendInteger(bytes, messageCounter);
+    appendInteger(bytes, updateMessageCounter);
     return bytes;
 }
 

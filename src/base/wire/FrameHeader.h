@@ -37,7 +37,8 @@ struct FrameHeader
     /// Reads the 26 bytes after the prefix.
     static FrameHeader readRemainder(const QByteArray& remainder);
 
-    /// The whole header for a payload of payloadSize bytes.
+    /// The whole header for a payload of payloadSize bytes. The payload can be appended without an
+    /// allocation.
     QByteArray toBytes(int payloadSize) const;
 };
 

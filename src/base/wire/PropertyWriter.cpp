@@ -3,52 +3,60 @@
 
 #include "base/wire/PropertyWriter.h"
 
-#include <QIODevice>
+#include <QtEndian>
+
+#include <cstring>
 
 namespace base {
 
-PropertyWriter::PropertyWriter(QByteArray& out) : m_stream(&out, QIODevice::WriteOnly)
+namespace {
+constexpr int usualRecordSize = 160; // most records then take one allocation
+constexpr int lengthSize = 4;
+} // namespace
+
+PropertyWriter::PropertyWriter(QByteArray& out) : m_out(out)
 {
-    m_stream.setVersion(wireStreamVersion);
+    m_out.reserve(usualRecordSize);
 }
 
-qint64 PropertyWriter::beginProperty(int tag)
+int PropertyWriter::beginProperty(int tag)
 {
-    const qint64 start = m_stream.device()->pos();
-    m_stream << qint32(tag) << qint32(0); // the length is not known yet
-    return start;
+    writeValue(qint32(tag));
+    writeValue(qint32(0)); // the length is not known yet
+    return m_out.size();
 }
 
-void PropertyWriter::endProperty(qint64 start)
+void PropertyWriter::endProperty(int start)
 {
-    QIODevice* device = m_stream.device();
-    const qint64 end = device->pos();
-    const qint64 length = end - start - 8;
-    device->seek(end - length - 4);
-    m_stream << static_cast<qint32>(length);
-    device->seek(end);
+    qToBigEndian<qint32>(m_out.size() - start, m_out.data() + start - lengthSize);
 }
 
 void PropertyWriter::writeValue(qint32 value)
 {
-    m_stream << value;
+    char bytes[sizeof(value)];
+    qToBigEndian(value, bytes);
+    m_out.append(bytes, sizeof(bytes));
 }
 
 void PropertyWriter::writeValue(const std::string& text)
 {
-    m_stream << text.c_str(); // zero-terminated on the wire: the first zero byte ends the text
+    // Zero-terminated on the wire: the first zero byte ends the text.
+    const int length = static_cast<int>(std::strlen(text.c_str())) + 1;
+    writeValue(qint32(length));
+    m_out.append(text.c_str(), length);
 }
 
 void PropertyWriter::writeValue(const DbDataType<int>& value)
 {
-    m_stream << qint32(value.value());
+    writeValue(qint32(value.value()));
 }
 
 void PropertyWriter::writeValue(const DbBaseType& record)
 {
     QByteArray bytes;
     record.serialize(bytes);
-    m_stream << bytes;
+    writeValue(qint32(bytes.size()));
+    m_out.append(bytes);
 }
 
 } // namespace base

@@ -18,7 +18,8 @@ namespace base {
 constexpr int wireStreamVersion = QDataStream::Qt_4_6;
 
 /// Writes the properties of one record, in ascending order of their tags: tag, byte length, value. The length
-/// lets a reader skip unknown properties. A record's describe() calls it for each property.
+/// lets a reader skip unknown properties. A record's describe() calls it for each property. The encoding is
+/// that of QDataStream, whose device would cost more than the record.
 class PropertyWriter
 {
 public:
@@ -28,7 +29,7 @@ public:
     template <typename T>
     void required(int tag, const char*, const T& value)
     {
-        const qint64 start = beginProperty(tag);
+        const int start = beginProperty(tag);
         writeValue(value);
         endProperty(start);
     }
@@ -42,8 +43,8 @@ public:
     }
 
 private:
-    qint64 beginProperty(int tag);
-    void endProperty(qint64 start);
+    int beginProperty(int tag);
+    void endProperty(int start);
 
     static bool isNull(const DbDataType<int>& value) { return value.isNull(); }
 
@@ -66,7 +67,7 @@ private:
             writeValue(record);
     }
 
-    QDataStream m_stream;
+    QByteArray& m_out;
 };
 
 } // namespace base
