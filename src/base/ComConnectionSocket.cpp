@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QHostAddress>
+#include <QMetaMethod>
 #include <QScopedValueRollback>
 #include <QTcpSocket>
 
@@ -97,6 +98,9 @@ void ComConnectionSocket::installSocket(QuietSocket* socket)
         slot_currentConnectionDisconnected();
     resetCountersAndBuffers();
     m_socket = socket;
+    m_socket->setSocketOption(QAbstractSocket::LowDelayOption,
+                              1); // an answer must not wait for an acknowledgement
+    m_socket->setGathering(m_isGathering);
     connect(m_socket, SIGNAL(disconnected()), this, SLOT(slot_currentConnectionDisconnected()));
     connect(m_socket, SIGNAL(readyRead()), this, SLOT(slot_readyRead()));
     logInfo(describePeer(QStringLiteral(">>>>>>  CONNECTED from %1:%2 %3 <<<<<<")));
@@ -233,6 +237,26 @@ bool ComConnectionSocket::waitForBytesWritten(int timeoutMs)
     return isConnected() && m_socket->waitForBytesWritten(timeoutMs);
 }
 
+void ComConnectionSocket::setGathering(bool isGathering)
+{
+    m_isGathering = isGathering;
+    if (m_socket)
+        m_socket->setGathering(isGathering);
+}
+
+void ComConnectionSocket::flush()
+{
+    if (isConnected())
+        m_socket->flush();
+}
+
+/// The texts of two debug lines cost more than the frame they are about.
+bool ComConnectionSocket::isDebugWanted() const
+{
+    static const QMetaMethod signal = QMetaMethod::fromSignal(&ComConnectionSocket::signal_debugMessage);
+    return isSignalConnected(signal);
+}
+
 bool ComConnectionSocket::sendSerializedData(const DbBaseType* record, int type, int clientCallbackId)
 {
     return send(record, type, clientCallbackId, m_maxPendingBytes);
@@ -245,7 +269,8 @@ bool ComConnectionSocket::sendAnswer(const DbBaseType& record, int type, int cli
 
 bool ComConnectionSocket::send(const DbBaseType* record, int type, int clientCallbackId, int limit)
 {
-    logDebug(QStringLiteral("Send serialized data to server. Type: %1").arg(type));
+    if (isDebugWanted())
+        logDebug(QStringLiteral("Send serialized data to server. Type: %1").arg(type));
     m_lastSendOk = false;
     if (isBacklogged(limit)) {
         m_socket->flush();
@@ -272,38 +297,42 @@ void ComConnectionSocket::slot_sendSerializedData(QByteArray answer, int type, i
     m_lastSendOk = writeFrame(frame);
     if (m_lastSendOk)
         countSentFrame();
-    if (isConnected())
-        m_socket->flush();
-    else
+    if (!isConnected())
         m_lastSendOk = false;
+    else if (!m_isGathering)
+        m_socket->flush();
 }
 
 QByteArray ComConnectionSocket::buildFrame(const QByteArray& payload, int type, int clientCallbackId)
 {
     ++m_sendMessageCounter;
-    logDebug(QStringLiteral("CCS:SEND MSG # %1 --->").arg(m_sendMessageCounter));
+    if (isDebugWanted())
+        logDebug(QStringLiteral("CCS:SEND MSG # %1 --->").arg(m_sendMessageCounter));
     FrameHeader header;
     header.dataType = static_cast<qint16>(type);
     header.clientCallbackId = clientCallbackId;
     header.messageCounter = m_sendMessageCounter;
     header.updateMessageCounter = m_sendUpdateMessageCounter;
-    return header.toBytes(payload.size()) + payload;
+    QByteArray frame = header.toBytes(payload.size());
+    frame += payload;
+    return frame;
 }
 
-bool ComConnectionSocket::writeFrame(QByteArray frame)
+bool ComConnectionSocket::writeFrame(const QByteArray& frame)
 {
     int failures = 0;
-    while (failures < maxFailedWrites && !frame.isEmpty() && isConnected()) {
-        const qint64 written = m_socket->write(frame);
+    int position = 0;
+    while (failures < maxFailedWrites && position < frame.size() && isConnected()) {
+        const qint64 written = m_socket->write(frame.constData() + position, frame.size() - position);
         if (written < 1) {
             ++failures;
             continue;
         }
-        frame.remove(0, static_cast<int>(written));
-        if (!frame.isEmpty() && isConnected())
+        position += static_cast<int>(written);
+        if (position < frame.size() && isConnected())
             m_socket->waitForBytesWritten(partialWriteWaitMs);
     }
-    return frame.isEmpty();
+    return position == frame.size();
 }
 
 void ComConnectionSocket::countSentFrame()

@@ -78,6 +78,13 @@ public:
     /// Waits until the system takes some of the pending bytes. False on time-out, or without a connection.
     bool waitForBytesWritten(int timeoutMs);
 
+    /// While gathering, frames wait for flush(), or until there are about 64 kB of them, and share a system
+    /// call. The owner must call flush() before its thread rests.
+    void setGathering(bool isGathering);
+
+    /// Hands all frames over to the system, as far as it takes them.
+    void flush();
+
     void closeConnection();
 
     /// Closes the connection, leaves the parent and destroys this object once all of its slots have returned.
@@ -127,9 +134,10 @@ private:
     QString describePeer(const QString& pattern) const;
 
     bool isBacklogged(int limit) const;
+    bool isDebugWanted() const;
     bool send(const DbBaseType* record, int type, int clientCallbackId, int limit);
     QByteArray buildFrame(const QByteArray& payload, int type, int clientCallbackId);
-    bool writeFrame(QByteArray frame);
+    bool writeFrame(const QByteArray& frame);
     void countSentFrame();
 
     void askSystem();
@@ -143,6 +151,7 @@ private:
     PeerCheck m_peerCheck = [](const QTcpSocket&) { return true; };
     int m_maxPendingBytes = 10000000;
     bool m_lastSendOk = false;
+    bool m_isGathering = false;
     QTimer* m_pollTimer;
     quint64 m_sendMessageCounter = 0;
     quint64 m_sendUpdateMessageCounter = 0;

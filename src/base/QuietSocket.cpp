@@ -14,6 +14,10 @@ namespace base {
 namespace {
 /// A socket notifier would collide with the one of Qt on the same socket.
 constexpr int retryMs = 5;
+
+/// A system call then carries some 400 frames; more do not make it cheaper.
+constexpr int gatheredBytes = 64 * 1024;
+constexpr int maxKeptBytes = 4 * gatheredBytes; // of an empty buffer
 } // namespace
 
 QuietSocket::QuietSocket(QObject* parent)
@@ -29,8 +33,11 @@ qint64 QuietSocket::writeData(const char* data, qint64 size)
         return QTcpSocket::writeData(data, size);
     if (state() != ConnectedState)
         return -1;
+    if (m_pending.isEmpty())
+        m_pending.reserve(gatheredBytes); // keeps its memory when it is emptied
     m_pending.append(data, static_cast<int>(size));
-    sendPending();
+    if (!m_isGathering || bytesToWrite() >= gatheredBytes)
+        sendPending();
     return size;
 }
 
@@ -49,9 +56,7 @@ bool QuietSocket::sendPending()
     }
     m_sent += static_cast<int>(sent);
     if (m_sent == m_pending.size()) {
-        m_pending.clear();
-        m_sent = 0;
-        m_retryTimer->stop();
+        emptyBuffer();
     } else {
         if (m_sent > m_pending.size() / 2)
             m_pending.remove(0, std::exchange(m_sent, 0));
@@ -93,13 +98,16 @@ void QuietSocket::disconnectFromHost()
 
 void QuietSocket::close()
 {
-    dropPending();
+    emptyBuffer();
     QTcpSocket::close();
 }
 
-void QuietSocket::dropPending()
+void QuietSocket::emptyBuffer()
 {
-    m_pending.clear();
+    if (m_pending.capacity() > maxKeptBytes)
+        m_pending.clear();
+    else
+        m_pending.resize(0);
     m_sent = 0;
     m_retryTimer->stop();
 }

@@ -23,6 +23,9 @@ class QuietSocket : public QTcpSocket
 public:
     explicit QuietSocket(QObject* parent = nullptr);
 
+    /// While gathering, writes wait for flush(), or until there are about 64 kB.
+    void setGathering(bool isGathering) { m_isGathering = isGathering; }
+
     /// As in QTcpSocket, which is not virtual here: call it on a QuietSocket.
     bool flush();
 
@@ -40,9 +43,10 @@ protected:
 
 private:
     bool sendPending();
-    void dropPending();
+    void emptyBuffer();
 
     const bool m_sendsItself;
+    bool m_isGathering = false;
     QByteArray m_pending;
     int m_sent = 0; // bytes of m_pending
     QTimer* m_retryTimer;

@@ -3,6 +3,7 @@
 
 #include "client/Client.h"
 
+#include <QAbstractEventDispatcher>
 #include <QDeadlineTimer>
 #include <QScopedValueRollback>
 #include <QTcpSocket>
@@ -25,10 +26,12 @@
 #include "base/wire/SnmpString.h"
 #include "client/CallbackStore.h"
 #include "client/CallbackStoreLock.h"
+#include "client/ClientThread.h"
 #include "client/GuardedCall.h"
 #include "client/ServiceAddress.h"
 #include "platform/Platform.h"
 
+using vigil::OidArcs;
 using vigil::ValueChangedCallback;
 
 namespace {
@@ -36,6 +39,7 @@ namespace {
 constexpr int reconnectIntervalMs = 5000;
 constexpr int restLimitMs = 2000;
 constexpr int restStallMs = 1000;
+constexpr std::size_t usualTextSize = 120;
 constexpr int stateConnected = 0;
 constexpr int stateDisconnected = 1;
 constexpr unsigned int genErr = 5;     // the callback threw
@@ -43,10 +47,19 @@ constexpr unsigned int noCallback = 1; // none is registered for the identifier
 
 const Oid enterprisePrefix = Oid::fromStdString(base::enterpriseOid);
 
-/// Removes the arcs shared with the enterprise's identifier, even if it is not a full prefix.
-std::string relativeText(Oid oid)
+/// Leaves out the arcs shared with the enterprise's identifier, even if it is not a full prefix.
+std::string relativeText(const OidArcs& oid)
 {
-    return oid.removeCommonPrefix(enterprisePrefix).toStdString();
+    static const OidArcs prefix = enterprisePrefix.toStdVector();
+    auto arc = std::mismatch(oid.begin(), oid.end(), prefix.begin(), prefix.end()).first;
+    std::string text;
+    text.reserve(usualTextSize);
+    for (; arc != oid.end(); ++arc) {
+        if (!text.empty())
+            text += '.';
+        text += std::to_string(*arc); // up to 15 digits need no allocation
+    }
+    return text;
 }
 
 Oid fullOid(const std::string& relative)
@@ -101,6 +114,7 @@ void Client::init()
     m_socket->setOutOfMemoryHandler([this] { m_isIncomplete = true; });
     createConnections();
     connectLog();
+    gatherFrames();
     if (m_service.port == 0)
         return;
     onTimerReconnect();
@@ -149,6 +163,24 @@ void Client::connectLog()
     connect(m_socket, &Socket::signal_errorMessage, m_errorLines, &base::RepeatedLines::write);
     if (platform::environmentVariable("VIGIL_LOG_DEBUG") == QLatin1String("1"))
         connect(m_socket, &Socket::signal_debugMessage, m_socket, &base::writeLog);
+}
+
+/// The frames of all calls that are queued go out together: a system call costs as much as three frames. Only
+/// the client thread has an event loop to tell when it is about to rest.
+void Client::gatherFrames()
+{
+    if (!ClientThread::isCurrent())
+        return;
+    m_socket->setGathering(true);
+    connect(thread()->eventDispatcher(), &QAbstractEventDispatcher::aboutToBlock, this, &Client::flush);
+}
+
+void Client::flush()
+{
+    guarded([this] {
+        if (m_socket)
+            m_socket->flush();
+    });
 }
 
 void Client::exit()
@@ -230,27 +262,27 @@ void Client::reportDeferredLoss()
 
 // --- Publishing
 
-bool Client::sendValue(Oid oid, bool value, bool useTraps)
+bool Client::sendValue(const Oid& oid, bool value, bool useTraps)
 {
     return publish(oid, value, useTraps);
 }
 
-bool Client::sendValue(Oid oid, qint32 value, bool useTraps)
+bool Client::sendValue(const Oid& oid, qint32 value, bool useTraps)
 {
     return publish(oid, value, useTraps);
 }
 
-bool Client::sendValue(Oid oid, double value, bool useTraps)
+bool Client::sendValue(const Oid& oid, double value, bool useTraps)
 {
     return publish(oid, value, useTraps);
 }
 
-bool Client::sendValue(Oid oid, QString value, bool useTraps)
+bool Client::sendValue(const Oid& oid, const QString& value, bool useTraps)
 {
     return publish(oid, value, useTraps);
 }
 
-void Client::unsetOid(Oid oid)
+void Client::unsetOid(const Oid& oid)
 {
     publish(oid, QVariant(), false);
 }
@@ -260,23 +292,25 @@ bool Client::publish(const Oid& oid, const QVariant& value, bool notify)
 {
     if (isGivingUp())
         return false;
-    m_valueCache.set(oid, value);
-    if (m_pending.isEmpty() && send(oid, value, notify))
+    const OidArcs arcs = oid.toStdVector();
+    m_valueCache.set(arcs, value);
+    if (m_pending.isEmpty() && send(arcs, value, notify))
         return true;
     if (m_connected) {
-        m_pending.add(oid.toStdVector(), notify);
+        m_pending.add(arcs, notify);
         reportCatchingUp();
     }
     return false;
 }
 
 /// The service removes the whole tree at the first of these unsets.
-void Client::unsetOidTree(Oid tree)
+void Client::unsetOidTree(const Oid& tree)
 {
     int left = m_valueCache.removeTree(tree);
     if (left == 0)
         return;
-    while (left > 0 && m_pending.isEmpty() && !isGivingUp() && sendUnset(tree))
+    const OidArcs arcs = tree.toStdVector();
+    while (left > 0 && m_pending.isEmpty() && !isGivingUp() && sendUnset(arcs))
         --left;
     if (left > 0 && m_connected) {
         m_pending.addTree(tree);
@@ -290,7 +324,7 @@ bool Client::isGivingUp() const
     return thread()->isInterruptionRequested();
 }
 
-bool Client::sendInt(const Oid& oid, int value, bool useTraps)
+bool Client::sendInt(const OidArcs& oid, int value, bool useTraps)
 {
     if (!m_connected)
         return false;
@@ -301,7 +335,7 @@ bool Client::sendInt(const Oid& oid, int value, bool useTraps)
                                         useTraps ? base::ValueAndNotify : base::PlainValue);
 }
 
-bool Client::sendString(const Oid& oid, const QString& value, bool useTraps)
+bool Client::sendString(const OidArcs& oid, const QString& value, bool useTraps)
 {
     if (!m_connected)
         return false;
@@ -313,7 +347,7 @@ bool Client::sendString(const Oid& oid, const QString& value, bool useTraps)
 }
 
 /// A record with a null value.
-bool Client::sendUnset(const Oid& oid)
+bool Client::sendUnset(const OidArcs& oid)
 {
     if (!m_connected)
         return false;
@@ -322,7 +356,7 @@ bool Client::sendUnset(const Oid& oid)
     return m_socket->sendSerializedData(&record, base::SnmpIntType, base::PlainValue);
 }
 
-bool Client::send(const Oid& oid, const QVariant& value, bool notify)
+bool Client::send(const OidArcs& oid, const QVariant& value, bool notify)
 {
     switch (static_cast<QMetaType::Type>(value.type())) {
     case QMetaType::UnknownType:
@@ -367,7 +401,7 @@ void Client::sendPending()
 bool Client::sendFirstPending()
 {
     const auto [oid, notify] = m_pending.first();
-    if (!send(Oid::fromStdVector(oid), m_valueCache.value(oid), notify))
+    if (!send(oid, m_valueCache.value(oid), notify))
         return false;
     m_pending.remove(oid);
     return true;
@@ -419,6 +453,7 @@ void Client::dropPending()
 
 void Client::receiveData(int dataType, QByteArray& data, int callbackId)
 {
+    flush(); // a callback may take its time
     try {
         dispatch(dataType, data, callbackId);
     } catch (const QString& message) {

@@ -63,6 +63,9 @@ public:
 
     bool event(QEvent* event) override;
 
+    /// Hands the frames of a burst over to the system. Call it before anything that may block the thread.
+    void flush();
+
 signals:
     void finished();
 
@@ -74,17 +77,20 @@ public slots:
     /// emits finished().
     void exit();
 
+    // A reference reads the copy inside the queued call. The slots' signatures are those of plain values, for
+    // which Qt would copy the list of the arcs once more.
+
     /// Publish a value. False if it was not sent yet, only cached. useTraps asks for a notification.
-    bool sendValue(Oid oid, bool value, bool useTraps);
-    bool sendValue(Oid oid, qint32 value, bool useTraps);
-    bool sendValue(Oid oid, double value, bool useTraps);
-    bool sendValue(Oid oid, QString value, bool useTraps);
+    bool sendValue(const Oid& oid, bool value, bool useTraps);
+    bool sendValue(const Oid& oid, qint32 value, bool useTraps);
+    bool sendValue(const Oid& oid, double value, bool useTraps);
+    bool sendValue(const Oid& oid, const QString& value, bool useTraps);
 
     /// Sends the whole cache, without notifications.
     void resendAll();
 
-    void unsetOid(Oid oid);
-    void unsetOidTree(Oid oid);
+    void unsetOid(const Oid& oid);
+    void unsetOidTree(const Oid& oid);
 
     void createConnections();
     void onConnected();
@@ -96,12 +102,13 @@ private slots:
 
 protected:
     /// Sends the state of one identifier. False if it is still to be sent.
-    bool send(const Oid& oid, const QVariant& value, bool notify);
+    bool send(const vigil::OidArcs& oid, const QVariant& value, bool notify);
 
 private:
     template <typename Action>
     void guarded(Action action);
     void reconnect();
+    void gatherFrames();
     bool isGivingUp() const;
     bool publish(const Oid& oid, const QVariant& value, bool notify);
     void sendPending();
@@ -110,9 +117,9 @@ private:
     void onBytesWritten();
     void reportCatchingUp();
     void dropPending();
-    bool sendUnset(const Oid& oid);
-    bool sendInt(const Oid& oid, int value, bool useTraps);
-    bool sendString(const Oid& oid, const QString& value, bool useTraps);
+    bool sendUnset(const vigil::OidArcs& oid);
+    bool sendInt(const vigil::OidArcs& oid, int value, bool useTraps);
+    bool sendString(const vigil::OidArcs& oid, const QString& value, bool useTraps);
     void connectLog();
 
     void dispatch(int dataType, const QByteArray& data, int callbackId);

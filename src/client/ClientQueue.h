@@ -16,6 +16,7 @@
 #include "client/QueueOverflow.h"
 
 class Client;
+class QMetaMethod;
 
 /// The way into the client thread: puts calls into the client's event queue.
 ///
@@ -53,7 +54,7 @@ private:
 
     /// spill puts the same call into the overflow.
     template <typename Spill, typename... Arguments>
-    void call(int bytes, Spill spill, const char* slot, Arguments... arguments);
+    void call(int bytes, Spill spill, const QMetaMethod& slot, Arguments... arguments);
 
     bool isFull() VIGIL_REQUIRES(m_mutex);
     void countPosted(int bytes) VIGIL_REQUIRES(m_mutex);

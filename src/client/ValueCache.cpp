@@ -8,16 +8,6 @@
 using vigil::Oid;
 using vigil::OidArcs;
 
-void ValueCache::set(const Oid& oid, const QVariant& value)
-{
-    m_values[oid.toStdVector()] = value;
-}
-
-void ValueCache::unset(const Oid& oid)
-{
-    set(oid, QVariant());
-}
-
 int ValueCache::removeTree(const Oid& tree)
 {
     const OidArcs arcs = tree.toStdVector();

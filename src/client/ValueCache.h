@@ -19,8 +19,8 @@
 class ValueCache
 {
 public:
-    void set(const vigil::Oid& oid, const QVariant& value);
-    void unset(const vigil::Oid& oid);
+    /// An invalid value unsets oid.
+    void set(const vigil::OidArcs& oid, const QVariant& value) { m_values[oid] = value; }
 
     /// Removes tree and its descendants, and returns how many entries these were. If there was a descendant,
     /// tree stays as unset: the replay repeats the removal.

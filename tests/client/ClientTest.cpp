@@ -334,8 +334,8 @@ TEST_F(ClientTest, ACachedValueOfAnUnknownKindIsReportedInsteadOfSent)
         using Client::send;
     };
     OpenClient open;
-    open.send(below("1"), QVariant(QByteArray("bytes")), false);
-    open.send(below("2"), QVariant(QDate()), false);
+    open.send(below("1").toStdVector(), QVariant(QByteArray("bytes")), false);
+    open.send(below("2").toStdVector(), QVariant(QDate()), false);
     EXPECT_EQ(log.count("Invalid datatype 12."), 1);
     EXPECT_EQ(log.count("Invalid datatype 14."), 1);
 }

@@ -17,6 +17,11 @@ using vigil::Oid;
 
 namespace {
 
+vigil::OidArcs arcs(const char* text)
+{
+    return oid(text).toStdVector();
+}
+
 /// "1.2=5", or "1.2 unset".
 std::vector<std::string> entries(const ValueCache& cache)
 {
@@ -32,28 +37,28 @@ std::vector<std::string> entries(const ValueCache& cache)
 TEST(ValueCache, KeepsTheLastValueOfEachIdentifierInTheOrderOfTheIdentifiers)
 {
     ValueCache cache;
-    cache.set(oid("1.10"), 1);
-    cache.set(oid("1.9"), 2);
-    cache.set(oid("1.10"), 3);
+    cache.set(arcs("1.10"), 1);
+    cache.set(arcs("1.9"), 2);
+    cache.set(arcs("1.10"), 3);
     EXPECT_THAT(entries(cache), ElementsAre("1.9=2", "1.10=3"));
 }
 
 TEST(ValueCache, AnUnsetIdentifierStaysAsUnset)
 {
     ValueCache cache;
-    cache.set(oid("1.1"), 1);
-    cache.unset(oid("1.1"));
-    cache.unset(oid("1.2"));
+    cache.set(arcs("1.1"), 1);
+    cache.set(arcs("1.1"), QVariant());
+    cache.set(arcs("1.2"), QVariant());
     EXPECT_THAT(entries(cache), ElementsAre("1.1 unset", "1.2 unset"));
 }
 
 TEST(ValueCache, ARemovedTreeWithDescendantsStaysAsUnset)
 {
     ValueCache cache;
-    cache.set(oid("1.1"), 1);
-    cache.set(oid("1.2.1"), 2);
-    cache.set(oid("1.2.2.1"), 3);
-    cache.set(oid("1.3"), 4);
+    cache.set(arcs("1.1"), 1);
+    cache.set(arcs("1.2.1"), 2);
+    cache.set(arcs("1.2.2.1"), 3);
+    cache.set(arcs("1.3"), 4);
     EXPECT_EQ(cache.removeTree(oid("1.2")), 2);
     EXPECT_THAT(entries(cache), ElementsAre("1.1=1", "1.2 unset", "1.3=4"));
 }
@@ -61,8 +66,8 @@ TEST(ValueCache, ARemovedTreeWithDescendantsStaysAsUnset)
 TEST(ValueCache, TheValueOfTheTreeItselfCounts)
 {
     ValueCache cache;
-    cache.set(oid("1.2"), 1);
-    cache.set(oid("1.2.1"), 2);
+    cache.set(arcs("1.2"), 1);
+    cache.set(arcs("1.2.1"), 2);
     EXPECT_EQ(cache.removeTree(oid("1.2")), 2);
     EXPECT_THAT(entries(cache), ElementsAre("1.2 unset"));
 }
@@ -70,7 +75,7 @@ TEST(ValueCache, TheValueOfTheTreeItselfCounts)
 TEST(ValueCache, ATreeWithoutDescendantsLeavesNothing)
 {
     ValueCache cache;
-    cache.set(oid("1.2"), 1);
+    cache.set(arcs("1.2"), 1);
     EXPECT_EQ(cache.removeTree(oid("1.2")), 1);
     EXPECT_THAT(entries(cache), IsEmpty());
 }
@@ -78,7 +83,7 @@ TEST(ValueCache, ATreeWithoutDescendantsLeavesNothing)
 TEST(ValueCache, RemovingAnUnknownTreeChangesNothing)
 {
     ValueCache cache;
-    cache.set(oid("1.20"), 1);
+    cache.set(arcs("1.20"), 1);
     EXPECT_EQ(cache.removeTree(oid("1.2")), 0);
     EXPECT_THAT(entries(cache), ElementsAre("1.20=1"));
 }
