@@ -91,6 +91,8 @@ public:
     std::vector<unsigned int> toStdVector() const;
 
 private:
+    friend struct OidNodes; // inside the library
+
     std::list<unsigned int>* m_arcs; // a pointer keeps the class one word wide in every build
 };
 

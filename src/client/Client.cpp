@@ -306,10 +306,10 @@ bool Client::publish(const Oid& oid, const QVariant& value, bool notify)
 /// The service removes the whole tree at the first of these unsets.
 void Client::unsetOidTree(const Oid& tree)
 {
+    const OidArcs arcs = tree.toStdVector();
     int left = m_valueCache.removeTree(tree);
     if (left == 0)
         return;
-    const OidArcs arcs = tree.toStdVector();
     while (left > 0 && m_pending.isEmpty() && !isGivingUp() && sendUnset(arcs))
         --left;
     if (left > 0 && m_connected) {

@@ -10,9 +10,13 @@ SnmpHealthCheckTable::SnmpHealthCheckTable() : SnmpTable(entryOfTable(1), {3, 4}
 
 void SnmpHealthCheckTable::setRow(const StringPair& key, unsigned int status, const std::string& summary)
 {
-    createRowIfAbsent(key);
-    setIntColumn(key, 0, status);
-    writeCell(key, 1, summary);
+    {
+        RowWriter row(*this, key, IfMissing::Create);
+        if (row) {
+            row.write(0, static_cast<int>(status));
+            row.write(1, summary);
+        }
+    }
     base::writeDebug(base::tablesCategory, [&](QDebug line) {
         line << "set SnmpHealthCheckTable row for " << key.first.c_str() << key.second.c_str();
     });

@@ -14,7 +14,9 @@ SnmpMetricResultTable::SnmpMetricResultTable(const std::string& firstKey, const 
 
 void SnmpMetricResultTable::setRow(const std::string& name, unsigned int status, const std::string& summary)
 {
-    createRowIfAbsent(name);
-    setIntColumn(name, 0, status);
-    writeCell(name, 1, summary);
+    RowWriter row(*this, name, IfMissing::Create);
+    if (!row)
+        return;
+    row.write(0, static_cast<int>(status));
+    row.write(1, summary);
 }

@@ -16,11 +16,12 @@ SnmpMetricTable::SnmpMetricTable(const std::string& firstKey, const std::string&
 void SnmpMetricTable::setRow(const std::string& name, const std::string& unit, const std::string& warning,
                              const std::string& critical)
 {
-    if (!hasRow(name))
+    RowWriter row(*this, name, IfMissing::Skip);
+    if (!row)
         return;
-    writeCell(name, 0, unit);
-    writeCell(name, warningRangeIndex, warning);
-    writeCell(name, criticalRangeIndex, critical);
+    row.write(0, unit);
+    row.write(warningRangeIndex, warning);
+    row.write(criticalRangeIndex, critical);
     base::writeDebug(base::tablesCategory,
                      [&](QDebug line) { line << "set SnmpMetricTable row for " << name.c_str(); });
 }

@@ -10,10 +10,12 @@ SnmpMgmFuncTable::SnmpMgmFuncTable() : SnmpTable(entryOfTable(5), {1, 2, 3, 4, 5
 void SnmpMgmFuncTable::setRow(const StringPair& key, unsigned int trigger1, int trigger2, int trigger3,
                               int trigger4, const std::string& command)
 {
-    createRowIfAbsent(key);
-    setIntColumn(key, 0, trigger1);
-    writeCell(key, 1, trigger2);
-    writeCell(key, 2, trigger3);
-    writeCell(key, 3, trigger4);
-    writeCell(key, 4, command);
+    RowWriter row(*this, key, IfMissing::Create);
+    if (!row)
+        return;
+    row.write(0, static_cast<int>(trigger1));
+    row.write(1, trigger2);
+    row.write(2, trigger3);
+    row.write(3, trigger4);
+    row.write(4, command);
 }

@@ -16,10 +16,12 @@ void SnmpPerfDataTable::setRow(const std::string& name, const std::string& label
                                const std::string& unit, const std::string& warning,
                                const std::string& critical)
 {
-    createRowIfAbsent(name);
-    writeCell(name, 0, label);
-    writeCell(name, 1, value);
-    writeCell(name, 2, unit);
-    writeCell(name, 3, warning);
-    writeCell(name, 4, critical);
+    RowWriter row(*this, name, IfMissing::Create);
+    if (!row)
+        return;
+    row.write(0, label);
+    row.write(1, value);
+    row.write(2, unit);
+    row.write(3, warning);
+    row.write(4, critical);
 }

@@ -13,8 +13,10 @@
 #include "client/CallbackStore.h"
 #include "client/CallbackStoreLock.h"
 #include "platform/Platform.h"
+#include "types/OidNodes.h"
 
 using vigil::Oid;
+using vigil::OidArcs;
 using vigil::ValueChangedCallback;
 
 namespace {
@@ -88,11 +90,19 @@ void SnmpTable<Key>::appendIndexPrefix(const Key& key)
 }
 
 template <typename Key>
-std::vector<Oid> SnmpTable<Key>::cellsOf(const Key& key) const
+OidArcs SnmpTable<Key>::firstCellOf(const Key& key) const
+{
+    return (m_entry + m_columns.front() + m_indexPrefix + indexOid(key)).toStdVector();
+}
+
+template <typename Key>
+std::vector<Oid> SnmpTable<Key>::cellsOf(OidArcs firstCell) const
 {
     std::vector<Oid> cells;
-    for (const unsigned int column : m_columns)
-        cells.push_back(m_entry + column + m_indexPrefix + indexOid(key));
+    for (const unsigned int column : m_columns) {
+        firstCell[static_cast<std::size_t>(m_entry.size())] = column;
+        cells.push_back(Oid::fromStdVector(firstCell));
+    }
     return cells;
 }
 
@@ -139,18 +149,12 @@ void SnmpTable<Key>::createRow(const Key& key)
 {
     if (platform::isForkedChild())
         return; // another thread of the parent may have left the rows half changed
-    std::vector<Oid> cells = cellsOf(key);
+    OidArcs firstCell = firstCellOf(key);
     const base::MutexLock lock(m_rowsMutex);
     Row& row = m_rows[key];
-    row.cells = std::move(cells);
+    row.firstCell = std::move(firstCell);
     row.callback.reset();
-}
-
-template <typename Key>
-void SnmpTable<Key>::createRowIfAbsent(const Key& key)
-{
-    if (!hasRow(key))
-        createRow(key);
+    row.callbackCells.clear();
 }
 
 template <typename Key>
@@ -167,7 +171,7 @@ void SnmpTable<Key>::removeRow(const Key& key)
     if (!row)
         return;
     try {
-        for (const Oid& cell : row.mapped().cells)
+        for (const Oid& cell : cellsOf(row.mapped().firstCell))
             m_facade.unsetOid(cell);
     } catch (...) { // no memory; the caller may try again
         const base::MutexLock lock(m_rowsMutex);
@@ -194,38 +198,56 @@ void SnmpTable<Key>::removeAllRows()
 // --- Cells
 
 template <typename Key>
-bool SnmpTable<Key>::findCell(const Key& key, int columnIndex, Oid& cell) const
+SnmpTable<Key>::RowWriter::RowWriter(SnmpTable& table, const Key& key, IfMissing ifMissing) : m_table(table)
 {
     if (platform::isForkedChild())
-        return false;
-    const base::MutexLock lock(m_rowsMutex);
-    const auto row = m_rows.find(key);
-    if (row == m_rows.end())
-        return false;
-    cell = row->second.cells.at(static_cast<std::size_t>(columnIndex));
-    return true;
+        return;
+    const base::MutexLock lock(table.m_rowsMutex);
+    auto row = table.m_rows.find(key);
+    if (row == table.m_rows.end()) {
+        if (ifMissing == IfMissing::Skip)
+            return;
+        row = table.m_rows.emplace(key, Row{table.firstCellOf(key), nullptr, {}}).first;
+    }
+    m_cell = table.m_spareCell ? std::move(table.m_spareCell) : std::make_unique<Oid>();
+    vigil::OidNodes::assign(*m_cell, row->second.firstCell);
 }
 
 template <typename Key>
-void SnmpTable<Key>::writeCell(const Key& key, int columnIndex, int value)
+SnmpTable<Key>::RowWriter::~RowWriter()
 {
-    Oid cell;
-    if (findCell(key, columnIndex, cell))
-        m_facade.sendValue(cell, value, 0);
+    if (!m_cell)
+        return;
+    const base::MutexLock lock(m_table.m_rowsMutex);
+    m_table.m_spareCell = std::move(m_cell);
 }
 
 template <typename Key>
-void SnmpTable<Key>::writeCell(const Key& key, int columnIndex, const std::string& value)
+const Oid& SnmpTable<Key>::RowWriter::cell(int columnIndex)
 {
-    Oid cell;
-    if (findCell(key, columnIndex, cell))
-        m_facade.sendValue(cell, value, 0);
+    const auto column = static_cast<std::size_t>(m_table.m_entry.size());
+    vigil::OidNodes::setArc(*m_cell, column, m_table.m_columns.at(static_cast<std::size_t>(columnIndex)));
+    return *m_cell;
+}
+
+template <typename Key>
+void SnmpTable<Key>::RowWriter::write(int columnIndex, int value)
+{
+    m_table.m_facade.sendValue(cell(columnIndex), value, 0);
+}
+
+template <typename Key>
+void SnmpTable<Key>::RowWriter::write(int columnIndex, const std::string& value)
+{
+    m_table.m_facade.sendValue(cell(columnIndex), value, 0);
 }
 
 template <typename Key>
 void SnmpTable<Key>::setIntColumn(const Key& key, int columnIndex, unsigned int value)
 {
-    writeCell(key, columnIndex, static_cast<int>(value));
+    RowWriter row(*this, key, IfMissing::Skip);
+    if (row)
+        row.write(columnIndex, static_cast<int>(value));
 }
 
 // --- Callbacks
@@ -241,11 +263,11 @@ void SnmpTable<Key>::setRowCallback(const Key& key, std::unique_ptr<ValueChanged
     const auto row = m_rows.find(key);
     if (row == m_rows.end())
         return;
-    if (store) {
-        for (const Oid& cell : row->second.cells)
-            store->registerValueChangedCallback(cell, callback.get());
-    }
+    if (store)
+        row->second.callbackCells = cellsOf(row->second.firstCell);
     row->second.callback = std::move(callback);
+    for (const Oid& cell : row->second.callbackCells)
+        store->registerValueChangedCallback(cell, row->second.callback.get());
 }
 
 template <typename Key>
@@ -259,10 +281,11 @@ void SnmpTable<Key>::removeRowCallback(const Key& key)
     if (row == m_rows.end())
         return;
     if (store) {
-        for (const Oid& cell : row->second.cells)
+        for (const Oid& cell : row->second.callbackCells)
             store->deregisterValueChanged(cell);
     }
     row->second.callback.reset();
+    row->second.callbackCells.clear();
 }
 
 template <typename Key>
@@ -273,11 +296,12 @@ void SnmpTable<Key>::removeAllRowCallbacks()
     const CallbackStoreLock store;
     const base::MutexLock lock(m_rowsMutex);
     for (auto& row : m_rows) {
-        for (const Oid& cell : row.second.cells) {
-            if (store && row.second.callback)
+        for (const Oid& cell : row.second.callbackCells) {
+            if (store)
                 store->deregisterValueChanged(cell);
         }
         row.second.callback.reset();
+        row.second.callbackCells.clear();
     }
 }
 
