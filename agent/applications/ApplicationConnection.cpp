@@ -38,6 +38,7 @@ ApplicationConnection::ApplicationConnection(QTcpSocket* socket, ApplicationId a
         if (isSilent())
             closeSilent();
     });
+    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1); // a manager waits for each frame
     connect(m_socket, &QTcpSocket::readyRead, this, &ApplicationConnection::readFrames);
     connect(m_socket, &QTcpSocket::disconnected, this, &ApplicationConnection::handleDisconnected);
 }
