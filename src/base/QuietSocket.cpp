@@ -90,10 +90,10 @@ bool QuietSocket::waitForBytesWritten(int timeoutMs)
 
 void QuietSocket::disconnectFromHost()
 {
-    if (m_sendsItself && bytesToWrite() > 0)
-        setSocketState(ClosingState);
-    else
-        QTcpSocket::disconnectFromHost();
+    if (!m_sendsItself || bytesToWrite() == 0)
+        return QTcpSocket::disconnectFromHost();
+    setSocketState(ClosingState);
+    sendPending(); // gathered bytes have no timer yet
 }
 
 void QuietSocket::close()

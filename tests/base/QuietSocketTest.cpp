@@ -64,6 +64,46 @@ TEST_F(QuietSocket, SendsTheRestOnceThePeerReads)
     EXPECT_EQ(socket.bytesToWrite(), 0);
 }
 
+TEST_F(QuietSocket, GathersUntilItIsFlushed)
+{
+    socket.setGathering(true);
+    socket.write("some ");
+    socket.write("text");
+    EXPECT_EQ(socket.bytesToWrite(), 9);
+    EXPECT_FALSE(peer->waitForReadyRead(50));
+    socket.flush();
+    EXPECT_EQ(socket.bytesToWrite(), 0);
+    EXPECT_TRUE(support::runUntil([&] { return peer->bytesAvailable() == 9; }));
+    EXPECT_EQ(peer->readAll(), "some text");
+}
+
+TEST_F(QuietSocket, GathersNoMoreThanABurst)
+{
+    socket.setGathering(true);
+    const QByteArray frame(1000, 'x');
+    for (int i = 0; i < 100; ++i)
+        socket.write(frame);
+    EXPECT_LT(socket.bytesToWrite(), 64 * 1024);
+    EXPECT_TRUE(support::runUntil([&] { return peer->bytesAvailable() >= 64 * 1024; }));
+}
+
+TEST_F(QuietSocket, ADisconnectSendsGatheredBytes)
+{
+    socket.setGathering(true);
+    socket.write("text");
+    socket.disconnectFromHost();
+    EXPECT_TRUE(support::runUntil([&] { return peer->bytesAvailable() == 4; }));
+    EXPECT_TRUE(support::runUntil([&] { return socket.state() == QAbstractSocket::UnconnectedState; }));
+}
+
+TEST_F(QuietSocket, NoticesALostPeerWithGatheredBytes)
+{
+    socket.setGathering(true);
+    socket.write("text");
+    peer.reset();
+    EXPECT_TRUE(support::runUntil([&] { return socket.state() == QAbstractSocket::UnconnectedState; }));
+}
+
 TEST_F(QuietSocket, ADisconnectWaitsForPendingBytes)
 {
     fill();
