@@ -90,6 +90,7 @@ install(FILES
   ${PROJECT_SOURCE_DIR}/docs/architecture.md
   ${PROJECT_SOURCE_DIR}/docs/building.md
   ${PROJECT_SOURCE_DIR}/docs/operations.md
+  ${PROJECT_SOURCE_DIR}/docs/performance.md
   ${PROJECT_SOURCE_DIR}/docs/security.md
   ${PROJECT_SOURCE_DIR}/docs/vigil-agent.8.md
   ${PROJECT_SOURCE_DIR}/docs/wire-protocol.md
