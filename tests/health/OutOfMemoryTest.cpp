@@ -43,6 +43,7 @@ struct Application
     vigil::ScalarMetric* handled = nullptr; // the one with a handler
     vigil::SimpleMetric* simple = nullptr;
     bool hasManagement = false;
+    HealthCheck* furtherCheck = nullptr; // ends once there is memory again
 };
 
 class OutOfMemoryIn : public support::LibraryTest
@@ -109,6 +110,8 @@ private:
 
     void expectTruth(Application& application)
     {
+        if (application.furtherCheck)
+            application.furtherCheck->destroy();
         if (application.check)
             application.check->update();
         read();
@@ -240,10 +243,8 @@ TEST_F(OutOfMemoryIn, TheEndOfAManagementHandler)
 
 TEST_F(OutOfMemoryIn, TheCreationOfACheck)
 {
-    atEveryPoint(nothing, [](Application&) {
-        HealthCheck* further = vigil::createHealthCheck("further", "check");
-        if (further)
-            further->destroy();
+    atEveryPoint(nothing, [](Application& application) {
+        application.furtherCheck = vigil::createHealthCheck("further", "check");
     });
 }
 
