@@ -11,7 +11,7 @@ namespace base {
 
 namespace {
 constexpr int usualRecordSize = 160; // most records then take one allocation
-constexpr int lengthSize = 4;
+constexpr int lengthBytes = 4;
 } // namespace
 
 PropertyWriter::PropertyWriter(QByteArray& out) : m_out(out)
@@ -28,7 +28,7 @@ int PropertyWriter::beginProperty(int tag)
 
 void PropertyWriter::endProperty(int start)
 {
-    qToBigEndian<qint32>(m_out.size() - start, m_out.data() + start - lengthSize);
+    qToBigEndian<qint32>(m_out.size() - start, m_out.data() + start - lengthBytes);
 }
 
 void PropertyWriter::writeValue(qint32 value)
