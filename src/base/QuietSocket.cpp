@@ -3,8 +3,10 @@
 
 #include "base/QuietSocket.h"
 
+#include <QDeadlineTimer>
 #include <QTimer>
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/Platform.h"
@@ -14,6 +16,8 @@ namespace base {
 namespace {
 /// A socket notifier would collide with the one of Qt on the same socket.
 constexpr int retryMs = 5;
+
+constexpr int writeStepMs = 50;
 
 /// A system call then carries some 400 frames; more do not make it cheaper.
 constexpr int gatheredBytes = 64 * 1024;
@@ -80,12 +84,26 @@ qint64 QuietSocket::bytesToWrite() const
     return m_sendsItself ? m_pending.size() - m_sent : QTcpSocket::bytesToWrite();
 }
 
+/// A system may call a socket writable only once a large part of its buffer is free. A slow peer would look
+/// as if it took nothing, so each step tries to write first.
 bool QuietSocket::waitForBytesWritten(int timeoutMs)
+{
+    const QDeadlineTimer deadline(timeoutMs);
+    while (!flush()) {
+        if (bytesToWrite() == 0 || deadline.hasExpired())
+            return false;
+        const int leftMs = timeoutMs < 0 ? writeStepMs : static_cast<int>(deadline.remainingTime());
+        if (waitAndWrite(std::min(leftMs, writeStepMs)))
+            return true;
+    }
+    return true;
+}
+
+bool QuietSocket::waitAndWrite(int timeoutMs)
 {
     if (!m_sendsItself)
         return QTcpSocket::waitForBytesWritten(timeoutMs);
-    return sendPending() || (bytesToWrite() > 0 &&
-                             platform::waitUntilWritable(socketDescriptor(), timeoutMs) && sendPending());
+    return platform::waitUntilWritable(socketDescriptor(), timeoutMs) && sendPending();
 }
 
 void QuietSocket::disconnectFromHost()

@@ -43,6 +43,7 @@ protected:
 
 private:
     bool sendPending();
+    bool waitAndWrite(int timeoutMs);
     void emptyBuffer();
 
     const bool m_sendsItself;
