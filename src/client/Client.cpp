@@ -45,13 +45,14 @@ constexpr int stateDisconnected = 1;
 constexpr unsigned int genErr = 5;     // the callback threw
 constexpr unsigned int noCallback = 1; // none is registered for the identifier
 
+// Made when the library is loaded, so they outlive its exit handler and the client thread.
 const Oid enterprisePrefix = Oid::fromStdString(base::enterpriseOid);
+const OidArcs enterpriseArcs = enterprisePrefix.toStdVector();
 
 /// Leaves out the arcs shared with the enterprise's identifier, even if it is not a full prefix.
 std::string relativeText(const OidArcs& oid)
 {
-    static const OidArcs prefix = enterprisePrefix.toStdVector();
-    auto arc = std::mismatch(oid.begin(), oid.end(), prefix.begin(), prefix.end()).first;
+    auto arc = std::mismatch(oid.begin(), oid.end(), enterpriseArcs.begin(), enterpriseArcs.end()).first;
     std::string text;
     text.reserve(usualTextSize);
     for (; arc != oid.end(); ++arc) {

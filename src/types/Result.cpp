@@ -32,7 +32,7 @@ std::string Result::getSummary() const
 
 std::string Result::getStatusString(HealthStatus status) const
 {
-    static const std::array<std::string, 4> words = {"OK", "WARNING", "CRITICAL", "UNKNOWN"};
+    static constexpr std::array<const char*, 4> words = {"OK", "WARNING", "CRITICAL", "UNKNOWN"};
     const auto index = static_cast<std::size_t>(status);
     return index < words.size() ? words[index] : words.back();
 }

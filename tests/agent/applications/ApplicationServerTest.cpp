@@ -447,7 +447,10 @@ TEST_F(ApplicationServerTest, LimitsTheCellsOfAllApplicationsOfAUser)
     FakeApplication second(strictPort);
     for (const char* oid : {"5.4", "5.5", "5.6", "5.7"})
         second.publish(oid, 1);
-    ASSERT_TRUE(runUntil([&] { return strict.applications()[1].recordsRefused == 2; }));
+    ASSERT_TRUE(runUntil([&] {
+        const auto applications = strict.applications(); // one, until the second is accepted
+        return applications.size() == 2 && applications[1].recordsRefused == 2;
+    }));
     EXPECT_EQ(store.size(), 5U);
     second.publish("5.5", 2);
     EXPECT_TRUE(runUntil([&] {
