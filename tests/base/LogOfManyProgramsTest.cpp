@@ -114,11 +114,16 @@ TEST_F(LogOfManyPrograms, SixStartedAtOnceHaveAFileEach)
         EXPECT_TRUE(program->waitForReady());
     for (auto& program : programs)
         EXPECT_TRUE(program->finish());
-    EXPECT_EQ(directory.files().filter(QLatin1String(".log")).size(), 6);
+    int filesInUse = 0;
     for (const QString& name : directory.files().filter(QLatin1String(".log"))) {
-        EXPECT_EQ(directory.content(name).count(": line "), 1) << name.toStdString();
-        EXPECT_FALSE(directory.content(name).contains('\0')) << name.toStdString();
+        const QByteArray content = directory.content(name);
+        if (content.isEmpty())
+            continue; // its program met another one looking for a free file, and took the next
+        ++filesInUse;
+        EXPECT_EQ(content.count(": line "), 1) << name.toStdString();
+        EXPECT_FALSE(content.contains('\0')) << name.toStdString();
     }
+    EXPECT_EQ(filesInUse, 6);
 }
 
 TEST_F(LogOfManyPrograms, AKilledProgramLeavesItsFileToTheRing)

@@ -78,27 +78,33 @@ std::vector<std::string> LibraryTest::publicationsSoFar()
 std::string LibraryTest::validate(const std::string& oid, const std::string& value)
 {
     ++m_request;
-    service.send(base::SnmpStringType, encodedString(oid, value, m_request), base::Validation);
+    send(base::SnmpStringType, encodedString(oid, value, m_request), base::Validation);
     return awaitAnswer();
 }
 
 std::string LibraryTest::validate(const std::string& oid, int value)
 {
     ++m_request;
-    service.send(base::SnmpIntType, encodedInt(oid, value, m_request), base::Validation);
+    send(base::SnmpIntType, encodedInt(oid, value, m_request), base::Validation);
     return awaitAnswer();
 }
 
 void LibraryTest::commit(const std::string& oid, const std::string& value)
 {
-    service.send(base::SnmpStringType, encodedString(oid, value), base::PlainValue);
+    send(base::SnmpStringType, encodedString(oid, value), base::PlainValue);
     validate(markOid, 0); // frames are dealt with in their order
 }
 
 void LibraryTest::commit(const std::string& oid, int value)
 {
-    service.send(base::SnmpIntType, encodedInt(oid, value), base::PlainValue);
+    send(base::SnmpIntType, encodedInt(oid, value), base::PlainValue);
     validate(markOid, 0);
+}
+
+void LibraryTest::send(int dataType, const QByteArray& payload, int callbackId)
+{
+    ASSERT_TRUE(service.waitForConnections(1)) << "the library is not connected";
+    service.send(dataType, payload, callbackId);
 }
 
 std::string LibraryTest::awaitAnswer()

@@ -53,6 +53,7 @@ protected:
     vigil::VigilSnmpInterface& facade;
 
 private:
+    void send(int dataType, const QByteArray& payload, int callbackId);
     std::string awaitAnswer();
 
     std::size_t m_reported = 0; // frames already returned by publications()
