@@ -26,6 +26,10 @@ TEST(Unload, WithALiveCheckStopsTheLibraryAndCanBeRepeated)
 
 TEST(Unload, WithALiveCheckReturnsWithoutAService)
 {
+    // The host unloads while the client thread starts. Windows holds its loader lock meanwhile, and a thread
+    // that needs this lock to start may still run when the library is gone.
+    if (!SYSTEM_LEAVES_THREADS_TO_EXIT_HANDLERS)
+        GTEST_SKIP() << "unloading beside a starting thread is not safe on this system";
     HostProcess host(QStringLiteral(UNLOADING_HOST), usePlugin("start"), refusingPort());
     EXPECT_EQ(host.exitCode(), 0);
     EXPECT_LT(host.startingMs(), HostProcess::limitMs);
