@@ -138,7 +138,7 @@ std::uint64_t FrameSink::frames() const
 void FrameSink::waitForFrames(std::uint64_t total)
 {
     m_shared->wanted = total;
-    // If all are there already, whoever takes the number back ends the wait.
+    // If all are there already, the one side that takes the number back ends the wait.
     if (m_shared->frames >= total && m_shared->wanted.exchange(0) != 0)
         return;
     while (sem_wait(&m_shared->reached) != 0) {
