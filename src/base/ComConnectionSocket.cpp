@@ -98,8 +98,8 @@ void ComConnectionSocket::installSocket(QuietSocket* socket)
         slot_currentConnectionDisconnected();
     resetCountersAndBuffers();
     m_socket = socket;
-    m_socket->setSocketOption(QAbstractSocket::LowDelayOption,
-                              1); // an answer must not wait for an acknowledgement
+    // An answer must not wait for the acknowledgement of the frame before.
+    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     m_socket->setGathering(m_isGathering);
     connect(m_socket, SIGNAL(disconnected()), this, SLOT(slot_currentConnectionDisconnected()));
     connect(m_socket, SIGNAL(readyRead()), this, SLOT(slot_readyRead()));

@@ -203,8 +203,8 @@ void Client::exit()
 
 void Client::onTimerReconnect()
 {
-    if (!CallbackStoreLock::isHeldByThisThread()) // the timer can fire inside a callback that runs an event
-                                                  // loop
+    // The timer can fire inside a callback that runs an event loop.
+    if (!CallbackStoreLock::isHeldByThisThread())
         guarded([this] { reconnect(); });
 }
 

@@ -72,6 +72,15 @@ int applicationAfterTheLibrary(int& argc, char** argv)
     return runs && runsAfter ? 0 : 1;
 }
 
+/// The test sends a line once it has seen what was published.
+void leaveWhenTold()
+{
+    std::string line;
+    std::cout << "published" << std::endl;
+    std::getline(std::cin, line);
+    sayLeaving();
+}
+
 /// The check outlives the application object, publishes, and is destroyed.
 int applicationBeforeItsChecks(int& argc, char** argv)
 {
@@ -81,10 +90,7 @@ int applicationBeforeItsChecks(int& argc, char** argv)
     application.reset();
     late->setUnit(" published after the application object");
     check->update();
-    std::string line;
-    std::cout << "published" << std::endl;
-    std::getline(std::cin, line);
-    sayLeaving();
+    leaveWhenTold();
     check->destroy();
     return QCoreApplication::instance() ? 1 : 0;
 }
@@ -98,10 +104,7 @@ int applicationBesideACheck(int& argc, char** argv)
     vigil::ScalarMetric* late = check->createScalarMetric("late");
     late->setUnit(" published beside the application object");
     const bool runsBeside = runsItsOwnLoop(application);
-    std::string line;
-    std::cout << "published" << std::endl;
-    std::getline(std::cin, line);
-    sayLeaving();
+    leaveWhenTold();
     check->destroy();
     const bool runsAfter = runsItsOwnLoop(application);
     makeCheck()->destroy();
@@ -120,10 +123,7 @@ int applicationWithinACheck(int& argc, char** argv)
     }
     vigil::ScalarMetric* late = check->createScalarMetric("late");
     late->setUnit(" published after the application object");
-    std::string line;
-    std::cout << "published" << std::endl;
-    std::getline(std::cin, line);
-    sayLeaving();
+    leaveWhenTold();
     check->destroy();
     return QCoreApplication::instance() ? 1 : 0;
 }
