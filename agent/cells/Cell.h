@@ -22,8 +22,9 @@ using CellValue = std::variant<int, std::string>;
 struct Cover
 {
     enum class Reason {
-        Stale, ///< the owner has not updated its check for long
-        Lost   ///< the owner's connection has ended
+        Stale,    ///< the owner has not updated its check for long
+        Lost,     ///< the owner's connection has ended
+        Committed ///< a manager has set the cell and the owner has accepted; it has not published since
     };
 
     CellValue value;

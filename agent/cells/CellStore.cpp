@@ -12,6 +12,8 @@ std::optional<ApplicationId> CellStore::set(const ObjectId& id, CellValue value,
     const auto [position, isNew] = m_cells.try_emplace(id);
     Cell& cell = position->second;
     cell.value = std::move(value);
+    if (cell.cover && cell.cover->reason == Cover::Reason::Committed)
+        cell.cover.reset();
     const ApplicationId previous = std::exchange(cell.owner, application);
     if (!isNew && previous == application)
         return std::nullopt;
@@ -30,11 +32,16 @@ void CellStore::disown(ApplicationId application, const ObjectId& id)
         m_idsByOwner.erase(owned);
 }
 
-void CellStore::changeValue(const ObjectId& id, CellValue value)
+void CellStore::dropCommitted(ApplicationId application)
 {
-    const auto position = m_cells.find(id);
-    if (position != m_cells.end())
-        position->second.value = std::move(value);
+    const auto owned = m_idsByOwner.find(application);
+    if (owned == m_idsByOwner.end())
+        return;
+    for (const ObjectId* id : owned->second) {
+        Cell& cell = m_cells.find(*id)->second;
+        if (cell.cover && cell.cover->reason == Cover::Reason::Committed)
+            cell.cover.reset();
+    }
 }
 
 std::vector<ObjectId> CellStore::unsetTree(const ObjectId& tree, ApplicationId application)

@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "agent/cells/Cell.h"
@@ -27,11 +28,18 @@ public:
     using Cells = std::map<ObjectId, Cell>;
     using Entry = Cells::value_type;
 
-    /// Keeps a cover in place. Returns the previous owner if the cell had another one.
+    /// Keeps a cover in place, unless it is a committed value. Returns the previous owner if the cell had
+    /// another one.
     std::optional<ApplicationId> set(const ObjectId& id, CellValue value, ApplicationId application);
 
-    /// Gives an existing cell a new value; the owner stays.
-    void changeValue(const ObjectId& id, CellValue value);
+    /// The owner has accepted a manager's value. Managers read it until the owner publishes another one.
+    void commit(const ObjectId& id, CellValue value)
+    {
+        cover(id, {std::move(value), Cover::Reason::Committed});
+    }
+
+    /// The owner is lost. Its cells read as published: it may have ended before it took the committed values.
+    void dropCommitted(ApplicationId application);
 
     /// Removes the application's own cells at and below tree. Returns their identifiers.
     std::vector<ObjectId> unsetTree(const ObjectId& tree, ApplicationId application);

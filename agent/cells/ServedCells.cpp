@@ -66,6 +66,7 @@ bool ServedCells::lose(const Owner& owner)
 {
     if (m_store.countOf(owner.application) == 0)
         return false;
+    m_store.dropCommitted(owner.application);
     m_lost.add(owner);
     return true;
 }

@@ -14,6 +14,9 @@ namespace agent {
 
 namespace {
 
+// An application that ends with its answer closes its connection meanwhile. Managers hardly notice the delay.
+constexpr qint64 settleMs = 20;
+
 /// Applications answer with SNMP error statuses. 1 (tooBig) is their "no" without a reason.
 int statusForManager(int answered)
 {
@@ -30,7 +33,8 @@ SetCoordinator::SetCoordinator(CellStore& store, CellOwners& owners, Clock& cloc
     : m_store(store),
       m_owners(owners),
       m_timeoutMs(timeoutMs),
-      m_undecided(clock, timeoutMs, [this](Key key, qint64) { handleTimeout(key); })
+      m_undecided(clock, timeoutMs, [this](Key key, qint64) { handleTimeout(key); }),
+      m_settling(clock, settleMs, [this](Key key, qint64) { handleSettled(key); })
 {}
 
 int SetCoordinator::check(const SetVarbind& varbind) const
@@ -72,26 +76,37 @@ bool SetCoordinator::isStillValid(Key key) const
     const std::vector<SetTransaction::Question>& questions = position->second.questions();
     return std::all_of(questions.begin(), questions.end(), [this](const SetTransaction::Question& question) {
         const Cell* cell = m_store.find(question.varbind.id);
-        return cell && cell->owner == question.owner;
+        return cell && cell->owner == question.owner && m_owners.isConnected(question.owner);
     });
 }
 
-void SetCoordinator::commit(Key key)
+bool SetCoordinator::commit(Key key)
 {
+    const bool isValid = isStillValid(key);
     const auto position = m_sets.find(key);
     if (position == m_sets.end() || !position->second.commit())
-        return;
+        return false;
     const auto node = m_sets.extract(position);
-    for (const SetTransaction::Question& question : node.mapped().questions()) {
+    const std::vector<SetTransaction::Question>& questions = node.mapped().questions();
+    if (!isValid) {
+        log::warning(QStringLiteral("a SET of %1 and %2 other objects has no effect: an application was lost "
+                                    "after it had accepted. Behind snmpd the manager does not hear of this")
+                         .arg(toText(questions.front().varbind.id))
+                         .arg(questions.size() - 1));
+        return false;
+    }
+    for (const SetTransaction::Question& question : questions) {
         const SetVarbind& varbind = question.varbind;
-        m_store.changeValue(varbind.id, varbind.value);
+        m_store.commit(varbind.id, varbind.value);
         m_owners.commit(question.owner, varbind.id, varbind.value);
     }
+    return true;
 }
 
 void SetCoordinator::drop(Key key)
 {
     m_undecided.remove(key);
+    m_settling.remove(key);
     m_sets.erase(key);
 }
 
@@ -107,9 +122,17 @@ void SetCoordinator::handleAnswer(ApplicationId owner, int number, int errorStat
     auto& [key, set] = *position;
     if (!set.handleAnswer(owner, number, statusForManager(errorStatus)))
         return;
-    if (set.state() == SetTransaction::Refused)
-        ++m_counts.refused;
+    if (set.state() == SetTransaction::Settling)
+        return m_settling.restart(key);
+    ++m_counts.refused;
     announce(key);
+}
+
+void SetCoordinator::handleSettled(Key key)
+{
+    const auto position = m_sets.find(key);
+    if (position != m_sets.end() && position->second.handleSettled())
+        announce(key);
 }
 
 void SetCoordinator::handleLost(ApplicationId owner)
@@ -128,6 +151,8 @@ void SetCoordinator::handleTimeout(Key key)
     const auto position = m_sets.find(key);
     if (position == m_sets.end() || !position->second.handleTimeout())
         return;
+    if (position->second.state() == SetTransaction::Accepted)
+        return announce(key); // all have answered, and the time is up
     ++m_counts.timedOut;
     const SetTransaction& set = position->second;
     const SetTransaction::Question& open = set.questions()[static_cast<size_t>(set.decision().index)];
@@ -150,6 +175,7 @@ void SetCoordinator::announce(Key key)
     if (position == m_sets.end())
         return;
     m_undecided.remove(key);
+    m_settling.remove(key);
     const SetTransaction::Decision decision = position->second.decision();
     emit decided(key, decision.index, decision.errorStatus);
 }

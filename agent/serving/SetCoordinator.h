@@ -51,11 +51,12 @@ public:
     /// Asks the owners of the cells. decided() follows unless drop() comes first.
     Key begin(std::vector<SetVarbind> varbinds);
 
-    /// False if a cell has gone or has changed hands since its owner was asked.
+    /// False if a cell has gone or has changed hands since its owner was asked, or its owner is lost.
     bool isStillValid(Key key) const;
 
-    /// Gives the cells of an accepted SET their new values, and tells their owners.
-    void commit(Key key);
+    /// Gives the cells of an accepted SET their new values, and tells their owners. False if nothing has
+    /// changed, because the SET is not accepted or no longer valid.
+    bool commit(Key key);
 
     void drop(Key key);
 
@@ -71,6 +72,7 @@ signals:
 private:
     int nextNumber();
     void handleTimeout(Key key);
+    void handleSettled(Key key);
     void announce(Key key);
 
     CellStore& m_store;
@@ -78,6 +80,7 @@ private:
     const int m_timeoutMs;
     std::map<Key, SetTransaction> m_sets;
     DelayQueue<Key> m_undecided;
+    DelayQueue<Key> m_settling;
     Counts m_counts;
     Key m_lastKey = 0;
     int m_lastNumber = 0;

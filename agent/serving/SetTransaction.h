@@ -20,14 +20,16 @@ struct SetVarbind
 
 /// The life of one SET, from the questions to the owners of its cells to the commit.
 ///
-/// All varbinds take effect or none does. The first refusal, loss or time-out decides the SET; otherwise the
-/// last acceptance does. After the decision, answers have no effect.
+/// All varbinds take effect or none does. The first refusal, loss or time-out decides the SET. After the last
+/// acceptance the SET settles for a moment: an owner that ends right after its answer is still noticed. After
+/// the decision, answers have no effect.
 class SetTransaction
 {
 public:
     enum State {
         Asking,    ///< an owner has yet to answer
-        Accepted,  ///< all owners agree
+        Settling,  ///< all owners agree; the loss of one still counts
+        Accepted,  ///< the SET is to take effect
         Refused,   ///< the manager gets an error
         Committed, ///< the cells have their new values
     };
@@ -38,16 +40,18 @@ public:
         OneRefuses,
         OwnerLost,
         TimedOut,
+        Settled, ///< no owner was lost since the last answer
         Commit,
     };
 
     // clang-format off
-    static constexpr State nextState[4][6] = {
-        //              OneAccepts  LastAccepts  OneRefuses  OwnerLost   TimedOut    Commit
-        /* Asking    */ {Asking,    Accepted,    Refused,    Refused,    Refused,    Asking},
-        /* Accepted  */ {Accepted,  Accepted,    Accepted,   Accepted,   Accepted,   Committed},
-        /* Refused   */ {Refused,   Refused,     Refused,    Refused,    Refused,    Refused},
-        /* Committed */ {Committed, Committed,   Committed,  Committed,  Committed,  Committed},
+    static constexpr State nextState[5][7] = {
+        //              OneAccepts  LastAccepts  OneRefuses  OwnerLost   TimedOut    Settled     Commit
+        /* Asking    */ {Asking,    Settling,    Refused,    Refused,    Refused,    Asking,     Asking},
+        /* Settling  */ {Settling,  Settling,    Settling,   Refused,    Accepted,   Accepted,   Settling},
+        /* Accepted  */ {Accepted,  Accepted,    Accepted,   Accepted,   Accepted,   Accepted,   Committed},
+        /* Refused   */ {Refused,   Refused,     Refused,    Refused,    Refused,    Refused,    Refused},
+        /* Committed */ {Committed, Committed,   Committed,  Committed,  Committed,  Committed,  Committed},
     };
     // clang-format on
 
@@ -77,12 +81,13 @@ public:
     /// True while the owner's answer with this number is outstanding.
     bool isAwaiting(ApplicationId owner, int number) const;
 
-    // Events. Each returns true if it decides the SET.
+    // Events. Each returns true if it changes the state.
 
     /// The SET must be waiting for this answer.
     bool handleAnswer(ApplicationId owner, int number, int errorStatus);
     bool handleLost(ApplicationId owner);
     bool handleTimeout();
+    bool handleSettled();
 
     /// False if the SET is not accepted, or is committed already.
     bool commit();

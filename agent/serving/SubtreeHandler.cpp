@@ -88,8 +88,7 @@ int SubtreeHandler::handle(netsnmp_mib_handler* handler, netsnmp_handler_registr
         self->checkUnchanged(requests);
         break;
     case MODE_SET_COMMIT:
-        self->m_coordinator.commit(keyOf(requests));
-        break;
+        return self->m_coordinator.commit(keyOf(requests)) ? SNMP_ERR_NOERROR : SNMP_ERR_COMMITFAILED;
     case MODE_SET_FREE:
     case MODE_SET_UNDO:
         self->m_coordinator.drop(keyOf(requests));

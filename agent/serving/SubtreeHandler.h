@@ -19,13 +19,13 @@ namespace agent {
 ///
 /// GET and GETNEXT are answered from the store at once. A SET runs through Net-SNMP's phases:
 ///
-/// | Phase      | What happens                                                       |
-/// |------------|--------------------------------------------------------------------|
-/// | RESERVE1   | checks what the agent knows itself                                 |
-/// | RESERVE2   | asks the applications, and delegates the request until they answer |
-/// | ACTION     | checks that no cell has gone or changed hands since                |
-/// | COMMIT     | changes the cells and tells the applications                       |
-/// | FREE, UNDO | an earlier phase has failed: drops the SET                         |
+/// | Phase      | What happens                                                        |
+/// |------------|---------------------------------------------------------------------|
+/// | RESERVE1   | checks what the agent knows itself                                  |
+/// | RESERVE2   | asks the applications, and delegates the request until they answer  |
+/// | ACTION     | checks that no cell has gone or changed hands, and no owner is lost |
+/// | COMMIT     | changes the cells and tells the applications                        |
+/// | FREE, UNDO | an earlier phase has failed: drops the SET                          |
 ///
 /// Ownership: store and coordinator must outlive the handler, and the handler Net-SNMP's agent.
 /// Failure: the manager gets an SNMP error status.

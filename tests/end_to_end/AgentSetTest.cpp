@@ -207,6 +207,32 @@ TEST_F(AgentSet, AConnectionLostDuringASetReturnsResourceUnavailableAtOnce)
     EXPECT_FALSE(agent->log().contains("has not answered a SET")) << "before the SET's own time-out";
 }
 
+// The manager was told noError, the other application was changed, and nobody had the lost one's value.
+TEST_F(AgentSet, AnApplicationThatEndsWithItsAnswerLeavesAllUnchanged)
+{
+    start();
+    FakeApplication other(agent->applicationPort());
+    other.publish("6.1", 1);
+    ASSERT_TRUE(tool->waitFor(full("6.1"), QStringLiteral("1")));
+    other.onQuestion = [&](const FakeApplication::Request& question) {
+        other.answer(question, 0);
+        other.close();
+    };
+    EXPECT_EQ(reason(tool->set(integer("5.1", "2") + integer("6.1", "2"))),
+              QStringLiteral("resourceUnavailable"));
+    expectUnchanged();
+    EXPECT_EQ(tool->get(full("6.1")), QStringLiteral("1"));
+}
+
+TEST_F(AgentSet, ACommittedValueEndsWithItsApplication)
+{
+    start();
+    EXPECT_EQ(tool->set(integer("5.1", "2")).exitCode, 0);
+    EXPECT_EQ(tool->get(full("5.1")), QStringLiteral("2"));
+    application->close();
+    EXPECT_TRUE(tool->waitFor(full("5.1"), QStringLiteral("1")));
+}
+
 TEST_F(AgentSet, ACellUnsetDuringASetReturnsResourceUnavailable)
 {
     start();

@@ -87,15 +87,32 @@ TEST(CellStore, RemovesAllCellsOfAnApplication)
     EXPECT_NE(store.find({2}), nullptr);
 }
 
-TEST(CellStore, AChangedValueKeepsTheOwner)
+TEST(CellStore, ServesACommittedValueUntilTheOwnerPublishes)
 {
     CellStore store;
     store.set({1}, 1, 7);
-    store.changeValue({1}, 2);
-    EXPECT_EQ(std::get<int>(store.find({1})->value), 2);
+    store.commit({1}, 2);
+    EXPECT_EQ(std::get<int>(store.find({1})->served()), 2);
     EXPECT_EQ(store.find({1})->owner, 7u);
-    store.changeValue({2}, 2);
+    store.set({1}, 3, 7);
+    EXPECT_EQ(std::get<int>(store.find({1})->served()), 3);
+    store.commit({2}, 2);
     EXPECT_EQ(store.size(), 1u);
+}
+
+TEST(CellStore, DropsTheCommittedValuesOfOneApplication)
+{
+    CellStore store;
+    store.set({1}, 1, 7);
+    store.set({2}, 1, 8);
+    store.set({3}, 1, 7);
+    store.cover({3}, {3, Cover::Reason::Stale});
+    store.commit({1}, 2);
+    store.commit({2}, 2);
+    store.dropCommitted(7);
+    EXPECT_EQ(std::get<int>(store.find({1})->served()), 1);
+    EXPECT_EQ(std::get<int>(store.find({2})->served()), 2);
+    EXPECT_EQ(std::get<int>(store.find({3})->served()), 3) << "another cover";
 }
 
 TEST(CellStore, ServesTheCoverUntilItIsRemoved)

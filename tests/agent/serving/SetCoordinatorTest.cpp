@@ -20,6 +20,7 @@ using testing::IsEmpty;
 namespace {
 
 constexpr int timeoutMs = 2000;
+constexpr int settleMs = 20;
 
 /// The error status of a decision, and the index of its varbind.
 using Decision = std::pair<int, int>;
@@ -67,6 +68,7 @@ protected:
         const SetCoordinator::Key key = beginBoth();
         coordinator.handleAnswer(7, owners.numbers.at(0), 0);
         coordinator.handleAnswer(8, owners.numbers.at(1), 0);
+        clock.advance(settleMs);
         return key;
     }
 
@@ -99,15 +101,39 @@ TEST_F(SetCoordinatorTest, ACellOfALostApplicationIsUnavailable)
 
 // --- The decision
 
-TEST_F(SetCoordinatorTest, IsDecidedWhenTheLastOwnerAccepts)
+TEST_F(SetCoordinatorTest, IsDecidedAMomentAfterTheLastOwnerAccepts)
 {
     beginBoth();
     ASSERT_THAT(owners.asked, ElementsAre(7, 8));
     coordinator.handleAnswer(8, owners.numbers[1], 0);
     EXPECT_THAT(decisions, IsEmpty());
     coordinator.handleAnswer(7, owners.numbers[0], 0);
+    clock.advance(settleMs - 1);
+    EXPECT_THAT(decisions, IsEmpty());
+    clock.advance(1);
     EXPECT_THAT(decisions, ElementsAre(accepted));
     EXPECT_THAT(owners.committed, IsEmpty());
+}
+
+TEST_F(SetCoordinatorTest, AnOwnerLostRightAfterItsAnswerMakesTheResourceUnavailable)
+{
+    beginBoth();
+    coordinator.handleAnswer(7, owners.numbers[0], 0);
+    coordinator.handleAnswer(8, owners.numbers[1], 0);
+    coordinator.handleLost(7);
+    clock.advance(settleMs);
+    EXPECT_THAT(decisions, ElementsAre(Decision{SNMP_ERR_RESOURCEUNAVAILABLE, 0}));
+}
+
+TEST_F(SetCoordinatorTest, TheTimeoutEndsTheSettling)
+{
+    beginBoth();
+    clock.advance(timeoutMs - 5);
+    coordinator.handleAnswer(7, owners.numbers[0], 0);
+    coordinator.handleAnswer(8, owners.numbers[1], 0);
+    clock.advance(5);
+    EXPECT_THAT(decisions, ElementsAre(accepted));
+    EXPECT_EQ(coordinator.counts().timedOut, 0u);
 }
 
 TEST_F(SetCoordinatorTest, IsDecidedAtTheFirstRefusal)
@@ -143,6 +169,7 @@ TEST_F(SetCoordinatorTest, ALateAnswerIsNotMistakenForOneToTheNextSet)
     coordinator.handleAnswer(7, owners.numbers[0], 0);
     EXPECT_THAT(decisions, IsEmpty());
     coordinator.handleAnswer(7, owners.numbers[2], 0);
+    clock.advance(settleMs);
     EXPECT_THAT(decisions, ElementsAre(accepted));
 }
 
@@ -187,6 +214,7 @@ TEST_F(SetCoordinatorTest, AnswersBecomeStatusesForTheManager)
         decisions.clear();
         coordinator.begin({{{1}, 12}});
         coordinator.handleAnswer(7, owners.numbers.back(), answered);
+        clock.advance(settleMs);
         EXPECT_THAT(decisions, ElementsAre(Decision{told, 0})) << answered;
     }
 }
@@ -236,9 +264,9 @@ TEST_F(SetCoordinatorTest, ADroppedSetDoesNotTimeOut)
 
 TEST_F(SetCoordinatorTest, CommitChangesTheCellsAndTellsTheOwners)
 {
-    coordinator.commit(acceptBoth());
-    EXPECT_EQ(std::get<int>(store.find({1})->value), 11);
-    EXPECT_EQ(std::get<std::string>(store.find({2})->value), "eleven");
+    EXPECT_TRUE(coordinator.commit(acceptBoth()));
+    EXPECT_EQ(std::get<int>(store.find({1})->served()), 11);
+    EXPECT_EQ(std::get<std::string>(store.find({2})->served()), "eleven");
     EXPECT_THAT(owners.committed, ElementsAre(7, 8));
 }
 
@@ -248,7 +276,17 @@ TEST_F(SetCoordinatorTest, AnUnacceptedSetChangesNothing)
     coordinator.commit(key);
     coordinator.handleLost(8);
     coordinator.commit(key);
-    EXPECT_EQ(std::get<int>(store.find({1})->value), 10);
+    EXPECT_EQ(std::get<int>(store.find({1})->served()), 10);
+    EXPECT_THAT(owners.committed, IsEmpty());
+}
+
+TEST_F(SetCoordinatorTest, AnAcceptedSetIsInvalidOnceAnOwnerIsLost)
+{
+    const SetCoordinator::Key key = acceptBoth();
+    owners.disconnected.insert(8);
+    EXPECT_FALSE(coordinator.isStillValid(key));
+    EXPECT_FALSE(coordinator.commit(key));
+    EXPECT_EQ(std::get<int>(store.find({1})->served()), 10);
     EXPECT_THAT(owners.committed, IsEmpty());
 }
 
@@ -257,7 +295,7 @@ TEST_F(SetCoordinatorTest, ADroppedSetChangesNothing)
     const SetCoordinator::Key key = acceptBoth();
     coordinator.drop(key);
     coordinator.commit(key);
-    EXPECT_EQ(std::get<int>(store.find({1})->value), 10);
+    EXPECT_EQ(std::get<int>(store.find({1})->served()), 10);
     EXPECT_THAT(owners.committed, IsEmpty());
 }
 

@@ -22,6 +22,7 @@ protected:
     {
         acceptFirst();
         acceptSecond();
+        set.handleSettled();
     }
     bool refuseSecond() { return set.handleAnswer(second, 2, SNMP_ERR_WRONGVALUE); }
 
@@ -34,7 +35,10 @@ TEST_F(SetTransactionTest, AsksUntilTheLastOwnerAccepts)
 {
     EXPECT_FALSE(acceptFirst());
     EXPECT_EQ(set.state(), SetTransaction::Asking);
+    EXPECT_FALSE(set.handleSettled());
     EXPECT_TRUE(acceptSecond());
+    EXPECT_EQ(set.state(), SetTransaction::Settling);
+    EXPECT_TRUE(set.handleSettled());
     EXPECT_EQ(set.state(), SetTransaction::Accepted);
     EXPECT_EQ(set.decision().errorStatus, SNMP_ERR_NOERROR);
 }
@@ -55,6 +59,26 @@ TEST_F(SetTransactionTest, ALostOwnerDecidesEvenIfItHasAccepted)
     EXPECT_EQ(set.state(), SetTransaction::Refused);
     EXPECT_EQ(set.decision().index, 0);
     EXPECT_EQ(set.decision().errorStatus, SNMP_ERR_RESOURCEUNAVAILABLE);
+}
+
+TEST_F(SetTransactionTest, ALossRightAfterTheLastAnswerStillDecides)
+{
+    acceptFirst();
+    acceptSecond();
+    EXPECT_TRUE(set.handleLost(second));
+    EXPECT_EQ(set.state(), SetTransaction::Refused);
+    EXPECT_EQ(set.decision().index, 1);
+    EXPECT_EQ(set.decision().errorStatus, SNMP_ERR_RESOURCEUNAVAILABLE);
+    EXPECT_FALSE(set.handleSettled());
+}
+
+TEST_F(SetTransactionTest, ATimeoutWhileSettlingAccepts)
+{
+    acceptFirst();
+    acceptSecond();
+    EXPECT_TRUE(set.handleTimeout());
+    EXPECT_EQ(set.state(), SetTransaction::Accepted);
+    EXPECT_EQ(set.decision().errorStatus, SNMP_ERR_NOERROR);
 }
 
 TEST_F(SetTransactionTest, ATimeoutDecidesAgainstTheFirstOpenQuestion)
