@@ -205,10 +205,7 @@ private:
     {
         if (bytes.isEmpty())
             return;
-        std::vector<FakeService::Frame> frames;
-        connection.buffer += bytes;
-        while (hasWholeFrame(connection.buffer))
-            frames.push_back(takeFrame(connection));
+        const std::vector<FakeService::Frame> frames = takeFrames(connection, bytes);
         m_service.record([&](auto& record) {
             record.bytes += bytes;
             record.frames.insert(record.frames.end(), frames.begin(), frames.end());
@@ -216,26 +213,38 @@ private:
         closeIfDue(connection);
     }
 
-    static bool hasWholeFrame(const QByteArray& buffer)
+    /// The rest of the buffer moves once for all frames: with a backlog of megabytes each move is expensive.
+    static std::vector<FakeService::Frame> takeFrames(Connection& connection, const QByteArray& bytes)
     {
-        quint64 length = 0;
-        return FrameHeader::readPrefix(buffer.left(FrameHeader::prefixSize), length) ==
-                   FrameHeader::Prefix::Good &&
-               static_cast<quint64>(buffer.size()) >= FrameHeader::prefixSize + length;
+        std::vector<FakeService::Frame> frames;
+        connection.buffer += bytes;
+        int taken = 0;
+        while (const int size = wholeFrameSize(connection.buffer, taken)) {
+            frames.push_back(frameAt(connection, taken, size));
+            taken += size;
+        }
+        connection.buffer.remove(0, taken);
+        connection.receivedFrames += static_cast<int>(frames.size());
+        return frames;
     }
 
-    static FakeService::Frame takeFrame(Connection& connection)
+    /// 0 if the frame at this offset is not complete.
+    static int wholeFrameSize(const QByteArray& buffer, int offset)
     {
         quint64 length = 0;
-        FrameHeader::readPrefix(connection.buffer.left(FrameHeader::prefixSize), length);
-        const int payloadSize = static_cast<int>(length) - FrameHeader::remainderSize;
-        const FakeService::Frame frame{connection.number,
-                                       FrameHeader::readRemainder(connection.buffer.mid(
-                                           FrameHeader::prefixSize, FrameHeader::remainderSize)),
-                                       connection.buffer.mid(FrameHeader::size, payloadSize)};
-        connection.buffer.remove(0, FrameHeader::size + payloadSize);
-        ++connection.receivedFrames;
-        return frame;
+        if (FrameHeader::readPrefix(buffer.mid(offset, FrameHeader::prefixSize), length) !=
+            FrameHeader::Prefix::Good)
+            return 0;
+        const quint64 size = FrameHeader::prefixSize + length;
+        return static_cast<quint64>(buffer.size() - offset) >= size ? static_cast<int>(size) : 0;
+    }
+
+    static FakeService::Frame frameAt(const Connection& connection, int offset, int size)
+    {
+        const QByteArray remainder =
+            connection.buffer.mid(offset + FrameHeader::prefixSize, FrameHeader::remainderSize);
+        return {connection.number, FrameHeader::readRemainder(remainder),
+                connection.buffer.mid(offset + FrameHeader::size, size - FrameHeader::size)};
     }
 
     void closeIfDue(Connection& connection)

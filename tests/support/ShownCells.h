@@ -45,10 +45,9 @@ public:
     /// With all descendants.
     void remove(const std::string& tree)
     {
-        for (auto cell = m_cells.begin(); cell != m_cells.end();) {
-            const bool isWithin = cell->first == tree || cell->first.rfind(tree + ".", 0) == 0;
-            cell = isWithin ? m_cells.erase(cell) : std::next(cell);
-        }
+        m_cells.erase(tree);
+        // In the order of texts a slash follows a dot, so all descendants are between the two.
+        m_cells.erase(m_cells.lower_bound(tree + '.'), m_cells.lower_bound(tree + '/'));
     }
 
     /// From the identifier to the publication, without its notification.
