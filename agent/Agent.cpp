@@ -4,6 +4,7 @@
 #include "agent/Agent.h"
 
 #include "agent/core/Log.h"
+#include "agent/netsnmp/AgentxLimit.h"
 
 namespace agent {
 
@@ -42,6 +43,8 @@ void Agent::connectParts()
     QObject::connect(&m_applications, &ApplicationServer::lost, &m_coordinator, &SetCoordinator::handleLost);
     QObject::connect(&m_applications, &ApplicationServer::notificationWanted, &m_notifications,
                      &Notifications::notifyOfValue);
+    if (!m_options.isStandalone())
+        m_handler.setMaxMessage(AgentxLimit::maxMessage);
     m_engine.setPaused([this] { return m_handler.isWaiting(); });
 }
 

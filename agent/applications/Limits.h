@@ -29,6 +29,9 @@ struct Limits
     /// Cells of all lost applications together.
     std::size_t lostCells() const { return 10 * static_cast<std::size_t>(cells); }
 
+    /// The longest text behind snmpd. One with a long identifier still fits into a message to snmpd.
+    static constexpr int subagentTextBytes = 60'000;
+
     static constexpr int maxFrame = static_cast<int>(base::FrameHeader::maxLength);
 
     /// The time from the first byte of a frame to its last: an unfinished frame takes up memory.

@@ -6,15 +6,20 @@
 #include <QElapsedTimer>
 
 #include <cerrno>
+#include <cstring>
 
 #include <poll.h>
 #include <sys/socket.h>
+
+#include "agent/netsnmp/AgentxLimit.h"
 
 namespace agent {
 
 namespace {
 
 constexpr int sendTimeoutMs = 500;
+
+AgentxLimit limitOfStream; // there is one stream at a time
 
 bool waitUntilWritable(int descriptor, const QElapsedTimer& waited)
 {
@@ -23,22 +28,28 @@ bool waitUntilWritable(int descriptor, const QElapsedTimer& waited)
     return left > 0 && poll(&watched, 1, static_cast<int>(left)) > 0;
 }
 
-int sendOrShutDown(netsnmp_transport* transport, const void* data, int size, void**, int*)
+bool sendOrShutDown(const netsnmp_transport& transport, const QByteArray& bytes)
 {
     QElapsedTimer waited;
     waited.start();
     int sent = 0;
-    while (sent < size) {
-        const ssize_t step = send(transport->sock, static_cast<const char*>(data) + sent,
-                                  static_cast<size_t>(size - sent), MSG_DONTWAIT | MSG_NOSIGNAL);
+    while (sent < bytes.size()) {
+        const ssize_t step = send(transport.sock, bytes.constData() + sent,
+                                  static_cast<size_t>(bytes.size() - sent), MSG_DONTWAIT | MSG_NOSIGNAL);
         if (step >= 0) {
             sent += static_cast<int>(step);
-        } else if (errno != EINTR && (errno != EAGAIN || !waitUntilWritable(transport->sock, waited))) {
-            shutDownStream(*transport); // no other message can follow half of one
-            return -1;
+        } else if (errno != EINTR && (errno != EAGAIN || !waitUntilWritable(transport.sock, waited))) {
+            shutDownStream(transport); // no other message can follow half of one
+            return false;
         }
     }
-    return size;
+    return true;
+}
+
+int sendMessage(netsnmp_transport* transport, const void* data, int size, void**, int*)
+{
+    const QByteArray message = QByteArray::fromRawData(static_cast<const char*>(data), size);
+    return sendOrShutDown(*transport, AgentxLimit::limited(message)) ? size : -1;
 }
 
 /// Reports no sender's address: a stream has none.
@@ -46,18 +57,28 @@ int receive(netsnmp_transport* transport, void* data, int size, void** address, 
 {
     *address = nullptr;
     *addressLength = 0;
+    const auto most = static_cast<size_t>(size - AgentxLimit::maxHeldBack);
     ssize_t received = -1;
     do {
-        received = recv(transport->sock, data, static_cast<size_t>(size), MSG_DONTWAIT);
+        received = recv(transport->sock, data, most, MSG_DONTWAIT);
     } while (received < 0 && errno == EINTR);
-    return static_cast<int>(received);
+    if (received <= 0)
+        return static_cast<int>(received);
+    const QByteArray accepted = limitOfStream.receive(
+        QByteArray::fromRawData(static_cast<const char*>(data), static_cast<int>(received)));
+    sendOrShutDown(*transport, limitOfStream.takeAnswers());
+    if (accepted.isEmpty())
+        transport->flags |= NETSNMP_TRANSPORT_FLAG_EMPTY_PKT; // otherwise Net-SNMP takes it for the end
+    std::memmove(data, accepted.constData(), static_cast<size_t>(accepted.size()));
+    return accepted.size();
 }
 
 } // namespace
 
 void takeOverStream(netsnmp_transport& transport)
 {
-    transport.f_send = &sendOrShutDown;
+    limitOfStream = AgentxLimit();
+    transport.f_send = &sendMessage;
     transport.f_recv = &receive;
 }
 

@@ -12,7 +12,7 @@ namespace agent {
 ///
 /// Net-SNMP blocks until everything is sent, so a hung snmpd would block the agent once the system's buffer
 /// is full. Here a send gets half a second, then the stream is shut down. Net-SNMP also leaks the sender's
-/// address when the stream is reset; here a message has no such address.
+/// address when the stream is reset; here a message has no such address. AgentxLimit bounds the messages.
 ///
 /// Ownership: the transport stays Net-SNMP's.
 void takeOverStream(netsnmp_transport& transport);

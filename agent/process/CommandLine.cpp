@@ -58,6 +58,7 @@ private:
     Error readListen();
     Error readSetTimeout();
     Error readUsers();
+    Error checkText();
     Error readNumber(const Number& number);
 
     bool isSet(const QCommandLineOption& option) const { return m_parser.isSet(option); }
@@ -138,8 +139,10 @@ private:
         QStringLiteral("Accept at most <n> cells from all applications of one user other than root."), 1,
         mostCells, m_options.limits.userCells);
     const Number m_maxText = numberOption(QStringLiteral("max-text"), QStringLiteral("n"),
-                                          QStringLiteral("Cut texts longer than <n> bytes."), 1,
-                                          mostBytes.textBytes, m_options.limits.textBytes);
+                                          QStringLiteral("Cut texts longer than <n> bytes. Behind snmpd "
+                                                         "%1 is the most, and the default.")
+                                              .arg(Limits::subagentTextBytes),
+                                          1, mostBytes.textBytes, m_options.limits.textBytes);
     const Number m_maxFrame =
         numberOption(QStringLiteral("max-frame"), QStringLiteral("n"),
                      QStringLiteral("Disconnect an application that sends a frame longer than <n> bytes."),
@@ -189,7 +192,7 @@ Error Reader::readOptions()
         if (Error error = readNumber(*number))
             return error;
     }
-    return {};
+    return checkText();
 }
 
 Error Reader::readRole()
@@ -306,6 +309,20 @@ Error Reader::readSetTimeout()
                                     "subagent after a second without a reply")
                          .arg(m_options.setTimeoutMs)
                          .arg(subagentSetTimeoutMs + 1));
+    return {};
+}
+
+Error Reader::checkText()
+{
+    int& most = m_options.limits.textBytes;
+    if (m_options.isStandalone() || most <= Limits::subagentTextBytes)
+        return {};
+    if (isSet(m_maxText.option))
+        return Error(QStringLiteral("--max-text %1: behind snmpd it must not exceed %2, so that a text fits "
+                                    "into a message to snmpd")
+                         .arg(most)
+                         .arg(Limits::subagentTextBytes));
+    most = Limits::subagentTextBytes;
     return {};
 }
 

@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "agent/netsnmp/AgentxLimit.h"
 #include "agent/serving/VarbindValue.h"
 
 namespace agent {
@@ -101,17 +102,30 @@ int SubtreeHandler::handle(netsnmp_mib_handler* handler, netsnmp_handler_registr
 
 void SubtreeHandler::handleGet(netsnmp_request_info* requests) const
 {
+    size_t answerSize = AgentxLimit::emptyAnswer;
     for (netsnmp_request_info* request = requests; request; request = request->next) {
         const Cell* cell = m_store.find(objectIdOf(*request->requestvb));
-        if (cell)
-            putValue(request->requestvb, cell->served());
-        else
+        if (!cell)
             netsnmp_request_set_error(request, SNMP_NOSUCHINSTANCE);
+        else if (!putCell(request, *cell, answerSize))
+            return;
     }
+}
+
+/// False if the answer is full: it then holds an error. Long before its end, it could take much memory.
+bool SubtreeHandler::putCell(netsnmp_request_info* request, const Cell& cell, size_t& answerSize) const
+{
+    putValue(request->requestvb, cell.served());
+    answerSize += AgentxLimit::sizeOf(*request->requestvb);
+    if (m_maxMessage == 0 || answerSize <= m_maxMessage)
+        return true;
+    netsnmp_request_set_error(request, SNMP_ERR_TOOBIG);
+    return false;
 }
 
 void SubtreeHandler::handleGetNext(netsnmp_request_info* requests) const
 {
+    size_t answerSize = AgentxLimit::emptyAnswer;
     for (netsnmp_request_info* request = requests; request; request = request->next) {
         const ObjectId asked = objectIdOf(*request->requestvb);
         const CellStore::Entry* entry = nullptr;
@@ -123,7 +137,8 @@ void SubtreeHandler::handleGetNext(netsnmp_request_info* requests) const
             continue; // Net-SNMP goes on after the subtree
         const std::vector<oid> name(entry->first.begin(), entry->first.end());
         snmp_set_var_objid(request->requestvb, name.data(), name.size());
-        putValue(request->requestvb, entry->second.served());
+        if (!putCell(request, entry->second, answerSize))
+            return;
     }
 }
 

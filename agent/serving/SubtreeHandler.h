@@ -40,6 +40,9 @@ public:
     /// Net-SNMP's agent must be initialised.
     Error registerSubtree(const ObjectId& root);
 
+    /// No answer gets longer than a message of this length. The manager is told tooBig; 0 for no limit.
+    void setMaxMessage(size_t bytes) { m_maxMessage = bytes; }
+
     /// True while a SET waits for applications.
     bool isWaiting() const { return !m_delegated.empty(); }
 
@@ -49,6 +52,7 @@ private:
 
     bool registerHandler();
     void handleGet(netsnmp_request_info* requests) const;
+    bool putCell(netsnmp_request_info* request, const Cell& cell, size_t& answerSize) const;
     void handleGetNext(netsnmp_request_info* requests) const;
     void checkVarbinds(netsnmp_request_info* requests) const;
     void askOwners(netsnmp_mib_handler* handler, netsnmp_handler_registration* registration,
@@ -59,6 +63,7 @@ private:
     const CellStore& m_store;
     SetCoordinator& m_coordinator;
     ObjectId m_root;
+    size_t m_maxMessage = 0;
     std::map<SetCoordinator::Key, netsnmp_delegated_cache*> m_delegated;
 };
 

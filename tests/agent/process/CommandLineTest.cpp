@@ -113,6 +113,15 @@ TEST(CommandLine, UnderSnmpdTheSetTimeoutStaysBelowSnmpdsOwn)
     EXPECT_TRUE(error.contains(QStringLiteral("behind snmpd it must be below 1000"))) << qPrintable(error);
 }
 
+TEST(CommandLine, UnderSnmpdATextFitsIntoOneOfItsMessages)
+{
+    EXPECT_EQ(read({}).options.limits.textBytes, 60'000);
+    EXPECT_EQ(read("--max-text", "60000", {}).options.limits.textBytes, 60'000);
+    EXPECT_EQ(read("--max-text", "17", {}).options.limits.textBytes, 17);
+    const QString error = errorOf("--max-text", "60001", {});
+    EXPECT_TRUE(error.contains(QStringLiteral("behind snmpd it must not exceed 60000"))) << qPrintable(error);
+}
+
 TEST(CommandLine, TheSubtreeLiesAtOrBelowTheEnterprise)
 {
     for (const char* value : {"1.3.6.1.4.1.32473", ".1.3.6.1.4.1.32473.127.3", "1.3.6.1.4.1.32473.0"})
