@@ -104,8 +104,8 @@ QByteArray AgentxLimit::receive(const QByteArray& bytes)
                 accepted += takeHeader();
             continue;
         }
-        const auto part = static_cast<int>(
-            std::min<quint64>(m_bodyLeft, static_cast<quint64>(bytes.size() - position)));
+        const auto part =
+            static_cast<int>(std::min<quint64>(m_bodyLeft, static_cast<quint64>(bytes.size() - position)));
         if (!m_isDropped)
             accepted += bytes.mid(position, part);
         position += part;

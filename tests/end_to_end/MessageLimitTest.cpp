@@ -108,7 +108,8 @@ TEST_F(MessageLimit, TheLongestTextWithTheLongestIdentifierFits)
     application->publish(longId(1), std::string(65'535, 'y'));
     ASSERT_TRUE(agent.waitForLog("--max-text allows 60000"));
     const QString id = full(longId(1).c_str());
-    ASSERT_TRUE(manager().waitFor(id, QLatin1Char('"') + QString(60'000, QLatin1Char('y')) + QLatin1Char('"')));
+    ASSERT_TRUE(
+        manager().waitFor(id, QLatin1Char('"') + QString(60'000, QLatin1Char('y')) + QLatin1Char('"')));
 }
 
 TEST_F(MessageLimit, AWalkOverLongTextsIsWhole)
