@@ -17,6 +17,8 @@ namespace {
 // An application that ends with its answer closes its connection meanwhile. Managers hardly notice the delay.
 constexpr qint64 settleMs = 20;
 
+constexpr qint64 unresponsiveMs = 5'000;
+
 /// Applications answer with SNMP error statuses. 1 (tooBig) is their "no" without a reason.
 int statusForManager(int answered)
 {
@@ -34,6 +36,7 @@ SetCoordinator::SetCoordinator(CellStore& store, CellOwners& owners, Clock& cloc
       m_owners(owners),
       m_timeoutMs(timeoutMs),
       m_undecided(clock, timeoutMs, [this](Key key, qint64) { handleTimeout(key); }),
+      m_unresponsive(clock, unresponsiveMs, [](ApplicationId, qint64) {}),
       m_settling(clock, settleMs, [this](Key key, qint64) { handleSettled(key); })
 {}
 
@@ -42,7 +45,7 @@ int SetCoordinator::check(const SetVarbind& varbind) const
     const Cell* cell = m_store.find(varbind.id);
     if (!cell)
         return SNMP_ERR_NOCREATION;
-    if (!m_owners.isConnected(cell->owner))
+    if (!m_owners.isConnected(cell->owner) || m_unresponsive.contains(cell->owner))
         return SNMP_ERR_RESOURCEUNAVAILABLE;
     if (cell->value.index() != varbind.value.index())
         return SNMP_ERR_WRONGTYPE;
@@ -112,6 +115,7 @@ void SetCoordinator::drop(Key key)
 
 void SetCoordinator::handleAnswer(ApplicationId owner, int number, int errorStatus)
 {
+    m_unresponsive.remove(owner); // a late answer shows as well that it is back
     const auto position = std::find_if(m_sets.begin(), m_sets.end(), [&](const auto& entry) {
         return entry.second.isAwaiting(owner, number);
     });
@@ -137,6 +141,7 @@ void SetCoordinator::handleSettled(Key key)
 
 void SetCoordinator::handleLost(ApplicationId owner)
 {
+    m_unresponsive.remove(owner);
     std::vector<Key> refused; // slots of decided() may add and remove SETs
     for (auto& [key, set] : m_sets) {
         if (set.handleLost(owner))
@@ -154,13 +159,23 @@ void SetCoordinator::handleTimeout(Key key)
     if (position->second.state() == SetTransaction::Accepted)
         return announce(key); // all have answered, and the time is up
     ++m_counts.timedOut;
-    const SetTransaction& set = position->second;
+    for (const SetTransaction::Question& question : position->second.questions()) {
+        if (!question.isAccepted)
+            m_unresponsive.restart(question.owner);
+    }
+    warnOfTimeout(position->second);
+    announce(key);
+}
+
+void SetCoordinator::warnOfTimeout(const SetTransaction& set) const
+{
     const SetTransaction::Question& open = set.questions()[static_cast<size_t>(set.decision().index)];
     log::warning(QStringLiteral("%1 has not answered a SET of %2 within %3 ms; the manager is told "
-                                "resourceUnavailable")
+                                "resourceUnavailable. Until the application answers, further SETs fail at "
+                                "once, for %4 seconds at most")
                      .arg(m_owners.nameOf(open.owner), toText(open.varbind.id))
-                     .arg(m_timeoutMs));
-    announce(key);
+                     .arg(m_timeoutMs)
+                     .arg(unresponsiveMs / 1000));
 }
 
 int SetCoordinator::nextNumber()

@@ -25,6 +25,10 @@ namespace agent {
 ///
 /// decided() is emitted from the event loop, never from inside begin().
 /// Ownership: store, owners and clock must outlive the coordinator.
+/// While a SET waits for an application, a master waits with all its requests. After a time-out the
+/// application is unresponsive: SETs of its cells fail at once until it answers, or for 5 seconds. Then the
+/// next SET asks it again.
+///
 /// Failure: results are SNMP error statuses, 0 for none. If an application is lost or does not answer in
 /// time, the SET fails with resourceUnavailable.
 class SetCoordinator : public QObject
@@ -72,6 +76,7 @@ signals:
 private:
     int nextNumber();
     void handleTimeout(Key key);
+    void warnOfTimeout(const SetTransaction& set) const;
     void handleSettled(Key key);
     void announce(Key key);
 
@@ -80,6 +85,7 @@ private:
     const int m_timeoutMs;
     std::map<Key, SetTransaction> m_sets;
     DelayQueue<Key> m_undecided;
+    DelayQueue<ApplicationId> m_unresponsive;
     DelayQueue<Key> m_settling;
     Counts m_counts;
     Key m_lastKey = 0;

@@ -153,6 +153,29 @@ TEST_F(Subagent, AHungApplicationDelaysSnmpdAtMostForTheSetTimeout)
     EXPECT_EQ(agent->log().count(serving), 1) << "snmpd has not given the agent up";
 }
 
+TEST_F(Subagent, FurtherSetsToAHungApplicationDoNotDelaySnmpd)
+{
+    startAll({QStringLiteral("--set-timeout"), QStringLiteral("900")});
+    ASSERT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1")));
+    application->onQuestion = [](const FakeApplication::Request&) {};
+    const QStringList triple{full("5.1"), QStringLiteral("i"), QStringLiteral("2")};
+    const auto isRefused = [&] { return writer().set(triple).err.contains(QStringLiteral("resourceUnava")); };
+    ASSERT_TRUE(isRefused());
+    const LoadFreeTimer timer({agent->processId(), snmpd.processId()});
+    for (int i = 0; i < 4; ++i)
+        EXPECT_TRUE(isRefused());
+    EXPECT_NE(manager().get(ownObject), QString());
+    EXPECT_LT(timer.elapsedMs(), 900) << "less than one time-out";
+    EXPECT_EQ(application->questions().size(), 1u);
+
+    application->onQuestion = [&](const FakeApplication::Request& question) {
+        application->answer(question, 0);
+    };
+    application->answer(application->questions().front(), 0);
+    EXPECT_TRUE(support::runUntil([&] { return writer().set(triple).exitCode == 0; }, 4'000));
+    EXPECT_EQ(manager().get(full("5.1")), QStringLiteral("2"));
+}
+
 TEST_F(Subagent, OnlyTheSubtreeIsRegistered)
 {
     startAll({QStringLiteral("--subtree"), QStringLiteral("1.3.6.1.4.1.32473.5")});

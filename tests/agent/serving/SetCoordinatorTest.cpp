@@ -233,6 +233,36 @@ TEST_F(SetCoordinatorTest, ASilentOwnerMakesTheResourceUnavailable)
     EXPECT_EQ(coordinator.counts().refused, 0u);
 }
 
+TEST_F(SetCoordinatorTest, AfterATimeoutSetsOfTheOwnersCellsFailAtOnceForFiveSeconds)
+{
+    coordinator.begin({{{1}, 11}});
+    clock.advance(timeoutMs);
+    EXPECT_EQ(coordinator.check({{1}, 12}), SNMP_ERR_RESOURCEUNAVAILABLE);
+    EXPECT_EQ(coordinator.check({{2}, std::string("twelve")}), SNMP_ERR_NOERROR) << "another's cell";
+    clock.advance(4'999);
+    EXPECT_EQ(coordinator.check({{1}, 12}), SNMP_ERR_RESOURCEUNAVAILABLE);
+    clock.advance(1);
+    EXPECT_EQ(coordinator.check({{1}, 12}), SNMP_ERR_NOERROR) << "the next SET asks again";
+}
+
+TEST_F(SetCoordinatorTest, AfterATimeoutOnlyOwnersWithoutAnAnswerAreUnavailable)
+{
+    beginBoth();
+    coordinator.handleAnswer(7, owners.numbers[0], 0);
+    clock.advance(timeoutMs);
+    EXPECT_EQ(coordinator.check({{1}, 12}), SNMP_ERR_NOERROR);
+    EXPECT_EQ(coordinator.check({{2}, std::string("twelve")}), SNMP_ERR_RESOURCEUNAVAILABLE);
+}
+
+TEST_F(SetCoordinatorTest, ALateAnswerMakesTheOwnerAvailableAgain)
+{
+    coordinator.begin({{{1}, 11}});
+    clock.advance(timeoutMs);
+    coordinator.handleAnswer(7, owners.numbers[0], 0);
+    EXPECT_EQ(coordinator.check({{1}, 12}), SNMP_ERR_NOERROR);
+    EXPECT_THAT(owners.committed, IsEmpty());
+}
+
 TEST_F(SetCoordinatorTest, EachSetHasItsOwnTimeout)
 {
     coordinator.begin({{{1}, 11}});
