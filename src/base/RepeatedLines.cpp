@@ -56,7 +56,9 @@ void RepeatedLines::writeOrCount(const QString& text)
 
 void RepeatedLines::watch(const QString& kind)
 {
-    QTimer::singleShot(m_intervalMs, this, [this, kind] {
+    // Coarse: on Windows a precise timer needs the loader's lock, which is held while the library is
+    // unloaded.
+    QTimer::singleShot(m_intervalMs, Qt::CoarseTimer, this, [this, kind] {
         try {
             endInterval(kind);
         } catch (const std::bad_alloc&) { // the count is lost

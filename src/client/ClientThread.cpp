@@ -3,6 +3,7 @@
 
 #include "client/ClientThread.h"
 
+#include <QAbstractEventDispatcher>
 #include <QString>
 
 #include <atomic>
@@ -10,8 +11,11 @@
 
 #include "base/Logging.h"
 #include "base/UntilMemory.h"
+#include "platform/Platform.h"
 
 namespace {
+
+constexpr int beginPollMs = 1000; // any limit will do: the wait is repeated
 
 /// Asking Qt would create a thread object for every application thread that publishes. There is one client
 /// thread at a time.
@@ -22,8 +26,27 @@ std::atomic<std::thread::id> clientThreadId{};
 /// Connected first, so isCurrent() already holds in every other slot of started().
 ClientThread::ClientThread()
 {
-    const auto takeId = [] { clientThreadId = std::this_thread::get_id(); };
-    connect(this, &QThread::started, this, takeId, Qt::DirectConnection);
+    connect(this, &QThread::started, this, &ClientThread::begin, Qt::DirectConnection);
+}
+
+bool ClientThread::launch()
+{
+    const platform::BlockedSignals blocked;
+    start(QThread::InheritPriority);
+    if (!isRunning())
+        return false;
+    while (!m_hasBegun.tryAcquire(1, beginPollMs)) {
+    }
+    return true;
+}
+
+/// Runs in the thread. The first turn of Qt's event loop creates a window on Windows, which takes the
+/// loader's lock.
+void ClientThread::begin()
+{
+    clientThreadId = std::this_thread::get_id();
+    eventDispatcher()->processEvents(QEventLoop::AllEvents);
+    m_hasBegun.release();
 }
 
 bool ClientThread::isCurrent()

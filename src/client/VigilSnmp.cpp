@@ -178,11 +178,7 @@ bool VigilSnmp::startClient()
     thread->moveToThread(m_runner->thread());
     m_clientThread = thread.release();
     m_clientQueue.open(client.release());
-    {
-        const platform::BlockedSignals blocked;
-        m_clientThread->start(QThread::InheritPriority);
-    }
-    if (m_clientThread->isRunning()) {
+    if (m_clientThread->launch()) {
         m_lifecycle.on(Event::Started);
         return true;
     }
@@ -255,7 +251,7 @@ bool VigilSnmp::stopClient(int timeoutMs)
 {
     Client* client = nullptr;
     base::untilMemory([&] { client = m_clientQueue.close(); });
-    return client && runClientExit(client, timeoutMs) && endClientThread(timeoutMs);
+    return client && runClientExit(client, timeoutMs) && endClientThread();
 }
 
 /// Waits until the client has closed its connection. The exit is the last call in the client's queue, so all
@@ -292,15 +288,13 @@ bool VigilSnmp::runClientExit(Client* client, int timeoutMs)
 
 /// A running QThread must not be deleted: Qt would end the process.
 ///
-/// With a limit, the library may be being unloaded, and then no thread of a Windows process can end. Qt's
-/// wait() first checks whether the thread has finished its work. So wait in short steps and let it check
-/// again.
-bool VigilSnmp::endClientThread(int clientTimeoutMs)
+/// While a library is being unloaded, no thread of a Windows process can end. Qt's wait() first checks
+/// whether the thread has finished its work. So wait in short steps and let it check again.
+bool VigilSnmp::endClientThread()
 {
     m_clientThread->quit();
-    const unsigned long stepMs = clientTimeoutMs < 0 ? threadEndTimeoutMs : aliveCheckMs;
     const QDeadlineTimer deadline(threadEndTimeoutMs);
-    while (!m_clientThread->wait(stepMs)) {
+    while (!m_clientThread->wait(aliveCheckMs)) {
         if (deadline.hasExpired())
             return false;
     }

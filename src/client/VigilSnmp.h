@@ -105,7 +105,7 @@ private:
     void stop(const Limits& limits);
     bool stopClient(int timeoutMs);
     bool runClientExit(Client* client, int timeoutMs);
-    bool endClientThread(int clientTimeoutMs);
+    bool endClientThread();
     void muteCallbacks();
     bool releaseStore(int timeoutMs);
     bool releaseShared(int storeTimeoutMs);

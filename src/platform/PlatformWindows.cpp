@@ -54,16 +54,21 @@ private:
     HANDLE m_handle;
 };
 
-/// While a library is being unloaded, Windows lets no thread end, so join() with a limit must not wait for
-/// the thread itself. It waits until the routine has returned, plus a moment for the last instructions.
-/// join() without a limit is never called during unloading and waits for the thread.
+/// While a library is being unloaded, Windows lets no thread end by itself, so join() with a limit must not
+/// wait for the thread. Nor may the thread be left alone: its last instructions are in the library. So it
+/// says that its routine has returned and, in the same call of the system, parks until join() decides. With a
+/// limit join() terminates the parked thread, which holds nothing; without one it lets the thread end.
 class WindowsThread : public Thread
 {
 public:
+    ~WindowsThread() override { SetEvent(m_mayEnd.get()); }
+
     bool start(std::function<int()> routine)
     {
-        m_returned = Handle(CreateEventA(nullptr, TRUE, FALSE, nullptr));
-        auto task = std::make_unique<Task>(Task{std::move(routine), m_returned.duplicate()});
+        m_returned = makeEvent();
+        m_mayEnd = makeEvent();
+        auto task =
+            std::make_unique<Task>(Task{std::move(routine), m_returned.duplicate(), m_mayEnd.duplicate()});
         m_thread = Handle(CreateThread(nullptr, 0, &WindowsThread::run, task.get(), 0, &m_id));
         if (m_thread.get())
             static_cast<void>(task.release()); // now the thread's
@@ -82,35 +87,49 @@ public:
         const DWORD limit = timeoutMs < 0 ? INFINITE : static_cast<DWORD>(timeoutMs);
         const DWORD end = WaitForMultipleObjects(2, ends, FALSE, limit);
         if (end == WAIT_OBJECT_0 + 1)
-            WaitForSingleObject(m_thread.get(), timeoutMs < 0 ? endMs : lastInstructionsMs);
+            endParked(timeoutMs < 0);
         return end == WAIT_OBJECT_0 || end == WAIT_OBJECT_0 + 1;
     }
 
 private:
-    static constexpr DWORD lastInstructionsMs = 100;
-    static constexpr DWORD endMs = 5000; // ample; INFINITE could hang the process during unloading
+    static constexpr DWORD endMs = 1000; // ample; INFINITE would hang a host that stops in a DLL's destructor
 
     struct Task
     {
         std::function<int()> routine;
         Handle returned;
+        Handle mayEnd;
     };
+
+    static Handle makeEvent() { return Handle(CreateEventA(nullptr, TRUE, FALSE, nullptr)); }
 
     static DWORD WINAPI run(LPVOID argument)
     {
         Handle returned;
+        Handle mayEnd;
         int result = 0;
         {
             const std::unique_ptr<Task> task(static_cast<Task*>(argument));
             result = task->routine();
             returned = std::move(task->returned);
+            mayEnd = std::move(task->mayEnd);
         }
-        SetEvent(returned.get());
+        SignalObjectAndWait(returned.get(), mayEnd.get(), INFINITE, FALSE);
         return static_cast<DWORD>(result);
+    }
+
+    void endParked(bool byItself)
+    {
+        if (byItself)
+            SetEvent(m_mayEnd.get());
+        else
+            TerminateThread(m_thread.get(), 0);
+        WaitForSingleObject(m_thread.get(), endMs);
     }
 
     Handle m_thread;
     Handle m_returned;
+    Handle m_mayEnd;
     DWORD m_id = 0;
 };
 
@@ -255,11 +274,16 @@ std::uint32_t processId()
     return GetCurrentProcessId();
 }
 
+/// Asked once: the answer needs the loader's lock, and the client thread must not wait for it when it opens
+/// the next log file.
 QString programPath()
 {
-    wchar_t path[MAX_PATH];
-    const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return QDir::fromNativeSeparators(QString::fromWCharArray(path, static_cast<int>(length)));
+    static const QString program = [] {
+        wchar_t path[MAX_PATH];
+        const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
+        return QDir::fromNativeSeparators(QString::fromWCharArray(path, static_cast<int>(length)));
+    }();
+    return program;
 }
 
 std::unique_ptr<Thread> Thread::start(std::function<int()> routine)

@@ -18,11 +18,29 @@ vigil::HealthCheck* makeCheck()
     return check;
 }
 
+/// A static of the plugin, which destroys its check when the plugin is unloaded.
+struct Owner
+{
+    vigil::HealthCheck* check = nullptr;
+    ~Owner()
+    {
+        if (check)
+            check->destroy();
+    }
+};
+
+Owner owner;
+
 } // namespace
 
 extern "C" PLUGIN_EXPORT void start()
 {
     makeCheck();
+}
+
+extern "C" PLUGIN_EXPORT void startAndStopAtUnload()
+{
+    owner.check = makeCheck();
 }
 
 /// Returns once the service has received every value.

@@ -8,6 +8,7 @@
 
 #include "lifecycle/HostProcess.h"
 #include "lifecycle/SilentServices.h"
+#include "support/RunUntil.h"
 
 namespace {
 
@@ -66,6 +67,49 @@ TEST(WindowsExitWithLocksHeld, ReturnsAndWritesTheLastLine)
                      service.port());
     EXPECT_EQ(host.exitCode(), 0);
     EXPECT_TRUE(endsWithTermination(host));
+}
+
+// --- Unloading
+
+/// FreeLibrary() holds the loader's lock while it waits for the library's threads.
+class WindowsLoaderLock : public testing::Test
+{
+protected:
+    static void expectPublished(const ReadingService& service)
+    {
+        HostProcess host(QStringLiteral(WINDOWS_HOST), {QStringLiteral("publish-under-loader-lock")},
+                         service.port());
+        ASSERT_TRUE(host.waitForLine(QStringLiteral("published")));
+        EXPECT_TRUE(service.waitForText("published under the loader's lock"));
+        host.say(QStringLiteral("go"));
+        EXPECT_EQ(host.exitCode(), 0);
+    }
+
+    static int failuresToConnect(const HostProcess& host)
+    {
+        return host.log().filter(QLatin1String("___NOT CONNECTED___")).size();
+    }
+};
+
+TEST_F(WindowsLoaderLock, IsNotNeededToPublish)
+{
+    expectPublished(ReadingService());
+}
+
+TEST_F(WindowsLoaderLock, IsNotNeededToReconnect)
+{
+    expectPublished(ReadingService(ReadingService::OnFirstBytes::HangUpThenRead));
+}
+
+TEST_F(WindowsLoaderLock, IsNotNeededToReportFailuresToConnect)
+{
+    HostProcess host(QStringLiteral(WINDOWS_HOST), {QStringLiteral("publish-under-loader-lock")},
+                     refusingPort());
+    ASSERT_TRUE(host.waitForLine(QStringLiteral("published")));
+    const int before = failuresToConnect(host);
+    EXPECT_TRUE(support::runUntil([&] { return failuresToConnect(host) > before; }));
+    host.say(QStringLiteral("go"));
+    EXPECT_EQ(host.exitCode(), 0);
 }
 
 // --- Crashes: the process must end, with an error

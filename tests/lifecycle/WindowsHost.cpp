@@ -1,14 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// A host for the ways to end a process on Windows alone. Its first argument says how; it prints "leaving"
-// first.
+// A host for what happens on Windows alone, mostly ways to end a process. Its first argument says which; it
+// prints "leaving" before it ends.
 
 #include <vigil/vigil.h>
 
 #include <windows.h>
 
 #include <functional>
+#include <iostream>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -72,6 +73,24 @@ int exitProcessWhileThreadsHoldLocks()
     ExitProcess(0);
 }
 
+/// Publishes while this thread holds the loader's lock, as during FreeLibrary(), until the test has seen it.
+int publishUnderTheLoadersLock()
+{
+    using LockLoader = LONG(WINAPI*)(ULONG flags, ULONG * disposition, ULONG_PTR * cookie);
+    const auto lockLoader = reinterpret_cast<LockLoader>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ntdll.dll"), "LdrLockLoaderLock")));
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    ULONG_PTR cookie = 0;
+    if (!lockLoader || lockLoader(0, nullptr, &cookie) != 0)
+        return 1;
+    check->setDescription("published under the loader's lock");
+    check->update();
+    std::cout << "published" << std::endl;
+    std::string line;
+    std::getline(std::cin, line);
+    ExitProcess(0);
+}
+
 int throwOutOfMain()
 {
     makeCheck();
@@ -93,6 +112,7 @@ int main(int, char** arguments)
         {"exit-process", exitProcess},
         {"exit-process-in-thread", exitProcessInAnotherThread},
         {"exit-process-while-locked", exitProcessWhileThreadsHoldLocks},
+        {"publish-under-loader-lock", publishUnderTheLoadersLock},
         {"throw", throwOutOfMain},
         {"crash", crash},
     };
