@@ -265,40 +265,39 @@ void Client::reportDeferredLoss()
 
 bool Client::sendValue(const Oid& oid, bool value, bool useTraps)
 {
-    return publish(oid, value, useTraps);
+    return publish(oid.toStdVector(), value, useTraps);
 }
 
 bool Client::sendValue(const Oid& oid, qint32 value, bool useTraps)
 {
-    return publish(oid, value, useTraps);
+    return publish(oid.toStdVector(), value, useTraps);
 }
 
 bool Client::sendValue(const Oid& oid, double value, bool useTraps)
 {
-    return publish(oid, value, useTraps);
+    return publish(oid.toStdVector(), value, useTraps);
 }
 
 bool Client::sendValue(const Oid& oid, const QString& value, bool useTraps)
 {
-    return publish(oid, value, useTraps);
+    return publish(oid.toStdVector(), value, useTraps);
 }
 
 void Client::unsetOid(const Oid& oid)
 {
-    publish(oid, QVariant(), false);
+    publish(oid.toStdVector(), QVariant(), false);
 }
 
 /// While anything is pending, nothing may overtake it: a withdrawn tree could take newer values along.
-bool Client::publish(const Oid& oid, const QVariant& value, bool notify)
+bool Client::publish(const OidArcs& oid, const QVariant& value, bool notify)
 {
     if (isGivingUp())
         return false;
-    const OidArcs arcs = oid.toStdVector();
-    m_valueCache.set(arcs, value);
-    if (m_pending.isEmpty() && send(arcs, value, notify))
+    m_valueCache.set(oid, value);
+    if (m_pending.isEmpty() && send(oid, value, notify))
         return true;
     if (m_connected) {
-        m_pending.add(arcs, notify);
+        m_pending.add(oid, notify);
         reportCatchingUp();
     }
     return false;

@@ -63,6 +63,9 @@ public:
 
     bool event(QEvent* event) override;
 
+    /// Publishes a value or, if it is invalid, withdraws it. False if it was not sent yet, only cached.
+    bool publish(const vigil::OidArcs& oid, const QVariant& value, bool notify);
+
     /// Hands the frames of a burst over to the system. Call it before anything that may block the thread.
     void flush();
 
@@ -110,7 +113,6 @@ private:
     void reconnect();
     void gatherFrames();
     bool isGivingUp() const;
-    bool publish(const Oid& oid, const QVariant& value, bool notify);
     void sendPending();
     bool sendFirstPending();
     void sendRest();

@@ -8,7 +8,6 @@
 #include <QVariant>
 
 #include <utility>
-#include <vector>
 
 #include "base/UntilMemory.h"
 #include "client/Client.h"
@@ -16,7 +15,7 @@
 
 namespace {
 
-constexpr int batchBytes = 1000000;
+constexpr int batchBytes = 62500;
 constexpr std::size_t maxBatches = 16;
 
 /// What a posted call takes, roughly: the event and the nodes of the identifier's list.
@@ -36,16 +35,10 @@ QMetaMethod slotNamed(const char* signature)
 
 void publish(Client& client, const QueueOverflow::Publication& publication)
 {
-    const Oid oid = Oid::fromStdVector(publication.oid);
-    const QVariant& value = publication.value;
     if (publication.kind == QueueOverflow::Publication::Kind::TreeWithdrawal)
-        client.unsetOidTree(oid);
-    else if (!value.isValid())
-        client.unsetOid(oid);
-    else if (value.type() == QVariant::Int)
-        client.sendValue(oid, value.toInt(), publication.notify);
+        client.unsetOidTree(Oid::fromStdVector(publication.oid));
     else
-        client.sendValue(oid, value.toString(), publication.notify);
+        client.publish(publication.oid, publication.value, publication.notify);
 }
 
 } // namespace
@@ -54,7 +47,7 @@ void ClientQueue::open(Client* client)
 {
     const base::MutexLock lock(m_mutex);
     m_client = client;
-    m_overflow = QueueOverflow();
+    m_overflow = QueueOverflow(overflowBytes);
     m_handOver.reset();
     m_batches.clear();
     m_batchBytes = 0;
@@ -101,24 +94,27 @@ void ClientQueue::call(int bytes, Spill spill, const QMetaMethod& slot, Argument
 void ClientQueue::sendValue(const Oid& oid, const QString& value, bool useTraps)
 {
     static const QMetaMethod slot = slotNamed("sendValue(Oid,QString,bool)");
+    const int bytes = bytesOfCall(oid, value.size());
     call(
-        bytesOfCall(oid, value.size()), [&](QueueOverflow& overflow) { overflow.set(oid, value, useTraps); },
-        slot, Q_ARG(Oid, oid), Q_ARG(QString, value), Q_ARG(bool, useTraps));
+        bytes, [&](QueueOverflow& overflow) { overflow.set(oid, value, useTraps, bytes); }, slot,
+        Q_ARG(Oid, oid), Q_ARG(QString, value), Q_ARG(bool, useTraps));
 }
 
 void ClientQueue::sendValue(const Oid& oid, int value, bool useTraps)
 {
     static const QMetaMethod slot = slotNamed("sendValue(Oid,qint32,bool)");
+    const int bytes = bytesOfCall(oid);
     call(
-        bytesOfCall(oid), [&](QueueOverflow& overflow) { overflow.set(oid, value, useTraps); }, slot,
+        bytes, [&](QueueOverflow& overflow) { overflow.set(oid, value, useTraps, bytes); }, slot,
         Q_ARG(Oid, oid), Q_ARG(qint32, value), Q_ARG(bool, useTraps));
 }
 
 void ClientQueue::unsetOid(const Oid& oid)
 {
     static const QMetaMethod slot = slotNamed("unsetOid(Oid)");
+    const int bytes = bytesOfCall(oid);
     call(
-        bytesOfCall(oid), [&](QueueOverflow& overflow) { overflow.set(oid, QVariant(), false); }, slot,
+        bytes, [&](QueueOverflow& overflow) { overflow.set(oid, QVariant(), false, bytes); }, slot,
         Q_ARG(Oid, oid));
 }
 
@@ -161,14 +157,12 @@ void ClientQueue::requestHandOver()
 /// Runs in the client thread. Calls made from now on are posted again, so they run afterwards.
 void ClientQueue::handOver(Client* client)
 {
-    QueueOverflow overflow;
+    QueueOverflow::Publications publications;
     {
         const base::MutexLock lock(m_mutex);
-        std::swap(overflow, m_overflow);
+        publications = std::exchange(m_overflow, QueueOverflow(overflowBytes)).takeAll();
         m_handOver.reset();
     }
-    std::vector<QueueOverflow::Publication> publications;
-    base::untilMemory([&] { publications = overflow.takeAll(); });
     for (const QueueOverflow::Publication& publication : publications)
         base::untilMemory([&] { publish(*client, publication); });
 }

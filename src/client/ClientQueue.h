@@ -21,8 +21,9 @@ class QMetaMethod;
 /// The way into the client thread: puts calls into the client's event queue.
 ///
 /// Purpose: the one place where other threads call the client. Without a client, calls are dropped. If the
-/// client falls behind, the event queue takes no more than about 16 MB. Further publications go into a
-/// QueueOverflow, and the client takes them over when it has run the calls before them.
+/// client falls behind, the event queue takes no more than about 1 MB: a longer one would outgrow the
+/// processor's cache. Further publications go into a QueueOverflow, and the client takes them over when it
+/// has run the calls before them.
 ///
 /// Threads: any. A call from the client thread, from inside a callback, runs at once.
 ///
@@ -50,6 +51,8 @@ public:
     static void post(Client* client, const std::function<void()>& function);
 
 private:
+    static constexpr int overflowBytes = 16'000'000; // as queued calls they would take as much
+
     Client* client() const;
 
     /// spill puts the same call into the overflow.
@@ -63,7 +66,7 @@ private:
 
     mutable base::Mutex m_mutex; // held while posting, so the client cannot be deleted meanwhile
     Client* m_client VIGIL_GUARDED_BY(m_mutex) = nullptr;
-    QueueOverflow m_overflow VIGIL_GUARDED_BY(m_mutex);
+    QueueOverflow m_overflow VIGIL_GUARDED_BY(m_mutex){overflowBytes};
 
     // A posted function holds each of these, so they expire once it has run, or once Qt has dropped it.
     std::weak_ptr<void> m_handOver VIGIL_GUARDED_BY(m_mutex);            // takes over the overflow

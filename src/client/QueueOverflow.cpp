@@ -3,42 +3,63 @@
 
 #include "client/QueueOverflow.h"
 
-#include <algorithm>
 #include <utility>
 
 using vigil::Oid;
 using vigil::OidArcs;
 
-void QueueOverflow::set(const Oid& oid, const QVariant& value, bool notify)
+/// FNV-1a, an arc at a time.
+std::size_t QueueOverflow::Hash::operator()(Position position) const
 {
-    Value& entry = m_values[oid.toStdVector()];
-    entry.value = value;
-    entry.notify = entry.notify || notify;
-    entry.order = ++m_lastOrder;
+    quint64 hash = Q_UINT64_C(14695981039346656037);
+    for (const unsigned int arc : position->oid)
+        hash = (hash ^ arc) * Q_UINT64_C(1099511628211);
+    return static_cast<std::size_t>(hash);
+}
+
+void QueueOverflow::set(const Oid& oid, const QVariant& value, bool notify, int bytes)
+{
+    if (m_bytesLeft >= 0)
+        m_bytesLeft -= bytes;
+    Publications next;
+    next.push_back({Publication::Kind::Value, oid.toStdVector(), value, notify});
+    const auto [last, isFirst] = m_last.insert(next.begin());
+    if (!isFirst)
+        replace(last, next);
+    m_publications.splice(m_publications.end(), next);
+}
+
+/// Takes no memory.
+void QueueOverflow::replace(Last::iterator last, Publications& next)
+{
+    const Position previous = *last;
+    auto entry = m_last.extract(last);
+    entry.value() = next.begin();
+    m_last.insert(std::move(entry));
+    if (m_bytesLeft >= 0)
+        return;
+    next.front().notify = next.front().notify || previous->notify;
+    m_publications.erase(previous);
 }
 
 void QueueOverflow::withdrawTree(const Oid& tree)
 {
-    const OidArcs arcs = tree.toStdVector();
-    vigil::eraseTree(m_values, arcs);
-    vigil::eraseTree(m_trees, arcs);
-    m_trees[arcs] = ++m_lastOrder;
+    Publications next;
+    next.push_back({Publication::Kind::TreeWithdrawal, tree.toStdVector(), QVariant(), false});
+    const OidArcs& arcs = next.front().oid;
+    for (auto position = m_publications.begin(); position != m_publications.end();) {
+        const auto current = position++;
+        if (!vigil::isWithin(arcs, current->oid))
+            continue;
+        m_last.erase(current); // no wish for a notification may pass on
+        if (m_bytesLeft < 0)
+            m_publications.erase(current);
+    }
+    m_publications.splice(m_publications.end(), next);
 }
 
-std::vector<QueueOverflow::Publication> QueueOverflow::takeAll()
+QueueOverflow::Publications QueueOverflow::takeAll()
 {
-    using Kind = Publication::Kind;
-    std::vector<Publication> all;
-    all.reserve(m_values.size() + m_trees.size());
-    for (const auto& [tree, order] : m_trees) // first: memory may run out
-        all.push_back({Kind::TreeWithdrawal, tree, QVariant(), false, order});
-    while (!m_values.empty()) {
-        auto node = m_values.extract(m_values.begin());
-        const Value& entry = node.mapped();
-        all.push_back({Kind::Value, std::move(node.key()), entry.value, entry.notify, entry.order});
-    }
-    m_trees.clear();
-    std::sort(all.begin(), all.end(),
-              [](const Publication& left, const Publication& right) { return left.order < right.order; });
-    return all;
+    m_last.clear();
+    return std::exchange(m_publications, {});
 }

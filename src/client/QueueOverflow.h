@@ -5,10 +5,10 @@
 #define VIGIL_CLIENT_QUEUEOVERFLOW_H
 
 #include <QVariant>
-#include <QtGlobal>
 
-#include <map>
-#include <vector>
+#include <cstddef>
+#include <list>
+#include <unordered_set>
 
 #include <vigil/Oid.h>
 
@@ -16,7 +16,9 @@
 
 /// The publications that do not fit into the client's event queue.
 ///
-/// Keeps the last one for each identifier, so it cannot outgrow the cells of the application.
+/// Keeps all of them, in their order, up to a number of bytes. Beyond that it keeps the last one for each
+/// identifier, so it cannot outgrow the cells of the application. An entry takes a sixth of the memory of a
+/// queued call.
 class QueueOverflow
 {
 public:
@@ -28,31 +30,43 @@ public:
         vigil::OidArcs oid;
         QVariant value; ///< invalid: withdrawn
         bool notify;
-        quint64 order;
     };
+    using Publications = std::list<Publication>;
 
-    /// An invalid value withdraws oid. A wish for a notification passes on to later values.
-    void set(const vigil::Oid& oid, const QVariant& value, bool notify);
+    /// Keeps all publications up to this number of bytes.
+    explicit QueueOverflow(int bytesForAll) : m_bytesLeft(bytesForAll) {}
 
-    /// Drops all publications in tree.
+    /// An invalid value withdraws oid. If it replaces an earlier value, a wish for a notification passes on.
+    void set(const vigil::Oid& oid, const QVariant& value, bool notify, int bytes);
+
+    /// Replaces the publications in tree. Looks at all of them, because nothing in the library withdraws
+    /// trees.
     void withdrawTree(const vigil::Oid& tree);
 
-    bool isEmpty() const { return m_values.empty() && m_trees.empty(); }
+    bool isEmpty() const { return m_publications.empty(); }
 
-    /// Returns all publications in their order, and forgets them, unless memory runs out.
-    std::vector<Publication> takeAll();
+    /// Returns all publications in their order, and forgets them.
+    Publications takeAll();
 
 private:
-    struct Value
+    using Position = Publications::iterator;
+
+    struct Hash
     {
-        QVariant value;
-        bool notify = false;
-        quint64 order = 0;
+        std::size_t operator()(Position position) const;
+    };
+    struct HasSameOid
+    {
+        bool operator()(Position left, Position right) const { return left->oid == right->oid; }
     };
 
-    std::map<vigil::OidArcs, Value> m_values;
-    std::map<vigil::OidArcs, quint64> m_trees; // to the order of the last withdrawal
-    quint64 m_lastOrder = 0;
+    using Last = std::unordered_set<Position, Hash, HasSameOid>;
+
+    void replace(Last::iterator last, Publications& next);
+
+    Publications m_publications;
+    Last m_last;     // the last value of each identifier
+    int m_bytesLeft; // negative: only the last values are kept
 };
 
 #endif

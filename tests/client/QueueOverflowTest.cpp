@@ -19,6 +19,8 @@ using vigil::Oid;
 
 namespace {
 
+constexpr int nothing = 0;
+
 /// "1.2=5", "1.2=5 notify", "1.2 unset" or "1.2 tree".
 std::vector<std::string> takeAll(QueueOverflow& overflow)
 {
@@ -40,11 +42,11 @@ std::vector<std::string> takeAll(QueueOverflow& overflow)
 
 TEST(QueueOverflow, KeepsTheLastValueOfEachIdentifierInTheOrderOfPublishing)
 {
-    QueueOverflow overflow;
-    overflow.set(oid("1.2"), 1, false);
-    overflow.set(oid("1.1"), 2, false);
-    overflow.set(oid("1.3"), QVariant(), false);
-    overflow.set(oid("1.2"), QStringLiteral("text"), false);
+    QueueOverflow overflow(nothing);
+    overflow.set(oid("1.2"), 1, false, 1);
+    overflow.set(oid("1.1"), 2, false, 1);
+    overflow.set(oid("1.3"), QVariant(), false, 1);
+    overflow.set(oid("1.2"), QStringLiteral("text"), false, 1);
     EXPECT_THAT(takeAll(overflow), ElementsAre("1.1=2", "1.3 unset", "1.2=text"));
     EXPECT_TRUE(overflow.isEmpty());
     EXPECT_THAT(takeAll(overflow), IsEmpty());
@@ -52,38 +54,68 @@ TEST(QueueOverflow, KeepsTheLastValueOfEachIdentifierInTheOrderOfPublishing)
 
 TEST(QueueOverflow, KeepsTheWishForANotification)
 {
-    QueueOverflow overflow;
-    overflow.set(oid("1"), 1, true);
-    overflow.set(oid("1"), QVariant(), false);
-    overflow.set(oid("1"), 2, false);
+    QueueOverflow overflow(nothing);
+    overflow.set(oid("1"), 1, true, 1);
+    overflow.set(oid("1"), QVariant(), false, 1);
+    overflow.set(oid("1"), 2, false, 1);
     EXPECT_THAT(takeAll(overflow), ElementsAre("1=2 notify"));
 }
 
 TEST(QueueOverflow, AWithdrawnTreeReplacesEverythingInIt)
 {
-    QueueOverflow overflow;
-    overflow.set(oid("1.2"), 1, false);
-    overflow.set(oid("1.2.1"), 2, false);
+    QueueOverflow overflow(nothing);
+    overflow.set(oid("1.2"), 1, false, 1);
+    overflow.set(oid("1.2.1"), 2, false, 1);
     overflow.withdrawTree(oid("1.2.7"));
-    overflow.set(oid("1.20"), 3, false);
+    overflow.set(oid("1.20"), 3, false, 1);
     overflow.withdrawTree(oid("1.2"));
     EXPECT_THAT(takeAll(overflow), ElementsAre("1.20=3", "1.2 tree"));
 }
 
 TEST(QueueOverflow, ValuesPublishedAfterTheWithdrawalOfTheirTreeComeAfterIt)
 {
-    QueueOverflow overflow;
+    QueueOverflow overflow(nothing);
     overflow.withdrawTree(oid("1.2"));
-    overflow.set(oid("1.2.1"), 2, false);
-    overflow.set(oid("1.2"), 1, false);
+    overflow.set(oid("1.2.1"), 2, false, 1);
+    overflow.set(oid("1.2"), 1, false, 1);
     EXPECT_FALSE(overflow.isEmpty());
     EXPECT_THAT(takeAll(overflow), ElementsAre("1.2 tree", "1.2.1=2", "1.2=1"));
 }
 
 TEST(QueueOverflow, AWithdrawnTreeAloneIsKept)
 {
-    QueueOverflow overflow;
+    QueueOverflow overflow(nothing);
     overflow.withdrawTree(oid("1"));
     EXPECT_FALSE(overflow.isEmpty());
     EXPECT_THAT(takeAll(overflow), ElementsAre("1 tree"));
+}
+
+TEST(QueueOverflow, KeepsAllPublicationsUpToANumberOfBytes)
+{
+    QueueOverflow overflow(3);
+    overflow.set(oid("1"), 1, true, 1);
+    overflow.set(oid("1"), 2, false, 1);
+    overflow.withdrawTree(oid("1"));
+    overflow.set(oid("1"), 3, false, 1);
+    EXPECT_THAT(takeAll(overflow), ElementsAre("1=1 notify", "1=2", "1 tree", "1=3"));
+}
+
+TEST(QueueOverflow, ReplacesOnlyTheLastPublicationBeyondThem)
+{
+    QueueOverflow overflow(2);
+    overflow.set(oid("1"), 1, false, 1);
+    overflow.set(oid("1"), 2, true, 1);
+    overflow.set(oid("1"), 3, false, 1);
+    overflow.set(oid("2"), 4, false, 1);
+    overflow.set(oid("1"), 5, false, 1);
+    EXPECT_THAT(takeAll(overflow), ElementsAre("1=1", "2=4", "1=5 notify"));
+}
+
+TEST(QueueOverflow, AWithdrawnTreeEndsTheWishForANotification)
+{
+    QueueOverflow overflow(1);
+    overflow.set(oid("1.2"), 1, true, 1);
+    overflow.withdrawTree(oid("1"));
+    overflow.set(oid("1.2"), 2, false, 1);
+    EXPECT_THAT(takeAll(overflow), ElementsAre("1.2=1 notify", "1 tree", "1.2=2"));
 }
