@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "agent/applications/ApplicationConnection.h"
+#include "agent/cells/VigilTables.h"
 #include "agent/core/Log.h"
 
 namespace agent {
@@ -234,6 +235,8 @@ void ApplicationServer::publish(ApplicationId application, const ObjectId& id, c
         m_warnings.warn(ownerOf(application), id, error.text());
         return publish(application, id, m_cellLimits.cutText(value), notify);
     }
+    if (const Error error = vigilTables::checkCell(id, value))
+        return refuse(application, id, error);
     if (const Error error = checkOwner(application, id))
         return refuse(application, id, error);
     if (const Error error = m_cellLimits.checkCount(application, id))

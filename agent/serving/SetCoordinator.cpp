@@ -7,6 +7,7 @@
 #include <limits>
 #include <utility>
 
+#include "agent/cells/VigilTables.h"
 #include "agent/core/Log.h"
 #include "agent/netsnmp/NetSnmp.h"
 
@@ -45,11 +46,16 @@ int SetCoordinator::check(const SetVarbind& varbind) const
     const Cell* cell = m_store.find(varbind.id);
     if (!cell)
         return SNMP_ERR_NOCREATION;
+    const vigilTables::Column* column = vigilTables::columnOf(varbind.id);
+    if (column && !column->isWritable)
+        return SNMP_ERR_NOTWRITABLE;
     if (!m_owners.isConnected(cell->owner) || m_unresponsive.contains(cell->owner))
         return SNMP_ERR_RESOURCEUNAVAILABLE;
     if (cell->value.index() != varbind.value.index())
         return SNMP_ERR_WRONGTYPE;
     const std::string* text = std::get_if<std::string>(&varbind.value);
+    if (column && !vigilTables::isInRange(*column, varbind.value))
+        return text ? SNMP_ERR_WRONGLENGTH : SNMP_ERR_WRONGVALUE;
     const bool isCutOnTheWire = text && text->find('\0') != std::string::npos;
     return isCutOnTheWire ? SNMP_ERR_WRONGVALUE : SNMP_ERR_NOERROR;
 }

@@ -48,8 +48,8 @@ public:
 
     SetCoordinator(CellStore& store, CellOwners& owners, Clock& clock, int timeoutMs);
 
-    /// Checks what the agent itself knows: whether the cell exists, its owner is connected, and the value
-    /// fits.
+    /// Checks what the agent itself knows: whether the cell exists and is writable, its owner is connected,
+    /// and the value fits.
     int check(const SetVarbind& varbind) const;
 
     /// Asks the owners of the cells. decided() follows unless drop() comes first.

@@ -102,3 +102,21 @@ TEST(VigilMib, SnmptablePrintsNamesOnly)
         EXPECT_FALSE(result.out.contains(QStringLiteral("32473"))) << qPrintable(result.out);
     }
 }
+
+// One such cell made snmptable print "No entries" to everybody.
+TEST(VigilMib, AForeignCellLeavesATableReadable)
+{
+    AgentProcess agent;
+    ASSERT_TRUE(agent.start()) << agent.log().constData();
+    const SnmpTool tool(agent.udpAddress());
+    FakeApplication application(agent.applicationPort());
+    FakeApplication stranger(agent.applicationPort());
+    publish(stranger, "1.1.3", "0", 1);
+    ASSERT_TRUE(agent.waitForLog("which does not fit into the tables of VIGIL-MIB"));
+    publishAllTables(application);
+    ASSERT_TRUE(tool.waitFor(lastCell, QStringLiteral("1")));
+    const SnmpTool::Result result =
+        tool.run(QStringLiteral("snmptable"), {QStringLiteral("VIGIL-MIB::vigilHealthCheckTable")},
+                 {QStringLiteral("-Ci"), QStringLiteral("-Cl")});
+    EXPECT_TRUE(result.out.contains(QStringLiteral("m is high"))) << qPrintable(result.out);
+}

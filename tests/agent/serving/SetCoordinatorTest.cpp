@@ -99,6 +99,24 @@ TEST_F(SetCoordinatorTest, ACellOfALostApplicationIsUnavailable)
     EXPECT_EQ(coordinator.check({{2}, std::string("text")}), SNMP_ERR_NOERROR);
 }
 
+TEST_F(SetCoordinatorTest, ChecksWhatTheMibAllowsWithoutAsking)
+{
+    const auto cell = [](std::initializer_list<unsigned int> column) {
+        return agent::below(agent::below(agent::vigilMibRoot(), column), {1, 97, 1, 98});
+    };
+    const ObjectId status = cell({1, 1, 3});
+    const ObjectId trigger = cell({5, 1, 1});
+    const ObjectId range = agent::below(cell({2, 1, 3}), {1, 109});
+    store.set(status, 0, 7);
+    store.set(trigger, 1, 7);
+    store.set(range, std::string(), 7);
+    EXPECT_EQ(coordinator.check({status, 1}), SNMP_ERR_NOTWRITABLE);
+    EXPECT_EQ(coordinator.check({trigger, 2}), SNMP_ERR_NOERROR);
+    EXPECT_EQ(coordinator.check({trigger, 3}), SNMP_ERR_WRONGVALUE);
+    EXPECT_EQ(coordinator.check({range, std::string(255, '1')}), SNMP_ERR_NOERROR);
+    EXPECT_EQ(coordinator.check({range, std::string(256, '1')}), SNMP_ERR_WRONGLENGTH);
+}
+
 // --- The decision
 
 TEST_F(SetCoordinatorTest, IsDecidedAMomentAfterTheLastOwnerAccepts)
