@@ -10,6 +10,13 @@ namespace agent {
 
 namespace {
 
+qint64 staleAfterMs(int seconds)
+{
+    if (seconds == Options::learned)
+        return UpdateWatch::learned;
+    return seconds > 0 ? seconds * qint64(1000) : UpdateWatch::never;
+}
+
 ServedCells::Settings settingsOf(const Options& options)
 {
     constexpr qint64 second = 1000;
@@ -17,7 +24,7 @@ ServedCells::Settings settingsOf(const Options& options)
     ServedCells::Settings settings;
     settings.lost.graceMs = options.graceSeconds * second;
     settings.lost.forgetMs = options.forgetSeconds > 0 ? options.forgetSeconds * second : never;
-    settings.staleAfterMs = options.staleAfterSeconds > 0 ? options.staleAfterSeconds * second : never;
+    settings.staleAfterMs = staleAfterMs(options.staleAfterSeconds);
     settings.lost.maxApplications = static_cast<size_t>(options.limits.connections);
     settings.lost.maxCells = options.limits.lostCells();
     return settings;

@@ -3,37 +3,36 @@
 
 #include "agent/cells/HealthTable.h"
 
+#include <utility>
+
 namespace agent::healthTable {
 
 namespace {
 
-const ObjectId entry = below(vigilMibRoot(), {1, 1});
+const StatusTable& table()
+{
+    static const StatusTable checks(below(vigilMibRoot(), {1, 1}), 3, 4);
+    return checks;
+}
 
 } // namespace
 
 std::optional<Position> positionOf(const ObjectId& id)
 {
-    const size_t columnAt = entry.size();
-    if (id.size() <= columnAt + 1 || !isInTree(entry, id))
+    std::optional<StatusTable::Position> position = table().positionOf(id);
+    if (!position)
         return std::nullopt;
-    const auto column = static_cast<Column>(id[columnAt]);
-    if (column != Column::Status && column != Column::Summary)
-        return std::nullopt;
-    return Position{column, ObjectId(id.begin() + static_cast<std::ptrdiff_t>(columnAt) + 1, id.end())};
+    return Position{position->column, std::move(position->row)};
 }
 
 ObjectId column(Column column)
 {
-    ObjectId id = entry;
-    id.push_back(static_cast<unsigned int>(column));
-    return id;
+    return table().column(column);
 }
 
 ObjectId cellOf(Column column, const ObjectId& check)
 {
-    ObjectId id = healthTable::column(column);
-    id.insert(id.end(), check.begin(), check.end());
-    return id;
+    return table().cellOf(column, check);
 }
 
 } // namespace agent::healthTable

@@ -6,6 +6,7 @@
 
 #include <optional>
 
+#include "agent/cells/StatusTable.h"
 #include "agent/core/ObjectId.h"
 
 namespace agent {
@@ -13,7 +14,7 @@ namespace agent {
 /// Where the cells of vigilHealthCheckTable are.
 namespace healthTable {
 
-enum class Column : unsigned int { Status = 3, Summary = 4 };
+using Column = StatusTable::Column;
 
 /// UNKNOWN
 constexpr int unknownStatus = 3;

@@ -23,18 +23,21 @@ std::optional<ApplicationId> ServedCells::publish(ApplicationId application, con
 {
     const std::optional<ApplicationId> previous = m_store.set(id, value, application);
     if (const std::optional<healthTable::Position> position = healthTable::positionOf(id))
-        handleWritten(*position, value);
+        handleWritten(*position, value, previous.has_value());
+    else if (resultTable().contains(id))
+        m_covers.handleResultWritten(id);
     if (!previous || !m_lost.contains(*previous))
         return previous;
     m_lost.handleCellReturned(*previous);
     return std::nullopt;
 }
 
-void ServedCells::handleWritten(const healthTable::Position& position, const CellValue& value)
+void ServedCells::handleWritten(const healthTable::Position& position, const CellValue& value,
+                                bool isTakenOver)
 {
     const auto& [column, check] = position;
     if (column == Column::Status) {
-        m_covers.handleStatusWritten(check);
+        m_covers.handleStatusWritten(check, isTakenOver);
         if (const int* status = std::get_if<int>(&value))
             emit statusWritten(check, *status);
     } else {

@@ -28,7 +28,7 @@ public:
     struct Settings
     {
         LostApplications::Settings lost;
-        qint64 staleAfterMs = DelayQueue<ObjectId>::never; ///< without an update, a check is stale
+        qint64 staleAfterMs = UpdateWatch::never; ///< without an update, a check is stale
     };
 
     ServedCells(CellStore& store, Clock& clock, const Settings& settings);
@@ -65,7 +65,7 @@ signals:
     void applicationGone(agent::ApplicationId application);
 
 private:
-    void handleWritten(const healthTable::Position& position, const CellValue& value);
+    void handleWritten(const healthTable::Position& position, const CellValue& value, bool isTakenOver);
     void handleRemoved(const std::vector<ObjectId>& ids);
     void cover(ApplicationId application, const QDateTime& lostSince) override;
     void remove(ApplicationId application) override;

@@ -86,9 +86,10 @@ bool isOfType(const Column& column, const CellValue& value)
 
 Error misfit(const ObjectId& id, const QString& reason)
 {
-    return Error(QStringLiteral("publishes %1, which does not fit into the tables of VIGIL-MIB: %2. It is not "
-                                "served; update the application or the agent")
-                     .arg(toText(id), reason));
+    return Error(
+        QStringLiteral("publishes %1, which does not fit into the tables of VIGIL-MIB: %2. It is not "
+                       "served; update the application or the agent")
+            .arg(toText(id), reason));
 }
 
 } // namespace
@@ -103,7 +104,8 @@ const std::vector<Table>& all()
         {2,
          "vigilMetricTable",
          3,
-         {text(2, "vigilMetricUnit"), writable(range(3, "vigilMetricWarningRange")),
+         {text(2, "vigilMetricUnit"),
+          writable(range(3, "vigilMetricWarningRange")),
           writable(range(4, "vigilMetricCriticalRange")),
           {5, "vigilMetricRemoteChange", Type::Integer, 0, 1, false}}},
         {3,
@@ -157,8 +159,7 @@ Error checkCell(const ObjectId& id, const CellValue& value)
         return {};
     if (column->type == Type::Text)
         return misfit(id, QStringLiteral("%1 has at most %2 bytes").arg(name).arg(column->most));
-    return misfit(
-        id, QStringLiteral("%1 is from %2 to %3").arg(name).arg(column->least).arg(column->most));
+    return misfit(id, QStringLiteral("%1 is from %2 to %3").arg(name).arg(column->least).arg(column->most));
 }
 
 } // namespace agent::vigilTables

@@ -57,6 +57,7 @@ private:
     Error readSubtree();
     Error readListen();
     Error readSetTimeout();
+    Error readStaleAfter();
     Error readUsers();
     Error checkText();
     Error readNumber(const Number& number);
@@ -121,11 +122,14 @@ private:
         QStringLiteral("forget"), QStringLiteral("s"),
         QStringLiteral("Remove the cells of a lost application after <s> seconds; 0 means never."), 0,
         longestSeconds, m_options.forgetSeconds);
-    const Number m_staleAfter = numberOption(
-        QStringLiteral("stale-after"), QStringLiteral("s"),
+    const QCommandLineOption m_staleAfter = QCommandLineOption(
+        QStringLiteral("stale-after"),
         QStringLiteral("Show a health check as UNKNOWN when its application has not updated it for <s> "
-                       "seconds; 0 means never."),
-        0, longestSeconds, m_options.staleAfterSeconds);
+                       "seconds; 0 means never. With \"auto\" the agent learns the rhythm of each check: "
+                       "after ten regular updates, four times the longest interval is too long, and at least "
+                       "30 seconds. From 0 to %1, or auto. Default: auto.")
+            .arg(longestSeconds),
+        QStringLiteral("s"));
     const Number m_maxConnections = numberOption(
         QStringLiteral("max-connections"), QStringLiteral("n"),
         QStringLiteral("Accept at most <n> applications at a time, at most seven eighths of them "
@@ -156,7 +160,7 @@ Reader::Reader(Options& options) : m_options(options)
     m_parser.setApplicationDescription(
         QStringLiteral("Serves the health of this host's applications to SNMP managers."));
     m_parser.addOptions({m_agentx, m_standalone, m_subtree, m_config, m_listen, m_allowUsers,
-                         m_setTimeout.option, m_grace.option, m_forget.option, m_staleAfter.option,
+                         m_setTimeout.option, m_grace.option, m_forget.option, m_staleAfter,
                          m_maxConnections.option, m_maxCells.option, m_maxUserCells.option, m_maxText.option,
                          m_maxFrame.option, m_verbose});
 }
@@ -183,12 +187,12 @@ Error Reader::readOptions()
         return Error(QStringLiteral("unexpected argument %1").arg(stray.constFirst()));
     m_options.isVerbose = isSet(m_verbose);
     for (const auto readPart : {&Reader::readRole, &Reader::readSubtree, &Reader::readListen,
-                                &Reader::readUsers, &Reader::readSetTimeout}) {
+                                &Reader::readUsers, &Reader::readSetTimeout, &Reader::readStaleAfter}) {
         if (Error error = (this->*readPart)())
             return error;
     }
-    for (const Number* number : {&m_grace, &m_forget, &m_staleAfter, &m_maxConnections, &m_maxCells,
-                                 &m_maxUserCells, &m_maxText, &m_maxFrame}) {
+    for (const Number* number :
+         {&m_grace, &m_forget, &m_maxConnections, &m_maxCells, &m_maxUserCells, &m_maxText, &m_maxFrame}) {
         if (Error error = readNumber(*number))
             return error;
     }
@@ -323,6 +327,21 @@ Error Reader::checkText()
                          .arg(most)
                          .arg(Limits::subagentTextBytes));
     most = Limits::subagentTextBytes;
+    return {};
+}
+
+Error Reader::readStaleAfter()
+{
+    const QString text = value(m_staleAfter);
+    if (!isSet(m_staleAfter) || text == QLatin1String("auto"))
+        return {};
+    bool isNumber = false;
+    const int seconds = text.toInt(&isNumber);
+    if (!isNumber || seconds < 0 || seconds > longestSeconds)
+        return Error(QStringLiteral("--stale-after %1: expected a number from 0 to %2, or auto")
+                         .arg(text)
+                         .arg(longestSeconds));
+    m_options.staleAfterSeconds = seconds;
     return {};
 }
 

@@ -17,6 +17,8 @@ namespace agent {
 /// How the agent runs, with the defaults. CommandLine.h reads the operator's values into it.
 struct Options
 {
+    static constexpr int learned = -1; ///< as staleAfterSeconds: each check has its own rhythm
+
     bool isStandalone() const { return !standaloneAddress.isEmpty(); }
 
     QString standaloneAddress; ///< listening addresses as Net-SNMP writes them; empty: subagent of snmpd
@@ -29,7 +31,7 @@ struct Options
     int setTimeoutMs = 900;
     int graceSeconds = 10;     ///< from the loss of a connection to UNKNOWN
     int forgetSeconds = 86400; ///< from the loss of a connection to the removal of its cells; 0 for never
-    int staleAfterSeconds = 0; ///< from the last update of a check to UNKNOWN; 0 for never
+    int staleAfterSeconds = learned; ///< from the last update of a check to UNKNOWN; 0 for never
     Limits limits;
     bool isVerbose = false;
 };

@@ -151,6 +151,7 @@ TEST_F(AgentLoss, TheChecksOfAKilledApplicationAreUnknownUntilItReturns)
     ASSERT_TRUE(agent->waitForLog("has disconnected"));
     ASSERT_TRUE(support::runUntil([&] { return tool->get(summary) != before; }));
     EXPECT_EQ(reasonOfUnknown(status, summary), noConnection);
+    EXPECT_EQ(tool->get(last), QStringLiteral("3")) << "a metric does not go on saying ok";
 
     application = startApplication();
     ASSERT_TRUE(application->waitForLine(QStringLiteral("ready")));

@@ -27,6 +27,13 @@ public:
 
     size_t pendingCalls() const { return m_calls.size(); }
 
+    /// Without the cancelled ones.
+    size_t liveCalls() const
+    {
+        return static_cast<size_t>(std::count_if(m_calls.begin(), m_calls.end(),
+                                                 [](const auto& call) { return call.second.context; }));
+    }
+
     /// Makes each call that becomes due, at its own time.
     void advance(qint64 ms)
     {

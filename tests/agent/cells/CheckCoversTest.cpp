@@ -34,6 +34,8 @@ protected:
     static constexpr qint64 staleAfterMs = 60'000;
     inline static const ObjectId check{1, 97, 1, 98};
     inline static const ObjectId otherCheck{1, 97, 1, 99};
+    inline static const ObjectId result{1, 97, 1, 98, 1, 109};
+    inline static const ObjectId otherResult{1, 97, 1, 99, 1, 109};
 
     inline static const std::string staleRow = "3 No update since 2026-01-31 12:34:56 UTC.";
     inline static const std::string lostSummary =
@@ -56,6 +58,24 @@ protected:
     {
         store.set(cellOf(Column::Summary, row), summary, application);
         covers.handleSummaryWritten(row);
+    }
+
+    void writeResult(ApplicationId application, const ObjectId& row)
+    {
+        writeResultCell(application, agent::resultTable().cellOf(Column::Status, row), 0);
+        writeResultCell(application, agent::resultTable().cellOf(Column::Summary, row), std::string("fine"));
+    }
+
+    void writeResultCell(ApplicationId application, const ObjectId& id, const agent::CellValue& value)
+    {
+        store.set(id, value, application);
+        covers.handleResultWritten(id);
+    }
+
+    std::string servedResult(const ObjectId& row = result) const
+    {
+        return support::servedCell(store, agent::resultTable().cellOf(Column::Status, row)) + ' ' +
+               support::servedCell(store, agent::resultTable().cellOf(Column::Summary, row));
     }
 
     void removeRow()
@@ -124,7 +144,7 @@ TEST_F(CheckCoversTest, ARemovedRowDoesNotTurnStale)
 TEST_F(CheckCoversTest, NoRowTurnsStaleIfStaleAfterIsOff)
 {
     agent::CellStore otherStore;
-    CheckCovers others(otherStore, lost, clock, agent::DelayQueue<ObjectId>::never, [](const ObjectId&) {});
+    CheckCovers others(otherStore, lost, clock, agent::UpdateWatch::never, [](const ObjectId&) {});
     otherStore.set(cellOf(Column::Status, check), 1, 1);
     others.handleStatusWritten(check);
     clock.advance(1'000'000'000);
@@ -245,4 +265,45 @@ TEST_F(CheckCoversTest, ALostRowDoesNotTurnStale)
     clock.advance(staleAfterMs);
     EXPECT_EQ(covers.stateOf(check), State::Lost);
     EXPECT_EQ(served(), row);
+}
+
+// --- Results of metrics
+
+TEST_F(CheckCoversTest, TheResultsOfAStaleCheckReadUnknownUntilItsNextUpdate)
+{
+    writeResult(1, result);
+    writeResult(1, otherResult);
+    clock.advance(staleAfterMs);
+    EXPECT_EQ(servedResult(), staleRow);
+    EXPECT_EQ(servedResult(otherResult), "0 fine") << "another check";
+    writeStatus(1, 0);
+    EXPECT_EQ(servedResult(), "0 fine");
+}
+
+TEST_F(CheckCoversTest, AStaleCheckLeavesResultsOfAnotherApplication)
+{
+    writeResult(2, result);
+    clock.advance(staleAfterMs);
+    EXPECT_EQ(servedResult(), "0 fine");
+}
+
+TEST_F(CheckCoversTest, AllResultsOfALostApplicationReadUnknownUntilTheyReturn)
+{
+    writeResult(1, result);
+    writeResult(1, otherResult);
+    loseAndCover();
+    EXPECT_EQ(servedResult(), lostRow);
+    EXPECT_EQ(servedResult(otherResult), lostRow) << "without a row of its check";
+    writeResult(2, result);
+    EXPECT_EQ(servedResult(), "0 fine");
+    EXPECT_EQ(servedResult(otherResult), lostRow);
+}
+
+TEST_F(CheckCoversTest, PerformanceDataKeepTheirLastValues)
+{
+    const ObjectId value = agent::below(agent::vigilMibRoot(), {4, 1, 2, 1, 97, 1, 98, 1, 109});
+    store.set(value, std::string("25.5"), 1);
+    clock.advance(staleAfterMs);
+    loseAndCover();
+    EXPECT_EQ(support::servedCell(store, value), "25.5");
 }

@@ -55,7 +55,7 @@ TEST(CommandLine, TheAddressAloneGivesTheDefaults)
     EXPECT_EQ(options.setTimeoutMs, 900);
     EXPECT_EQ(options.graceSeconds, 10);
     EXPECT_EQ(options.forgetSeconds, 86400);
-    EXPECT_EQ(options.staleAfterSeconds, 0);
+    EXPECT_EQ(options.staleAfterSeconds, Options::learned);
     EXPECT_EQ(options.limits.connections, 256);
     EXPECT_EQ(options.limits.cells, 100'000);
     EXPECT_EQ(options.limits.userCells, 200'000);
@@ -183,6 +183,8 @@ TEST(CommandLine, TheTimesAreSecondsUpToAYear)
     EXPECT_EQ(read("--grace", "0").options.graceSeconds, 0);
     EXPECT_EQ(read("--forget", "31536000").options.forgetSeconds, 31536000);
     EXPECT_EQ(read("--stale-after", "60").options.staleAfterSeconds, 60);
+    EXPECT_EQ(read("--stale-after", "0").options.staleAfterSeconds, 0);
+    EXPECT_EQ(read("--stale-after", "auto").options.staleAfterSeconds, Options::learned);
     for (const char* option : {"--grace", "--forget", "--stale-after"}) {
         for (const char* value : {"", "-1", "31536001", "1.5", "10s"})
             EXPECT_TRUE(errorOf(option, value).startsWith(QLatin1String(option))) << option << ' ' << value;
