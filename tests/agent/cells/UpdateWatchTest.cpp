@@ -33,8 +33,9 @@ protected:
 
     support::ManualClock clock;
     std::vector<std::pair<ObjectId, qint64>> silent;
-    UpdateWatch watch{clock, UpdateWatch::learned,
-                      [this](const ObjectId& check, qint64 ms) { silent.push_back({check, ms}); }};
+    UpdateWatch watch{clock, UpdateWatch::learned, [this](const ObjectId& check, qint64 ms) {
+                          silent.push_back({check, ms});
+                      }};
 };
 
 } // namespace

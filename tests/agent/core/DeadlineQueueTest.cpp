@@ -17,8 +17,9 @@ class DeadlineQueueTest : public testing::Test
 protected:
     support::ManualClock clock;
     std::vector<std::pair<int, qint64>> expired;
-    agent::DeadlineQueue<int> queue{
-        clock, [this](int key, qint64 waitedMs) { expired.push_back({key, waitedMs}); }};
+    agent::DeadlineQueue<int> queue{clock, [this](int key, qint64 waitedMs) {
+                                        expired.push_back({key, waitedMs});
+                                    }};
 };
 
 } // namespace
