@@ -52,6 +52,8 @@ void Agent::connectParts()
                      &Notifications::notifyOfValue);
     if (!m_options.isStandalone())
         m_handler.setMaxMessage(AgentxLimit::maxMessage);
+    QObject::connect(&m_configCheck, &ConfigCheck::finished, &m_applications,
+                     [this](const QString& problem) { reloadChecked(problem); });
     m_engine.setPaused([this] { return m_handler.isWaiting(); });
 }
 
@@ -106,10 +108,18 @@ Error Agent::listenOnPassedSocket()
 
 void Agent::reload()
 {
-    if (const Error error = m_engine.reload())
-        log::warning(QStringLiteral("SIGHUP changes nothing: %1").arg(error.text()));
+    if (const Error error = m_engine.checkReloadable())
+        reloadChecked(error.text());
     else
-        log::info(QStringLiteral("the configuration file %1 has been read again").arg(m_options.configFile));
+        m_configCheck.start(m_options.configFile);
+}
+
+void Agent::reloadChecked(const QString& problem)
+{
+    if (!problem.isEmpty())
+        return log::warning(QStringLiteral("SIGHUP changes nothing: %1").arg(problem));
+    m_engine.reload();
+    log::info(QStringLiteral("the configuration file %1 has been read again").arg(m_options.configFile));
 }
 
 void Agent::setStatusListener(const std::function<void(const QString&)>& listener)

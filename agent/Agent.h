@@ -16,6 +16,7 @@
 #include "agent/core/UserLines.h"
 #include "agent/netsnmp/SnmpEngine.h"
 #include "agent/notifications/Notifications.h"
+#include "agent/process/ConfigCheck.h"
 #include "agent/process/Options.h"
 #include "agent/serving/AgentMib.h"
 #include "agent/serving/SetCoordinator.h"
@@ -35,7 +36,7 @@ public:
     /// Registers and listens. The event loop then serves managers and applications.
     Error start();
 
-    /// Reads the configuration file again and logs the result.
+    /// Checks the configuration file, reads it again if it is correct, and logs the result.
     void reload();
 
     /// Calls the listener at once and after every change of the link to snmpd.
@@ -45,8 +46,10 @@ private:
     void connectParts();
     Error listen();
     Error listenOnPassedSocket();
+    void reloadChecked(const QString& problem);
 
     const Options m_options;
+    ConfigCheck m_configCheck;
     SystemClock m_clock;
     UserLines m_userLines{m_clock};
     CellStore m_store;

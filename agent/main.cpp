@@ -11,6 +11,22 @@
 #include "agent/process/ServiceManager.h"
 #include "agent/process/Signals.h"
 
+namespace {
+
+int checkConfig(const agent::Options& options)
+{
+    agent::SystemClock clock;
+    agent::SnmpEngine engine({QStringLiteral("none"), options.configFile, {}, options.subtree}, clock);
+    if (const agent::Error error = engine.check()) {
+        agent::log::error(error.text());
+        return 1;
+    }
+    std::printf("%s: correct\n", options.configFile.toLocal8Bit().constData());
+    return 0;
+}
+
+} // namespace
+
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
@@ -28,6 +44,8 @@ int main(int argc, char** argv)
         return 0;
     }
     agent::log::setVerbose(options.isVerbose);
+    if (options.isConfigCheck)
+        return checkConfig(options);
     if (const agent::Error error = agent::takePassedSocket(options.passedSocket)) {
         agent::log::error(error.text());
         return 1;

@@ -9,6 +9,8 @@
 
 #include <cstring>
 
+#include <syslog.h>
+
 #include "agent/netsnmp/NetSnmp.h"
 #include "agent/netsnmp/NotificationReceiverFilter.h"
 
@@ -51,6 +53,39 @@ int readOurConfiguration(int, int, void*, void* configFile)
     }
     return SNMPERR_SUCCESS;
 }
+
+/// Collects what Net-SNMP says about lines of configuration files, for as long as it lives.
+class WrongLines
+{
+public:
+    WrongLines()
+    {
+        snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, &WrongLines::collect, this);
+    }
+    ~WrongLines()
+    {
+        snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_LOGGING, &WrongLines::collect, this, 1);
+    }
+    WrongLines(const WrongLines&) = delete;
+    WrongLines& operator=(const WrongLines&) = delete;
+
+    /// For example "line 3: Warning: Unknown token: rocomunity"; empty if there is none.
+    const QString& first() const { return m_first; }
+
+private:
+    static int collect(int, int, void* data, void* self)
+    {
+        const auto* message = static_cast<const snmp_log_message*>(data);
+        const QString text = QString::fromUtf8(message->msg).trimmed();
+        const int line = text.indexOf(QLatin1String("line "));
+        QString& first = static_cast<WrongLines*>(self)->m_first;
+        if (message->priority <= LOG_WARNING && line >= 0 && first.isEmpty())
+            first = text.mid(line).chopped(text.endsWith(QLatin1Char('.')) ? 1 : 0);
+        return 0;
+    }
+
+    QString m_first;
+};
 
 } // namespace
 
@@ -137,18 +172,34 @@ Error SnmpEngine::start()
     return {};
 }
 
-Error SnmpEngine::reload()
+Error SnmpEngine::check()
 {
-    if (m_settings.configFile.isEmpty())
-        return Error(
-            QStringLiteral("there is no configuration file to read again: %1")
-                .arg(isStandalone()
-                         ? QStringLiteral("the agent was started without --config")
-                         : QStringLiteral("behind snmpd, access and notifications are configured there")));
-    if (Error error = checkConfiguration())
+    if (Error error = initialise())
         return error;
+    WrongLines wrong;
+    m_isRunning = true;
+    init_snmp(applicationName);
+    if (wrong.first().isEmpty())
+        return {};
+    return Error(
+        QStringLiteral("the configuration file %1 is wrong: %2. --check-config shows all wrong lines")
+            .arg(m_settings.configFile, wrong.first()));
+}
+
+Error SnmpEngine::checkReloadable() const
+{
+    if (!m_settings.configFile.isEmpty())
+        return {};
+    return Error(
+        QStringLiteral("there is no configuration file to read again: %1")
+            .arg(isStandalone()
+                     ? QStringLiteral("the agent was started without --config")
+                     : QStringLiteral("behind snmpd, access and notifications are configured there")));
+}
+
+void SnmpEngine::reload()
+{
     update_config();
-    return {};
 }
 
 QString SnmpEngine::statusText() const

@@ -51,8 +51,14 @@ public:
     /// first.
     Error start();
 
-    /// Reads the configuration file again. An error changes nothing.
-    Error reload();
+    /// Reads the configuration file, and nothing else. Call it alone, on an engine for standalone use.
+    Error check();
+
+    /// Says why there is nothing to reload, if so.
+    Error checkReloadable() const;
+
+    /// Reads the configuration file again. The caller has checked it: wrong lines are skipped.
+    void reload();
 
     /// The state in one line, for the operator.
     QString statusText() const;

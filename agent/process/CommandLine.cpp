@@ -94,6 +94,10 @@ private:
                        "object identifiers in numbers. Without a file, this host may read with the "
                        "community \"public\", and no one may write."),
         QStringLiteral("file"));
+    const QCommandLineOption m_checkConfig =
+        QCommandLineOption(QStringLiteral("check-config"),
+                           QStringLiteral("Check the file of --config and exit: with status 0 if "
+                                          "it is correct, else with 1 and the wrong lines."));
     const QCommandLineOption m_listen = QCommandLineOption(
         QStringLiteral("listen"),
         QStringLiteral("Accept applications on <host:port>, a loopback address. Port 0 picks a free port. "
@@ -159,7 +163,7 @@ Reader::Reader(Options& options) : m_options(options)
 {
     m_parser.setApplicationDescription(
         QStringLiteral("Serves the health of this host's applications to SNMP managers."));
-    m_parser.addOptions({m_agentx, m_standalone, m_subtree, m_config, m_listen, m_allowUsers,
+    m_parser.addOptions({m_agentx, m_standalone, m_subtree, m_config, m_checkConfig, m_listen, m_allowUsers,
                          m_setTimeout.option, m_grace.option, m_forget.option, m_staleAfter,
                          m_maxConnections.option, m_maxCells.option, m_maxUserCells.option, m_maxText.option,
                          m_maxFrame.option, m_verbose});
@@ -236,9 +240,11 @@ Error Reader::readStandalone()
 
 Error Reader::readConfig()
 {
+    m_options.isConfigCheck = isSet(m_checkConfig);
     if (!isSet(m_config))
-        return {};
-    if (!isSet(m_standalone))
+        return m_options.isConfigCheck ? Error(QStringLiteral("--check-config: name the file with --config"))
+                                       : Error();
+    if (!isSet(m_standalone) && !m_options.isConfigCheck)
         return Error(QStringLiteral(
             "--config needs --standalone; behind snmpd, snmpd's own configuration controls access"));
     if (value(m_config).isEmpty())

@@ -21,9 +21,10 @@ struct Options
 
     bool isStandalone() const { return !standaloneAddress.isEmpty(); }
 
-    QString standaloneAddress; ///< listening addresses as Net-SNMP writes them; empty: subagent of snmpd
-    QString agentxAddress;     ///< where snmpd listens for subagents; the default is Net-SNMP's
-    QString configFile;        ///< empty for none
+    QString standaloneAddress;  ///< listening addresses as Net-SNMP writes them; empty: subagent of snmpd
+    QString agentxAddress;      ///< where snmpd listens for subagents; the default is Net-SNMP's
+    QString configFile;         ///< empty for none
+    bool isConfigCheck = false; ///< check configFile and end
     ObjectId subtree = enterpriseRoot(); ///< to serve: the root or a part of it
     QHostAddress listenHost = QHostAddress(QLatin1String(base::defaultServiceHost));
     quint16 listenPort = base::defaultServicePort; ///< 0 for any free port

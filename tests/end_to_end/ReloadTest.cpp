@@ -111,6 +111,39 @@ TEST_F(Reload, AnUnreadableFileChangesNothing)
     EXPECT_EQ(agent.stop(), 0);
 }
 
+TEST_F(Reload, AWrongLineChangesNothing)
+{
+    start("rocommunity first 127.0.0.1\n");
+    ASSERT_TRUE(canRead("first"));
+    write("rocommunity second 127.0.0.1\nrocomunity third 127.0.0.1\n");
+    agent.reload();
+    ASSERT_TRUE(agent.waitForLog("is wrong: line 2: ")) << agent.log().constData();
+    EXPECT_TRUE(canRead("first"));
+    EXPECT_TRUE(isIgnored("second"));
+    write("rocommunity second 127.0.0.1\n");
+    agent.reload();
+    ASSERT_TRUE(agent.waitForLog("has been read again"));
+    EXPECT_TRUE(canRead("second"));
+}
+
+TEST_F(Reload, TheCheckShowsWrongLinesAndNothingElse)
+{
+    const QStringList check{QStringLiteral("--check-config"), QStringLiteral("--config"), path()};
+    write("createUser reader SHA authPassword AES privPassword\nrouser reader priv\n"
+          "view all included .1.3\ntrap2sink udp:127.0.0.1:9 public\n");
+    const AgentProcess::Outcome correct = AgentProcess::run(check);
+    EXPECT_EQ(correct.exitCode, 0);
+    EXPECT_TRUE(correct.out.endsWith(": correct\n")) << correct.out.constData();
+    EXPECT_EQ(correct.err, QByteArray());
+
+    write("rocommunity\nrouser reader priv\nrwuzer reader\n");
+    const AgentProcess::Outcome wrong = AgentProcess::run(check);
+    EXPECT_EQ(wrong.exitCode, 1);
+    EXPECT_TRUE(wrong.err.contains("line 1: ")) << wrong.err.constData();
+    EXPECT_TRUE(wrong.err.contains("line 3: ")) << wrong.err.constData();
+    EXPECT_TRUE(wrong.filesLeft.isEmpty());
+}
+
 TEST(ReloadBehindSnmpd, SighupIsLoggedAndChangesNothing)
 {
     SnmpdProcess snmpd;

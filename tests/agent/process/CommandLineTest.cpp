@@ -224,6 +224,16 @@ TEST(CommandLine, RefusesUnknownOptionsAndStrayArguments)
     EXPECT_FALSE(read(standalone + QStringList{QStringLiteral("--config")}).error.isEmpty());
 }
 
+TEST(CommandLine, CheckConfigNeedsAFileButNoAddress)
+{
+    const QString check = QStringLiteral("--check-config");
+    EXPECT_FALSE(read(QStringList{check}).error.isEmpty());
+    const Outcome outcome = read({check, QStringLiteral("--config"), QStringLiteral("/a/file")});
+    EXPECT_TRUE(outcome.error.isEmpty()) << qPrintable(outcome.error);
+    EXPECT_TRUE(outcome.options.isConfigCheck);
+    EXPECT_EQ(outcome.options.configFile, QStringLiteral("/a/file"));
+}
+
 TEST(CommandLine, HelpDescribesEveryOption)
 {
     const QString help = read({QStringLiteral("--help")}).output;
