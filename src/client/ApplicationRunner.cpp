@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEventLoop>
+#include <QLoggingCategory>
 #include <QThread>
 
 #include <clocale>
@@ -34,6 +35,25 @@ public:
 
 private:
     const std::string m_locale;
+};
+
+/// Qt warns about an application object outside the first thread that used Qt. The library needs no such
+/// thread, and the host can do nothing about it.
+class WarningsMuted
+{
+public:
+    WarningsMuted() : m_wasEnabled(category().isWarningEnabled())
+    {
+        category().setEnabled(QtWarningMsg, false);
+    }
+    ~WarningsMuted() { category().setEnabled(QtWarningMsg, m_wasEnabled); }
+    WarningsMuted(const WarningsMuted&) = delete;
+    WarningsMuted& operator=(const WarningsMuted&) = delete;
+
+private:
+    static QLoggingCategory& category() { return *QLoggingCategory::defaultCategory(); }
+
+    const bool m_wasEnabled;
 };
 
 } // namespace
@@ -104,6 +124,7 @@ void ApplicationRunner::chooseApplication()
 void ApplicationRunner::createApplication()
 {
     const LocaleKeeper keeper;
+    const WarningsMuted muted;
     const bool isSetuidAllowed = QCoreApplication::isSetuidAllowed();
     QCoreApplication::setSetuidAllowed(true);
     m_application = std::make_unique<QCoreApplication>(m_arguments.count, m_arguments.list);
