@@ -47,13 +47,14 @@ bool HostProcess::isOver() const
 
 bool HostProcess::waitForLine(const QString& line)
 {
-    const QByteArray wanted = line.toUtf8() + '\n';
-    support::runUntil([&] {
-        readOutput();
-        return m_output.contains(wanted) || isOver();
-    });
+    support::runUntil([&] { return hasLine(line) || isOver(); });
+    return hasLine(line);
+}
+
+bool HostProcess::hasLine(const QString& line)
+{
     readOutput();
-    return m_output.contains(wanted);
+    return m_output.contains(line.toUtf8() + '\n');
 }
 
 void HostProcess::say(const QString& line)
@@ -79,11 +80,14 @@ void HostProcess::waitForRest()
 
 int HostProcess::exitCode()
 {
-    if (HOSTS_WAIT_FOR_REST && waitForLine(QStringLiteral("ready"))) {
+    const support::LoadFreeTimer starting({m_process.processId()});
+    support::runUntil([this] {
+        return hasLine(QStringLiteral("ready")) || hasLine(QStringLiteral("leaving")) || isOver();
+    });
+    if (HOSTS_WAIT_FOR_REST && hasLine(QStringLiteral("ready"))) {
         waitForRest();
         say(QStringLiteral("go"));
     }
-    const support::LoadFreeTimer starting({m_process.processId()});
     waitForLine(QStringLiteral("leaving"));
     m_startingMs = starting.elapsedMs();
     const support::LoadFreeTimer leaving({m_process.processId()});

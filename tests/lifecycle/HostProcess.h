@@ -54,6 +54,7 @@ public:
 
 private:
     void readOutput();
+    bool hasLine(const QString& line);
     bool isOver() const;
     void waitForRest();
 

@@ -156,8 +156,6 @@ TEST(CleanShutdown, ACheckMayBeDestroyedBeforeTheThreadsHaveStarted)
 
 TEST(CleanShutdown, KeepsItsLimitBesideASlowServiceAndASlowCallback)
 {
-    if (!SYSTEM_LEAVES_THREADS_TO_EXIT_HANDLERS)
-        GTEST_SKIP() << "hosts wait until they are connected here";
     const SlowService service;
     HostProcess host(QStringLiteral(PLAIN_HOST), {QStringLiteral("destroy-with-much-to-do")}, service.port());
     EXPECT_EQ(host.exitCode(), 0);
