@@ -5,6 +5,8 @@
 
 #include <QHostAddress>
 
+#include <utility>
+
 #include "agent/core/Log.h"
 #include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
@@ -67,6 +69,19 @@ void ApplicationConnection::readFrames()
         return closeBecause(error.text());
     }
     watchFrame();
+    setMemory(m_stream.memory());
+}
+
+void ApplicationConnection::setMemory(size_t memory)
+{
+    const size_t before = std::exchange(m_memory, memory);
+    if (before != memory)
+        emit memoryChanged(before, memory);
+}
+
+void ApplicationConnection::closeLarge()
+{
+    closeBecause(QStringLiteral("its unfinished frame takes more memory than --max-memory allows its user"));
 }
 
 /// An incomplete frame must not hold its memory for long, however slowly the rest arrives.
@@ -168,6 +183,7 @@ void ApplicationConnection::handleDisconnected()
 {
     m_socket->disconnect(this);
     m_isClosing = true;
+    setMemory(0);
     emit lost();
 }
 

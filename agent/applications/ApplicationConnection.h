@@ -46,6 +46,12 @@ public:
     /// Counts a record refused by the listener.
     void countRefusal() { ++m_info.recordsRefused; }
 
+    /// The memory of its unfinished frame.
+    size_t memory() const { return m_memory; }
+
+    /// Disconnects it, since its unfinished frame takes too much memory.
+    void closeLarge();
+
     /// True until it has completed a frame.
     bool isSilent() const { return m_stream.frames() == 0; }
 
@@ -60,11 +66,13 @@ signals:
     void valueReceived(const agent::ObjectId& id, const agent::CellValue& value, bool notify);
     void unsetReceived(const agent::ObjectId& tree);
     void answerReceived(int number, int errorStatus);
+    void memoryChanged(size_t before, size_t after);
     void lost();
 
 private:
     void readFrames();
     void watchFrame();
+    void setMemory(size_t memory);
     void handleValue(const ObjectId& id, const CellValue& value, bool notify) override;
     void handleUnset(const ObjectId& tree) override;
     void handleAnswer(int number, int errorStatus) override;
@@ -79,6 +87,7 @@ private:
     Clock& m_clock;
     ApplicationInfo m_info;
     quint64 m_sentFrames = 0;
+    size_t m_memory = 0;
     bool m_isWatched = false;
     bool m_isClosing = false;
 };

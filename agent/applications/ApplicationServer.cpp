@@ -221,6 +221,8 @@ void ApplicationServer::accept(QTcpSocket* socket, const Identity& identity)
             [this, application](const ObjectId& tree) { unset(application, tree); });
     connect(connection, &ApplicationConnection::answerReceived, this,
             [this, application](int number, int status) { emit answered(application, number, status); });
+    connect(connection, &ApplicationConnection::memoryChanged, this,
+            [this, application](size_t before, size_t after) { handleMemory(application, before, after); });
     connect(connection, &ApplicationConnection::lost, this,
             [this, application] { handleDisconnected(application); });
     log::detail(identity.user, [&] { return QStringLiteral("%1 has connected").arg(connection->name()); });
@@ -243,6 +245,10 @@ void ApplicationServer::publish(ApplicationId application, const ObjectId& id, c
         return refuse(application, ObjectId(), error);
     if (const Error error = checkUserCount(application, id))
         return refuse(application, ObjectId(), error);
+    if (const Error error = checkMemory(application, id, value)) {
+        refuse(application, ObjectId(), error);
+        return removeOutdated(application, id);
+    }
     log::detail(find(application)->identity.user, [&] {
         return QStringLiteral("%1: %2 = %3").arg(nameOf(application), toText(id), valueText(value));
     });
@@ -299,14 +305,78 @@ size_t ApplicationServer::cellsOf(const User& user) const
     return cells;
 }
 
+Error ApplicationServer::checkMemory(ApplicationId application, const ObjectId& id, const CellValue& value)
+{
+    const size_t after = CellStore::memoryOf(id, value);
+    if (2 * (memory() + after) <= m_limits.memory())
+        return {}; // most updates: no look-up
+    const Cell* cell = m_cells.store().find(id);
+    const size_t before = cell && cell->owner == application ? CellStore::memoryOf(id, cell->value) : 0;
+    if (after <= before || makeMemoryFor(find(application)->identity.user, after - before))
+        return {};
+    return Error(QStringLiteral("publishes more than fits into the share of its user in --max-memory; the "
+                                "others are not served, the first of them is %1")
+                     .arg(toText(id)));
+}
+
+/// An unfinished frame cannot be refused, so its connection ends.
+void ApplicationServer::handleMemory(ApplicationId application, size_t before, size_t after)
+{
+    m_frameMemory += after - before;
+    ApplicationConnection* connection = m_connections.at(application);
+    if (after > before && !makeMemoryFor(connection->info().identity.user, 0))
+        connection->closeLarge();
+}
+
+/// A user may take as much as then remains free: alone half of all, with one other a third each. So there is
+/// room for the next one, and no one has to give anything back.
+bool ApplicationServer::hasMemoryFor(const User& user, size_t more) const
+{
+    const size_t used = memory() + more;
+    if (used > m_limits.memory())
+        return false;
+    const size_t free = m_limits.memory() - used;
+    return used <= free || user == platform::rootUser || memoryOf(user) + more <= free;
+}
+
+/// The lost applications of the user make room, the oldest first.
+bool ApplicationServer::makeMemoryFor(const User& user, size_t more)
+{
+    while (!hasMemoryFor(user, more)) {
+        if (!m_cells.removeOldestLossOf(user))
+            return false;
+    }
+    return true;
+}
+
+size_t ApplicationServer::memoryOf(const User& user) const
+{
+    size_t memory = 0;
+    for (const auto& [application, connection] : m_connections) {
+        if (connection->info().identity.user == user)
+            memory += m_cells.store().memoryOf(application) + connection->memory();
+    }
+    for (const auto& [application, info] : m_lost) {
+        if (info.identity.user == user)
+            memory += m_cells.store().memoryOf(application);
+    }
+    return memory;
+}
+
 /// id is empty for an error about all cells of the application.
 void ApplicationServer::refuse(ApplicationId application, const ObjectId& id, const Error& error)
 {
     m_connections.at(application)->countRefusal();
     m_warnings.warn(ownerOf(application), id, error.text());
+    removeOutdated(application, id);
+}
+
+/// No value is better than an outdated one.
+void ApplicationServer::removeOutdated(ApplicationId application, const ObjectId& id)
+{
     const Cell* cell = m_cells.store().find(id);
     if (cell && cell->owner == application)
-        m_cells.unset(application, id); // no value is better than an outdated one
+        m_cells.unset(application, id);
 }
 
 void ApplicationServer::unset(ApplicationId application, const ObjectId& tree)

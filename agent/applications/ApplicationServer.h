@@ -63,6 +63,9 @@ public:
     void ask(ApplicationId owner, int number, const ObjectId& id, const CellValue& value) override;
     void commit(ApplicationId owner, const ObjectId& id, const CellValue& value) override;
 
+    /// The memory that applications take, in bytes. It never exceeds the limit by more than a burst.
+    size_t memory() const { return m_cells.store().memory() + m_frameMemory; }
+
     /// Cells that were not taken over, since they belong to another user.
     quint64 takeoversRefused() const { return m_takeoversRefused; }
 
@@ -90,8 +93,14 @@ private:
     void unset(ApplicationId application, const ObjectId& tree);
     Error checkOwner(ApplicationId application, const ObjectId& id);
     Error checkUserCount(ApplicationId application, const ObjectId& id) const;
+    Error checkMemory(ApplicationId application, const ObjectId& id, const CellValue& value);
+    void handleMemory(ApplicationId application, size_t before, size_t after);
+    bool hasMemoryFor(const User& user, size_t more) const;
+    bool makeMemoryFor(const User& user, size_t more);
+    size_t memoryOf(const User& user) const;
     size_t cellsOf(const User& user) const;
     void refuse(ApplicationId application, const ObjectId& id, const Error& error);
+    void removeOutdated(ApplicationId application, const ObjectId& id);
     void handleDisconnected(ApplicationId application);
     const ApplicationInfo* find(ApplicationId application) const;
     Owner ownerOf(ApplicationId application) const;
@@ -107,6 +116,7 @@ private:
     std::map<ApplicationId, ApplicationInfo> m_lost;
     ApplicationId m_lastApplication = 0;
     quint64 m_takeoversRefused = 0;
+    size_t m_frameMemory = 0; // of unfinished frames
     bool m_isFullLogged = false;
     std::set<User> m_refusedUsers; // those in the log
 };

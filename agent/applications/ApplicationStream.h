@@ -45,6 +45,9 @@ public:
     /// The number of frames so far.
     quint64 frames() const { return m_frames.count(); }
 
+    /// The memory of an unfinished frame.
+    size_t memory() const { return m_frames.memory(); }
+
     /// True while the rest of a frame is yet to arrive.
     bool isInsideFrame() const { return m_frames.isInsideFrame(); }
 

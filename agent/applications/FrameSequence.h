@@ -40,6 +40,9 @@ public:
     /// True while the rest of a frame is yet to arrive.
     bool isInsideFrame() const { return m_cutter.isInsideFrame(); }
 
+    /// The memory of the bytes that are yet to become a frame.
+    size_t memory() const { return m_cutter.memory(); }
+
     const Error& error() const { return m_error; }
 
 private:

@@ -20,11 +20,15 @@ struct Limits
 {
     int connections = 256;     ///< at one time; a user other than root has at most seven eighths of them
     int cells = 100'000;       ///< of one application
+    int megabytes = 256;       ///< of memory for all applications together
     int userCells = 200'000;   ///< of all connected applications of a user other than root
     int textBytes = 65'535;    ///< of one value; the limit of SNMP
     int frameBytes = maxFrame; ///< of one frame after its length field
 
     std::set<std::uint32_t> users; ///< who may publish; empty: every user, also an unknown one
+
+    /// The memory for all applications together: their cells, lost ones included, and unfinished frames.
+    std::size_t memory() const { return static_cast<std::size_t>(megabytes) * 1024 * 1024; }
 
     /// Cells of all lost applications together.
     std::size_t lostCells() const { return 10 * static_cast<std::size_t>(cells); }

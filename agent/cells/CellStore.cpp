@@ -5,60 +5,119 @@
 
 #include <utility>
 
+#include "agent/cells/HealthTable.h"
+
 namespace agent {
+
+namespace {
+
+// Nodes and heap blocks of a cell, and of a health check in other parts of the agent.
+constexpr size_t cellOverhead = 256;
+constexpr size_t checkOverhead = 640;
+
+size_t memoryOf(const CellValue& value)
+{
+    const std::string* text = std::get_if<std::string>(&value);
+    return text ? text->size() : 0;
+}
+
+} // namespace
 
 std::optional<ApplicationId> CellStore::set(const ObjectId& id, CellValue value, ApplicationId application)
 {
     const auto [position, isNew] = m_cells.try_emplace(id);
     Cell& cell = position->second;
+    const size_t before = isNew ? 0 : memoryOf(*position);
     cell.value = std::move(value);
     if (cell.cover && cell.cover->reason == Cover::Reason::Committed)
         cell.cover.reset();
+    const size_t after = memoryOf(*position);
     const ApplicationId previous = std::exchange(cell.owner, application);
-    if (!isNew && previous == application)
+    if (!isNew && previous == application) {
+        account(application, before, after);
         return std::nullopt;
-    m_idsByOwner[application].insert(&position->first);
+    }
+    m_owned[application].ids.insert(&position->first);
+    account(application, 0, after);
     if (isNew)
         return std::nullopt;
-    disown(previous, id);
+    disown(previous, id, before);
     return previous;
 }
 
-void CellStore::disown(ApplicationId application, const ObjectId& id)
+void CellStore::disown(ApplicationId application, const ObjectId& id, size_t memory)
 {
-    const auto owned = m_idsByOwner.find(application);
-    owned->second.erase(&id);
-    if (owned->second.empty())
-        m_idsByOwner.erase(owned);
+    account(application, memory, 0);
+    const auto owned = m_owned.find(application);
+    owned->second.ids.erase(&id);
+    if (owned->second.ids.empty())
+        m_owned.erase(owned);
+}
+
+/// The application must own a cell.
+void CellStore::account(ApplicationId application, size_t before, size_t after)
+{
+    if (before == after)
+        return; // most updates: no look-up
+    m_memory += after - before;
+    m_owned.at(application).memory += after - before;
+}
+
+size_t CellStore::memoryOf(const ObjectId& id, const CellValue& value)
+{
+    static const ObjectId status = healthTable::column(healthTable::Column::Status);
+    const size_t overhead = isInTree(status, id) ? cellOverhead + checkOverhead : cellOverhead;
+    return overhead + id.size() * sizeof(id[0]) + agent::memoryOf(value);
+}
+
+size_t CellStore::memoryOf(const Entry& entry)
+{
+    const auto& [id, cell] = entry;
+    const size_t cover = cell.cover ? sizeof(Cover) + agent::memoryOf(cell.cover->value) : 0;
+    return memoryOf(id, cell.value) + cover;
+}
+
+size_t CellStore::memoryOf(ApplicationId application) const
+{
+    const auto owned = m_owned.find(application);
+    return owned == m_owned.end() ? 0 : owned->second.memory;
+}
+
+void CellStore::setCover(Entry& entry, std::unique_ptr<const Cover> cover)
+{
+    const size_t before = memoryOf(entry);
+    entry.second.cover = std::move(cover);
+    account(entry.second.owner, before, memoryOf(entry));
 }
 
 void CellStore::dropCommitted(ApplicationId application)
 {
-    const auto owned = m_idsByOwner.find(application);
-    if (owned == m_idsByOwner.end())
+    const auto owned = m_owned.find(application);
+    if (owned == m_owned.end())
         return;
-    for (const ObjectId* id : owned->second) {
-        Cell& cell = m_cells.find(*id)->second;
-        if (cell.cover && cell.cover->reason == Cover::Reason::Committed)
-            cell.cover.reset();
+    for (const ObjectId* id : owned->second.ids) {
+        Entry& entry = *m_cells.find(*id);
+        if (entry.second.cover && entry.second.cover->reason == Cover::Reason::Committed)
+            setCover(entry, nullptr);
     }
 }
 
 std::vector<ObjectId> CellStore::unsetTree(const ObjectId& tree, ApplicationId application)
 {
     std::vector<ObjectId> removed;
-    const auto owned = m_idsByOwner.find(application);
-    if (owned == m_idsByOwner.end())
+    const auto owned = m_owned.find(application);
+    if (owned == m_owned.end())
         return removed;
-    OwnedIds& ids = owned->second;
+    OwnedIds& ids = owned->second.ids;
     auto position = ids.lower_bound(tree);
     while (position != ids.end() && isInTree(tree, **position)) {
         const auto cell = m_cells.find(**position);
+        account(application, memoryOf(*cell), 0);
         position = ids.erase(position);
         removed.push_back(std::move(m_cells.extract(cell).key()));
     }
     if (ids.empty())
-        m_idsByOwner.erase(owned);
+        m_owned.erase(owned);
     return removed;
 }
 
@@ -70,10 +129,10 @@ std::vector<ObjectId> CellStore::removeAllOf(ApplicationId application)
 std::vector<ObjectId> CellStore::idsOf(ApplicationId application, const ObjectId& tree) const
 {
     std::vector<ObjectId> found;
-    const auto owned = m_idsByOwner.find(application);
-    if (owned == m_idsByOwner.end())
+    const auto owned = m_owned.find(application);
+    if (owned == m_owned.end())
         return found;
-    const OwnedIds& ids = owned->second;
+    const OwnedIds& ids = owned->second.ids;
     for (auto id = ids.lower_bound(tree); id != ids.end() && isInTree(tree, **id); ++id)
         found.push_back(**id);
     return found;
@@ -83,20 +142,20 @@ void CellStore::cover(const ObjectId& id, Cover cover)
 {
     const auto position = m_cells.find(id);
     if (position != m_cells.end())
-        position->second.cover = std::make_unique<const Cover>(std::move(cover));
+        setCover(*position, std::make_unique<const Cover>(std::move(cover)));
 }
 
 void CellStore::uncover(const ObjectId& id)
 {
     const auto position = m_cells.find(id);
     if (position != m_cells.end())
-        position->second.cover.reset();
+        setCover(*position, nullptr);
 }
 
 size_t CellStore::countOf(ApplicationId application) const
 {
-    const auto owned = m_idsByOwner.find(application);
-    return owned == m_idsByOwner.end() ? 0 : owned->second.size();
+    const auto owned = m_owned.find(application);
+    return owned == m_owned.end() ? 0 : owned->second.ids.size();
 }
 
 const Cell* CellStore::find(const ObjectId& id) const

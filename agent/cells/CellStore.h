@@ -65,6 +65,12 @@ public:
     size_t size() const { return m_cells.size(); }
     size_t countOf(ApplicationId application) const;
 
+    /// The memory that a cell takes in the agent, roughly.
+    static size_t memoryOf(const ObjectId& id, const CellValue& value);
+
+    size_t memory() const { return m_memory; }
+    size_t memoryOf(ApplicationId application) const;
+
 private:
     struct ByTarget
     {
@@ -75,11 +81,21 @@ private:
     };
     using OwnedIds = std::set<const ObjectId*, ByTarget>;
 
-    void disown(ApplicationId application, const ObjectId& id);
+    struct Owned
+    {
+        OwnedIds ids;
+        size_t memory = 0;
+    };
+
+    static size_t memoryOf(const Entry& entry);
+    void disown(ApplicationId application, const ObjectId& id, size_t memory);
+    void account(ApplicationId application, size_t before, size_t after);
+    void setCover(Entry& entry, std::unique_ptr<const Cover> cover);
 
     Cells m_cells;
     // Pointers to the keys of m_cells: removing cells must not cost more if other applications have many.
-    std::map<ApplicationId, OwnedIds> m_idsByOwner;
+    std::map<ApplicationId, Owned> m_owned;
+    size_t m_memory = 0;
 };
 
 } // namespace agent

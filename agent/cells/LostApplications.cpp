@@ -36,7 +36,7 @@ void LostApplications::add(const Owner& owner)
     m_graceDelay.restart(application);
     m_forgetDelay.restart(application);
     while (m_losses.size() > 1 && isRoomShort())
-        makeRoom();
+        removeOldestOf(largestUser());
 }
 
 // --- The events of the table
@@ -60,19 +60,21 @@ void LostApplications::handleCellReturned(ApplicationId application)
     m_returnDelay.restart(application);
 }
 
-void LostApplications::makeRoom()
+bool LostApplications::removeOldestOf(const User& user)
 {
-    const User user = largestUser();
     const auto oldest = std::min_element(m_losses.begin(), m_losses.end(), [&](const auto& a, const auto& b) {
         return std::make_pair(a.second.owner.user != user, a.second.number) <
                std::make_pair(b.second.owner.user != user, b.second.number);
     });
+    if (oldest == m_losses.end() || oldest->second.owner.user != user)
+        return false;
     log::warning(oldest->second.owner.user,
                  QStringLiteral("%1 lost applications still have cells, more than the limits allow; those of "
                                 "%2 are removed. Find out which application keeps crashing")
                      .arg(m_losses.size())
                      .arg(oldest->second.owner.name));
     removeAndEnd(oldest->first);
+    return true;
 }
 
 /// The user with the most lost applications or, if their number is permitted, with the most lost cells.

@@ -71,6 +71,9 @@ public:
     /// The connection has ended; the application owns at least one cell.
     void add(const Owner& owner);
 
+    /// Removes the oldest loss of the user to make room. False if there is none.
+    bool removeOldestOf(const User& user);
+
     /// A cell of a lost application now has another owner.
     void handleCellReturned(ApplicationId application);
 
@@ -92,7 +95,6 @@ private:
     void removeAndEnd(ApplicationId application);
     void end(ApplicationId application);
     bool isRoomShort() const;
-    void makeRoom();
     User largestUser() const;
 
     const CellStore& m_store;

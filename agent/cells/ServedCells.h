@@ -44,6 +44,9 @@ public:
     /// then.
     bool lose(const Owner& owner);
 
+    /// Removes the cells of the application of the user that was lost first. False if there is none.
+    bool removeOldestLossOf(const User& user) { return m_lost.removeOldestOf(user); }
+
     const CellStore& store() const { return m_store; }
 
 signals:

@@ -18,6 +18,8 @@ constexpr int subagentSetTimeoutMs = 999; // snmpd drops a subagent after a seco
 constexpr int mostConnections = 10'000;
 constexpr int mostCells = 10'000'000;
 constexpr int leastFrameBytes = 1024;
+constexpr int leastMegabytes = 8;
+constexpr int mostMegabytes = 1'000'000;
 
 const Limits mostBytes; // the byte limits cannot be raised above their defaults
 
@@ -146,6 +148,11 @@ private:
         QStringLiteral("max-user-cells"), QStringLiteral("n"),
         QStringLiteral("Accept at most <n> cells from all applications of one user other than root."), 1,
         mostCells, m_options.limits.userCells);
+    const Number m_maxMemory = numberOption(
+        QStringLiteral("max-memory"), QStringLiteral("mb"),
+        QStringLiteral("Use at most <mb> megabytes for the cells and unfinished frames of all applications. "
+                       "A user other than root has at most as much as remains free for others."),
+        leastMegabytes, mostMegabytes, m_options.limits.megabytes);
     const Number m_maxText = numberOption(QStringLiteral("max-text"), QStringLiteral("n"),
                                           QStringLiteral("Cut texts longer than <n> bytes. Behind snmpd "
                                                          "%1 is the most, and the default.")
@@ -165,8 +172,8 @@ Reader::Reader(Options& options) : m_options(options)
         QStringLiteral("Serves the health of this host's applications to SNMP managers."));
     m_parser.addOptions({m_agentx, m_standalone, m_subtree, m_config, m_checkConfig, m_listen, m_allowUsers,
                          m_setTimeout.option, m_grace.option, m_forget.option, m_staleAfter,
-                         m_maxConnections.option, m_maxCells.option, m_maxUserCells.option, m_maxText.option,
-                         m_maxFrame.option, m_verbose});
+                         m_maxConnections.option, m_maxCells.option, m_maxUserCells.option,
+                         m_maxMemory.option, m_maxText.option, m_maxFrame.option, m_verbose});
 }
 
 Error Reader::read(const QStringList& arguments, QString& output)
@@ -195,8 +202,8 @@ Error Reader::readOptions()
         if (Error error = (this->*readPart)())
             return error;
     }
-    for (const Number* number :
-         {&m_grace, &m_forget, &m_maxConnections, &m_maxCells, &m_maxUserCells, &m_maxText, &m_maxFrame}) {
+    for (const Number* number : {&m_grace, &m_forget, &m_maxConnections, &m_maxCells, &m_maxUserCells,
+                                 &m_maxMemory, &m_maxText, &m_maxFrame}) {
         if (Error error = readNumber(*number))
             return error;
     }

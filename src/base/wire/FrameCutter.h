@@ -6,6 +6,8 @@
 
 #include <QByteArray>
 
+#include <cstddef>
+
 #include "base/wire/FrameHeader.h"
 
 namespace base {
@@ -40,6 +42,9 @@ public:
 
     /// True while the rest of a frame is yet to arrive.
     bool isInsideFrame() const { return m_length > 0 || available() > 0; }
+
+    /// The memory of the bytes received and not taken.
+    size_t memory() const { return static_cast<size_t>(m_buffer.capacity()); }
 
     /// Frees the memory of the taken frames. Call it once per burst.
     void discardTaken();

@@ -59,6 +59,7 @@ TEST(CommandLine, TheAddressAloneGivesTheDefaults)
     EXPECT_EQ(options.limits.connections, 256);
     EXPECT_EQ(options.limits.cells, 100'000);
     EXPECT_EQ(options.limits.userCells, 200'000);
+    EXPECT_EQ(options.limits.megabytes, 256);
     EXPECT_EQ(options.limits.textBytes, 65'535);
     EXPECT_EQ(options.limits.frameBytes, 64 * 1024 * 1024);
     EXPECT_TRUE(options.configFile.isEmpty());
@@ -203,6 +204,7 @@ TEST(CommandLine, EachLimitHasItsOwnBounds)
     };
     const Case cases[] = {{"--max-connections", "1", "10000", "10001", &agent::Limits::connections},
                           {"--max-cells", "1", "10000000", "10000001", &agent::Limits::cells},
+                          {"--max-memory", "8", "1000000", "1000001", &agent::Limits::megabytes},
                           {"--max-text", "1", "65535", "65536", &agent::Limits::textBytes},
                           {"--max-frame", "1024", "67108864", "67108865", &agent::Limits::frameBytes}};
     for (const Case& each : cases) {
@@ -239,7 +241,7 @@ TEST(CommandLine, HelpDescribesEveryOption)
     const QString help = read({QStringLiteral("--help")}).output;
     for (const char* option : {"--agentx", "--standalone", "--subtree", "--config", "--listen",
                                "--set-timeout", "--grace", "--forget", "--stale-after", "--max-connections",
-                               "--max-cells", "--max-text", "--max-frame", "--verbose"})
+                               "--max-cells", "--max-memory", "--max-text", "--max-frame", "--verbose"})
         EXPECT_TRUE(help.contains(QLatin1String(option))) << option;
 }
 
