@@ -28,6 +28,13 @@ void discard(QTcpSocket* socket)
     socket->deleteLater();
 }
 
+/// A user may take as much as then remains free: alone half of all, with one other a third each. So there is
+/// room for the next one, and no one has to give anything back.
+bool isFair(const User& user, size_t ofUser, size_t ofAll, size_t limit)
+{
+    return ofAll <= limit && (user == platform::rootUser || ofUser <= limit - ofAll);
+}
+
 void logDisconnected(const ApplicationInfo& application, size_t cells)
 {
     const User& user = application.identity.user;
@@ -308,7 +315,7 @@ size_t ApplicationServer::cellsOf(const User& user) const
 Error ApplicationServer::checkMemory(ApplicationId application, const ObjectId& id, const CellValue& value)
 {
     const size_t after = CellStore::memoryOf(id, value);
-    if (2 * (memory() + after) <= m_limits.memory())
+    if (2 * (m_cells.store().memory() + after) <= m_limits.cellMemory())
         return {}; // most updates: no look-up
     const Cell* cell = m_cells.store().find(id);
     const size_t before = cell && cell->owner == application ? CellStore::memoryOf(id, cell->value) : 0;
@@ -319,24 +326,9 @@ Error ApplicationServer::checkMemory(ApplicationId application, const ObjectId& 
                      .arg(toText(id)));
 }
 
-/// An unfinished frame cannot be refused, so its connection ends.
-void ApplicationServer::handleMemory(ApplicationId application, size_t before, size_t after)
-{
-    m_frameMemory += after - before;
-    ApplicationConnection* connection = m_connections.at(application);
-    if (after > before && !makeMemoryFor(connection->info().identity.user, 0))
-        connection->closeLarge();
-}
-
-/// A user may take as much as then remains free: alone half of all, with one other a third each. So there is
-/// room for the next one, and no one has to give anything back.
 bool ApplicationServer::hasMemoryFor(const User& user, size_t more) const
 {
-    const size_t used = memory() + more;
-    if (used > m_limits.memory())
-        return false;
-    const size_t free = m_limits.memory() - used;
-    return used <= free || user == platform::rootUser || memoryOf(user) + more <= free;
+    return isFair(user, cellMemoryOf(user) + more, m_cells.store().memory() + more, m_limits.cellMemory());
 }
 
 /// The lost applications of the user make room, the oldest first.
@@ -349,16 +341,36 @@ bool ApplicationServer::makeMemoryFor(const User& user, size_t more)
     return true;
 }
 
-size_t ApplicationServer::memoryOf(const User& user) const
+size_t ApplicationServer::cellMemoryOf(const User& user) const
 {
     size_t memory = 0;
     for (const auto& [application, connection] : m_connections) {
         if (connection->info().identity.user == user)
-            memory += m_cells.store().memoryOf(application) + connection->memory();
+            memory += m_cells.store().memoryOf(application);
     }
     for (const auto& [application, info] : m_lost) {
         if (info.identity.user == user)
             memory += m_cells.store().memoryOf(application);
+    }
+    return memory;
+}
+
+/// An unfinished frame cannot be refused, so its connection ends.
+void ApplicationServer::handleMemory(ApplicationId application, size_t before, size_t after)
+{
+    m_frameMemory += after - before;
+    ApplicationConnection* connection = m_connections.at(application);
+    const User& user = connection->info().identity.user;
+    if (after > before && !isFair(user, frameMemoryOf(user), m_frameMemory, m_limits.frameMemory()))
+        connection->closeLarge();
+}
+
+size_t ApplicationServer::frameMemoryOf(const User& user) const
+{
+    size_t memory = 0;
+    for (const auto& [application, connection] : m_connections) {
+        if (connection->info().identity.user == user)
+            memory += connection->memory();
     }
     return memory;
 }

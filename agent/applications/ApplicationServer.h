@@ -97,7 +97,8 @@ private:
     void handleMemory(ApplicationId application, size_t before, size_t after);
     bool hasMemoryFor(const User& user, size_t more) const;
     bool makeMemoryFor(const User& user, size_t more);
-    size_t memoryOf(const User& user) const;
+    size_t cellMemoryOf(const User& user) const;
+    size_t frameMemoryOf(const User& user) const;
     size_t cellsOf(const User& user) const;
     void refuse(ApplicationId application, const ObjectId& id, const Error& error);
     void removeOutdated(ApplicationId application, const ObjectId& id);

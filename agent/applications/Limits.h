@@ -27,8 +27,11 @@ struct Limits
 
     std::set<std::uint32_t> users; ///< who may publish; empty: every user, also an unknown one
 
-    /// The memory for all applications together: their cells, lost ones included, and unfinished frames.
-    std::size_t memory() const { return static_cast<std::size_t>(megabytes) * 1024 * 1024; }
+    /// The memory for the cells of all applications, connected or lost.
+    std::size_t cellMemory() const { return 3 * frameMemory(); }
+
+    /// The memory for their unfinished frames. Cells cannot use it up, so a full share ends no connection.
+    std::size_t frameMemory() const { return static_cast<std::size_t>(megabytes) * 1024 * 1024 / 4; }
 
     /// Cells of all lost applications together.
     std::size_t lostCells() const { return 10 * static_cast<std::size_t>(cells); }

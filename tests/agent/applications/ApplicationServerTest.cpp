@@ -463,6 +463,132 @@ TEST_F(ApplicationServerTest, LimitsTheCellsOfAllApplicationsOfAUser)
     EXPECT_TRUE(waitForCells(6));
 }
 
+namespace {
+
+/// Little memory: a megabyte.
+class MemoryShares : public ApplicationServerTest
+{
+protected:
+    static constexpr size_t all = 3 * 256 * 1024; // a quarter is for unfinished frames
+
+    void SetUp() override { ASSERT_FALSE(scarce.listen(QHostAddress::LocalHost, 0)); }
+
+    static agent::Limits oneMegabyte()
+    {
+        agent::Limits limits;
+        limits.megabytes = 1;
+        return limits;
+    }
+
+    std::unique_ptr<FakeApplication> connectScarce(const agent::User& user)
+    {
+        nextIdentity = {user, 0, QString()};
+        const size_t before = scarce.applications().size();
+        auto application =
+            std::make_unique<FakeApplication>(scarce.address().section(QLatin1Char(':'), -1).toUShort());
+        EXPECT_TRUE(runUntil([&] { return scarce.applications().size() > before; }));
+        return application;
+    }
+
+    /// Publishes texts of 10 kB until most are refused. Returns the memory of the cells served.
+    size_t publishMuch(FakeApplication& application, const std::string& tree)
+    {
+        constexpr quint64 count = 200;
+        const size_t before = store.memory();
+        const quint64 framesBefore = framesOf(application);
+        for (quint64 i = 0; i < count; ++i)
+            application.publish(tree + "." + std::to_string(i), std::string(10'000, 'x'));
+        EXPECT_TRUE(runUntil([&] { return framesOf(application) >= framesBefore + count; }));
+        return store.memory() - before;
+    }
+
+    quint64 framesOf(const FakeApplication& application) const
+    {
+        for (const ApplicationInfo& info : scarce.applications()) {
+            if (info.port == application.localPort())
+                return info.frames;
+        }
+        return 0;
+    }
+
+    ApplicationServer scarce{cells, clock, oneMegabyte(), [this](std::intptr_t) { return nextIdentity; }};
+};
+
+} // namespace
+
+TEST_F(MemoryShares, AUserLeavesAsMuchToOthersAsItTakes)
+{
+    const auto first = connectScarce(1001);
+    EXPECT_NEAR(static_cast<double>(publishMuch(*first, "5")), all / 2.0, 11'000);
+    const auto second = connectScarce(1002);
+    EXPECT_NEAR(static_cast<double>(publishMuch(*second, "6")), all / 4.0, 11'000);
+    EXPECT_EQ(publishMuch(*first, "7"), 0U);
+    EXPECT_GT(scarce.applications().front().recordsRefused, 200U);
+}
+
+TEST_F(MemoryShares, AllApplicationsOfAUserHaveOneShare)
+{
+    const auto first = connectScarce(1001);
+    publishMuch(*first, "5");
+    const auto second = connectScarce(1001);
+    EXPECT_EQ(publishMuch(*second, "6"), 0U);
+}
+
+TEST_F(MemoryShares, RootMayTakeAll)
+{
+    const auto root = connectScarce(0);
+    EXPECT_NEAR(static_cast<double>(publishMuch(*root, "5")), static_cast<double>(all), 11'000);
+}
+
+TEST_F(MemoryShares, ACellThatCannotGrowIsRemovedAndOthersMayChange)
+{
+    const auto application = connectScarce(1001);
+    application->publish("4.1", 1);
+    application->publish("4.2", std::string("short"));
+    ASSERT_TRUE(waitForCells(2));
+    publishMuch(*application, "5");
+    const size_t before = store.size();
+    application->publish("4.2", std::string(20'000, 'x'));
+    ASSERT_TRUE(runUntil([&] { return store.size() == before - 1; })) << "an outdated value is not served";
+    application->publish("4.1", 2);
+    EXPECT_TRUE(runUntil([&] { return valueOf({1, 3, 6, 1, 4, 1, 32473, 4, 1}) == 2; }));
+}
+
+TEST_F(MemoryShares, LostApplicationsOfTheUserMakeRoom)
+{
+    auto first = connectScarce(1001);
+    publishMuch(*first, "5");
+    first.reset();
+    const auto isLost = [](const ApplicationInfo& info) {
+        return info.state == ApplicationInfo::State::Lost;
+    };
+    ASSERT_TRUE(runUntil([&] { return isLost(scarce.applications().front()); }));
+    const auto second = connectScarce(1001);
+    publishMuch(*second, "6");
+    EXPECT_EQ(scarce.applications().size(), 1U) << "the lost one is gone";
+    EXPECT_NEAR(static_cast<double>(store.memory()), all / 2.0, 11'000);
+}
+
+TEST_F(MemoryShares, UnfinishedFramesCount)
+{
+    const auto victim = connectScarce(1002);
+    victim->publish("6.1", 1);
+    const auto application = connectScarce(1001);
+    const QByteArray half =
+        QByteArray::fromHex("abba08154711f0070000000003000000") + QByteArray(100'000, 'x');
+    application->sendBytes(half);
+    EXPECT_TRUE(runUntil([&] { return scarce.memory() >= 100'000; }));
+    const auto next = connectScarce(1001);
+    next->sendBytes(half);
+    EXPECT_TRUE(next->waitForDisconnect());
+    EXPECT_TRUE(application->isConnected());
+    EXPECT_TRUE(victim->isConnected());
+    publishMuch(*victim, "5");
+    EXPECT_TRUE(victim->isConnected()) << "a full share of cells ends no connection";
+    application->close();
+    EXPECT_TRUE(runUntil([&] { return scarce.memory() == store.memory(); }));
+}
+
 TEST(Identity, IsTextForMessages)
 {
     using agent::identityText;
