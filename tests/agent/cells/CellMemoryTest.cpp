@@ -102,7 +102,8 @@ protected:
         case 1:
             return cellOf(Column::Summary, check);
         case 2:
-            return agent::below(agent::vigilMibRoot(), {3, 1, 3, 3, 97, 112, 112, 2, 104, check.back(), 1, 109});
+            return agent::below(agent::vigilMibRoot(),
+                                {3, 1, 3, 3, 97, 112, 112, 2, 104, check.back(), 1, 109});
         default:
             return agent::below(agent::enterpriseRoot(), {5, check.back()});
         }
@@ -110,7 +111,8 @@ protected:
 
     CellValue randomValue()
     {
-        return random(2) == 0 ? CellValue(static_cast<int>(random(4))) : CellValue(std::string(random(90), 'x'));
+        return random(2) == 0 ? CellValue(static_cast<int>(random(4)))
+                              : CellValue(std::string(random(90), 'x'));
     }
 
     void takeStep()
@@ -230,5 +232,9 @@ TEST_F(CellMemory, TheEstimateCoversWhatACellTakes)
     publishMany([&](unsigned int i) { return cellOf(Column::Status, check(i)); }, 2);
     publishMany([&](unsigned int i) { return cellOf(Column::Summary, check(i)); }, std::string(100, 'x'));
     publishMany([](unsigned int i) { return agent::below(agent::enterpriseRoot(), {5, i}); }, 5);
-    publishMany([](unsigned int i) { return agent::below(agent::enterpriseRoot(), {6, i}); }, std::string(2'000, 'x'));
+    publishMany(
+        [](unsigned int i) {
+            return agent::below(agent::enterpriseRoot(), {6, i});
+        },
+        std::string(2'000, 'x'));
 }
