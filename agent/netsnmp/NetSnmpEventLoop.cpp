@@ -4,6 +4,7 @@
 #include "agent/netsnmp/NetSnmpEventLoop.h"
 
 #include <QAbstractEventDispatcher>
+#include <QDeadlineTimer>
 
 #include <algorithm>
 
@@ -16,6 +17,12 @@ namespace agent {
 
 namespace {
 
+/// A manager's walk is a chain of requests, each sent soon after the last answer.
+constexpr long nextRequestUs = 1000;
+
+/// After this time everything else has its turn.
+constexpr int maxBurstMs = 10;
+
 /// A set of descriptors as for select(), the only form Net-SNMP knows.
 class DescriptorSet
 {
@@ -26,7 +33,6 @@ public:
     DescriptorSet& operator=(const DescriptorSet&) = delete;
 
     netsnmp_large_fd_set* get() { return &m_set; }
-    void insert(int descriptor) { netsnmp_large_fd_setfd(descriptor, &m_set); }
     bool contains(int descriptor) { return netsnmp_large_fd_is_set(descriptor, &m_set); }
 
 private:
@@ -124,8 +130,7 @@ void NetSnmpEventLoop::watch(const std::vector<int>& descriptors)
     unwatchAll();
     for (const int descriptor : descriptors) {
         auto* notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
-        connect(notifier, &QSocketNotifier::activated, this,
-                [this, descriptor] { handleReadable(descriptor); });
+        connect(notifier, &QSocketNotifier::activated, this, [this] { handleReadable(); });
         m_notifiers.push_back(notifier);
     }
 }
@@ -139,15 +144,33 @@ void NetSnmpEventLoop::unwatchAll()
     m_notifiers.clear();
 }
 
-void NetSnmpEventLoop::handleReadable(int descriptor)
+/// Serves requests until none follows soon. It asks the system what is readable: an earlier call may have
+/// read what Qt has seen, and a read of nothing would end the session.
+void NetSnmpEventLoop::handleReadable()
 {
-    if (m_paused())
-        return;
-    DescriptorSet readable;
-    readable.insert(descriptor);
-    snmp_read2(readable.get());
+    const QDeadlineTimer burstEnd(maxBurstMs);
+    long waitUs = 0;
+    while (!m_paused() && !burstEnd.hasExpired() && serveReadable(waitUs))
+        waitUs = nextRequestUs;
+    if (!m_paused())
+        prepareToWait(); // at once, so a descriptor closed just now is not polled again
+}
+
+/// Waits on Net-SNMP's descriptors alone: Qt would poll those of all applications again for each request.
+/// False if nothing is readable in time.
+bool NetSnmpEventLoop::serveReadable(long waitUs)
+{
+    DescriptorSet descriptors;
+    int count = 0;
+    int isUnlimited = 1;
+    timeval alarm = {};
+    snmp_select_info2(&count, descriptors.get(), &alarm, &isUnlimited);
+    timeval limit = {0, waitUs};
+    if (netsnmp_large_fd_set_select(count, descriptors.get(), nullptr, nullptr, &limit) <= 0)
+        return false;
+    snmp_read2(descriptors.get());
     netsnmp_check_outstanding_agent_requests();
-    prepareToWait(); // at once, so a descriptor closed just now is not polled again
+    return true;
 }
 
 void NetSnmpEventLoop::handleTimeout()

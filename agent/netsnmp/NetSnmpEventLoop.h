@@ -45,7 +45,8 @@ private:
     void prepareToWait();
     void watch(const std::vector<int>& descriptors);
     void unwatchAll();
-    void handleReadable(int descriptor);
+    void handleReadable();
+    static bool serveReadable(long waitUs);
     void handleTimeout();
 
     std::function<bool()> m_paused = [] { return false; };
