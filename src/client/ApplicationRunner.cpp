@@ -9,6 +9,7 @@
 #include <QLoggingCategory>
 #include <QThread>
 
+#include <cfenv>
 #include <clocale>
 #include <string>
 
@@ -84,6 +85,7 @@ ApplicationRunner::~ApplicationRunner() = default;
 
 int ApplicationRunner::run()
 {
+    std::fesetenv(FE_DFL_ENV); // the thread inherits the host's rounding and its traps
     m_qtThread = QThread::currentThread();
     if (platform::qtServesHostLoop())
         m_qtThread->setEventDispatcher(new PostedEventDispatcher);

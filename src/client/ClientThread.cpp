@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <atomic>
+#include <cfenv>
 #include <thread>
 
 #include "base/Logging.h"
@@ -45,6 +46,7 @@ bool ClientThread::launch()
 void ClientThread::begin()
 {
     clientThreadId = std::this_thread::get_id();
+    std::fesetenv(FE_DFL_ENV); // the thread inherits the host's rounding and its traps
     eventDispatcher()->processEvents(QEventLoop::AllEvents);
     m_hasBegun.release();
 }

@@ -6,11 +6,15 @@
 #include <QString>
 #include <QStringList>
 
+#include <cmath>
 #include <limits>
 
 namespace vigil {
 
 namespace {
+
+// A host may trap floating-point exceptions. The operators "<" and ">" raise one for NaN, std::isless() and
+// the like do not.
 
 constexpr double noLowerBound = std::numeric_limits<double>::lowest();
 constexpr double noUpperBound = (std::numeric_limits<double>::max)();
@@ -112,11 +116,11 @@ std::string Range::toString() const
     if (isEnabled()) {
         if (isInverse())
             text += QLatin1Char('@');
-        if (m_lower <= noLowerBound)
+        if (std::islessequal(m_lower, noLowerBound))
             text += QLatin1String("~:");
         else if (m_lower != 0.0)
             text += QStringLiteral("%1:").arg(m_lower);
-        if (m_upper < noUpperBound)
+        if (std::isless(m_upper, noUpperBound))
             text += QStringLiteral("%1").arg(m_upper);
     }
     return text.toStdString();
@@ -126,7 +130,8 @@ bool Range::match(double value) const
 {
     if (!isEnabled())
         return true;
-    const bool isOutside = m_lower > value || value > m_upper; // false for NaN
+    // False for NaN
+    const bool isOutside = std::isgreater(m_lower, value) || std::isgreater(value, m_upper);
     return isOutside == isInverse();
 }
 
