@@ -57,14 +57,14 @@ class SimpleMetric;
 /// child forked while a check lives every call does nothing. A program that becomes a daemon creates its
 /// first check in the child, or destroys all checks before the fork. If no thread, descriptor or memory
 /// is left, the log says so, and nothing is published until all checks are destroyed and a new one is
-/// created.
+/// created. Standard descriptors that the host has closed become the null device. While a check lives, the
+/// host must not close descriptors it did not open, nor lower the limit of descriptors below 16.
 ///
 /// Hosts with Qt or GLib: a process without a QCoreApplication gets one, in a thread of the library, while a
 /// check lives. A host best creates its own before its first check, or while no check lives. If it creates it
 /// beside a check, Qt warns on stderr, the library says so in its log and goes on beside the new object; a
-/// debug build of Qt ends the process instead. The host may destroy its object while checks live. Qt warns
-/// on stderr if the library then makes one of its own, and on Windows at every start of the library after the
-/// first; this is harmless. A host may run GLib's main loop: the library never serves it.
+/// debug build of Qt ends the process instead. The host may destroy its object while checks live. A
+/// host may run GLib's main loop: the library never serves it.
 ///
 /// Failure: no operation reports an error. Without an SNMP service the library keeps the values and publishes
 /// them once it connects; beside a busy one it keeps the last value of each cell until the service reads.

@@ -107,6 +107,7 @@ void VigilSnmp::start(const std::string& name)
     if (!m_lifecycle.on(Event::Init))
         return;
     platform::watchForks(true);
+    platform::fillStandardDescriptors();
     if (!platform::hasDescriptors(descriptorsOfAStart))
         return giveUpStart("The process has no file descriptor left");
     // Qt keeps data in the process's threads, so its libraries must stay loaded when this one is unloaded.

@@ -69,6 +69,11 @@ private:
     const std::unique_ptr<Mask> m_previous;
 };
 
+/// Opens the null device for each of the three standard descriptors that the host has closed. Else one of the
+/// library's own descriptors, such as its connection, would get the number, and the host's output with it.
+/// Children do not inherit them.
+void fillStandardDescriptors();
+
 /// True if the process may open this many more descriptors. Qt ends a process that has none left for the
 /// event loop of a new thread.
 bool hasDescriptors(int count);

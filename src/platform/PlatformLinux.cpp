@@ -25,6 +25,7 @@
 #include <sys/auxv.h>
 #include <sys/eventfd.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -166,7 +167,7 @@ public:
         if (m_descriptor < 0 || fstat(m_descriptor, &info) != 0)
             return false;
         const bool isOwn = S_ISREG(info.st_mode) && info.st_uid == geteuid() && info.st_nlink == 1;
-        return isOwn || fail(EPERM);
+        return isOwn ? giveOwnerAccess(info.st_mode) : fail(EPERM);
     }
 
     bool lock() override { return flock(m_descriptor, LOCK_EX | LOCK_NB) == 0; }
@@ -176,6 +177,8 @@ public:
     bool append(const QByteArray& bytes) override
     {
         const qint64 before = size();
+        if (!mayGrowTo(before + bytes.size()))
+            return fail(EFBIG);
         for (int written = 0; written < bytes.size();) {
             const ssize_t result = write(m_descriptor, bytes.constData() + written,
                                          static_cast<std::size_t>(bytes.size() - written));
@@ -210,6 +213,21 @@ public:
     }
 
 private:
+    /// The host's file mode mask may have taken it away. Later programs need it, too.
+    bool giveOwnerAccess(mode_t mode) const
+    {
+        constexpr mode_t access = S_IRUSR | S_IWUSR;
+        return (mode & access) == access || fchmod(m_descriptor, mode | access) == 0;
+    }
+
+    /// A write beyond the process's limit would raise a signal.
+    static bool mayGrowTo(qint64 size)
+    {
+        rlimit limit{};
+        return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ||
+               static_cast<rlim_t>(size) <= limit.rlim_cur;
+    }
+
     void close()
     {
         const int error = errno;
@@ -264,6 +282,15 @@ bool isPrivate(const struct stat& info)
 
 bool makeTrusted(const QString& path, bool isParent, int linksLeft);
 
+/// Even if the host's file mode mask forbids its user something. Another program may make it at the same
+/// time.
+bool makeOwnDirectory(const char* name)
+{
+    if (mkdir(name, S_IRWXU) == 0)
+        return chmod(name, S_IRWXU) == 0;
+    return errno == EEXIST;
+}
+
 /// One step of a path. A link is as good as its owner and its target.
 bool makeTrustedStep(const QString& path, bool isParent, int linksLeft)
 {
@@ -272,8 +299,7 @@ bool makeTrustedStep(const QString& path, bool isParent, int linksLeft)
     {
     };
     if (lstat(name.constData(), &info) != 0) {
-        if (errno != ENOENT || (mkdir(name.constData(), S_IRWXU) != 0 && errno != EEXIST) ||
-            lstat(name.constData(), &info) != 0)
+        if (errno != ENOENT || !makeOwnDirectory(name.constData()) || lstat(name.constData(), &info) != 0)
             return false;
     }
     if (S_ISLNK(info.st_mode)) {
@@ -392,6 +418,15 @@ BlockedSignals::~BlockedSignals()
 bool qtServesHostLoop()
 {
     return true;
+}
+
+void fillStandardDescriptors()
+{
+    int descriptor = 0;
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = ::open("/dev/null", O_RDWR | O_CLOEXEC); // the lowest free number
+    if (descriptor >= 0)
+        close(descriptor);
 }
 
 bool hasDescriptors(int count)

@@ -313,6 +313,8 @@ bool qtServesHostLoop()
     return false;
 }
 
+void fillStandardDescriptors() {} // the numbers of handles are never those of the standard ones
+
 bool hasDescriptors(int)
 {
     return true; // the system has no such limit

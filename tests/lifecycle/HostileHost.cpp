@@ -6,14 +6,23 @@
 
 #include <vigil/vigil.h>
 
+#include <fcntl.h>
+#include <pthread.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cfenv>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <functional>
 #include <future>
 #include <iostream>
+#include <limits>
 #include <map>
 #include <string>
 #include <thread>
@@ -291,6 +300,140 @@ int inAnExitHandler()
     return 0;
 }
 
+/// As numerical programs do.
+int trapFloatingPointErrors()
+{
+    feenableexcept(FE_DIVBYZERO | FE_INVALID | FE_OVERFLOW);
+    constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    vigil::ScalarMetric* metric = check->createScalarMetric("metric");
+    for (const vigil::Range& range :
+         {vigil::Range::CreateThresholdAbove(1), vigil::Range::CreateRange(notANumber, notANumber)}) {
+        metric->setWarningRange(range);
+        for (const double value : {notANumber, std::numeric_limits<double>::infinity(), 1e300, 1e-320}) {
+            metric->setValue(value);
+            check->update();
+        }
+    }
+    vigil::Range range;
+    vigil::Range::fromString("1e400:nan", range);
+    std::cout << "leaving" << std::endl;
+    check->destroy();
+    return 0;
+}
+
+/// A handler called on the client thread inherits no traps.
+int trapFloatingPointErrorsAroundACallback()
+{
+    feenableexcept(FE_DIVBYZERO | FE_INVALID | FE_OVERFLOW);
+    int traps = -1;
+    const OnLoss ask([&] { traps = fegetexcept(); });
+    std::cout << "leaving" << std::endl;
+    snmp().cleanup();
+    return traps;
+}
+
+bool isNullDevice(int descriptor)
+{
+    char target[20] = {};
+    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+    return readlink(link.c_str(), target, sizeof target - 1) > 0 && target == std::string("/dev/null");
+}
+
+/// The library's own descriptors must not get these numbers.
+int closeStandardDescriptors()
+{
+    for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor)
+        close(descriptor);
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    check->update();
+    const bool isSafe = isNullDevice(0) && isNullDevice(1) && isNullDevice(2);
+    check->destroy();
+    return isSafe ? 0 : 1;
+}
+
+int inAThreadWithASmallStack()
+{
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 64 * 1024);
+    const auto use = [](void*) -> void* {
+        useLibrary();
+        return nullptr;
+    };
+    pthread_t thread{};
+    pthread_create(&thread, &attributes, use, nullptr);
+    pthread_join(thread, nullptr);
+    std::cout << "leaving" << std::endl;
+    return 0;
+}
+
+int inASignalStorm()
+{
+    struct sigaction action
+    {
+    };
+    action.sa_handler = [](int) {}; // without SA_RESTART
+    sigaction(SIGALRM, &action, nullptr);
+    const itimerval often{{0, 200}, {0, 200}};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    for (int i = 0; i < 20; ++i)
+        useLibrary();
+    std::cout << "leaving" << std::endl;
+    return 0;
+}
+
+/// Qt, or the library, must not use select(), whose sets end at 1024.
+int besideManyDescriptors()
+{
+    constexpr int count = 1100;
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = std::min<rlim_t>(2 * count, limit.rlim_max);
+    setrlimit(RLIMIT_NOFILE, &limit);
+    for (int i = 0; i < count; ++i)
+        static_cast<void>(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const OnLoss wait([] {}); // the service has received something
+    std::cout << "leaving" << std::endl;
+    snmp().cleanup();
+    return 0;
+}
+
+/// The library starts with a growing number of free descriptors, or says that there are none.
+int withFewDescriptors()
+{
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    for (limit.rlim_cur = 0; limit.rlim_cur < 40; ++limit.rlim_cur) {
+        setrlimit(RLIMIT_NOFILE, &limit);
+        useLibrary();
+    }
+    std::cout << "leaving" << std::endl;
+    return 0;
+}
+
+/// A write beyond the limit would raise a signal.
+int withASmallLimitOfFileSizes()
+{
+    const rlimit limit{3000, 3000};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    for (int i = 0; i < 100; ++i)
+        snmp().unsetOidTree(vigil::Oid::fromStdString("1.3.6.1.4.1.32473.9")); // writes a line of the log
+    std::cout << "leaving" << std::endl;
+    check->destroy();
+    return 0;
+}
+
+/// The file mode mask forbids the user all access to new files.
+int withAStrictFileModeMask()
+{
+    umask(0777);
+    useLibrary();
+    std::cout << "leaving" << std::endl;
+    return 0;
+}
+
 } // namespace
 
 int main(int, char** arguments)
@@ -311,6 +454,15 @@ int main(int, char** arguments)
         {"fork-exec", [&] { return forkAndExecute(arguments[0]); }},
         {"quick-exit", atQuickExit},
         {"exit-handler", inAnExitHandler},
+        {"floating-point-traps", trapFloatingPointErrors},
+        {"floating-point-traps-around-callback", trapFloatingPointErrorsAroundACallback},
+        {"closed-standard-descriptors", closeStandardDescriptors},
+        {"small-stack", inAThreadWithASmallStack},
+        {"signal-storm", inASignalStorm},
+        {"many-descriptors", besideManyDescriptors},
+        {"few-descriptors", withFewDescriptors},
+        {"small-file-limit", withASmallLimitOfFileSizes},
+        {"strict-mode-mask", withAStrictFileModeMask},
     };
     return ways.at(arguments[1])();
 }

@@ -10,6 +10,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -37,6 +38,15 @@ protected:
         return platform::makePrivateDirectory(made);
     }
 
+    mode_t modeOf(const char* name) const
+    {
+        struct stat info
+        {
+        };
+        stat(QFile::encodeName(path(name)).constData(), &info);
+        return info.st_mode & 07777U;
+    }
+
     bool canLock(const char* name)
     {
         const auto file = PrivateFile::open(path(name));
@@ -61,11 +71,33 @@ TEST_F(PrivateFileOnDisk, OpeningChangesNothing)
 TEST_F(PrivateFileOnDisk, IsForItsOwnerAlone)
 {
     ASSERT_TRUE(PrivateFile::open(path("file")));
-    struct stat info
-    {
-    };
-    stat(QFile::encodeName(path("file")).constData(), &info);
-    EXPECT_EQ(info.st_mode & 0777U, 0600U);
+    EXPECT_EQ(modeOf("file"), 0600U);
+}
+
+TEST_F(PrivateFileOnDisk, TheOwnerHasAccessWhateverTheFileModeMask)
+{
+    const mode_t before = umask(0777);
+    EXPECT_TRUE(platform::makePrivateDirectory(path("a/b")));
+    EXPECT_TRUE(PrivateFile::open(path("a/b/file")));
+    umask(before);
+    EXPECT_EQ(modeOf("a"), 0700U);
+    EXPECT_EQ(modeOf("a/b"), 0700U);
+    EXPECT_EQ(modeOf("a/b/file"), 0600U);
+}
+
+TEST_F(PrivateFileOnDisk, GrowsToTheLimitOfTheProcessWithoutASignal)
+{
+    const auto file = PrivateFile::open(path("file"));
+    ASSERT_TRUE(file);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit few{10, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &few);
+    EXPECT_TRUE(file->append("12345678"));
+    EXPECT_FALSE(file->append("123"));
+    EXPECT_TRUE(file->append("90"));
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(file->size(), 10);
 }
 
 TEST_F(PrivateFileOnDisk, ALinkIsNotOpened)
@@ -154,11 +186,7 @@ TEST_F(PrivateFileOnDisk, AnExecutedProgramDoesNotKeepTheLock)
 TEST_F(PrivateFileOnDisk, ADirectoryIsMadeWithItsParentsForTheUserAlone)
 {
     EXPECT_TRUE(platform::makePrivateDirectory(path("a/b")));
-    struct stat info
-    {
-    };
-    stat(QFile::encodeName(path("a/b")).constData(), &info);
-    EXPECT_EQ(info.st_mode & 07777U, 0700U);
+    EXPECT_EQ(modeOf("a/b"), 0700U);
 }
 
 TEST_F(PrivateFileOnDisk, ADirectoryThatOthersMayWriteInDoesNotCount)
