@@ -10,6 +10,19 @@ namespace agent {
 
 namespace {
 
+/// The file of this name in the state directory; empty without such a directory.
+QString stateFile(const Options& options, const char* name)
+{
+    if (options.stateDirectory.isEmpty())
+        return {};
+    return options.stateDirectory + QLatin1Char('/') + QLatin1String(name);
+}
+
+qint64 forgetMs(const Options& options)
+{
+    return options.forgetSeconds > 0 ? options.forgetSeconds * qint64(1000) : DelayQueue<ObjectId>::never;
+}
+
 qint64 staleAfterMs(int seconds)
 {
     if (seconds == Options::learned)
@@ -20,10 +33,9 @@ qint64 staleAfterMs(int seconds)
 ServedCells::Settings settingsOf(const Options& options)
 {
     constexpr qint64 second = 1000;
-    constexpr qint64 never = DelayQueue<ObjectId>::never;
     ServedCells::Settings settings;
     settings.lost.graceMs = options.graceSeconds * second;
-    settings.lost.forgetMs = options.forgetSeconds > 0 ? options.forgetSeconds * second : never;
+    settings.lost.forgetMs = forgetMs(options);
     settings.staleAfterMs = staleAfterMs(options.staleAfterSeconds);
     settings.lost.maxApplications = static_cast<size_t>(options.limits.connections);
     settings.lost.maxCells = options.limits.lostCells();
@@ -36,8 +48,10 @@ Agent::Agent(const Options& options)
     : m_options(options),
       m_cells(m_store, m_clock, settingsOf(options)),
       m_applications(m_cells, m_clock, options.limits),
+      m_stateKeeper(m_cells, m_applications, m_notifications, m_clock, stateFile(options, "state")),
       m_coordinator(m_store, m_applications, m_clock, options.setTimeoutMs),
-      m_engine({options.standaloneAddress, options.configFile, options.agentxAddress, options.subtree},
+      m_engine({options.standaloneAddress, options.configFile, options.agentxAddress, options.subtree,
+                stateFile(options, "engine")},
                m_clock)
 {
     connectParts();
@@ -67,6 +81,7 @@ Error Agent::start()
         return error;
     if (Error error = m_engine.start())
         return error;
+    m_stateKeeper.restore(forgetMs(m_options));
     if (Error error = listen())
         return error;
     if (m_options.isStandalone())

@@ -8,6 +8,7 @@
 
 #include <functional>
 
+#include "agent/StateKeeper.h"
 #include "agent/applications/ApplicationServer.h"
 #include "agent/cells/CellStore.h"
 #include "agent/cells/ServedCells.h"
@@ -39,6 +40,9 @@ public:
     /// Checks the configuration file, reads it again if it is correct, and logs the result.
     void reload();
 
+    /// Saves what the next run is to know. Changes are also saved soon after they happen.
+    void saveState() { m_stateKeeper.save(); }
+
     /// Calls the listener at once and after every change of the link to snmpd.
     void setStatusListener(const std::function<void(const QString&)>& listener);
 
@@ -56,6 +60,7 @@ private:
     ServedCells m_cells;
     ApplicationServer m_applications;
     Notifications m_notifications{m_cells, m_clock};
+    StateKeeper m_stateKeeper;
     SetCoordinator m_coordinator;
     SubtreeHandler m_handler{m_store, m_coordinator};
     AgentMib m_agentMib{m_clock, m_store, m_applications, m_coordinator, m_notifications};

@@ -34,6 +34,7 @@ int main(int argc, char** argv)
 
     agent::Options options;
     options.agentxAddress = agent::SnmpEngine::defaultAgentxAddress();
+    options.stateDirectory = qEnvironmentVariable("STATE_DIRECTORY").section(QLatin1Char(':'), 0, 0);
     QString output;
     if (const agent::Error error = agent::readCommandLine(QCoreApplication::arguments(), options, output)) {
         agent::log::error(error.text());
@@ -63,6 +64,7 @@ int main(int argc, char** argv)
     agent.setStatusListener([&](const QString& status) { serviceManager.tellStatus(status); });
     serviceManager.tellReady();
     const int exitCode = QCoreApplication::exec();
+    agent.saveState();
     serviceManager.tellStopping();
     agent::log::info(QStringLiteral("ending"));
     return exitCode;

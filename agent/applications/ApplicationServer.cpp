@@ -97,6 +97,27 @@ std::vector<ApplicationInfo> ApplicationServer::applications() const
     return list;
 }
 
+std::vector<SavedApplication> ApplicationServer::lostApplications() const
+{
+    std::vector<SavedApplication> saved;
+    for (const auto& [application, info] : m_lost) {
+        SavedApplication each{info, m_cells.checksOf(application)};
+        if (!each.checks.empty())
+            saved.push_back(std::move(each));
+    }
+    return saved;
+}
+
+void ApplicationServer::restore(const SavedApplication& application)
+{
+    const ApplicationId number = ++m_lastApplication;
+    ApplicationInfo& info = m_lost[number] = application.info;
+    info.number = number;
+    m_cells.restore(ownerOf(number), application.info.since, application.checks);
+    if (m_cells.store().countOf(number) == 0)
+        m_lost.erase(number);
+}
+
 void ApplicationServer::ask(ApplicationId owner, int number, const ObjectId& id, const CellValue& value)
 {
     const auto connection = m_connections.find(owner);

@@ -17,6 +17,7 @@
 #include "agent/applications/CellWarnings.h"
 #include "agent/applications/Identity.h"
 #include "agent/applications/Limits.h"
+#include "agent/applications/SavedApplication.h"
 #include "agent/cells/CellOwners.h"
 #include "agent/cells/CellStore.h"
 #include "agent/cells/ServedCells.h"
@@ -65,6 +66,12 @@ public:
 
     /// The memory that applications take, in bytes. It never exceeds the limit by more than a burst.
     size_t memory() const { return m_cells.store().memory() + m_frameMemory; }
+
+    /// The lost applications, to be saved.
+    std::vector<SavedApplication> lostApplications() const;
+
+    /// Takes up a lost application of the agent's last run.
+    void restore(const SavedApplication& application);
 
     /// Cells that were not taken over, since they belong to another user.
     quint64 takeoversRefused() const { return m_takeoversRefused; }

@@ -39,6 +39,19 @@ void LostApplications::add(const Owner& owner)
         removeOldestOf(largestUser());
 }
 
+void LostApplications::restore(const Owner& owner, const QDateTime& since)
+{
+    add(owner);
+    const auto loss = m_losses.find(owner.application);
+    if (loss == m_losses.end())
+        return;
+    loss->second.since = since;
+    if (since.msecsTo(m_clock.nowUtc()) < m_settings.graceMs)
+        return;
+    m_graceDelay.remove(owner.application);
+    handleGraceOver(owner.application);
+}
+
 // --- The events of the table
 
 void LostApplications::handleGraceOver(ApplicationId application)

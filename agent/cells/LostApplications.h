@@ -74,6 +74,10 @@ public:
     /// Removes the oldest loss of the user to make room. False if there is none.
     bool removeOldestOf(const User& user);
 
+    /// The same for a loss of the agent's last run. If its grace period is over, its health checks read
+    /// UNKNOWN at once.
+    void restore(const Owner& owner, const QDateTime& since);
+
     /// A cell of a lost application now has another owner.
     void handleCellReturned(ApplicationId application);
 

@@ -3,6 +3,7 @@
 
 #include "agent/cells/ServedCells.h"
 
+#include "agent/cells/VigilTables.h"
 #include "agent/core/Log.h"
 
 namespace agent {
@@ -72,6 +73,36 @@ bool ServedCells::lose(const Owner& owner)
     m_store.dropCommitted(owner.application);
     m_lost.add(owner);
     return true;
+}
+
+// --- What the agent keeps over a restart
+
+std::vector<LostCheck> ServedCells::checksOf(ApplicationId application) const
+{
+    std::vector<LostCheck> checks;
+    for (const ObjectId& id : m_store.idsOf(application, healthTable::column(Column::Status))) {
+        const int* status = std::get_if<int>(&m_store.find(id)->value);
+        const std::optional<healthTable::Position> position = healthTable::positionOf(id);
+        if (!status || !position)
+            continue;
+        const Cell* summary = m_store.find(healthTable::cellOf(Column::Summary, position->check));
+        const std::string* text = summary ? std::get_if<std::string>(&summary->value) : nullptr;
+        checks.push_back({position->check, *status, text ? *text : std::string()});
+    }
+    return checks;
+}
+
+void ServedCells::restore(const Owner& owner, const QDateTime& since, const std::vector<LostCheck>& checks)
+{
+    for (const LostCheck& check : checks) {
+        const ObjectId status = healthTable::cellOf(Column::Status, check.check);
+        if (m_store.find(status) || vigilTables::checkCell(status, check.status))
+            continue;
+        m_store.set(status, check.status, owner.application);
+        m_store.set(healthTable::cellOf(Column::Summary, check.check), check.summary, owner.application);
+    }
+    if (m_store.countOf(owner.application) > 0)
+        m_lost.restore(owner, since);
 }
 
 // --- What happens to the cells of lost applications

@@ -10,6 +10,7 @@
 #include "agent/cells/CheckCovers.h"
 #include "agent/cells/HealthTable.h"
 #include "agent/cells/LostApplications.h"
+#include "agent/cells/LostCheck.h"
 #include "agent/core/Clock.h"
 
 namespace agent {
@@ -46,6 +47,12 @@ public:
 
     /// Removes the cells of the application of the user that was lost first. False if there is none.
     bool removeOldestLossOf(const User& user) { return m_lost.removeOldestOf(user); }
+
+    /// The health checks that the application owns.
+    std::vector<LostCheck> checksOf(ApplicationId application) const;
+
+    /// Serves health checks that were lost in the agent's last run.
+    void restore(const Owner& owner, const QDateTime& since, const std::vector<LostCheck>& checks);
 
     const CellStore& store() const { return m_store; }
 

@@ -89,7 +89,8 @@ private:
 
 } // namespace
 
-SnmpEngine::SnmpEngine(const Settings& settings, Clock& clock) : m_settings(settings)
+SnmpEngine::SnmpEngine(const Settings& settings, Clock& clock)
+    : m_settings(settings), m_identity(settings.engineFile)
 {
     if (isStandalone())
         return;
@@ -143,6 +144,7 @@ Error SnmpEngine::initialise()
     if (init_agent(applicationName) != 0)
         return Error(QStringLiteral("Net-SNMP cannot be initialised; its message above says why"));
     if (isStandalone()) {
+        m_identity.load();
         takeConfiguration();
     } else {
         m_session->initialise();
@@ -165,6 +167,7 @@ Error SnmpEngine::start()
     m_isRunning = true;
     init_snmp(applicationName);
     if (isStandalone()) {
+        m_identity.store();
         if (Error error = listen())
             return error;
     }

@@ -14,14 +14,15 @@
 #include "agent/core/Error.h"
 #include "agent/core/ObjectId.h"
 #include "agent/netsnmp/AgentxSession.h"
+#include "agent/netsnmp/EngineIdentity.h"
 #include "agent/netsnmp/MasterLink.h"
 #include "agent/netsnmp/NetSnmpEventLoop.h"
 
 namespace agent {
 
 /// Configures and runs the Net-SNMP agent library, either as an SNMP agent of its own or, by default, as a
-/// subagent of the host's snmpd. It reads nothing but the given configuration and leaves nothing on disk, so
-/// it behaves the same on every host.
+/// subagent of the host's snmpd. It reads nothing but the given configuration and the engine file, so it
+/// behaves the same on every host.
 ///
 /// Threads: Net-SNMP is not thread-safe; everything stays on the thread of the event loop.
 /// Ownership: Net-SNMP's state is global, so one engine per process.
@@ -34,6 +35,7 @@ public:
         QString configFile;        ///< standalone only; empty: this host may read
         QString agentxAddress;     ///< where the host's snmpd listens for subagents
         ObjectId subtree;          ///< registered with snmpd
+        QString engineFile = {};   ///< keeps the SNMPv3 engine over a restart; standalone only; empty: none
     };
 
     SnmpEngine(const Settings& settings, Clock& clock);
@@ -77,6 +79,7 @@ private:
 
     const Settings m_settings;
     QTemporaryDir m_directory;
+    EngineIdentity m_identity;
     NetSnmpEventLoop m_eventLoop;
     std::unique_ptr<AgentxSession> m_session; // null when standalone
     std::unique_ptr<MasterLink> m_link;       // null when standalone

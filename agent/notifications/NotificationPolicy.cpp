@@ -22,7 +22,8 @@ bool needsAttention(int status)
 } // namespace
 
 NotificationPolicy::NotificationPolicy(Clock& clock, LookUp served, Notify notify)
-    : m_served(std::move(served)),
+    : m_clock(clock),
+      m_served(std::move(served)),
       m_notify(std::move(notify)),
       m_awaiting(clock, summaryWaitMs, [this](const ObjectId& id, qint64) { handle(Overdue, id); }),
       m_muted(clock, muteMs, [this](const ObjectId& id, qint64) { handle(Unmuted, id); })
@@ -30,7 +31,7 @@ NotificationPolicy::NotificationPolicy(Clock& clock, LookUp served, Notify notif
 
 void NotificationPolicy::handleStatusWritten(const ObjectId& id, int status)
 {
-    const int before = std::exchange(m_checks[id].written, status);
+    const int before = std::exchange(checkOf(id).written, status);
     handle(status != before ? NewStatus : SameStatus, id);
 }
 
@@ -41,7 +42,7 @@ void NotificationPolicy::handleSummaryWritten(const ObjectId& id, const std::str
 
 void NotificationPolicy::handleCovered(const ObjectId& id)
 {
-    m_checks[id].written = healthTable::unknownStatus;
+    checkOf(id).written = healthTable::unknownStatus;
     handle(Covered, id);
 }
 
@@ -49,6 +50,35 @@ void NotificationPolicy::handleRemoved(const ObjectId& id)
 {
     m_awaiting.remove(id);
     m_checks.erase(id);
+}
+
+/// A check of the last run goes on from the status that managers know.
+NotificationPolicy::Check& NotificationPolicy::checkOf(const ObjectId& id)
+{
+    const auto [position, isNew] = m_checks.try_emplace(id);
+    if (isNew) {
+        const auto restored = m_restored.extract(id);
+        if (!restored.empty())
+            position->second = {Settled, healthTable::unknownStatus, restored.mapped()};
+    }
+    return position->second;
+}
+
+std::map<ObjectId, int> NotificationPolicy::notified() const
+{
+    std::map<ObjectId, int> statuses = m_restored;
+    for (const auto& [id, check] : m_checks) {
+        if (check.notified)
+            statuses[id] = *check.notified;
+    }
+    return statuses;
+}
+
+void NotificationPolicy::restore(std::map<ObjectId, int> notified, qint64 forMs)
+{
+    m_restored = std::move(notified);
+    if (forMs >= 0)
+        m_clock.callAfter(forMs, this, [this] { m_restored.clear(); });
 }
 
 void NotificationPolicy::handle(Event event, const ObjectId& id)

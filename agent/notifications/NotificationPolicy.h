@@ -94,7 +94,14 @@ public:
     void handleRemoved(const ObjectId& check);
 
     /// The number of checks in memory.
-    size_t size() const { return m_checks.size() + m_muted.size(); }
+    size_t size() const { return m_checks.size() + m_muted.size() + m_restored.size(); }
+
+    /// The statuses that managers know.
+    std::map<ObjectId, int> notified() const;
+
+    /// Takes up what notified() returned in the agent's last run. Checks that do not come back within forMs
+    /// are forgotten (-1: never).
+    void restore(std::map<ObjectId, int> notified, qint64 forMs);
 
 private:
     struct Check
@@ -104,13 +111,16 @@ private:
         std::optional<int> notified; // the status managers know, once the check is evaluated
     };
 
+    Check& checkOf(const ObjectId& id);
     void handle(Event event, const ObjectId& id);
     void enter(State state, const ObjectId& id, Check& check);
     void compare(const ObjectId& id, Check& check);
 
+    Clock& m_clock;
     const LookUp m_served;
     const Notify m_notify;
     std::map<ObjectId, Check> m_checks; // each has a status cell
+    std::map<ObjectId, int> m_restored; // what managers know of checks that have not come back yet
     DelayQueue<ObjectId> m_awaiting;
     DelayQueue<ObjectId> m_muted;
 };

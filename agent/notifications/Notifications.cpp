@@ -10,7 +10,10 @@ Notifications::Notifications(const ServedCells& cells, Clock& clock)
       m_queue(clock, [this](const Notification& notification) { m_sender.send(notification); }),
       m_policy(
           clock, [this](const ObjectId& check) { return served(check); },
-          [this](const HealthChange& change) { m_queue.sendInTurn(Notification::ofHealth(change)); })
+          [this](const HealthChange& change) {
+              m_queue.sendInTurn(Notification::ofHealth(change));
+              emit healthChanged();
+          })
 {
     connect(&cells, &ServedCells::statusWritten, &m_policy, &NotificationPolicy::handleStatusWritten);
     connect(&cells, &ServedCells::summaryWritten, &m_policy, &NotificationPolicy::handleSummaryWritten);

@@ -35,6 +35,17 @@ public:
     /// Counts notifications with at least one receiver.
     quint64 sent() const { return m_sender.sent(); }
 
+    /// See NotificationPolicy.
+    std::map<ObjectId, int> notified() const { return m_policy.notified(); }
+    void restore(std::map<ObjectId, int> notified, qint64 forMs)
+    {
+        m_policy.restore(std::move(notified), forMs);
+    }
+
+signals:
+    /// A change of a health check is on its way to managers.
+    void healthChanged();
+
 private:
     std::optional<NotificationPolicy::Served> served(const ObjectId& check) const;
 

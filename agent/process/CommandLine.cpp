@@ -162,6 +162,12 @@ private:
         numberOption(QStringLiteral("max-frame"), QStringLiteral("n"),
                      QStringLiteral("Disconnect an application that sends a frame longer than <n> bytes."),
                      leastFrameBytes, mostBytes.frameBytes, m_options.limits.frameBytes);
+    const QCommandLineOption m_stateDirectory = QCommandLineOption(
+        QStringLiteral("state-directory"),
+        QStringLiteral("Keep lost health checks, the statuses managers know, and the SNMPv3 engine in <dir> "
+                       "over a restart. Without it, the directory in the environment variable "
+                       "STATE_DIRECTORY, as systemd sets it, or none."),
+        QStringLiteral("dir"));
     const QCommandLineOption m_verbose = QCommandLineOption(
         QStringLiteral("verbose"), QStringLiteral("Also log each connection, cell and SET."));
 };
@@ -173,7 +179,8 @@ Reader::Reader(Options& options) : m_options(options)
     m_parser.addOptions({m_agentx, m_standalone, m_subtree, m_config, m_checkConfig, m_listen, m_allowUsers,
                          m_setTimeout.option, m_grace.option, m_forget.option, m_staleAfter,
                          m_maxConnections.option, m_maxCells.option, m_maxUserCells.option,
-                         m_maxMemory.option, m_maxText.option, m_maxFrame.option, m_verbose});
+                         m_maxMemory.option, m_maxText.option, m_maxFrame.option, m_stateDirectory,
+                         m_verbose});
 }
 
 Error Reader::read(const QStringList& arguments, QString& output)
@@ -197,6 +204,8 @@ Error Reader::readOptions()
     if (!stray.isEmpty())
         return Error(QStringLiteral("unexpected argument %1").arg(stray.constFirst()));
     m_options.isVerbose = isSet(m_verbose);
+    if (isSet(m_stateDirectory))
+        m_options.stateDirectory = value(m_stateDirectory);
     for (const auto readPart : {&Reader::readRole, &Reader::readSubtree, &Reader::readListen,
                                 &Reader::readUsers, &Reader::readSetTimeout, &Reader::readStaleAfter}) {
         if (Error error = (this->*readPart)())

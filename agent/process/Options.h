@@ -29,6 +29,7 @@ struct Options
     QHostAddress listenHost = QHostAddress(QLatin1String(base::defaultServiceHost));
     quint16 listenPort = base::defaultServicePort; ///< 0 for any free port
     int passedSocket = noSocket; ///< listens for applications in place of listenHost and listenPort
+    QString stateDirectory;      ///< for what is kept over a restart; empty: nothing is
     int setTimeoutMs = 900;
     int graceSeconds = 10;     ///< from the loss of a connection to UNKNOWN
     int forgetSeconds = 86400; ///< from the loss of a connection to the removal of its cells; 0 for never

@@ -267,3 +267,35 @@ TEST_F(LostApplication, ReadsStaleUntilTheGracePeriodIsOver)
     clock.advance(graceMs);
     EXPECT_EQ(served(), "3 No connection to the application since 2026-01-31 12:35:56 UTC.");
 }
+
+// --- After a restart of the agent
+
+TEST_F(ServedCellsTest, ARestoredCheckReadsUnknownSinceItsLoss)
+{
+    cells.restore({7}, clock.nowUtc().addMSecs(-graceMs), {{check, 1, "so so"}});
+    EXPECT_EQ(served(), "3 No connection to the application since 2026-01-31 12:34:46 UTC.");
+    EXPECT_THAT(cells.checksOf(7), testing::SizeIs(1));
+    publishRow(8, check, 0, "back");
+    EXPECT_EQ(served(), "0 back");
+}
+
+TEST_F(ServedCellsTest, ACheckRestoredWithinItsGracePeriodGetsAllOfIt)
+{
+    cells.restore({7}, clock.nowUtc().addMSecs(-1), {{check, 1, "so so"}});
+    EXPECT_EQ(served(), "1 so so");
+    clock.advance(graceMs);
+    EXPECT_EQ(served().substr(0, 1), "3");
+}
+
+TEST_F(ServedCellsTest, ARestoredCheckIsForgotten)
+{
+    cells.restore({7}, clock.nowUtc().addMSecs(-graceMs), {{check, 1, "so so"}});
+    clock.advance(forgetMs);
+    EXPECT_EQ(served(), "- -");
+}
+
+TEST_F(ServedCellsTest, OnlyRowsThatFitAreRestored)
+{
+    cells.restore({7}, clock.nowUtc(), {{{1, 97}, 1, "one key"}, {check, 9, "no status"}});
+    EXPECT_EQ(store.size(), 0u);
+}

@@ -441,3 +441,38 @@ TEST_F(NotificationPolicyTest, ASummaryWithoutAStatusTakesNoMemory)
     writeSummary("full");
     EXPECT_EQ(policy.size(), 0u);
 }
+
+// --- After a restart of the agent
+
+TEST_F(NotificationPolicyTest, AReplayOfAKnownStatusSendsNothing)
+{
+    policy.restore({{disk, critical}}, -1);
+    write(critical, "disk is full");
+    clock.advance(5000);
+    EXPECT_THAT(sent, IsEmpty());
+}
+
+TEST_F(NotificationPolicyTest, ARecoveryDuringTheRestartIsSent)
+{
+    policy.restore({{disk, critical}}, -1);
+    write(ok, "fine");
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, ok, critical, "fine"}));
+}
+
+TEST_F(NotificationPolicyTest, ALossThatManagersKnowIsNotSentAgainButANewOneIs)
+{
+    policy.restore({{disk, unknown}, {memory, ok}}, -1);
+    cover("No connection", disk);
+    EXPECT_THAT(sent, IsEmpty());
+    cover("No connection", memory);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{memory, unknown, ok, "No connection"}));
+}
+
+TEST_F(NotificationPolicyTest, ChecksThatDoNotComeBackAreForgotten)
+{
+    policy.restore({{disk, critical}}, 60'000);
+    clock.advance(59'999);
+    EXPECT_EQ(policy.notified().size(), 1u);
+    clock.advance(1);
+    EXPECT_EQ(policy.notified().size(), 0u);
+}

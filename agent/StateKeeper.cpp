@@ -1,0 +1,94 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/StateKeeper.h"
+
+#include <set>
+
+#include "agent/core/Log.h"
+
+namespace agent {
+
+namespace {
+
+constexpr qint64 delayMs = 1000;
+
+} // namespace
+
+StateKeeper::StateKeeper(const ServedCells& cells, ApplicationServer& applications,
+                         Notifications& notifications, Clock& clock, const QString& path)
+    : m_cells(cells),
+      m_applications(applications),
+      m_notifications(notifications),
+      m_clock(clock),
+      m_file(path, QStringLiteral("state")),
+      m_isOn(!path.isEmpty()),
+      m_delay(clock, [this] { save(); })
+{}
+
+void StateKeeper::restore(qint64 forgetMs)
+{
+    if (!m_isOn)
+        return;
+    SavedState state;
+    Error error = m_file.read(m_saved);
+    const int wrongLine = error ? 0 : state.readLines(m_saved);
+    if (wrongLine > 0)
+        error = m_file.damaged(QStringLiteral("line %1 has no meaning").arg(wrongLine));
+    if (error) {
+        m_saved.clear();
+        log::warning(error.text());
+    } else {
+        m_notifications.restore(state.notified, forgetMs);
+        for (const SavedApplication& application : state.lost) {
+            if (forgetMs < 0 || application.info.since.msecsTo(m_clock.nowUtc()) < forgetMs)
+                m_applications.restore(application);
+        }
+    }
+    connect(&m_applications, &ApplicationServer::lost, this, &StateKeeper::saveSoon);
+    connect(&m_cells, &ServedCells::applicationGone, this, &StateKeeper::saveSoon);
+    connect(&m_cells, &ServedCells::checkCovered, this, &StateKeeper::saveSoon);
+    connect(&m_cells, &ServedCells::checkRemoved, this, &StateKeeper::saveSoon);
+    connect(&m_notifications, &Notifications::healthChanged, this, &StateKeeper::saveSoon);
+}
+
+void StateKeeper::saveSoon()
+{
+    if (!m_delay.isActive())
+        m_delay.startOnce(delayMs);
+}
+
+void StateKeeper::save()
+{
+    if (!m_isOn)
+        return;
+    m_delay.stop();
+    const QStringList lines = current().toLines();
+    if (lines == m_saved)
+        return;
+    const Error error = m_file.write(lines);
+    if (!error)
+        m_saved = lines;
+    else if (!m_isWarned)
+        log::warning(error.text());
+    m_isWarned = static_cast<bool>(error);
+}
+
+/// A check that managers know as OK needs no line: it would be treated the same without one.
+SavedState StateKeeper::current() const
+{
+    SavedState state;
+    state.lost = m_applications.lostApplications();
+    std::set<ObjectId> lostChecks;
+    for (const SavedApplication& application : state.lost) {
+        for (const LostCheck& check : application.checks)
+            lostChecks.insert(check.check);
+    }
+    for (const auto& [check, status] : m_notifications.notified()) {
+        if (status != 0 || lostChecks.count(check) > 0)
+            state.notified[check] = status;
+    }
+    return state;
+}
+
+} // namespace agent

@@ -1,0 +1,56 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_AGENT_STATEKEEPER_H
+#define VIGIL_AGENT_STATEKEEPER_H
+
+#include <QObject>
+#include <QStringList>
+
+#include "agent/applications/ApplicationServer.h"
+#include "agent/cells/ServedCells.h"
+#include "agent/core/StateFile.h"
+#include "agent/core/Timer.h"
+#include "agent/notifications/Notifications.h"
+#include "agent/process/SavedState.h"
+
+namespace agent {
+
+/// Keeps lost applications with their health checks, and what was notified, over a restart of the agent.
+///
+/// Ownership: everything it is given must outlive it.
+/// Failure: the log says what cannot be read or written; the agent serves without it.
+class StateKeeper : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// path is the file's; with an empty one nothing is kept.
+    StateKeeper(const ServedCells& cells, ApplicationServer& applications, Notifications& notifications,
+                Clock& clock, const QString& path);
+
+    /// Restores what the last run saved, except for losses older than forgetMs (-1: none is too old). From
+    /// now on changes are saved within a second.
+    void restore(qint64 forgetMs);
+
+    /// Saves at once, if anything has changed.
+    void save();
+
+private:
+    void saveSoon();
+    SavedState current() const;
+
+    const ServedCells& m_cells;
+    ApplicationServer& m_applications;
+    Notifications& m_notifications;
+    Clock& m_clock;
+    const StateFile m_file;
+    const bool m_isOn;
+    QStringList m_saved;
+    bool m_isWarned = false;
+    Timer m_delay;
+};
+
+} // namespace agent
+
+#endif

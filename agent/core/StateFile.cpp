@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/core/StateFile.h"
+
+#include <QFile>
+#include <QSaveFile>
+
+namespace agent {
+
+namespace {
+
+const QString lastLine = QStringLiteral("end");
+constexpr qint64 longestFile = 100'000'000;
+
+} // namespace
+
+Error StateFile::read(QStringList& lines) const
+{
+    lines.clear();
+    QFile file(m_path);
+    if (m_path.isEmpty() || !file.exists())
+        return {};
+    if (!file.open(QIODevice::ReadOnly))
+        return Error(QStringLiteral("cannot read the state file %1: %2").arg(m_path, file.errorString()));
+    if (file.size() > longestFile)
+        return damaged(QStringLiteral("it is too long"));
+    QStringList read = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+    if (read.size() < 3 || read.takeFirst() != firstLine())
+        return damaged(QStringLiteral("its first line is not \"%1\"").arg(firstLine()));
+    if (!read.takeLast().isEmpty() || read.takeLast() != lastLine)
+        return damaged(QStringLiteral("it is cut short"));
+    lines = read;
+    return {};
+}
+
+Error StateFile::write(const QStringList& lines) const
+{
+    if (m_path.isEmpty())
+        return {};
+    QSaveFile file(m_path); // a temporary file, flushed to the disk and renamed
+    file.open(QIODevice::WriteOnly);
+    QString text = firstLine() + QLatin1Char('\n');
+    for (const QString& line : lines)
+        text += line + QLatin1Char('\n');
+    file.write((text + lastLine + QLatin1Char('\n')).toUtf8());
+    if (file.commit())
+        return {};
+    return Error(QStringLiteral("cannot write the state file %1: %2. A restart of the agent forgets what is "
+                                "not saved")
+                     .arg(m_path, file.errorString()));
+}
+
+Error StateFile::damaged(const QString& why) const
+{
+    return Error(
+        QStringLiteral("the state file %1 cannot be used: %2. It will be replaced").arg(m_path, why));
+}
+
+} // namespace agent

@@ -1,0 +1,121 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/process/SavedState.h"
+
+#include <optional>
+
+namespace agent {
+
+namespace {
+
+const QString lostWord = QStringLiteral("lost");
+const QString checkWord = QStringLiteral("check");
+const QString notifiedWord = QStringLiteral("notified");
+const QString unknownUser = QStringLiteral("unknown");
+
+/// A text as one word of a line.
+QString word(const QByteArray& text)
+{
+    return QString::fromLatin1(text.toPercentEncoding());
+}
+
+QByteArray textOf(const QString& word)
+{
+    return QByteArray::fromPercentEncoding(word.toLatin1());
+}
+
+std::optional<ObjectId> indexOf(const QString& word)
+{
+    return fromFullText(word.toStdString());
+}
+
+bool isStatus(int number)
+{
+    return number >= 0 && number <= 3;
+}
+
+QString lineOf(const QStringList& words)
+{
+    return words.join(QLatin1Char(' '));
+}
+
+QString lostLine(const ApplicationInfo& info)
+{
+    const Identity& identity = info.identity;
+    return lineOf({lostWord, info.since.toString(Qt::ISODate),
+                   identity.user ? QString::number(*identity.user) : unknownUser,
+                   QString::number(identity.process), info.address.toString(), QString::number(info.port),
+                   word(identity.program.toUtf8())});
+}
+
+std::optional<SavedApplication> readLost(const QStringList& words)
+{
+    bool isUser = false;
+    bool isProcess = false;
+    bool isPort = false;
+    SavedApplication saved;
+    ApplicationInfo& info = saved.info;
+    info.state = ApplicationInfo::State::Lost;
+    info.since = QDateTime::fromString(words[1], Qt::ISODate);
+    const uint user = words[2].toUInt(&isUser);
+    if (isUser)
+        info.identity.user = user;
+    info.identity.process = words[3].toUInt(&isProcess);
+    info.address = QHostAddress(words[4]);
+    info.port = words[5].toUShort(&isPort);
+    info.identity.program = QString::fromUtf8(textOf(words[6]));
+    const bool isValid = info.since.isValid() && (isUser || words[2] == unknownUser) && isProcess && isPort &&
+                         !info.address.isNull();
+    return isValid ? std::optional(saved) : std::nullopt;
+}
+
+} // namespace
+
+QStringList SavedState::toLines() const
+{
+    QStringList lines;
+    for (const SavedApplication& application : lost) {
+        lines.append(lostLine(application.info));
+        for (const LostCheck& check : application.checks)
+            lines.append(lineOf({checkWord, QString::number(check.status), toText(check.check),
+                                 word(QByteArray::fromStdString(check.summary))}));
+    }
+    for (const auto& [check, status] : notified)
+        lines.append(lineOf({notifiedWord, QString::number(status), toText(check)}));
+    return lines;
+}
+
+int SavedState::readLines(const QStringList& lines)
+{
+    for (int i = 0; i < lines.size(); ++i) {
+        if (!readLine(lines[i].split(QLatin1Char(' '))))
+            return i + 2; // the file has a line before
+    }
+    return 0;
+}
+
+bool SavedState::readLine(const QStringList& words)
+{
+    if (words.size() == 7 && words[0] == lostWord) {
+        const std::optional<SavedApplication> application = readLost(words);
+        if (application)
+            lost.push_back(*application);
+        return application.has_value();
+    }
+    if (words.size() < 3 || !isStatus(words[1].toInt()))
+        return false;
+    const int status = words[1].toInt();
+    const std::optional<ObjectId> index = indexOf(words[2]);
+    if (words.size() == 4 && words[0] == checkWord && index && !lost.empty()) {
+        lost.back().checks.push_back({*index, status, textOf(words[3]).toStdString()});
+        return true;
+    }
+    if (words.size() == 3 && words[0] == notifiedWord && index) {
+        notified[*index] = status;
+        return true;
+    }
+    return false;
+}
+
+} // namespace agent

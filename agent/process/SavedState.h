@@ -1,0 +1,40 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_AGENT_PROCESS_SAVEDSTATE_H
+#define VIGIL_AGENT_PROCESS_SAVEDSTATE_H
+
+#include <QStringList>
+
+#include <map>
+#include <vector>
+
+#include "agent/applications/SavedApplication.h"
+#include "agent/core/ObjectId.h"
+
+namespace agent {
+
+/// What the agent keeps over a restart: the lost applications, and which status managers know of a check.
+///
+/// As text it has one line for each application, for each check after its application, and for each status:
+///
+///     lost 2026-01-31T12:34:56Z 1001 4711 127.0.0.1 40112 shop-server
+///     check 0 4.115.104.111.112.2.100.98 all%20is%20well
+///     notified 2 4.115.104.111.112.2.100.98
+struct SavedState
+{
+    std::vector<SavedApplication> lost;
+    std::map<ObjectId, int> notified; ///< by the index of the check's row
+
+    QStringList toLines() const;
+
+    /// Returns the number of the first line without meaning, from 1, or 0.
+    int readLines(const QStringList& lines);
+
+private:
+    bool readLine(const QStringList& words);
+};
+
+} // namespace agent
+
+#endif

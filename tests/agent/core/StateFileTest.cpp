@@ -1,0 +1,67 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "agent/core/StateFile.h"
+
+using agent::StateFile;
+
+namespace {
+
+class StateFileTest : public testing::Test
+{
+protected:
+    void fill(const QByteArray& text) const
+    {
+        QFile raw(path);
+        ASSERT_TRUE(raw.open(QIODevice::WriteOnly));
+        raw.write(text);
+    }
+
+    const QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("file"));
+    const StateFile file{path, QStringLiteral("test")};
+    QStringList lines{QStringLiteral("left over")};
+};
+
+} // namespace
+
+TEST_F(StateFileTest, ReadsWhatItWrote)
+{
+    const QStringList written{QStringLiteral("one"), QStringLiteral("zwei ü")};
+    ASSERT_FALSE(file.write(written));
+    ASSERT_FALSE(file.write({QStringLiteral("gone")}));
+    ASSERT_FALSE(file.write(written));
+    EXPECT_FALSE(file.read(lines));
+    EXPECT_EQ(lines, written);
+    EXPECT_EQ(QDir(directory.path()).entryList(QDir::Files).size(), 1) << "no temporary file is left";
+}
+
+TEST_F(StateFileTest, NoFileMeansNoLines)
+{
+    EXPECT_FALSE(file.read(lines));
+    EXPECT_TRUE(lines.isEmpty());
+    EXPECT_FALSE(StateFile(QString(), QString()).write({}));
+    EXPECT_FALSE(StateFile(QString(), QString()).read(lines));
+}
+
+TEST_F(StateFileTest, NoticesDamagedAndForeignFiles)
+{
+    for (const char* text : {"", "\n", "something else\n", "vigil-agent-test-2\none\nend\n",
+                             "vigil-agent-test-1\none\n", "vigil-agent-test-1\none\nend", "\xff\xfe"}) {
+        fill(text);
+        EXPECT_TRUE(file.read(lines)) << text;
+        EXPECT_TRUE(lines.isEmpty()) << text;
+    }
+}
+
+TEST_F(StateFileTest, SaysThatItCannotBeWritten)
+{
+    const StateFile elsewhere(directory.filePath(QStringLiteral("none/file")), QStringLiteral("test"));
+    EXPECT_TRUE(elsewhere.write({}).text().startsWith(QStringLiteral("cannot write the state file ")));
+}

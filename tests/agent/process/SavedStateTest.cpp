@@ -1,0 +1,62 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gtest/gtest.h>
+
+#include "agent/process/SavedState.h"
+
+using agent::SavedApplication;
+using agent::SavedState;
+
+namespace {
+
+SavedState example()
+{
+    SavedApplication shop;
+    shop.info.since = QDateTime(QDate(2026, 1, 31), QTime(12, 34, 56), Qt::UTC);
+    shop.info.address = QHostAddress(QHostAddress::LocalHost);
+    shop.info.port = 40112;
+    shop.info.identity = {1001, 4711, QStringLiteral("shop server")};
+    shop.checks = {{{1, 97, 1, 98}, 0, "all is\nwell, 100 % ü"}, {{0, 0}, 2, ""}};
+    SavedApplication stranger;
+    stranger.info = shop.info;
+    stranger.info.identity = {};
+    SavedState state;
+    state.lost = {shop, stranger};
+    state.notified = {{{1, 97, 1, 98}, 3}};
+    return state;
+}
+
+int wrongLineIn(const QString& line)
+{
+    SavedState state;
+    return state.readLines({QStringLiteral("notified 2 1.97.1.98"), line});
+}
+
+} // namespace
+
+TEST(SavedState, ReadsWhatItWrote)
+{
+    const QStringList lines = example().toLines();
+    EXPECT_EQ(lines.value(0),
+              QStringLiteral("lost 2026-01-31T12:34:56Z 1001 4711 127.0.0.1 40112 shop%20server"));
+    SavedState read;
+    ASSERT_EQ(read.readLines(lines), 0) << qPrintable(lines.join(QLatin1Char('\n')));
+    EXPECT_EQ(read.toLines(), lines);
+    ASSERT_EQ(read.lost.size(), 2u);
+    EXPECT_EQ(read.lost[0].info.identity.user, 1001u);
+    EXPECT_EQ(read.lost[0].info.state, agent::ApplicationInfo::State::Lost);
+    ASSERT_EQ(read.lost[0].checks.size(), 2u);
+    EXPECT_EQ(read.lost[0].checks[0].summary, "all is\nwell, 100 % ü");
+    EXPECT_EQ(read.lost[1].info.identity.user, std::nullopt);
+    EXPECT_EQ(read.notified, example().notified);
+}
+
+TEST(SavedState, NamesTheFirstLineWithoutMeaning)
+{
+    for (const char* line :
+         {"", "lost", "unknown 1 2", "notified 4 1.97", "notified x", "notified 2 a.b",
+          "check 0 1.97.1.98 before%20any%20application", "lost never 1001 4711 127.0.0.1 40112 x",
+          "lost 2026-01-31T12:34:56Z u 1 ::1 1 x"})
+        EXPECT_EQ(wrongLineIn(QLatin1String(line)), 3) << line;
+}
