@@ -12,6 +12,7 @@
 #include "base/UntilMemory.h"
 #include "client/Client.h"
 #include "client/ClientThread.h"
+#include "client/OidType.h"
 
 namespace {
 
@@ -86,7 +87,11 @@ void ClientQueue::call(int bytes, Spill spill, const QMetaMethod& slot, Argument
     }
     {
         const base::PostingLock posting;
-        slot.invoke(m_client, Qt::QueuedConnection, arguments...);
+        const auto post = [&] { return slot.invoke(m_client, Qt::QueuedConnection, arguments...); };
+        if (!post()) { // another copy of the library has taken its registration back
+            OidType::enroll();
+            post();
+        }
     }
     countPosted(bytes);
 }

@@ -22,6 +22,7 @@
 #include "client/CallbackStoreLock.h"
 #include "client/Client.h"
 #include "client/ClientThread.h"
+#include "client/OidType.h"
 #include "client/ServiceAddress.h"
 #include "platform/Platform.h"
 #include "snmp/SnmpTableManager.h"
@@ -116,7 +117,7 @@ void VigilSnmp::start(const std::string& name)
     m_runner = ApplicationRunner::start([this](const auto& pause) { pauseClient(pause); });
     if (!m_runner)
         return giveUpStart(noThreadLeft);
-    m_oidTypeId = qRegisterMetaType<Oid>("Oid");
+    OidType::enroll();
     base::writeLog(QStringLiteral("[VigilSnmp::init] Initializing %1.")
                        .arg(base::printable(QString::fromUtf8(name.c_str()))));
     if (!startClient())
@@ -151,7 +152,6 @@ void VigilSnmp::giveUpStart(const char* reason)
     if (m_runner) {
         m_runner->stop(noLimit);
         m_runner.reset();
-        QMetaType::unregisterType(m_oidTypeId);
     }
     platform::watchForks(false);
     m_lifecycle.on(Event::NoThread);
@@ -221,6 +221,8 @@ void VigilSnmp::cleanupAtExit()
     if (facade.m_startStopMutex.tryLock(ClientThread::isCurrent() ? 0 : startStopTimeoutAtExitMs)) {
         facade.muteCallbacks();
         facade.stop({clientTimeoutAtExitMs, storeTimeoutAtExitMs, runnerTimeoutAtExitMs});
+        if (facade.m_lifecycle.state() == Lifecycle::State::Stopped)
+            OidType::takeBack();
         facade.m_lifecycle.on(Event::ProcessEnds);
         facade.m_startStopMutex.unlock();
     }
@@ -243,7 +245,6 @@ void VigilSnmp::stop(const Limits& limits)
     if (!clientStopped || !runnerStopped)
         return abandon();
     m_runner.reset();
-    QMetaType::unregisterType(m_oidTypeId); // it points to code of this library, which may be unloaded next
     platform::watchForks(false);
     m_lifecycle.on(Event::ThreadsEnded);
 }

@@ -124,7 +124,6 @@ private:
     std::shared_ptr<CallbackStore> m_callbackStore; // guarded by m_storeMutex
     StoreMutex m_storeMutex;
     std::unique_ptr<ApplicationRunner> m_runner;
-    int m_oidTypeId = 0;
 };
 
 } // namespace vigil

@@ -6,6 +6,7 @@
 
 #include <vigil/vigil.h>
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/resource.h>
@@ -19,6 +20,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <future>
 #include <iostream>
@@ -425,6 +427,29 @@ int withASmallLimitOfFileSizes()
     return 0;
 }
 
+/// Plugins may bring copies of their own.
+int withTwoCopiesOfTheLibrary()
+{
+    Dl_info own{};
+    dladdr(reinterpret_cast<void*>(&vigil::createHealthCheck), &own);
+    const std::filesystem::path copyPath = std::filesystem::path(std::getenv("VIGIL_LOG_DIR")) / "copy.so";
+    std::filesystem::copy_file(own.dli_fname, copyPath);
+    void* copy = dlopen(copyPath.c_str(), RTLD_NOW | RTLD_LOCAL);
+    const auto create =
+        copy ? reinterpret_cast<decltype(&vigil::createHealthCheck)>(dlsym(copy, own.dli_sname)) : nullptr;
+    if (!create || create == &vigil::createHealthCheck)
+        return 1;
+    create("host", "copy")->destroy(); // the first to use Qt
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    create("host", "copy")->destroy();
+    dlclose(copy);
+    check->setDescription("published after the copy was unloaded");
+    check->update();
+    std::cout << "leaving" << std::endl;
+    check->destroy();
+    return 0;
+}
+
 /// The file mode mask forbids the user all access to new files.
 int withAStrictFileModeMask()
 {
@@ -461,6 +486,7 @@ int main(int, char** arguments)
         {"signal-storm", inASignalStorm},
         {"many-descriptors", besideManyDescriptors},
         {"few-descriptors", withFewDescriptors},
+        {"two-copies", withTwoCopiesOfTheLibrary},
         {"small-file-limit", withASmallLimitOfFileSizes},
         {"strict-mode-mask", withAStrictFileModeMask},
     };

@@ -38,3 +38,12 @@ INSTANTIATE_TEST_SUITE_P(
         name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
         return name;
     });
+
+TEST(CopiesOfTheLibrary, DoNotDisturbEachOther)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(HOSTILE_HOST), {QStringLiteral("two-copies")}, service.port(),
+                     HostProcess::Errors::Dropped);
+    EXPECT_TRUE(service.waitForText("published after the copy was unloaded"));
+    EXPECT_EQ(host.exitCode(), 0);
+}
