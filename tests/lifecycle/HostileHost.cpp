@@ -401,19 +401,6 @@ int besideManyDescriptors()
     return 0;
 }
 
-/// The library starts with a growing number of free descriptors, or says that there are none.
-int withFewDescriptors()
-{
-    rlimit limit{};
-    getrlimit(RLIMIT_NOFILE, &limit);
-    for (limit.rlim_cur = 0; limit.rlim_cur < 40; ++limit.rlim_cur) {
-        setrlimit(RLIMIT_NOFILE, &limit);
-        useLibrary();
-    }
-    std::cout << "leaving" << std::endl;
-    return 0;
-}
-
 /// A write beyond the limit would raise a signal.
 int withASmallLimitOfFileSizes()
 {
@@ -485,7 +472,6 @@ int main(int, char** arguments)
         {"small-stack", inAThreadWithASmallStack},
         {"signal-storm", inASignalStorm},
         {"many-descriptors", besideManyDescriptors},
-        {"few-descriptors", withFewDescriptors},
         {"two-copies", withTwoCopiesOfTheLibrary},
         {"small-file-limit", withASmallLimitOfFileSizes},
         {"strict-mode-mask", withAStrictFileModeMask},
