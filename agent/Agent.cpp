@@ -3,8 +3,10 @@
 
 #include "agent/Agent.h"
 
+#include "agent/core/Descriptors.h"
 #include "agent/core/Log.h"
 #include "agent/netsnmp/AgentxLimit.h"
+#include "agent/netsnmp/SnmpListener.h"
 
 namespace agent {
 
@@ -71,8 +73,18 @@ void Agent::connectParts()
     m_engine.setPaused([this] { return m_handler.isWaiting(); });
 }
 
+void Agent::requireDescriptors() const
+{
+    const int managers = m_options.isStandalone() ? snmpListener::maxConnections : 0;
+    if (!descriptors::require(m_options.limits.connections + managers))
+        log::warning(QStringLiteral("the limit of open files is too low for --max-connections %1; "
+                                    "applications may be turned away. Raise LimitNOFILE= in the unit")
+                         .arg(m_options.limits.connections));
+}
+
 Error Agent::start()
 {
+    requireDescriptors();
     if (Error error = m_engine.initialise())
         return error;
     if (Error error = m_handler.registerSubtree(m_options.subtree))

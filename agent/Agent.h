@@ -48,6 +48,7 @@ public:
 
 private:
     void connectParts();
+    void requireDescriptors() const;
     Error listen();
     Error listenOnPassedSocket();
     void reloadChecked(const QString& problem);

@@ -7,6 +7,7 @@
 
 #include "agent/applications/ApplicationConnection.h"
 #include "agent/cells/VigilTables.h"
+#include "agent/core/Descriptors.h"
 #include "agent/core/Log.h"
 
 namespace agent {
@@ -62,7 +63,7 @@ ApplicationServer::ApplicationServer(ServedCells& cells, Clock& clock, const Lim
     connect(&m_cells, &ServedCells::applicationGone, this,
             [this](ApplicationId application) { m_lost.erase(application); });
     connect(&m_server, &QTcpServer::newConnection, this, &ApplicationServer::acceptAll);
-    connect(&m_server, &QTcpServer::acceptError, this, &ApplicationServer::acceptLater);
+    connect(&m_server, &QTcpServer::acceptError, this, [this] { acceptLater(m_server.errorString()); });
 }
 
 Error ApplicationServer::listen(const QHostAddress& host, quint16 port)
@@ -144,6 +145,11 @@ void ApplicationServer::commit(ApplicationId owner, const ObjectId& id, const Ce
 void ApplicationServer::acceptAll()
 {
     while (QTcpSocket* socket = m_server.nextPendingConnection()) {
+        if (descriptors::isReserved(static_cast<int>(socket->socketDescriptor()))) {
+            discard(socket);
+            acceptLater(QStringLiteral("the agent needs the last descriptors itself"));
+            continue;
+        }
         const Identity identity = m_identify(socket->socketDescriptor());
         if (!isAllowed(identity))
             discard(socket);
@@ -205,14 +211,21 @@ bool ApplicationServer::isAllowed(const Identity& identity)
     return false;
 }
 
-/// Qt stops accepting after an error, for example if there are no descriptors left.
-void ApplicationServer::acceptLater()
+/// Qt stops accepting after an error, too.
+void ApplicationServer::acceptLater(const QString& reason)
 {
-    log::warning(
-        QStringLiteral("cannot accept an application: %1. The agent tries again; it may need a higher "
-                       "limit of open files or a lower --max-connections")
-            .arg(m_server.errorString()));
-    m_clock.callAfter(acceptAgainMs, this, [this] { m_server.resumeAccepting(); });
+    if (!std::exchange(m_isShortLogged, true))
+        log::warning(
+            QStringLiteral("cannot accept an application: %1. The agent tries again; it may need a higher "
+                           "limit of open files or a lower --max-connections")
+                .arg(reason));
+    if (std::exchange(m_isAcceptingLater, true))
+        return;
+    m_server.pauseAccepting();
+    m_clock.callAfter(acceptAgainMs, this, [this] {
+        m_isAcceptingLater = false;
+        m_server.resumeAccepting();
+    });
 }
 
 void ApplicationServer::turnAway(QTcpSocket* socket, const Identity& identity)
@@ -241,6 +254,7 @@ void ApplicationServer::accept(QTcpSocket* socket, const Identity& identity)
     const ApplicationId application = ++m_lastApplication;
     auto* connection = new ApplicationConnection(socket, application, identity, m_clock, m_limits, this);
     m_connections[application] = connection;
+    m_isShortLogged = false;
     connect(connection, &ApplicationConnection::valueReceived, this,
             [this, application](const ObjectId& id, const CellValue& value, bool notify) {
                 publish(application, id, value, notify);

@@ -87,7 +87,7 @@ signals:
 
 private:
     void acceptAll();
-    void acceptLater();
+    void acceptLater(const QString& reason);
     void accept(QTcpSocket* socket, const Identity& identity);
     bool isAllowed(const Identity& identity);
     bool hasRoomFor(const User& user) const;
@@ -126,6 +126,8 @@ private:
     quint64 m_takeoversRefused = 0;
     size_t m_frameMemory = 0; // of unfinished frames
     bool m_isFullLogged = false;
+    bool m_isShortLogged = false; // of descriptors
+    bool m_isAcceptingLater = false;
     std::set<User> m_refusedUsers; // those in the log
 };
 

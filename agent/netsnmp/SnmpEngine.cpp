@@ -7,12 +7,14 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cstring>
 
 #include <syslog.h>
 
 #include "agent/netsnmp/NetSnmp.h"
 #include "agent/netsnmp/NotificationReceiverFilter.h"
+#include "agent/netsnmp/SnmpListener.h"
 
 // Part of the agent library; no installed header declares it.
 extern "C" void init_vacm_conf(void);
@@ -221,9 +223,9 @@ void SnmpEngine::setStatusListener(const std::function<void(const QString&)>& li
 
 Error SnmpEngine::listen()
 {
-    netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS,
-                          m_settings.standaloneAddress.toLocal8Bit().constData());
-    if (init_master_agent() == 0)
+    netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS, "none");
+    const QStringList addresses = m_settings.standaloneAddress.split(QLatin1Char(','));
+    if (init_master_agent() == 0 && std::all_of(addresses.begin(), addresses.end(), &snmpListener::listen))
         return {};
     return Error(QStringLiteral("cannot serve on %1: the address is in use, is not one of this host's, or "
                                 "needs privileges (a port below 1024)")
