@@ -15,6 +15,7 @@ namespace agent {
 namespace {
 
 constexpr qint64 acceptAgainMs = 1000;
+constexpr qint64 shortWarningPauseMs = 60'000;
 
 QString valueText(const CellValue& value)
 {
@@ -214,11 +215,13 @@ bool ApplicationServer::isAllowed(const Identity& identity)
 /// Qt stops accepting after an error, too.
 void ApplicationServer::acceptLater(const QString& reason)
 {
-    if (!std::exchange(m_isShortLogged, true))
+    if (m_clock.elapsedMs() >= m_nextShortWarningMs) {
+        m_nextShortWarningMs = m_clock.elapsedMs() + shortWarningPauseMs;
         log::warning(
             QStringLiteral("cannot accept an application: %1. The agent tries again; it may need a higher "
                            "limit of open files or a lower --max-connections")
                 .arg(reason));
+    }
     if (std::exchange(m_isAcceptingLater, true))
         return;
     m_server.pauseAccepting();
@@ -254,7 +257,6 @@ void ApplicationServer::accept(QTcpSocket* socket, const Identity& identity)
     const ApplicationId application = ++m_lastApplication;
     auto* connection = new ApplicationConnection(socket, application, identity, m_clock, m_limits, this);
     m_connections[application] = connection;
-    m_isShortLogged = false;
     connect(connection, &ApplicationConnection::valueReceived, this,
             [this, application](const ObjectId& id, const CellValue& value, bool notify) {
                 publish(application, id, value, notify);

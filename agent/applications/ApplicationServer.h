@@ -126,7 +126,7 @@ private:
     quint64 m_takeoversRefused = 0;
     size_t m_frameMemory = 0; // of unfinished frames
     bool m_isFullLogged = false;
-    bool m_isShortLogged = false; // of descriptors
+    qint64 m_nextShortWarningMs = 0; // of descriptors
     bool m_isAcceptingLater = false;
     std::set<User> m_refusedUsers; // those in the log
 };

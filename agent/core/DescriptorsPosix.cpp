@@ -31,7 +31,8 @@ bool isReserved(int descriptor)
 {
     // The system gives out the lowest free number, so a high one shows how many are in use.
     rlimit limit = {};
-    return getrlimit(RLIMIT_NOFILE, &limit) == 0 && static_cast<rlim_t>(descriptor) + reserved >= limit.rlim_cur;
+    return getrlimit(RLIMIT_NOFILE, &limit) == 0 &&
+           static_cast<rlim_t>(descriptor) + reserved >= limit.rlim_cur;
 }
 
 } // namespace agent::descriptors

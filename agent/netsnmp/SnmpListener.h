@@ -8,9 +8,10 @@
 
 /// Where managers reach a standalone agent.
 ///
-/// Net-SNMP accepts any number of TCP connections and never closes an idle one. Once no descriptor is left, it
-/// finds the next connection again and again. Here each address and all together have a limit, and the
-/// agent's own descriptors stay free. A connection beyond a limit is closed at once, with one line in the log.
+/// Net-SNMP accepts any number of TCP connections and never closes an idle one. Once no descriptor is left,
+/// it finds the next connection again and again. Here each address and all together have a limit, and the
+/// agent's own descriptors stay free. A connection beyond a limit is closed at once, with one line in the
+/// log.
 namespace agent::snmpListener {
 
 constexpr int maxPerAddress = 16;

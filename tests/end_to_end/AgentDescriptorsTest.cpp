@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// Connections used up all descriptors. The agent then took much of a processor, without a word in the log, and
-// could not join snmpd again.
+// Connections used up all descriptors. The agent then took much of a processor, without a word in the log,
+// and could not join snmpd again.
 
 #include <gtest/gtest.h>
 
@@ -81,8 +81,9 @@ TEST(AgentDescriptors, ApplicationsLeaveTheAgentEnoughToJoinSnmpd)
     EXPECT_TRUE(runUntil([&] { // until the agent accepts again
         FakeApplication next(agent.applicationPort());
         next.publish("5.2", 2);
-        return runUntil([&] { return !next.isConnected(); }, 200) ? false
-                                                                  : manager.get(full("5.2")) == QStringLiteral("2");
+        return runUntil([&] { return !next.isConnected(); }, 200)
+                   ? false
+                   : manager.get(full("5.2")) == QStringLiteral("2");
     }));
 }
 
