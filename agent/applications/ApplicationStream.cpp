@@ -3,6 +3,8 @@
 
 #include "agent/applications/ApplicationStream.h"
 
+#include <utility>
+
 #include "base/wire/Protocol.h"
 #include "base/wire/RecordCheck.h"
 #include "base/wire/SnmpInt.h"
@@ -22,11 +24,11 @@ Error readIdentifier(const std::string& text, ObjectId& id)
 {
     if (text.size() > maxIdentifierBytes)
         return Error(QStringLiteral("an identifier is %1 bytes long").arg(text.size()));
-    const std::optional<ObjectId> full = fromRelativeText(text);
+    std::optional<ObjectId> full = fromRelativeText(text);
     if (!full)
         return Error(QStringLiteral("an identifier is not numeric: %1")
                          .arg(QString::fromStdString(text).left(maxQuoted)));
-    id = *full;
+    id = std::move(*full);
     return Error();
 }
 

@@ -53,7 +53,9 @@ const ObjectId& agentMibRoot()
 
 std::optional<ObjectId> fromRelativeText(const std::string& text)
 {
-    ObjectId id = enterpriseRoot();
+    ObjectId id;
+    id.reserve(maxArcs); // usually enough
+    id = enterpriseRoot();
     if (!text.empty() && !appendArcs(text, id))
         return std::nullopt;
     return id;

@@ -3,52 +3,60 @@
 
 #include "base/wire/PropertyReader.h"
 
-#include <QIODevice>
+#include <QtEndian>
 
-#include <memory>
+#include <algorithm>
 
-#include "base/wire/PropertyWriter.h"
 #include "base/wire/Protocol.h"
 
 namespace base {
 
 namespace {
 constexpr int smallestEncodedElement = 4; // the length of an empty byte array
+constexpr quint32 nullByteArray = 0xffff'ffff;
 } // namespace
 
 PropertyReader::PropertyReader(const QByteArray& bytes, const char* recordName)
-    : m_stream(bytes), m_recordName(recordName)
-{
-    m_stream.setVersion(wireStreamVersion);
-}
+    : m_bytes(bytes), m_recordName(recordName)
+{}
 
 PropertyReader::Found PropertyReader::seekProperty(int wantedTag)
 {
     m_found = Found::End;
-    while (!m_stream.atEnd()) {
-        qint32 tag = 0;
-        qint32 length = 0;
-        m_stream >> tag >> length;
+    while (available() > 0) {
+        const qint32 tag = takeInt();
+        const qint32 length = takeInt();
         if (length < 0)
             throwMalformed(QStringLiteral("Property length %1").arg(length));
         if (tag == wantedTag)
             return m_found = Found::Wanted;
         if (tag > wantedTag)
             return m_found = Found::Later;
-        skipValue(length);
+        take(static_cast<quint32>(length));
     }
     return m_found;
 }
 
-void PropertyReader::skipValue(qint32 length)
+/// Null, and nothing is left, if there are fewer bytes.
+const char* PropertyReader::take(quint32 size)
 {
-    m_stream.skipRawData(length); // stops at the end of the bytes
+    const int left = available();
+    const char* bytes = m_bytes.constData() + m_position;
+    m_position += static_cast<int>(std::min(size, static_cast<quint32>(left)));
+    return size <= static_cast<quint32>(left) ? bytes : nullptr;
+}
+
+/// 0 if the bytes end before.
+qint32 PropertyReader::takeInt()
+{
+    const char* bytes = take(sizeof(qint32));
+    return bytes ? qFromBigEndian<qint32>(bytes) : 0;
 }
 
 void PropertyReader::stepBack()
 {
-    QIODevice* device = m_stream.device();
-    device->seek(device->pos() - propertyHeaderSize);
+    if (m_position >= propertyHeaderSize)
+        m_position -= propertyHeaderSize;
 }
 
 void PropertyReader::throwMalformed(const QString& what) const
@@ -58,37 +66,34 @@ void PropertyReader::throwMalformed(const QString& what) const
 
 void PropertyReader::readValue(int& target)
 {
-    m_stream >> target;
+    target = takeInt();
 }
 
+/// Leaves target unchanged for length 0 and for a length beyond the end of the bytes.
 void PropertyReader::readValue(std::string& target)
 {
-    char* text = nullptr;
-    m_stream >> text; // null for length 0 and for a length beyond the end of the bytes
-    const std::unique_ptr<char[]> buffer(text);
-    if (text)
-        target = text;
+    const auto length = static_cast<quint32>(takeInt());
+    const char* text = take(length);
+    if (text && length > 0)
+        target.assign(text, std::find(text, text + length, '\0'));
 }
 
 void PropertyReader::readValue(DbDataType<int>& target)
 {
-    qint32 value = 0;
-    m_stream >> value;
-    target.setValue(value);
+    target.setValue(takeInt());
 }
 
 QByteArray PropertyReader::readBytes()
 {
-    QByteArray bytes;
-    m_stream >> bytes;
-    return bytes;
+    const auto length = static_cast<quint32>(takeInt());
+    const char* bytes = length == nullByteArray ? nullptr : take(length);
+    return bytes ? QByteArray(bytes, static_cast<int>(length)) : QByteArray();
 }
 
 int PropertyReader::readCount()
 {
-    qint32 count = 0;
-    m_stream >> count;
-    if (count < 0 || count > m_stream.device()->bytesAvailable() / smallestEncodedElement)
+    const qint32 count = takeInt();
+    if (count < 0 || count > available() / smallestEncodedElement)
         throwMalformed(QStringLiteral("Element count %1").arg(count));
     return count;
 }

@@ -5,7 +5,6 @@
 #define VIGIL_BASE_WIRE_PROPERTYREADER_H
 
 #include <QByteArray>
-#include <QDataStream>
 #include <QString>
 
 #include <string>
@@ -28,7 +27,7 @@ namespace base {
 class PropertyReader
 {
 public:
-    /// recordName is for messages. Both must outlive the reader.
+    /// recordName is for messages and must outlive the reader.
     PropertyReader(const QByteArray& bytes, const char* recordName);
 
     template <typename T>
@@ -52,7 +51,9 @@ private:
     enum class Found { Wanted, Later, End };
 
     Found seekProperty(int wantedTag);
-    void skipValue(qint32 length);
+    int available() const { return m_bytes.size() - m_position; }
+    const char* take(quint32 size);
+    qint32 takeInt();
     void stepBack();
     [[noreturn]] void throwMalformed(const QString& what) const;
 
@@ -86,8 +87,9 @@ private:
             readValue(element);
     }
 
-    QDataStream m_stream;
+    const QByteArray m_bytes;
     const char* m_recordName;
+    int m_position = 0;
     Found m_found = Found::End;
 };
 

@@ -5,7 +5,7 @@
 #define VIGIL_BASE_WIRE_PROPERTYWRITER_H
 
 #include <QByteArray>
-#include <QDataStream>
+#include <QtGlobal>
 
 #include <string>
 #include <vector>
@@ -14,12 +14,9 @@
 
 namespace base {
 
-/// The data stream version of everything on the wire, as of Qt 4.6.
-constexpr int wireStreamVersion = QDataStream::Qt_4_6;
-
 /// Writes the properties of one record, in ascending order of their tags: tag, byte length, value. The length
 /// lets a reader skip unknown properties. A record's describe() calls it for each property. The encoding is
-/// that of QDataStream, whose device would cost more than the record.
+/// that of QDataStream as of Qt 4.6, whose device would cost more than the record.
 class PropertyWriter
 {
 public:

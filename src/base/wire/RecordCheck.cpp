@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/wire/DbDataType.h"
@@ -21,48 +22,48 @@ namespace base {
 namespace {
 
 using Problem = std::optional<QString>;
-using ValueCheck = Problem (*)(const QByteArray& value);
+using ValueCheck = Problem (*)(std::string_view value);
 
-constexpr int lengthSize = 4;
+constexpr std::size_t lengthSize = 4;
 
 // No record has as many. Millions of empty ones would stall the agent.
 constexpr int maxProperties = 100;
 
-qint32 readInt(const QByteArray& bytes, int position)
+qint32 readInt(std::string_view bytes, std::size_t position)
 {
-    return qFromBigEndian<qint32>(bytes.constData() + position);
+    return qFromBigEndian<qint32>(bytes.data() + position);
 }
 
 /// A text or a nested record starts with the length of the rest, which must fill the property.
-bool fillsProperty(const QByteArray& value)
+bool fillsProperty(std::string_view value)
 {
-    return value.size() >= lengthSize && readInt(value, 0) == value.size() - lengthSize;
+    return value.size() >= lengthSize && readInt(value, 0) == static_cast<qint64>(value.size() - lengthSize);
 }
 
-Problem integerProblem(const QByteArray& value)
+Problem integerProblem(std::string_view value)
 {
-    if (value.size() == int(sizeof(qint32)))
+    if (value.size() == sizeof(qint32))
         return std::nullopt;
     return QStringLiteral("an integer is not 4 bytes long");
 }
 
-Problem textProblem(const QByteArray& value)
+Problem textProblem(std::string_view value)
 {
     const bool isNullText = value.size() == lengthSize;
-    if (fillsProperty(value) && (isNullText || value.indexOf('\0', lengthSize) == value.size() - 1))
+    if (fillsProperty(value) && (isNullText || value.find('\0', lengthSize) == value.size() - 1))
         return std::nullopt;
     return QStringLiteral("a text does not end where its property ends");
 }
 
 template <typename Record>
-Problem problemOf(const QByteArray& bytes);
+Problem problemOf(std::string_view bytes);
 
 template <typename Record>
-Problem nestedProblem(const QByteArray& value)
+Problem nestedProblem(std::string_view value)
 {
     if (!fillsProperty(value))
         return QStringLiteral("a nested record is cut short");
-    return problemOf<Record>(value.mid(lengthSize));
+    return problemOf<Record>(value.substr(lengthSize));
 }
 
 ValueCheck checkOf(int)
@@ -102,9 +103,9 @@ public:
         m_properties.push_back({tag, checkOf(member), false});
     }
 
-    Problem check(const QByteArray& bytes)
+    Problem check(std::string_view bytes)
     {
-        int position = 0;
+        std::size_t position = 0;
         qint32 previousTag = std::numeric_limits<qint32>::min();
         for (int count = 1; position < bytes.size(); ++count) {
             if (count > maxProperties)
@@ -124,33 +125,33 @@ private:
     };
 
     /// Checks the property at position, and moves position and previousTag on.
-    Problem checkProperty(const QByteArray& bytes, int& position, qint32& previousTag)
+    Problem checkProperty(std::string_view bytes, std::size_t& position, qint32& previousTag)
     {
-        if (bytes.size() - position < propertyHeaderSize)
+        if (bytes.size() - position < static_cast<std::size_t>(propertyHeaderSize))
             return QStringLiteral("a property's header is cut short");
         const qint32 tag = readInt(bytes, position);
         const qint32 length = readInt(bytes, position + lengthSize);
         position += propertyHeaderSize;
         if (tag < previousTag)
             return QStringLiteral("property %1 follows property %2").arg(tag).arg(previousTag);
-        const int left = bytes.size() - position;
-        if (length < 0 || length > left)
+        const std::size_t left = bytes.size() - position;
+        if (length < 0 || static_cast<std::size_t>(length) > left)
             return QStringLiteral("property %1 has the length %2 with %3 bytes left")
                 .arg(tag)
                 .arg(length)
                 .arg(left);
-        const int valuePosition = position;
-        position += length;
+        const std::string_view value = bytes.substr(position, static_cast<std::size_t>(length));
+        position += value.size();
         previousTag = tag;
-        return checkValue(tag, bytes, valuePosition, length);
+        return checkValue(tag, value);
     }
 
-    Problem checkValue(qint32 tag, const QByteArray& bytes, int position, int length)
+    Problem checkValue(qint32 tag, std::string_view value)
     {
         for (Property& property : m_properties) {
             if (property.tag == tag) {
                 property.isMissing = false;
-                return property.check(bytes.mid(position, length));
+                return property.check(value);
             }
         }
         return std::nullopt; // unknown properties are skipped
@@ -169,7 +170,7 @@ private:
 };
 
 template <typename Record>
-Problem problemOf(const QByteArray& bytes)
+Problem problemOf(std::string_view bytes)
 {
     const Record record;
     Layout layout;
@@ -181,15 +182,16 @@ Problem problemOf(const QByteArray& bytes)
 
 std::optional<QString> recordProblem(int dataType, const QByteArray& payload)
 {
+    const std::string_view bytes(payload.constData(), static_cast<std::size_t>(payload.size()));
     switch (dataType) {
     case SnmpIntType:
-        return problemOf<SnmpInt>(payload);
+        return problemOf<SnmpInt>(bytes);
     case SnmpStringType:
-        return problemOf<SnmpString>(payload);
+        return problemOf<SnmpString>(bytes);
     case SnmpIntResponseType:
-        return problemOf<SnmpIntResponse>(payload);
+        return problemOf<SnmpIntResponse>(bytes);
     case SnmpStringResponseType:
-        return problemOf<SnmpStringResponse>(payload);
+        return problemOf<SnmpStringResponse>(bytes);
     default:
         return QStringLiteral("unknown data type %1").arg(dataType);
     }
