@@ -5,6 +5,7 @@
 // Benchmark's options:
 //
 //     --json=FILE                   the figures and ratios as JSON
+//     --picture=FILE                cost over the number of metrics as SVG, if all of it was measured
 //     --expected-allocations=COUNT  fails if the allocations a cell are more than 5 % above
 //     --memory METRICS              prints the memory of a metric and does nothing else
 
@@ -17,6 +18,7 @@
 #include <cstring>
 #include <string>
 
+#include "benchmarks/CostPicture.h"
 #include "benchmarks/Figures.h"
 #include "benchmarks/MemoryOfMetrics.h"
 
@@ -54,6 +56,7 @@ bool areAllocationsAsExpected(const std::string& expected)
 int main(int argc, char** argv)
 {
     const std::string json = takeOption(argc, argv, "json");
+    const std::string picture = takeOption(argc, argv, "picture");
     const std::string expectedAllocations = takeOption(argc, argv, "expected-allocations");
     QCoreApplication application(argc, argv);
     if (argc == 3 && std::strcmp(argv[1], "--memory") == 0) {
@@ -69,5 +72,7 @@ int main(int argc, char** argv)
     figures::printRatios();
     if (!json.empty() && !figures::writeJson(json))
         return 1;
+    if (!picture.empty() && !writeCostPicture(picture))
+        std::printf("\nNo picture: not all numbers of metrics were measured.\n");
     return expectedAllocations.empty() || areAllocationsAsExpected(expectedAllocations) ? 0 : 1;
 }

@@ -89,6 +89,7 @@ install(FILES
   ${PROJECT_SOURCE_DIR}/docs/abi.md
   ${PROJECT_SOURCE_DIR}/docs/architecture.md
   ${PROJECT_SOURCE_DIR}/docs/building.md
+  ${PROJECT_SOURCE_DIR}/docs/cost.svg
   ${PROJECT_SOURCE_DIR}/docs/operations.md
   ${PROJECT_SOURCE_DIR}/docs/performance.md
   ${PROJECT_SOURCE_DIR}/docs/security.md
