@@ -70,6 +70,7 @@ void Agent::connectParts()
         m_handler.setMaxMessage(AgentxLimit::maxMessage);
     QObject::connect(&m_configCheck, &ConfigCheck::finished, &m_applications,
                      [this](const QString& problem) { reloadChecked(problem); });
+    m_notifications.setReady([this] { return m_engine.canNotify(); });
     m_engine.setPaused([this] { return m_handler.isWaiting(); });
 }
 

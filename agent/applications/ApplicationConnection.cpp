@@ -65,6 +65,7 @@ void ApplicationConnection::readFrames()
     if (m_info.frames > framesBefore)
         m_info.lastFrame = m_clock.nowUtc();
     if (error) {
+        m_isMalformed = true;
         countRefusal();
         return closeBecause(error.text());
     }

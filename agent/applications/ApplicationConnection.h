@@ -52,6 +52,9 @@ public:
     /// Disconnects it, since its unfinished frame takes too much memory.
     void closeLarge();
 
+    /// True once it has sent something that violates the protocol.
+    bool isMalformed() const { return m_isMalformed; }
+
     /// True until it has completed a frame.
     bool isSilent() const { return m_stream.frames() == 0; }
 
@@ -90,6 +93,7 @@ private:
     size_t m_memory = 0;
     bool m_isWatched = false;
     bool m_isClosing = false;
+    bool m_isMalformed = false;
 };
 
 } // namespace agent

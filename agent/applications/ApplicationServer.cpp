@@ -205,6 +205,7 @@ bool ApplicationServer::isAllowed(const Identity& identity)
 {
     if (m_limits.users.empty() || (identity.user && m_limits.users.count(*identity.user) > 0))
         return true;
+    ++m_counts.connectionsRefused;
     if (m_refusedUsers.insert(identity.user).second)
         log::warning(QStringLiteral("an application (%1) is turned away: --allow-users does not name its "
                                     "user. Further ones of this user are not logged")
@@ -233,6 +234,7 @@ void ApplicationServer::acceptLater(const QString& reason)
 
 void ApplicationServer::turnAway(QTcpSocket* socket, const Identity& identity)
 {
+    ++m_counts.connectionsRefused;
     if (!m_isFullLogged && isFull())
         log::warning(identity.user,
                      QStringLiteral("an application (%1) is turned away: %2 are connected, as many as "
@@ -316,7 +318,7 @@ Error ApplicationServer::checkOwner(ApplicationId application, const ObjectId& i
     const bool isFree = !owner && !isConnected(cell->owner);
     if (isFree || mayChange(find(application)->identity.user, owner))
         return {};
-    ++m_takeoversRefused;
+    ++m_counts.takeoversRefused;
     return Error(QStringLiteral("publishes %1, which belongs to another user: %2. It is not served; give the "
                                 "health checks different keys, or run both applications as one user")
                      .arg(toText(id), nameOf(cell->owner)));
@@ -441,6 +443,8 @@ void ApplicationServer::unset(ApplicationId application, const ObjectId& tree)
 void ApplicationServer::handleDisconnected(ApplicationId application)
 {
     ApplicationConnection* connection = m_connections.at(application);
+    if (connection->isMalformed())
+        ++m_counts.protocolErrors;
     logDisconnected(connection->info(), m_cells.store().countOf(application));
     ApplicationInfo& info = m_lost[application] = connection->info();
     info.state = ApplicationInfo::State::Lost;

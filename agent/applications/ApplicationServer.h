@@ -73,8 +73,14 @@ public:
     /// Takes up a lost application of the agent's last run.
     void restore(const SavedApplication& application);
 
-    /// Cells that were not taken over, since they belong to another user.
-    quint64 takeoversRefused() const { return m_takeoversRefused; }
+    /// Since the start.
+    struct Counts
+    {
+        quint64 takeoversRefused = 0;   ///< cells that were not taken over: they belong to another user
+        quint64 connectionsRefused = 0; ///< for want of room, or because of their user
+        quint64 protocolErrors = 0;     ///< connections closed for malformed bytes
+    };
+    const Counts& counts() const { return m_counts; }
 
 signals:
     void answered(agent::ApplicationId application, int number, int errorStatus);
@@ -123,7 +129,7 @@ private:
     std::map<ApplicationId, ApplicationConnection*> m_connections;
     std::map<ApplicationId, ApplicationInfo> m_lost;
     ApplicationId m_lastApplication = 0;
-    quint64 m_takeoversRefused = 0;
+    Counts m_counts;
     size_t m_frameMemory = 0; // of unfinished frames
     bool m_isFullLogged = false;
     qint64 m_nextShortWarningMs = 0; // of descriptors

@@ -114,6 +114,10 @@ void ServedCells::cover(ApplicationId application, const QDateTime& lostSince)
 
 void ServedCells::remove(ApplicationId application)
 {
+    for (const LostCheck& check : checksOf(application)) {
+        if (m_covers.stateOf(check.check) == CheckCovers::State::Lost)
+            emit checkForgotten(check.check);
+    }
     const std::vector<ObjectId> removed = m_store.removeAllOf(application);
     log::detail([&] {
         return QStringLiteral("application %1 is forgotten, cells removed: %2")

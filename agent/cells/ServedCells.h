@@ -68,6 +68,9 @@ signals:
     /// The agent has covered the row: managers read UNKNOWN.
     void checkCovered(const agent::ObjectId& check);
 
+    /// The row of a lost application is about to be removed. Managers read UNKNOWN so far.
+    void checkForgotten(const agent::ObjectId& check);
+
     /// The status cell has been removed.
     void checkRemoved(const agent::ObjectId& check);
 

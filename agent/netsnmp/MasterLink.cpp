@@ -76,6 +76,7 @@ void MasterLink::takeStep()
 void MasterLink::join()
 {
     if (m_session.open()) {
+        ++m_joins;
         m_isWarned = false;
         requestRegistration(State::Registering);
     } else {

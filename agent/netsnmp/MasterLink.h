@@ -52,6 +52,12 @@ public:
     /// From now on nothing is sent.
     void stop();
 
+    /// snmpd has accepted the registration.
+    bool isServing() const { return m_state == State::Serving || m_state == State::Pinging; }
+
+    /// How often it has joined again after a loss.
+    quint64 rejoins() const { return m_joins > 0 ? m_joins - 1 : 0; }
+
     /// The state in one line, for the operator.
     QString statusText() const;
 
@@ -84,7 +90,6 @@ private:
     void handleUnanswered();
 
     void enter(State state);
-    bool isServing() const { return m_state == State::Serving || m_state == State::Pinging; }
     const ObjectId& treeToRegister() const;
     void warnOnce(bool& isWarned, const QString& message);
 
@@ -93,6 +98,7 @@ private:
     const QString m_address;
     const ObjectId m_subtree;
     State m_state = State::NotJoined;
+    quint64 m_joins = 0;
     bool m_isWarned = false; ///< of the present problem
     bool m_isOwnRegistrationWarned = false;
     Timer m_stepTimer;

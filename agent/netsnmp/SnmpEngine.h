@@ -62,6 +62,12 @@ public:
     /// Reads the configuration file again. The caller has checked it: wrong lines are skipped.
     void reload();
 
+    /// How often it has joined snmpd again after a loss.
+    quint64 rejoins() const { return m_link ? m_link->rejoins() : 0; }
+
+    /// False while there is no snmpd to pass notifications to.
+    bool canNotify() const { return !m_link || m_link->isServing(); }
+
     /// The state in one line, for the operator.
     QString statusText() const;
 

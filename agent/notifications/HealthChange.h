@@ -18,6 +18,7 @@ struct HealthChange
     int status = healthTable::unknownStatus;
     int previousStatus = healthTable::unknownStatus; ///< in the last notification; UNKNOWN in the first
     std::string summary;
+    bool isForgotten = false; ///< the row has gone, since its application has been lost for long
 };
 
 } // namespace agent

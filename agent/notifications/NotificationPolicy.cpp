@@ -46,6 +46,16 @@ void NotificationPolicy::handleCovered(const ObjectId& id)
     handle(Covered, id);
 }
 
+void NotificationPolicy::handleForgotten(const ObjectId& id)
+{
+    const auto check = m_checks.find(id);
+    const std::optional<Served> served = m_served(id);
+    if (check == m_checks.end() || !check->second.notified || !served)
+        return;
+    const int previous = std::exchange(*check->second.notified, served->status);
+    m_notify({id, served->status, previous, served->summary + " The agent has forgotten the check.", true});
+}
+
 void NotificationPolicy::handleRemoved(const ObjectId& id)
 {
     m_awaiting.remove(id);
@@ -123,7 +133,7 @@ void NotificationPolicy::compare(const ObjectId& id, Check& check)
     enter(Settled, id, check);
     m_muted.restart(id);
     const int previous = std::exchange(*check.notified, status);
-    m_notify({id, status, previous, served->summary});
+    m_notify({id, status, previous, served->summary, false});
 }
 
 } // namespace agent

@@ -30,7 +30,7 @@ namespace agent {
 /// Applications write the summary after the status. A new status waits for it, at most 200 ms. A further
 /// change does not extend the wait; the summary may never arrive. After a notification the check is muted for
 /// one second. A change and its reversal during a wait send nothing. Removing a row drops its pending change;
-/// a row created again stays muted for the rest of the second.
+/// a row created again stays muted for the rest of the second. Forgetting a row is sent.
 ///
 /// Ownership: the clock must outlive the policy.
 class NotificationPolicy : public QObject
@@ -92,6 +92,10 @@ public:
     void handleSummaryWritten(const ObjectId& check, const std::string& summary);
     void handleCovered(const ObjectId& check);
     void handleRemoved(const ObjectId& check);
+
+    /// The agent is about to remove the row: its application has been lost for long. Managers hear so at
+    /// once, if they have heard of the check.
+    void handleForgotten(const ObjectId& check);
 
     /// The number of checks in memory.
     size_t size() const { return m_checks.size() + m_muted.size() + m_restored.size(); }

@@ -16,6 +16,7 @@ constexpr qint64 bytesPerMs = 2'000;
 constexpr qint64 maxCredit = 1000 * bytesPerMs;
 constexpr size_t maxWaitingSize = 60'000'000;
 constexpr qint64 turnMs = 50;
+constexpr qint64 readyAgainMs = 500;
 constexpr qint64 warningDelayMs = 1'000; // the warning counts the drops meanwhile
 constexpr qint64 warningPauseMs = 60'000;
 
@@ -25,24 +26,112 @@ NotificationQueue::NotificationQueue(Clock& clock, Send send)
     : m_clock(clock), m_send(std::move(send)), m_credit(maxCredit), m_creditedMs(clock.elapsedMs())
 {}
 
-void NotificationQueue::sendInTurn(Notification notification)
+void NotificationQueue::sendInTurn(HealthChange change, ApplicationId application)
 {
-    if (m_waiting.empty() && hasCredit())
-        return send(notification);
-    if (m_waitingSize + notification.size() > maxWaitingSize)
-        return drop();
-    m_waitingSize += notification.size();
-    m_waiting.push_back(std::move(notification));
-    if (m_waiting.size() == 1)
-        drainLater();
+    if (m_waiting.empty() && canSend())
+        return send(Notification::ofHealth(change));
+    const auto before = m_waiting.find(change.check);
+    if (before != m_waiting.end()) {
+        change.previousStatus = take(before).previousStatus;
+        if (change.status == change.previousStatus && !change.isForgotten)
+            return;
+    }
+    add(std::move(change), application);
+    while (m_waitingSize > maxWaitingSize)
+        makeRoom();
+    drainLater();
 }
 
 void NotificationQueue::sendNowOrDrop(const Notification& notification)
 {
-    if (m_waiting.empty() && hasCredit())
+    if (!m_isReady())
+        ++m_dropped; // the log already says that snmpd is away
+    else if (m_waiting.empty() && hasCredit())
         send(notification);
     else
         drop();
+}
+
+// --- What waits
+
+NotificationQueue::Order& NotificationQueue::orderOf(const Waiting& waiting)
+{
+    constexpr int critical = 2;
+    Turn& turn = m_turns[waiting.application];
+    return waiting.change.status == critical ? turn.critical : turn.others;
+}
+
+void NotificationQueue::add(HealthChange change, ApplicationId application)
+{
+    const ObjectId check = change.check;
+    const size_t size = Notification::ofHealth(change).size();
+    Waiting& waiting = m_waiting[check] = {std::move(change), application, size, {}};
+    Order& order = orderOf(waiting);
+    waiting.place = order.insert(order.end(), check);
+    m_turns[application].size += size;
+    m_waitingSize += size;
+}
+
+HealthChange NotificationQueue::take(std::map<ObjectId, Waiting>::iterator entry)
+{
+    Waiting& waiting = entry->second;
+    orderOf(waiting).erase(waiting.place);
+    const auto turn = m_turns.find(waiting.application);
+    turn->second.size -= waiting.size;
+    if (turn->second.size == 0)
+        m_turns.erase(turn);
+    m_waitingSize -= waiting.size;
+    HealthChange change = std::move(waiting.change);
+    m_waiting.erase(entry);
+    return change;
+}
+
+/// The application with the most loses its newest change, one that is not CRITICAL if possible.
+void NotificationQueue::makeRoom()
+{
+    const auto largest = std::max_element(m_turns.begin(), m_turns.end(), [](const auto& a, const auto& b) {
+        return a.second.size < b.second.size;
+    });
+    const Turn& turn = largest->second;
+    take(m_waiting.find(turn.others.empty() ? turn.critical.back() : turn.others.back()));
+    drop();
+}
+
+HealthChange NotificationQueue::takeNext()
+{
+    ObjectId check = nextOf(&Turn::critical);
+    if (check.empty())
+        check = nextOf(&Turn::others);
+    const auto entry = m_waiting.find(check);
+    m_lastTurn = entry->second.application;
+    return take(entry);
+}
+
+/// The first check of the application whose turn it is; empty if there is none.
+ObjectId NotificationQueue::nextOf(Order Turn::*order) const
+{
+    const auto hasSome = [order](const auto& turn) { return !(turn.second.*order).empty(); };
+    const auto after = m_turns.upper_bound(m_lastTurn);
+    auto next = std::find_if(after, m_turns.end(), hasSome);
+    if (next == m_turns.end()) {
+        next = std::find_if(m_turns.begin(), after, hasSome);
+        if (next == after)
+            return {};
+    }
+    return (next->second.*order).front();
+}
+
+void NotificationQueue::correct(std::map<ObjectId, int>& notified) const
+{
+    for (const auto& [check, waiting] : m_waiting)
+        notified[check] = waiting.change.previousStatus;
+}
+
+// --- What is sent
+
+bool NotificationQueue::canSend()
+{
+    return m_isReady() && hasCredit();
 }
 
 bool NotificationQueue::hasCredit()
@@ -78,17 +167,16 @@ void NotificationQueue::warnOfDropped()
 
 void NotificationQueue::drainLater()
 {
-    m_clock.callAfter(turnMs, this, [this] { drain(); });
+    if (std::exchange(m_isDraining, true))
+        return;
+    m_clock.callAfter(m_isReady() ? turnMs : readyAgainMs, this, [this] { drain(); });
 }
 
 void NotificationQueue::drain()
 {
-    while (!m_waiting.empty() && hasCredit()) {
-        const Notification next = std::move(m_waiting.front());
-        m_waiting.pop_front();
-        m_waitingSize -= next.size();
-        send(next);
-    }
+    m_isDraining = false;
+    while (!m_waiting.empty() && canSend())
+        send(Notification::ofHealth(takeNext()));
     if (!m_waiting.empty())
         drainLater();
 }

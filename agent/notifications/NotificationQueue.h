@@ -6,10 +6,13 @@
 
 #include <QObject>
 
-#include <deque>
 #include <functional>
+#include <list>
+#include <map>
 
+#include "agent/cells/Cell.h"
 #include "agent/core/Clock.h"
+#include "agent/notifications/HealthChange.h"
 #include "agent/notifications/Notification.h"
 
 namespace agent {
@@ -18,27 +21,65 @@ namespace agent {
 ///
 /// Net-SNMP keeps every inform until its response or a time-out of some seconds, and has no limit itself.
 /// The queue therefore lets 2 MB of notifications through a second, about 300 of them. Changes of health wait
-/// for their turn, in 60 MB at most, and go first. Values never wait: a flood of values from one application
-/// must not delay the health of the others.
+/// for their turn, in 60 MB at most, and while there is no one to send them to. CRITICAL goes first. The
+/// applications take turns, so one that flaps does not delay the others. A further change of a waiting check
+/// replaces the first; if the two cancel out, neither is sent.
+///
+/// Values never wait: a flood of values from one application must not delay the health of the others.
 ///
 /// Ownership: the clock must outlive the queue.
-/// Failure: what does not fit is dropped, with at most one warning a minute.
+/// Failure: what does not fit is dropped, with at most one warning a minute. The application with the most
+/// changes in the queue loses first.
 class NotificationQueue : public QObject
 {
     Q_OBJECT
 
 public:
     using Send = std::function<void(const Notification& notification)>;
+    using IsReady = std::function<bool()>;
 
     /// send is called from the event loop, and from inside the functions below.
     NotificationQueue(Clock& clock, Send send);
 
-    void sendInTurn(Notification notification);
+    /// Nothing is sent while isReady() is false.
+    void setReady(IsReady isReady) { m_isReady = std::move(isReady); }
+
+    /// application owns the check.
+    void sendInTurn(HealthChange change, ApplicationId application);
     void sendNowOrDrop(const Notification& notification);
 
     size_t dropped() const { return m_dropped; }
 
+    /// Sets the checks whose changes still wait to the statuses that managers know.
+    void correct(std::map<ObjectId, int>& notified) const;
+
 private:
+    using Order = std::list<ObjectId>; // checks
+
+    /// What waits of one application.
+    struct Turn
+    {
+        Order critical;
+        Order others;
+        size_t size = 0;
+    };
+
+    struct Waiting
+    {
+        HealthChange change;
+        ApplicationId application;
+        size_t size;
+        Order::iterator place;
+    };
+
+    Order& orderOf(const Waiting& waiting);
+    void add(HealthChange change, ApplicationId application);
+    HealthChange take(std::map<ObjectId, Waiting>::iterator entry);
+    void makeRoom();
+    HealthChange takeNext();
+    ObjectId nextOf(Order Turn::*order) const;
+
+    bool canSend();
     bool hasCredit();
     void send(const Notification& notification);
     void drop();
@@ -48,8 +89,12 @@ private:
 
     Clock& m_clock;
     const Send m_send;
-    std::deque<Notification> m_waiting;
+    IsReady m_isReady = [] { return true; };
+    std::map<ObjectId, Waiting> m_waiting; // by check
+    std::map<ApplicationId, Turn> m_turns;
+    ApplicationId m_lastTurn = 0;
     size_t m_waitingSize = 0;
+    bool m_isDraining = false;
     qint64 m_credit; // in bytes; negative after the last one sent on it
     qint64 m_creditedMs;
     size_t m_dropped = 0;

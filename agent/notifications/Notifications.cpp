@@ -11,13 +11,16 @@ Notifications::Notifications(const ServedCells& cells, Clock& clock)
       m_policy(
           clock, [this](const ObjectId& check) { return served(check); },
           [this](const HealthChange& change) {
-              m_queue.sendInTurn(Notification::ofHealth(change));
+              const Cell* status =
+                  m_cells.store().find(healthTable::cellOf(healthTable::Column::Status, change.check));
+              m_queue.sendInTurn(change, status ? status->owner : 0);
               emit healthChanged();
           })
 {
     connect(&cells, &ServedCells::statusWritten, &m_policy, &NotificationPolicy::handleStatusWritten);
     connect(&cells, &ServedCells::summaryWritten, &m_policy, &NotificationPolicy::handleSummaryWritten);
     connect(&cells, &ServedCells::checkCovered, &m_policy, &NotificationPolicy::handleCovered);
+    connect(&cells, &ServedCells::checkForgotten, &m_policy, &NotificationPolicy::handleForgotten);
     connect(&cells, &ServedCells::checkRemoved, &m_policy, &NotificationPolicy::handleRemoved);
 }
 
@@ -32,6 +35,13 @@ std::optional<NotificationPolicy::Served> Notifications::served(const ObjectId& 
     const Cell* summary = m_cells.store().find(cellOf(Column::Summary, check));
     const std::string* text = summary ? std::get_if<std::string>(&summary->served()) : nullptr;
     return NotificationPolicy::Served{*number, text ? *text : std::string()};
+}
+
+std::map<ObjectId, int> Notifications::notified() const
+{
+    std::map<ObjectId, int> statuses = m_policy.notified();
+    m_queue.correct(statuses);
+    return statuses;
 }
 
 void Notifications::notifyOfValue(const ObjectId& cell)

@@ -32,11 +32,17 @@ public:
     /// Sends the cell's value to managers, as its application has requested.
     void notifyOfValue(const ObjectId& cell);
 
+    /// Changes of health wait while isReady() is false.
+    void setReady(NotificationQueue::IsReady isReady) { m_queue.setReady(std::move(isReady)); }
+
+    /// Counts notifications that found no place or, about values, no master.
+    quint64 dropped() const { return m_queue.dropped(); }
+
     /// Counts notifications with at least one receiver.
     quint64 sent() const { return m_sender.sent(); }
 
     /// See NotificationPolicy.
-    std::map<ObjectId, int> notified() const { return m_policy.notified(); }
+    std::map<ObjectId, int> notified() const;
     void restore(std::map<ObjectId, int> notified, qint64 forMs)
     {
         m_policy.restore(std::move(notified), forMs);

@@ -6,8 +6,8 @@
 namespace agent {
 
 AgentMib::AgentMib(const Clock& clock, const CellStore& store, const ApplicationServer& applications,
-                   const SetCoordinator& sets, const Notifications& notifications)
-    : m_scalars(clock, store, applications, sets, notifications), m_connections(applications)
+                   const SetCoordinator& sets, const Notifications& notifications, const SnmpEngine& engine)
+    : m_scalars(clock, store, applications, sets, notifications, engine), m_connections(applications)
 {}
 
 Error AgentMib::registerObjects()

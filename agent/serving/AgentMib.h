@@ -17,7 +17,7 @@ class AgentMib
 {
 public:
     AgentMib(const Clock& clock, const CellStore& store, const ApplicationServer& applications,
-             const SetCoordinator& sets, const Notifications& notifications);
+             const SetCoordinator& sets, const Notifications& notifications, const SnmpEngine& engine);
 
     /// Net-SNMP's agent must be initialised.
     Error registerObjects();

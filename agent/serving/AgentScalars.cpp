@@ -22,7 +22,11 @@ enum Scalar : oid {
     SetsRefused,
     SetsTimedOut,
     NotificationsSent,
-    TakeoversRefused
+    TakeoversRefused,
+    ConnectionsRefused,
+    ProtocolErrors,
+    NotificationsDropped,
+    Rejoins
 };
 
 constexpr qint64 msPerTick = 10;
@@ -30,13 +34,15 @@ constexpr qint64 msPerTick = 10;
 } // namespace
 
 AgentScalars::AgentScalars(const Clock& clock, const CellStore& store, const ApplicationServer& applications,
-                           const SetCoordinator& sets, const Notifications& notifications)
+                           const SetCoordinator& sets, const Notifications& notifications,
+                           const SnmpEngine& engine)
     : m_clock(clock),
       m_startMs(clock.elapsedMs()),
       m_store(store),
       m_applications(applications),
       m_sets(sets),
-      m_notifications(notifications)
+      m_notifications(notifications),
+      m_engine(engine)
 {}
 
 bool AgentScalars::registerObjects()
@@ -48,7 +54,7 @@ bool AgentScalars::registerObjects()
     if (!registration)
         return false;
     registration->handler->myvoid = this;
-    return netsnmp_register_scalar_group(registration, Version, TakeoversRefused) == MIB_REGISTERED_OK;
+    return netsnmp_register_scalar_group(registration, Version, Rejoins) == MIB_REGISTERED_OK;
 }
 
 int AgentScalars::handle(netsnmp_mib_handler* handler, netsnmp_handler_registration*,
@@ -79,7 +85,15 @@ void AgentScalars::put(netsnmp_variable_list* varbind, oid object) const
     case NotificationsSent:
         return putNumber(varbind, ASN_COUNTER, m_notifications.sent());
     case TakeoversRefused:
-        return putNumber(varbind, ASN_COUNTER, m_applications.takeoversRefused());
+        return putNumber(varbind, ASN_COUNTER, m_applications.counts().takeoversRefused);
+    case ConnectionsRefused:
+        return putNumber(varbind, ASN_COUNTER, m_applications.counts().connectionsRefused);
+    case ProtocolErrors:
+        return putNumber(varbind, ASN_COUNTER, m_applications.counts().protocolErrors);
+    case NotificationsDropped:
+        return putNumber(varbind, ASN_COUNTER, m_notifications.dropped());
+    case Rejoins:
+        return putNumber(varbind, ASN_COUNTER, m_engine.rejoins());
     default:
         break;
     }

@@ -10,20 +10,20 @@
 #include "agent/cells/CellStore.h"
 #include "agent/core/Clock.h"
 #include "agent/netsnmp/NetSnmp.h"
+#include "agent/netsnmp/SnmpEngine.h"
 #include "agent/notifications/Notifications.h"
 #include "agent/serving/SetCoordinator.h"
 
 namespace agent {
 
-/// Serves the scalars of VIGIL-AGENT-MIB: version, uptime, and counts of cells, SETs, notifications and
-/// refused takeovers.
+/// Serves the scalars of VIGIL-AGENT-MIB: version, uptime, and counts.
 ///
 /// Ownership: the scalars must outlive Net-SNMP's agent, and what they report on must outlive them.
 class AgentScalars
 {
 public:
     AgentScalars(const Clock& clock, const CellStore& store, const ApplicationServer& applications,
-                 const SetCoordinator& sets, const Notifications& notifications);
+                 const SetCoordinator& sets, const Notifications& notifications, const SnmpEngine& engine);
 
     /// Net-SNMP's agent must be initialised. False if it refuses.
     bool registerObjects();
@@ -40,6 +40,7 @@ private:
     const ApplicationServer& m_applications;
     const SetCoordinator& m_sets;
     const Notifications& m_notifications;
+    const SnmpEngine& m_engine;
 };
 
 } // namespace agent

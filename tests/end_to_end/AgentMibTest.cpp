@@ -24,7 +24,7 @@ using support::SnmpTool;
 namespace {
 
 // Of VIGIL-AGENT-MIB.
-constexpr int scalars = 8;
+constexpr int scalars = 12;
 constexpr int columns = 11;
 
 const QString dateAndTime = QStringLiteral("20\\d\\d-\\d+-\\d+,\\d+:\\d+:\\d+\\.\\d,\\+0:0");
@@ -263,4 +263,13 @@ TEST_F(AgentMib, ApplicationsCannotPublishInIt)
     EXPECT_EQ(tool->get(column("State", 1)), QStringLiteral("1"));
     EXPECT_EQ(tool->get(column("RecordsRefused", 1)), QStringLiteral("8"));
     EXPECT_EQ(tool->walk(enterprise).size(), scalars + 2 * columns + 2) << "the end has a line, too";
+}
+
+TEST_F(AgentMib, CountsProtocolErrorsAndRefusedConnections)
+{
+    first->sendBytes("no frame at all, but long enough for the header of one");
+    EXPECT_TRUE(tool->waitFor(scalar("ProtocolErrors"), QStringLiteral("1"))) << agent->log().constData();
+    EXPECT_EQ(tool->get(scalar("ConnectionsRefused")), QStringLiteral("0"));
+    EXPECT_EQ(tool->get(scalar("NotificationsDropped")), QStringLiteral("0"));
+    EXPECT_EQ(tool->get(scalar("Rejoins")), QStringLiteral("0"));
 }

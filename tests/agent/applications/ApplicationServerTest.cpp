@@ -230,7 +230,7 @@ TEST_F(ApplicationServerTest, AnotherUserCannotTakeOverACell)
     ASSERT_TRUE(settle(*other));
     EXPECT_EQ(valueOf(firstCell), 1);
     EXPECT_EQ(store.find(firstCell)->owner, 1U);
-    EXPECT_EQ(server.takeoversRefused(), 1U);
+    EXPECT_EQ(server.counts().takeoversRefused, 1U);
     EXPECT_EQ(server.applications()[1].recordsRefused, 1U);
     EXPECT_TRUE(other->isConnected());
 }
@@ -249,7 +249,7 @@ TEST_F(ApplicationServerTest, TheSameUserAndRootTakeOverACell)
     same->publish("5.1", 4);
     ASSERT_TRUE(settle(*same));
     EXPECT_EQ(valueOf(firstCell), 3) << "now it is root's";
-    EXPECT_EQ(server.takeoversRefused(), 1U);
+    EXPECT_EQ(server.counts().takeoversRefused, 1U);
 }
 
 TEST_F(ApplicationServerTest, UnknownUsersAreOneOwner)
@@ -297,7 +297,7 @@ TEST_F(ApplicationServerTest, EveryUserMayTakeOverTheCellsOfALostUnknownOne)
     const auto again = connectAs(1001);
     again->publish("5.1", 2);
     EXPECT_TRUE(runUntil([&] { return valueOf(firstCell) == 2; }));
-    EXPECT_EQ(server.takeoversRefused(), 0U);
+    EXPECT_EQ(server.counts().takeoversRefused, 0U);
 }
 
 TEST_F(ApplicationServerTest, AFreedCellIsForEveryUser)
@@ -309,7 +309,7 @@ TEST_F(ApplicationServerTest, AFreedCellIsForEveryUser)
     const auto other = connectAs(1002);
     other->publish("5.1", 2);
     EXPECT_TRUE(runUntil([&] { return store.find(firstCell) != nullptr; }));
-    EXPECT_EQ(server.takeoversRefused(), 0U);
+    EXPECT_EQ(server.counts().takeoversRefused, 0U);
 }
 
 TEST_F(ApplicationServerTest, TurnsAwayUsersWhoMayNotPublish)

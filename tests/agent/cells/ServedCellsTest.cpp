@@ -43,6 +43,7 @@ protected:
             signalled.push_back("summary " + summary);
         });
         listen(&ServedCells::checkCovered, [this](const ObjectId&) { signalled.push_back("covered"); });
+        listen(&ServedCells::checkForgotten, [this](const ObjectId&) { signalled.push_back("forgotten"); });
         listen(&ServedCells::checkRemoved, [this](const ObjectId&) { signalled.push_back("removed"); });
         listen(&ServedCells::applicationGone, [this](ApplicationId application) {
             signalled.push_back("gone " + std::to_string(application));
@@ -161,7 +162,7 @@ TEST_F(LostApplication, IsForgottenWithAllItsCells)
     signalled.clear();
     clock.advance(1);
     EXPECT_EQ(store.size(), 0u);
-    EXPECT_THAT(signalled, ElementsAre("removed", "removed", "gone 1"));
+    EXPECT_THAT(signalled, ElementsAre("forgotten", "forgotten", "removed", "removed", "gone 1"));
 }
 
 TEST_F(LostApplication, LeavesNothingIfItWithdrewItsCells)

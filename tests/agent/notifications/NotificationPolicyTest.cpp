@@ -442,6 +442,24 @@ TEST_F(NotificationPolicyTest, ASummaryWithoutAStatusTakesNoMemory)
     EXPECT_EQ(policy.size(), 0u);
 }
 
+TEST_F(NotificationPolicyTest, ForgettingALostCheckIsSent)
+{
+    createEvaluated();
+    cover("No connection.");
+    sent.clear();
+    policy.handleForgotten(disk);
+    remove();
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, unknown, unknown,
+                                               "No connection. The agent has forgotten the check.", true}));
+}
+
+TEST_F(NotificationPolicyTest, ForgettingACheckThatManagersNeverHeardOfSendsNothing)
+{
+    create();
+    policy.handleForgotten(disk);
+    EXPECT_THAT(sent, IsEmpty());
+}
+
 // --- After a restart of the agent
 
 TEST_F(NotificationPolicyTest, AReplayOfAKnownStatusSendsNothing)

@@ -20,7 +20,21 @@ protected:
     void addHealth(int count)
     {
         for (int i = 0; i < count; ++i)
-            queue.sendInTurn(Notification::ofHealth({{++m_check}, 2, 0, "full"}));
+            addChange(++m_check, 2, 0);
+    }
+
+    void addChange(unsigned int check, int status, int previous, agent::ApplicationId application = 1)
+    {
+        queue.sendInTurn({{check}, status, previous, "full", false}, application);
+    }
+
+    /// The checks in the order in which they were sent.
+    std::vector<unsigned int> sentChecks() const
+    {
+        std::vector<unsigned int> checks;
+        for (const Notification& each : sent)
+            checks.push_back(each.objects.front().first.back());
+        return checks;
     }
 
     void addValues(int count)
@@ -103,4 +117,74 @@ TEST_F(NotificationQueueTest, TheQueueIsBounded)
     EXPECT_GT(sent.size(), 9'000u);
     addHealth(1);
     EXPECT_EQ(sent.size() + queue.dropped(), 50'001u);
+}
+
+// --- Without a master
+
+TEST_F(NotificationQueueTest, ChangesOfHealthWaitForTheMaster)
+{
+    bool isReady = false;
+    queue.setReady([&] { return isReady; });
+    addChange(1, 2, 0);
+    addValues(1);
+    clock.advance(3'600'000);
+    EXPECT_EQ(sent.size(), 0u);
+    EXPECT_EQ(queue.dropped(), 1u) << "a value does not wait";
+    isReady = true;
+    clock.advance(1000);
+    EXPECT_THAT(sentChecks(), testing::ElementsAre(1));
+}
+
+TEST_F(NotificationQueueTest, CriticalGoesFirst)
+{
+    bool isReady = false;
+    queue.setReady([&] { return isReady; });
+    addChange(1, 1, 0);
+    addChange(2, 3, 0);
+    addChange(3, 2, 0);
+    isReady = true;
+    clock.advance(1000);
+    EXPECT_THAT(sentChecks(), testing::ElementsAre(3, 1, 2));
+}
+
+TEST_F(NotificationQueueTest, ApplicationsTakeTurns)
+{
+    bool isReady = false;
+    queue.setReady([&] { return isReady; });
+    for (unsigned int check = 1; check <= 5; ++check)
+        addChange(check, 1, 0, 1);
+    addChange(11, 1, 0, 2);
+    addChange(21, 1, 0, 3);
+    isReady = true;
+    clock.advance(1000);
+    EXPECT_THAT(sentChecks(), testing::ElementsAre(1, 11, 21, 2, 3, 4, 5));
+}
+
+TEST_F(NotificationQueueTest, AFurtherChangeReplacesAWaitingOne)
+{
+    bool isReady = false;
+    queue.setReady([&] { return isReady; });
+    addChange(1, 1, 0);
+    addChange(1, 2, 1);
+    addChange(2, 1, 0);
+    addChange(2, 0, 1);
+    isReady = true;
+    clock.advance(1000);
+    ASSERT_THAT(sentChecks(), testing::ElementsAre(1)) << "the changes of check 2 cancel out";
+    EXPECT_EQ(std::get<int>(sent[0].objects[0].second), 2);
+    EXPECT_EQ(std::get<int>(sent[0].objects[1].second), 0) << "the status that managers know";
+}
+
+TEST_F(NotificationQueueTest, AFullQueueDropsChangesOfTheApplicationWithTheMost)
+{
+    bool isReady = false;
+    queue.setReady([&] { return isReady; });
+    addChange(1'000'000, 1, 0, 2);
+    addHealth(20'000);
+    EXPECT_GT(queue.dropped(), 0u);
+    addChange(1'000'001, 1, 0, 2);
+    isReady = true;
+    clock.advance(120'000);
+    EXPECT_THAT(sentChecks(), testing::IsSupersetOf({1'000'000u, 1'000'001u}));
+    EXPECT_EQ(sent.size() + queue.dropped(), 20'002u);
 }
