@@ -6,7 +6,9 @@
 
 #include <gmock/gmock.h>
 
-#include <regex>
+#include <QRegularExpression>
+#include <QString>
+
 #include <string>
 
 namespace support {
@@ -14,7 +16,8 @@ namespace support {
 /// Like testing::MatchesRegex, with the same patterns on every platform.
 MATCHER_P(MatchesPattern, pattern, "matches " + std::string(pattern))
 {
-    return std::regex_match(std::string(arg), std::regex(pattern));
+    const QString anchored = QRegularExpression::anchoredPattern(QString::fromStdString(pattern));
+    return QRegularExpression(anchored).match(QString::fromStdString(arg)).hasMatch();
 }
 
 } // namespace support
