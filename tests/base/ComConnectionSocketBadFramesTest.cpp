@@ -4,7 +4,7 @@
 #include "ComConnectionSocketTest.h"
 
 using support::QtMessages;
-using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 using ComConnectionSocketBadFrames = ComConnectionSocketTest;
@@ -20,7 +20,8 @@ TEST_F(ComConnectionSocketBadFrames, AWrongMagicIsReportedInSixDebugLinesAndOneE
                                            "_______________________________________________",
                                            "___Network error detected - resetting buffers__",
                                            "_______________________________________________"}));
-    EXPECT_THAT(log, ElementsAre("___ERROR___ CCS::LOG: ___Network error detected - resetting buffers___"));
+    EXPECT_THAT(log,
+                ElementsAreArray({"___ERROR___ CCS::LOG: ___Network error detected - resetting buffers___"}));
     EXPECT_TRUE(socket->isConnected());
 }
 
@@ -31,7 +32,7 @@ TEST_F(ComConnectionSocketBadFrames, FewerBytesThanAPrefixAreNotJudged)
     deliver(junk.left(15));
     EXPECT_THAT(errors(), IsEmpty());
     deliver(junk.mid(15, 1));
-    EXPECT_THAT(errors(), ElementsAre("___Network error detected - resetting buffers___"));
+    EXPECT_THAT(errors(), ElementsAreArray({"___Network error detected - resetting buffers___"}));
 }
 
 TEST_F(ComConnectionSocketBadFrames, AWrongMagicDropsTheRestOfTheBuffer)
@@ -41,7 +42,7 @@ TEST_F(ComConnectionSocketBadFrames, AWrongMagicDropsTheRestOfTheBuffer)
     deliver(junk + frame(1, "lost with it"));
     EXPECT_THAT(received, IsEmpty());
     deliver(frame(2, "new start"));
-    EXPECT_THAT(payloads(), ElementsAre("new start"));
+    EXPECT_THAT(payloads(), ElementsAreArray({"new start"}));
 }
 
 TEST_F(ComConnectionSocketBadFrames, AWrongMagicKeepsTheFramesBeforeIt)
@@ -49,7 +50,7 @@ TEST_F(ComConnectionSocketBadFrames, AWrongMagicKeepsTheFramesBeforeIt)
     connectToService();
     const QtMessages messages;
     deliver(frame(1, "kept") + junk + frame(2, "lost"));
-    EXPECT_THAT(payloads(), ElementsAre("kept"));
+    EXPECT_THAT(payloads(), ElementsAreArray({"kept"}));
     EXPECT_EQ(errors().size(), 1u);
 }
 
@@ -61,9 +62,9 @@ TEST_F(ComConnectionSocketBadFrames, AfterAWrongMagicAnyNumberIsAcceptedOnce)
     deliver(frame(77, "any"));
     EXPECT_THAT(errors(), IsEmpty());
     deliver(frame(79, "not any"));
-    EXPECT_THAT(errors(), ElementsAre("Unexpected received message counter: 79. "
-                                      "Last received message counter was 77."));
-    EXPECT_THAT(payloads(), ElementsAre("any", "not any"));
+    EXPECT_THAT(errors(), ElementsAreArray({"Unexpected received message counter: 79. "
+                                            "Last received message counter was 77."}));
+    EXPECT_THAT(payloads(), ElementsAreArray({"any", "not any"}));
 }
 
 TEST_F(ComConnectionSocketBadFrames, AWrongMagicAlsoRestartsTheNumberingOfSentFrames)
@@ -101,11 +102,12 @@ TEST_F(ComConnectionSocketBadFrames, AnImpossibleLengthIsHandledAsAWrongMagic)
         log.clear();
         received.clear();
         deliver(prefix(impossible) + frame(2, "lost with it"));
-        EXPECT_THAT(errors(), ElementsAre("___Network error detected - resetting buffers___")) << impossible;
+        EXPECT_THAT(errors(), ElementsAreArray({"___Network error detected - resetting buffers___"}))
+            << impossible;
         EXPECT_EQ(messages.all().size(), 6) << impossible;
         EXPECT_THAT(received, IsEmpty()) << impossible;
         deliver(frame(50, "accepted"));
-        EXPECT_THAT(payloads(), ElementsAre("accepted")) << impossible;
+        EXPECT_THAT(payloads(), ElementsAreArray({"accepted"})) << impossible;
     }
     EXPECT_TRUE(socket->isConnected());
 }
@@ -126,5 +128,5 @@ TEST_F(ComConnectionSocketBadFrames, ANewConnectionForgetsHalfAFrame)
     socket->closeConnection();
     connectToService();
     deliver(frame(1, "whole"));
-    EXPECT_THAT(payloads(), ElementsAre("whole"));
+    EXPECT_THAT(payloads(), ElementsAreArray({"whole"}));
 }

@@ -14,6 +14,7 @@ using support::FakeService;
 using support::QtMessages;
 using support::runUntil;
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 using ComConnectionSocketConnecting = ComConnectionSocketTest;
@@ -27,16 +28,16 @@ TEST_F(ComConnectionSocketConnecting, TheMetaObjectListsSignalsAndSlotsInTheirOr
         const bool isPrivate = method.access() == QMetaMethod::Private;
         methods.push_back((isPrivate ? "private " : "") + method.methodSignature().toStdString());
     }
-    EXPECT_THAT(methods, ElementsAre("signal_connected()", "signal_disconnected()",
-                                     "signal_disconnectInfo(QString,uint,QString)",
-                                     "signal_loggingMessage(QString,bool)", "signal_logMessage(QString)",
-                                     "signal_errorMessage(QString)", "signal_debugMessage(QString)",
-                                     "signal_sigdb_dataReceived(int,QByteArray&,int)",
-                                     "slot_setSendUpdateMessageCounter(qulonglong)",
-                                     "private slot_currentConnectionDisconnected()",
-                                     "private slot_readDataFromSocket()", "private slot_readyRead()",
-                                     "private slot_computeReceivedData()",
-                                     "slot_sendSerializedData(QByteArray,int,int)"));
+    EXPECT_THAT(
+        methods,
+        ElementsAreArray(
+            {"signal_connected()", "signal_disconnected()", "signal_disconnectInfo(QString,uint,QString)",
+             "signal_loggingMessage(QString,bool)", "signal_logMessage(QString)",
+             "signal_errorMessage(QString)", "signal_debugMessage(QString)",
+             "signal_sigdb_dataReceived(int,QByteArray&,int)", "slot_setSendUpdateMessageCounter(qulonglong)",
+             "private slot_currentConnectionDisconnected()", "private slot_readDataFromSocket()",
+             "private slot_readyRead()", "private slot_computeReceivedData()",
+             "slot_sendSerializedData(QByteArray,int,int)"}));
 }
 
 // Connecting
@@ -53,16 +54,16 @@ TEST_F(ComConnectionSocketConnecting, ConnectsAndReportsIt)
     EXPECT_TRUE(socket->isConnected());
     EXPECT_NE(socket->socket(), nullptr);
     EXPECT_EQ(events, "connected ");
-    EXPECT_THAT(log,
-                ElementsAre("CCS::LOG: connectToHost(127.0.0.1  - port: " + port() + ") ... please wait ... ",
-                            "CCS::LOG: >>>>>>  CONNECTED from 127.0.0.1:" + port() + " 127.0.0.1 <<<<<<"));
+    EXPECT_THAT(log, ElementsAreArray(
+                         {"CCS::LOG: connectToHost(127.0.0.1  - port: " + port() + ") ... please wait ... ",
+                          "CCS::LOG: >>>>>>  CONNECTED from 127.0.0.1:" + port() + " 127.0.0.1 <<<<<<"}));
     EXPECT_TRUE(service.waitForConnections(1));
 }
 
 TEST_F(ComConnectionSocketConnecting, AnEmptyHostIsReportedAndNotTried)
 {
     EXPECT_FALSE(socket->connectToServer(ConnectionSettings()));
-    EXPECT_THAT(log, ElementsAre("CCS::LOG: NOT CONNECTED", "___ERROR___ CCS::LOG: Host is empty"));
+    EXPECT_THAT(log, ElementsAreArray({"CCS::LOG: NOT CONNECTED", "___ERROR___ CCS::LOG: Host is empty"}));
     EXPECT_EQ(events, "");
 }
 
@@ -139,7 +140,7 @@ TEST_F(ComConnectionSocketConnecting, ReconnectUsesTheRememberedSettings)
 TEST_F(ComConnectionSocketConnecting, ReconnectBeforeAnyConnectionHasNoHost)
 {
     EXPECT_FALSE(socket->reconnect());
-    EXPECT_THAT(errors(), ElementsAre("Host is empty"));
+    EXPECT_THAT(errors(), ElementsAreArray({"Host is empty"}));
 }
 
 TEST_F(ComConnectionSocketConnecting, ANewConnectionReplacesTheOldOne)
@@ -160,8 +161,8 @@ TEST_F(ComConnectionSocketConnecting, ALostPeerIsReported)
     service.closeConnection();
     ASSERT_TRUE(runUntil([&] { return !socket->isConnected(); }));
     EXPECT_EQ(socket->socket(), nullptr);
-    EXPECT_THAT(log,
-                ElementsAre("CCS::LOG: >>>>>  DISCONNECTED from 127.0.0.1:" + port() + " 127.0.0.1 <<<<<"));
+    EXPECT_THAT(log, ElementsAreArray(
+                         {"CCS::LOG: >>>>>  DISCONNECTED from 127.0.0.1:" + port() + " 127.0.0.1 <<<<<"}));
     EXPECT_EQ(events, "info(127.0.0.1," + port() + ",127.0.0.1) disconnected ");
 }
 
@@ -171,7 +172,7 @@ TEST_F(ComConnectionSocketConnecting, ReceivesTheLastFrameBeforeThePeerCloses)
     service.sendRaw(frame(1, "farewell"));
     service.closeConnection();
     ASSERT_TRUE(runUntil([&] { return !socket->isConnected(); }));
-    EXPECT_THAT(payloads(), ElementsAre("farewell"));
+    EXPECT_THAT(payloads(), ElementsAreArray({"farewell"}));
 }
 
 TEST_F(ComConnectionSocketConnecting, CloseConnectionEndsTheConnection)

@@ -9,7 +9,7 @@
 
 using base::FrameHeader;
 using support::runUntil;
-using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 using ComConnectionSocketReceiving = ComConnectionSocketTest;
@@ -22,8 +22,8 @@ TEST_F(ComConnectionSocketReceiving, EmitsEachReceivedFrame)
     EXPECT_EQ(received[0].dataType, 1);
     EXPECT_EQ(received[0].payload, "abc");
     EXPECT_EQ(received[0].callbackId, 2);
-    EXPECT_THAT(log, ElementsAre("CCS::DEBUG: CCS:REC. MSG # 1 <---",
-                                 "CCS::DEBUG: CCS: Raw data received.Type: 1  - Length: 3"));
+    EXPECT_THAT(log, ElementsAreArray({"CCS::DEBUG: CCS:REC. MSG # 1 <---",
+                                       "CCS::DEBUG: CCS: Raw data received.Type: 1  - Length: 3"}));
 }
 
 TEST_F(ComConnectionSocketReceiving, AnEmptyPayloadIsEmittedToo)
@@ -59,7 +59,7 @@ TEST_F(ComConnectionSocketReceiving, AFrameInPiecesIsAssembledOnce)
         from = to;
     }
     deliver(whole.mid(from));
-    EXPECT_THAT(payloads(), ElementsAre("in pieces"));
+    EXPECT_THAT(payloads(), ElementsAreArray({"in pieces"}));
     EXPECT_THAT(errors(), IsEmpty());
 }
 
@@ -68,7 +68,7 @@ TEST_F(ComConnectionSocketReceiving, AFrameByteByByteIsAssembledOnce)
     connectToService();
     for (const char byte : frame(1, "slow") + frame(2, "slower"))
         deliver(QByteArray(1, byte));
-    EXPECT_THAT(payloads(), ElementsAre("slow", "slower"));
+    EXPECT_THAT(payloads(), ElementsAreArray({"slow", "slower"}));
     EXPECT_THAT(errors(), IsEmpty());
 }
 
@@ -81,7 +81,7 @@ TEST_F(ComConnectionSocketReceiving, TwoFramesInOneReadAreEmittedInOnePass)
     QObject::connect(socket->socket(), &QTcpSocket::readyRead, socket.get(), [&] { ++reads; });
     service.sendRaw(frame(1, "first") + frame(2, "second"));
     ASSERT_TRUE(waitForReceived(2));
-    EXPECT_THAT(payloads(), ElementsAre("first", "second"));
+    EXPECT_THAT(payloads(), ElementsAreArray({"first", "second"}));
     EXPECT_EQ(readOfFrame[0], readOfFrame[1]);
 }
 
@@ -92,9 +92,9 @@ TEST_F(ComConnectionSocketReceiving, AFrameAndAHalfInOneReadAreBothAssembled)
     for (const int cut : {10, 16, 30, 44}) {
         received.clear();
         deliver(frame(1, "first") + second.left(cut));
-        EXPECT_THAT(payloads(), ElementsAre("first")) << cut;
+        EXPECT_THAT(payloads(), ElementsAreArray({"first"})) << cut;
         deliver(second.mid(cut));
-        EXPECT_THAT(payloads(), ElementsAre("first", "second")) << cut;
+        EXPECT_THAT(payloads(), ElementsAreArray({"first", "second"})) << cut;
     }
     EXPECT_THAT(errors(), IsEmpty());
 }
@@ -129,7 +129,7 @@ TEST_F(ComConnectionSocketReceiving, AnIdleConnectionIsPolledAboutEverySecond)
     QObject::disconnect(socket->socket(), SIGNAL(readyRead()), socket.get(), SLOT(slot_readyRead()));
     service.sendRaw(frame(1, "unannounced"));
     ASSERT_TRUE(waitForReceived(1));
-    EXPECT_THAT(payloads(), ElementsAre("unannounced"));
+    EXPECT_THAT(payloads(), ElementsAreArray({"unannounced"}));
 }
 
 TEST_F(ComConnectionSocketReceiving, ReceivingRestartsThePollTimer)

@@ -8,7 +8,7 @@
 using support::MatchesPattern;
 using support::QtMessages;
 using support::runUntil;
-using testing::ElementsAre;
+using testing::ElementsAreArray;
 
 using ComConnectionSocketSending = ComConnectionSocketTest;
 
@@ -88,8 +88,8 @@ TEST_F(ComConnectionSocketSending, SendingIsLoggedInTwoDebugLines)
 {
     connectToService();
     socket->sendSerializedData(nullptr, 3, 0);
-    EXPECT_THAT(log, ElementsAre("CCS::DEBUG: Send serialized data to server. Type: 3",
-                                 "CCS::DEBUG: CCS:SEND MSG # 1 --->"));
+    EXPECT_THAT(log, ElementsAreArray({"CCS::DEBUG: Send serialized data to server. Type: 3",
+                                       "CCS::DEBUG: CCS:SEND MSG # 1 --->"}));
 }
 
 TEST_F(ComConnectionSocketSending, APayloadCanBeSentWithoutARecord)
@@ -136,7 +136,7 @@ TEST_F(ComConnectionSocketSending, SendingWithoutASocketFailsWhenTheServiceIsGon
 TEST_F(ComConnectionSocketSending, SendingBeforeAnyConnectionCannotReconnect)
 {
     EXPECT_FALSE(socket->sendSerializedData(nullptr, 0, 0));
-    EXPECT_THAT(errors(), ElementsAre("Host is empty", "slot_sendSerializedData::cannot reconnect"));
+    EXPECT_THAT(errors(), ElementsAreArray({"Host is empty", "slot_sendSerializedData::cannot reconnect"}));
     EXPECT_FALSE(logHas("CCS::DEBUG: CCS:SEND MSG # 1 --->"));
 }
 
@@ -166,7 +166,7 @@ TEST_F(ComConnectionSocketSending, ABacklogAboveTheLimitRefusesTheRecordAndUsesN
 
     log.clear();
     EXPECT_FALSE(socket->sendSerializedData(nullptr, 0, 0));
-    EXPECT_THAT(log, ElementsAre("CCS::DEBUG: Send serialized data to server. Type: 0"));
+    EXPECT_THAT(log, ElementsAreArray({"CCS::DEBUG: Send serialized data to server. Type: 0"}));
     EXPECT_TRUE(socket->isConnected());
 
     service.resumeReading();

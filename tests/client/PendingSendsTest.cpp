@@ -11,7 +11,7 @@
 #include "support/Oids.h"
 
 using support::oid;
-using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 using vigil::Oid;
 
@@ -41,7 +41,7 @@ TEST(PendingSends, ComeOnceEachInTheOrderOfTheIdentifiers)
     PendingSends pending;
     for (const char* each : {"1.10", "1.9.1", "1.10", "1.9", "2"})
         add(pending, each);
-    EXPECT_THAT(takeAll(pending), ElementsAre("1.9", "1.9.1", "1.10", "2"));
+    EXPECT_THAT(takeAll(pending), ElementsAreArray({"1.9", "1.9.1", "1.10", "2"}));
 }
 
 TEST(PendingSends, KeepTheWishForANotification)
@@ -51,7 +51,7 @@ TEST(PendingSends, KeepTheWishForANotification)
     add(pending, "1", false);
     add(pending, "2", false);
     EXPECT_EQ(pending.notifications(), 1);
-    EXPECT_THAT(takeAll(pending), ElementsAre("1 notify", "2"));
+    EXPECT_THAT(takeAll(pending), ElementsAreArray({"1 notify", "2"}));
 }
 
 TEST(PendingSends, AWithdrawnTreeReplacesItsDescendants)
@@ -60,7 +60,7 @@ TEST(PendingSends, AWithdrawnTreeReplacesItsDescendants)
     for (const char* each : {"1.1", "1.2", "1.2.1", "1.2.1.7", "1.20", "1.3"})
         add(pending, each, true);
     pending.addTree(oid("1.2"));
-    EXPECT_THAT(takeAll(pending), ElementsAre("1.1 notify", "1.2", "1.3 notify", "1.20 notify"));
+    EXPECT_THAT(takeAll(pending), ElementsAreArray({"1.1 notify", "1.2", "1.3 notify", "1.20 notify"}));
 }
 
 TEST(PendingSends, ClearForgetsThemAll)

@@ -13,7 +13,7 @@
 #include "support/Oids.h"
 
 using support::oid;
-using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 using vigil::Oid;
 
@@ -47,7 +47,7 @@ TEST(QueueOverflow, KeepsTheLastValueOfEachIdentifierInTheOrderOfPublishing)
     overflow.set(oid("1.1"), 2, false, 1);
     overflow.set(oid("1.3"), QVariant(), false, 1);
     overflow.set(oid("1.2"), QStringLiteral("text"), false, 1);
-    EXPECT_THAT(takeAll(overflow), ElementsAre("1.1=2", "1.3 unset", "1.2=text"));
+    EXPECT_THAT(takeAll(overflow), ElementsAreArray({"1.1=2", "1.3 unset", "1.2=text"}));
     EXPECT_TRUE(overflow.isEmpty());
     EXPECT_THAT(takeAll(overflow), IsEmpty());
 }
@@ -58,7 +58,7 @@ TEST(QueueOverflow, KeepsTheWishForANotification)
     overflow.set(oid("1"), 1, true, 1);
     overflow.set(oid("1"), QVariant(), false, 1);
     overflow.set(oid("1"), 2, false, 1);
-    EXPECT_THAT(takeAll(overflow), ElementsAre("1=2 notify"));
+    EXPECT_THAT(takeAll(overflow), ElementsAreArray({"1=2 notify"}));
 }
 
 TEST(QueueOverflow, AWithdrawnTreeReplacesEverythingInIt)
@@ -69,7 +69,7 @@ TEST(QueueOverflow, AWithdrawnTreeReplacesEverythingInIt)
     overflow.withdrawTree(oid("1.2.7"));
     overflow.set(oid("1.20"), 3, false, 1);
     overflow.withdrawTree(oid("1.2"));
-    EXPECT_THAT(takeAll(overflow), ElementsAre("1.20=3", "1.2 tree"));
+    EXPECT_THAT(takeAll(overflow), ElementsAreArray({"1.20=3", "1.2 tree"}));
 }
 
 TEST(QueueOverflow, ValuesPublishedAfterTheWithdrawalOfTheirTreeComeAfterIt)
@@ -79,7 +79,7 @@ TEST(QueueOverflow, ValuesPublishedAfterTheWithdrawalOfTheirTreeComeAfterIt)
     overflow.set(oid("1.2.1"), 2, false, 1);
     overflow.set(oid("1.2"), 1, false, 1);
     EXPECT_FALSE(overflow.isEmpty());
-    EXPECT_THAT(takeAll(overflow), ElementsAre("1.2 tree", "1.2.1=2", "1.2=1"));
+    EXPECT_THAT(takeAll(overflow), ElementsAreArray({"1.2 tree", "1.2.1=2", "1.2=1"}));
 }
 
 TEST(QueueOverflow, AWithdrawnTreeAloneIsKept)
@@ -87,7 +87,7 @@ TEST(QueueOverflow, AWithdrawnTreeAloneIsKept)
     QueueOverflow overflow(nothing);
     overflow.withdrawTree(oid("1"));
     EXPECT_FALSE(overflow.isEmpty());
-    EXPECT_THAT(takeAll(overflow), ElementsAre("1 tree"));
+    EXPECT_THAT(takeAll(overflow), ElementsAreArray({"1 tree"}));
 }
 
 TEST(QueueOverflow, KeepsAllPublicationsUpToANumberOfBytes)
@@ -97,7 +97,7 @@ TEST(QueueOverflow, KeepsAllPublicationsUpToANumberOfBytes)
     overflow.set(oid("1"), 2, false, 1);
     overflow.withdrawTree(oid("1"));
     overflow.set(oid("1"), 3, false, 1);
-    EXPECT_THAT(takeAll(overflow), ElementsAre("1=1 notify", "1=2", "1 tree", "1=3"));
+    EXPECT_THAT(takeAll(overflow), ElementsAreArray({"1=1 notify", "1=2", "1 tree", "1=3"}));
 }
 
 TEST(QueueOverflow, ReplacesOnlyTheLastPublicationBeyondThem)
@@ -108,7 +108,7 @@ TEST(QueueOverflow, ReplacesOnlyTheLastPublicationBeyondThem)
     overflow.set(oid("1"), 3, false, 1);
     overflow.set(oid("2"), 4, false, 1);
     overflow.set(oid("1"), 5, false, 1);
-    EXPECT_THAT(takeAll(overflow), ElementsAre("1=1", "2=4", "1=5 notify"));
+    EXPECT_THAT(takeAll(overflow), ElementsAreArray({"1=1", "2=4", "1=5 notify"}));
 }
 
 TEST(QueueOverflow, AWithdrawnTreeEndsTheWishForANotification)
@@ -117,5 +117,5 @@ TEST(QueueOverflow, AWithdrawnTreeEndsTheWishForANotification)
     overflow.set(oid("1.2"), 1, true, 1);
     overflow.withdrawTree(oid("1"));
     overflow.set(oid("1.2"), 2, false, 1);
-    EXPECT_THAT(takeAll(overflow), ElementsAre("1.2=1 notify", "1 tree", "1.2=2"));
+    EXPECT_THAT(takeAll(overflow), ElementsAreArray({"1.2=1 notify", "1 tree", "1.2=2"}));
 }

@@ -11,7 +11,7 @@
 #include "support/Oids.h"
 
 using support::oid;
-using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 using vigil::Oid;
 
@@ -40,7 +40,7 @@ TEST(ValueCache, KeepsTheLastValueOfEachIdentifierInTheOrderOfTheIdentifiers)
     cache.set(arcs("1.10"), 1);
     cache.set(arcs("1.9"), 2);
     cache.set(arcs("1.10"), 3);
-    EXPECT_THAT(entries(cache), ElementsAre("1.9=2", "1.10=3"));
+    EXPECT_THAT(entries(cache), ElementsAreArray({"1.9=2", "1.10=3"}));
 }
 
 TEST(ValueCache, AnUnsetIdentifierStaysAsUnset)
@@ -49,7 +49,7 @@ TEST(ValueCache, AnUnsetIdentifierStaysAsUnset)
     cache.set(arcs("1.1"), 1);
     cache.set(arcs("1.1"), QVariant());
     cache.set(arcs("1.2"), QVariant());
-    EXPECT_THAT(entries(cache), ElementsAre("1.1 unset", "1.2 unset"));
+    EXPECT_THAT(entries(cache), ElementsAreArray({"1.1 unset", "1.2 unset"}));
 }
 
 TEST(ValueCache, ARemovedTreeWithDescendantsStaysAsUnset)
@@ -60,7 +60,7 @@ TEST(ValueCache, ARemovedTreeWithDescendantsStaysAsUnset)
     cache.set(arcs("1.2.2.1"), 3);
     cache.set(arcs("1.3"), 4);
     EXPECT_EQ(cache.removeTree(oid("1.2")), 2);
-    EXPECT_THAT(entries(cache), ElementsAre("1.1=1", "1.2 unset", "1.3=4"));
+    EXPECT_THAT(entries(cache), ElementsAreArray({"1.1=1", "1.2 unset", "1.3=4"}));
 }
 
 TEST(ValueCache, TheValueOfTheTreeItselfCounts)
@@ -69,7 +69,7 @@ TEST(ValueCache, TheValueOfTheTreeItselfCounts)
     cache.set(arcs("1.2"), 1);
     cache.set(arcs("1.2.1"), 2);
     EXPECT_EQ(cache.removeTree(oid("1.2")), 2);
-    EXPECT_THAT(entries(cache), ElementsAre("1.2 unset"));
+    EXPECT_THAT(entries(cache), ElementsAreArray({"1.2 unset"}));
 }
 
 TEST(ValueCache, ATreeWithoutDescendantsLeavesNothing)
@@ -85,5 +85,5 @@ TEST(ValueCache, RemovingAnUnknownTreeChangesNothing)
     ValueCache cache;
     cache.set(arcs("1.20"), 1);
     EXPECT_EQ(cache.removeTree(oid("1.2")), 0);
-    EXPECT_THAT(entries(cache), ElementsAre("1.20=1"));
+    EXPECT_THAT(entries(cache), ElementsAreArray({"1.20=1"}));
 }

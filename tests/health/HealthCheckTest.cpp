@@ -19,6 +19,7 @@ using support::makeCheck;
 using support::set;
 using support::unset;
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 using vigil::HealthStatus;
 using vigil::Range;
@@ -144,11 +145,11 @@ TEST_F(HealthCheckTest, StatusSummaryAndResultsComeFromTheLastUpdate)
     check->setDescription("new");
     EXPECT_EQ(check->getStatus(), HealthStatus::Ok);
     EXPECT_EQ(check->getSummary(), "");
-    EXPECT_THAT(resultsOf(*check), ElementsAre("a: x"));
+    EXPECT_THAT(resultsOf(*check), ElementsAreArray({"a: x"}));
     check->update();
     EXPECT_EQ(check->getStatus(), HealthStatus::Critical);
     EXPECT_EQ(check->getSummary(), "new - y");
-    EXPECT_THAT(resultsOf(*check), ElementsAre("a: y"));
+    EXPECT_THAT(resultsOf(*check), ElementsAreArray({"a: y"}));
     metric->remove();
 }
 
@@ -167,7 +168,7 @@ TEST_F(HealthCheckTest, ResultsAreInByteOrderOfTheMetricNames)
     for (const char* name : {"b", "\xC3\xA4", "a", "B"})
         metrics.push_back(addSimpleMetric(*check, name, HealthStatus::Ok, "x"));
     check->update();
-    EXPECT_THAT(resultsOf(*check), ElementsAre("B: x", "a: x", "b: x", "\xC3\xA4: x"));
+    EXPECT_THAT(resultsOf(*check), ElementsAreArray({"B: x", "a: x", "b: x", "\xC3\xA4: x"}));
     for (SimpleMetric* metric : metrics)
         metric->remove();
 }
@@ -180,7 +181,7 @@ TEST_F(HealthCheckTest, ASecondMetricOfTheSameNameHidesTheFirst)
     SimpleMetric* older = addSimpleMetric(*check, "a", HealthStatus::Critical, "older");
     SimpleMetric* newer = addSimpleMetric(*check, "a", HealthStatus::Ok, "newer");
     check->update();
-    EXPECT_THAT(resultsOf(*check), ElementsAre("a: newer"));
+    EXPECT_THAT(resultsOf(*check), ElementsAreArray({"a: newer"}));
     EXPECT_EQ(check->getStatus(), HealthStatus::Ok);
     EXPECT_EQ(older->getName(), "a");
     EXPECT_EQ(older->getStatus(), HealthStatus::Critical);
@@ -212,12 +213,13 @@ TEST_F(HealthCheckTest, EmptyKeysAndNamesAreAllowed)
     start();
     const CheckPointer check = makeCheck("", "");
     ScalarMetric* metric = check->createScalarMetric("");
-    EXPECT_THAT(publications(),
-                ElementsAre(set(cell(1, 3, {"", ""}), 3), set(cell(1, 4, {"", ""}), ""),
-                            set(cell(2, 5, {"", "", ""}), 0), set(cell(2, 2, {"", "", ""}), ""),
-                            set(cell(2, 3, {"", "", ""}), "off"), set(cell(2, 4, {"", "", ""}), "off")));
+    EXPECT_THAT(
+        publications(),
+        ElementsAreArray({set(cell(1, 3, {"", ""}), 3), set(cell(1, 4, {"", ""}), ""),
+                          set(cell(2, 5, {"", "", ""}), 0), set(cell(2, 2, {"", "", ""}), ""),
+                          set(cell(2, 3, {"", "", ""}), "off"), set(cell(2, 4, {"", "", ""}), "off")}));
     check->update();
-    EXPECT_THAT(resultsOf(*check), ElementsAre(":  is 0."));
+    EXPECT_THAT(resultsOf(*check), ElementsAreArray({":  is 0."}));
     metric->remove();
 }
 
@@ -229,8 +231,9 @@ TEST_F(HealthCheckTest, RemovingAHiddenMetricRemovesTheEntryAndRowsOfTheNewerOne
     ScalarMetric* newer = check->createScalarMetric("cpu");
     publications();
     older->remove();
-    EXPECT_THAT(publications(), ElementsAre(unset(cell(2, 2, metricRow)), unset(cell(2, 3, metricRow)),
-                                            unset(cell(2, 4, metricRow)), unset(cell(2, 5, metricRow))));
+    EXPECT_THAT(publications(),
+                ElementsAreArray({unset(cell(2, 2, metricRow)), unset(cell(2, 3, metricRow)),
+                                  unset(cell(2, 4, metricRow)), unset(cell(2, 5, metricRow))}));
     check->update();
     EXPECT_THAT(resultsOf(*check), IsEmpty());
     EXPECT_EQ(newer->getName(), "cpu");
@@ -244,7 +247,7 @@ TEST_F(HealthCheckTest, ARemovedMetricIsNoLongerEvaluated)
     SimpleMetric* b = addSimpleMetric(*check, "b", HealthStatus::Critical, "y");
     b->remove();
     check->update();
-    EXPECT_THAT(resultsOf(*check), ElementsAre("a: x"));
+    EXPECT_THAT(resultsOf(*check), ElementsAreArray({"a: x"}));
     a->remove();
 }
 
@@ -315,7 +318,8 @@ protected:
 
 TEST_F(PublishedHealthCheck, ANewCheckPublishesUnknownAndAnEmptySummary)
 {
-    EXPECT_THAT(publications(), ElementsAre(set(cell(1, 3, checkRow), 3), set(cell(1, 4, checkRow), "")));
+    EXPECT_THAT(publications(),
+                ElementsAreArray({set(cell(1, 3, checkRow), 3), set(cell(1, 4, checkRow), "")}));
 }
 
 TEST_F(PublishedHealthCheck, ADescriptionWaitsForTheUpdate)
@@ -364,11 +368,11 @@ TEST_F(PublishedHealthCheck, AnUpdatePublishesCheckResultAndPerformanceData)
     check->update();
     const std::string text = "out of critical range: cpu is 97.5%.";
     EXPECT_THAT(publications(),
-                ElementsAre(set(cell(1, 3, checkRow), 2), set(cell(1, 4, checkRow), "D - " + text),
-                            set(cell(3, 1, metricRow), 2), set(cell(3, 2, metricRow), text),
-                            set(cell(4, 1, metricRow), "cpu"), set(cell(4, 2, metricRow), "97.5"),
-                            set(cell(4, 3, metricRow), "%"), set(cell(4, 4, metricRow), "~:80"),
-                            set(cell(4, 5, metricRow), "~:95")));
+                ElementsAreArray({set(cell(1, 3, checkRow), 2), set(cell(1, 4, checkRow), "D - " + text),
+                                  set(cell(3, 1, metricRow), 2), set(cell(3, 2, metricRow), text),
+                                  set(cell(4, 1, metricRow), "cpu"), set(cell(4, 2, metricRow), "97.5"),
+                                  set(cell(4, 3, metricRow), "%"), set(cell(4, 4, metricRow), "~:80"),
+                                  set(cell(4, 5, metricRow), "~:95")}));
     cpu->remove();
 }
 
@@ -391,7 +395,8 @@ TEST_F(PublishedHealthCheck, ADestroyedCheckWithdrawsItsRow)
     publications();
     check.reset();
     ASSERT_TRUE(service.waitForDisconnections(1));
-    EXPECT_THAT(publicationsSoFar(), ElementsAre(unset(cell(1, 3, checkRow)), unset(cell(1, 4, checkRow))));
+    EXPECT_THAT(publicationsSoFar(),
+                ElementsAreArray({unset(cell(1, 3, checkRow)), unset(cell(1, 4, checkRow))}));
 }
 
 TEST_F(HealthCheckTest, AKeyCanContainNulAndNonAsciiBytes)
@@ -399,8 +404,8 @@ TEST_F(HealthCheckTest, AKeyCanContainNulAndNonAsciiBytes)
     start();
     const CheckPointer check = makeCheck(std::string("a\0b", 3), "\xC3\xA4");
     const std::string index = ".3.97.0.98.2.4294967235.4294967204";
-    EXPECT_THAT(publications(),
-                ElementsAre(set("127.3.1.200.4.1.1.3" + index, 3), set("127.3.1.200.4.1.1.4" + index, "")));
+    EXPECT_THAT(publications(), ElementsAreArray({set("127.3.1.200.4.1.1.3" + index, 3),
+                                                  set("127.3.1.200.4.1.1.4" + index, "")}));
 }
 
 TEST_F(HealthCheckTest, DestroyingOneOfTwoChecksWithTheSameKeysWithdrawsTheirRows)
@@ -420,7 +425,8 @@ TEST_F(HealthCheckTest, DestroyingOneOfTwoChecksWithTheSameKeysWithdrawsTheirRow
     commit(cell(5, 1, checkRow), 2);
     EXPECT_THAT(recorder.lines(), IsEmpty());
     second->update();
-    EXPECT_THAT(publications(), ElementsAre(set(cell(1, 3, checkRow), 3), set(cell(1, 4, checkRow), " - ")));
+    EXPECT_THAT(publications(),
+                ElementsAreArray({set(cell(1, 3, checkRow), 3), set(cell(1, 4, checkRow), " - ")}));
     second->unregisterManagementHandler();
 }
 
@@ -455,8 +461,8 @@ TEST_F(HealthCheckTest, AMetricWithoutPerformanceDataHasNoPerformanceRow)
     publications();
     check->update();
     EXPECT_THAT(publications(),
-                ElementsAre(set(cell(1, 3, checkRow), 0), set(cell(1, 4, checkRow), ""),
-                            set(cell(3, 1, metricRow), 0), set(cell(3, 2, metricRow), "cpu is 0.")));
+                ElementsAreArray({set(cell(1, 3, checkRow), 0), set(cell(1, 4, checkRow), ""),
+                                  set(cell(3, 1, metricRow), 0), set(cell(3, 2, metricRow), "cpu is 0.")}));
     cpu->remove();
 }
 
@@ -472,9 +478,9 @@ TEST_F(HealthCheckTest, DisablingPerformanceDataWithdrawsItsRowAtTheNextUpdate)
     std::vector<std::string> lines = publications();
     ASSERT_EQ(lines.size(), 9u);
     lines.erase(lines.begin(), lines.begin() + 4);
-    EXPECT_THAT(lines, ElementsAre(unset(cell(4, 1, metricRow)), unset(cell(4, 2, metricRow)),
-                                   unset(cell(4, 3, metricRow)), unset(cell(4, 4, metricRow)),
-                                   unset(cell(4, 5, metricRow))));
+    EXPECT_THAT(lines, ElementsAreArray({unset(cell(4, 1, metricRow)), unset(cell(4, 2, metricRow)),
+                                         unset(cell(4, 3, metricRow)), unset(cell(4, 4, metricRow)),
+                                         unset(cell(4, 5, metricRow))}));
     cpu->remove();
 }
 
@@ -492,9 +498,10 @@ TEST_F(HealthCheckTest, AManagementHandlerIsCalledUntilItIsUnregistered)
     commit(cell(5, 3, checkRow), 5);
     commit(cell(5, 5, checkRow), "");
     commit(cell(5, 5, checkRow), "run");
-    EXPECT_THAT(recorder.lines(), ElementsAre("function 3", "function 5 \"\""));
-    EXPECT_THAT(publications(), ElementsAre(set(cell(5, 3, checkRow), 1), set(cell(5, 3, checkRow), 1),
-                                            set(cell(5, 5, checkRow), ""), set(cell(5, 5, checkRow), "")));
+    EXPECT_THAT(recorder.lines(), ElementsAreArray({"function 3", "function 5 \"\""}));
+    EXPECT_THAT(publications(),
+                ElementsAreArray({set(cell(5, 3, checkRow), 1), set(cell(5, 3, checkRow), 1),
+                                  set(cell(5, 5, checkRow), ""), set(cell(5, 5, checkRow), "")}));
     check->unregisterManagementHandler();
     commit(cell(5, 3, checkRow), 2);
     EXPECT_EQ(recorder.lines().size(), 2u);
@@ -528,8 +535,9 @@ TEST_F(HealthCheckTest, AManagementFunctionCanUpdateTheCheck)
     check->registerManagementHandler(&handler);
     publications();
     commit(cell(5, 1, checkRow), 2);
-    EXPECT_THAT(publications(), ElementsAre(set(cell(1, 3, checkRow), 3), set(cell(1, 4, checkRow), " - "),
-                                            set(cell(5, 1, checkRow), 1)));
+    EXPECT_THAT(publications(),
+                ElementsAreArray({set(cell(1, 3, checkRow), 3), set(cell(1, 4, checkRow), " - "),
+                                  set(cell(5, 1, checkRow), 1)}));
     check->unregisterManagementHandler();
 }
 

@@ -14,7 +14,7 @@
 
 #include "health/InternalMetric.h"
 
-using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 using vigil::HealthStatus;
 using vigil::Range;
@@ -87,14 +87,14 @@ TEST_F(MetricStoreTest, EvaluatesInTheOrderOfTheNames)
 {
     const auto b = add("b");
     const auto a = add("a");
-    EXPECT_THAT(evaluated(), ElementsAre("a with numbers of a", "b with numbers of b"));
+    EXPECT_THAT(evaluated(), ElementsAreArray({"a with numbers of a", "b with numbers of b"}));
 }
 
 TEST_F(MetricStoreTest, AMetricWithoutPerformanceDataHasAResult)
 {
     const auto metric = add("a");
     metric->hasNumbers = false;
-    EXPECT_THAT(evaluated(), ElementsAre("a"));
+    EXPECT_THAT(evaluated(), ElementsAreArray({"a"}));
 }
 
 TEST_F(MetricStoreTest, AMetricWithoutAResultIsNotAskedForPerformanceData)
@@ -102,7 +102,7 @@ TEST_F(MetricStoreTest, AMetricWithoutAResultIsNotAskedForPerformanceData)
     const auto silent = add("a");
     silent->hasResult = false;
     const auto other = add("b");
-    EXPECT_THAT(evaluated(), ElementsAre("b with numbers of b"));
+    EXPECT_THAT(evaluated(), ElementsAreArray({"b with numbers of b"}));
     EXPECT_EQ(silent->askedForNumbers, 0);
 }
 
@@ -111,7 +111,7 @@ TEST_F(MetricStoreTest, ADestroyedMetricIsSkipped)
     auto metric = add("a");
     const auto other = add("b");
     metric.reset();
-    EXPECT_THAT(evaluated(), ElementsAre("b with numbers of b"));
+    EXPECT_THAT(evaluated(), ElementsAreArray({"b with numbers of b"}));
 }
 
 TEST_F(MetricStoreTest, DoesNotOwnItsMetrics)
@@ -125,7 +125,7 @@ TEST_F(MetricStoreTest, EachEvaluationReplacesTheEarlierResults)
 {
     const auto metric = add("a");
     evaluated();
-    EXPECT_THAT(evaluated(), ElementsAre("a with numbers of a"));
+    EXPECT_THAT(evaluated(), ElementsAreArray({"a with numbers of a"}));
 }
 
 TEST_F(MetricStoreTest, ClearRemovesTheMetricsButNotTheLastResults)

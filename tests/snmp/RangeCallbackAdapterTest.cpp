@@ -20,7 +20,7 @@
 
 using support::cell;
 using support::QtMessages;
-using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 using vigil::Oid;
 using vigil::Range;
@@ -88,10 +88,10 @@ protected:
 TEST_F(RangeCallbackAdapterTest, AnAcceptedWarningRangeIsValidatedWith0AndAppliedAtTheCommit)
 {
     EXPECT_EQ(validate(3, "10:20"), 0u);
-    EXPECT_THAT(observer.calls, ElementsAre("check warning 10:20"));
+    EXPECT_THAT(observer.calls, ElementsAreArray({"check warning 10:20"}));
     adapter.callbackValueChanged(metricCell(3), std::string("10:20"));
     EXPECT_THAT(observer.calls,
-                ElementsAre("check warning 10:20", "apply warning 10:20", "changed warning 0"));
+                ElementsAreArray({"check warning 10:20", "apply warning 10:20", "changed warning 0"}));
     EXPECT_THAT(debugTexts(), IsEmpty());
 }
 
@@ -100,24 +100,25 @@ TEST_F(RangeCallbackAdapterTest, Column4IsTheCriticalRange)
     EXPECT_EQ(validate(4, "@10:20"), 0u);
     adapter.callbackValueChanged(metricCell(4), std::string("@10:20"));
     EXPECT_THAT(observer.calls,
-                ElementsAre("check critical @10:20", "apply critical @10:20", "changed critical 1"));
+                ElementsAreArray({"check critical @10:20", "apply critical @10:20", "changed critical 1"}));
 }
 
 TEST_F(RangeCallbackAdapterTest, ARangeRefusedByTheObserverIsLogged)
 {
     observer.accepts = false;
     EXPECT_EQ(validate(3, "10:20"), 1u);
-    EXPECT_THAT(observer.calls, ElementsAre("check warning 10:20"));
+    EXPECT_THAT(observer.calls, ElementsAreArray({"check warning 10:20"}));
     EXPECT_THAT(debugTexts(),
-                ElementsAre("Client invalidated requested range change. Ignore SET request.\n"));
+                ElementsAreArray({"Client invalidated requested range change. Ignore SET request.\n"}));
 }
 
 TEST_F(RangeCallbackAdapterTest, MalformedTextIsRefusedAndLoggedWithoutAskingTheObserver)
 {
     EXPECT_EQ(validate(4, "abc"), 1u);
     EXPECT_THAT(observer.calls, IsEmpty());
-    EXPECT_THAT(debugTexts(),
-                ElementsAre("Invalid range string [ abc ] from remote SNMP manager. Ignore SET request."));
+    EXPECT_THAT(
+        debugTexts(),
+        ElementsAreArray({"Invalid range string [ abc ] from remote SNMP manager. Ignore SET request."}));
 }
 
 TEST_F(RangeCallbackAdapterTest, ATextCannotForgeLinesOfTheDebugOutput)
@@ -125,7 +126,8 @@ TEST_F(RangeCallbackAdapterTest, ATextCannotForgeLinesOfTheDebugOutput)
     EXPECT_EQ(validate(4, "x\n\x1b[2J"), 1u);
     EXPECT_THAT(
         debugTexts(),
-        ElementsAre("Invalid range string [ x\\n\\u001b[2J ] from remote SNMP manager. Ignore SET request."));
+        ElementsAreArray(
+            {"Invalid range string [ x\\n\\u001b[2J ] from remote SNMP manager. Ignore SET request."}));
 }
 
 TEST_F(RangeCallbackAdapterTest, ATextForAnyOtherCellIsRefusedSilently)
@@ -141,16 +143,17 @@ TEST_F(RangeCallbackAdapterTest, TheTextIsCheckedBeforeTheCell)
     EXPECT_EQ(validate(2, "\xC3\xA4"), 1u);
     adapter.callbackValueChanged(metricCell(2), std::string("abc"));
     EXPECT_THAT(observer.calls, IsEmpty());
-    EXPECT_THAT(debugTexts(),
-                ElementsAre("Invalid range string [ \xC3\xA4 ] from remote SNMP manager. Ignore SET request.",
-                            "RangeCallbackAdapter::callbackValueChanged: Bad range format string."));
+    EXPECT_THAT(
+        debugTexts(),
+        ElementsAreArray({"Invalid range string [ \xC3\xA4 ] from remote SNMP manager. Ignore SET request.",
+                          "RangeCallbackAdapter::callbackValueChanged: Bad range format string."}));
 }
 
 TEST_F(RangeCallbackAdapterTest, TheEmptyTextAndOffAreRanges)
 {
     EXPECT_EQ(validate(3, ""), 0u);
     EXPECT_EQ(validate(4, "off"), 0u);
-    EXPECT_THAT(observer.calls, ElementsAre("check warning ", "check critical off"));
+    EXPECT_THAT(observer.calls, ElementsAreArray({"check warning ", "check critical off"}));
     EXPECT_THAT(debugTexts(), IsEmpty());
 }
 
@@ -167,7 +170,7 @@ TEST_F(RangeCallbackAdapterTest, ACommittedMalformedTextIsLoggedAndChangesNothin
     adapter.callbackValueChanged(metricCell(3), std::string("abc"));
     EXPECT_THAT(observer.calls, IsEmpty());
     EXPECT_THAT(debugTexts(),
-                ElementsAre("RangeCallbackAdapter::callbackValueChanged: Bad range format string."));
+                ElementsAreArray({"RangeCallbackAdapter::callbackValueChanged: Bad range format string."}));
 }
 
 TEST_F(RangeCallbackAdapterTest, ACommittedTextForAnyOtherCellIsIgnoredSilently)
@@ -181,7 +184,7 @@ TEST_F(RangeCallbackAdapterTest, TheCommitDoesNotAskForConsentAgain)
 {
     observer.accepts = false;
     adapter.callbackValueChanged(metricCell(3), std::string("10:20"));
-    EXPECT_THAT(observer.calls, ElementsAre("apply warning 10:20", "changed warning 0"));
+    EXPECT_THAT(observer.calls, ElementsAreArray({"apply warning 10:20", "changed warning 0"}));
 }
 
 TEST_F(RangeCallbackAdapterTest, IntegersAreAcceptedAndIgnoredOnEveryCell)
