@@ -4,9 +4,11 @@
 #include <QCoreApplication>
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "agent/Agent.h"
 #include "agent/core/Log.h"
+#include "agent/netsnmp/HostLookup.h"
 #include "agent/process/CommandLine.h"
 #include "agent/process/ServiceManager.h"
 #include "agent/process/Signals.h"
@@ -23,6 +25,26 @@ int checkConfig(const agent::Options& options)
     }
     std::printf("%s: correct\n", options.configFile.toLocal8Bit().constData());
     return 0;
+}
+
+int serve(const agent::Options& options)
+{
+    agent::Signals signalWatch;
+    QObject::connect(&signalWatch, &agent::Signals::endRequested, qApp, &QCoreApplication::quit);
+    agent::ServiceManager serviceManager;
+    agent::Agent agent(options);
+    if (const agent::Error error = agent.start()) {
+        agent::log::error(error.text());
+        return 1;
+    }
+    QObject::connect(&signalWatch, &agent::Signals::reloadRequested, qApp, [&] { agent.reload(); });
+    agent.setStatusListener([&](const QString& status) { serviceManager.tellStatus(status); });
+    serviceManager.tellReady();
+    const int exitCode = QCoreApplication::exec();
+    agent.saveState();
+    serviceManager.tellStopping();
+    agent::log::info(QStringLiteral("ending"));
+    return exitCode;
 }
 
 } // namespace
@@ -52,20 +74,8 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    agent::Signals signalWatch;
-    QObject::connect(&signalWatch, &agent::Signals::endRequested, &application, &QCoreApplication::quit);
-    agent::ServiceManager serviceManager;
-    agent::Agent agent(options);
-    if (const agent::Error error = agent.start()) {
-        agent::log::error(error.text());
-        return 1;
-    }
-    QObject::connect(&signalWatch, &agent::Signals::reloadRequested, &application, [&] { agent.reload(); });
-    agent.setStatusListener([&](const QString& status) { serviceManager.tellStatus(status); });
-    serviceManager.tellReady();
-    const int exitCode = QCoreApplication::exec();
-    agent.saveState();
-    serviceManager.tellStopping();
-    agent::log::info(QStringLiteral("ending"));
+    const int exitCode = serve(options);
+    if (agent::HostLookup::isSystemBusy())
+        std::quick_exit(exitCode); // Qt would wait for a silent name server
     return exitCode;
 }

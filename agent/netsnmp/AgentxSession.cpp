@@ -34,7 +34,15 @@ constexpr long replyTimeoutUs = 10'000'000;
 
 } // namespace
 
-AgentxSession::AgentxSession(const QString& address) : m_address(address) {}
+AgentxSession::AgentxSession(const QString& address, Clock& clock) : m_address(address)
+{
+    const std::optional<NamedAddress> named = NamedAddress::of(address);
+    if (!named || named->transport.isEmpty()) // a path, then
+        return;
+    m_address.clear();
+    m_hostLookup =
+        std::make_unique<HostLookup>(*named, clock, [this](const QString& found) { m_address = found; });
+}
 
 void AgentxSession::initialise()
 {
@@ -43,8 +51,6 @@ void AgentxSession::initialise()
                              nullptr, 0);
     netsnmp_ds_set_int(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_AGENTX_PING_INTERVAL, 0);
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_NO_CONNECTION_WARNINGS, 1);
-    netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_X_SOCKET,
-                          m_address.toLocal8Bit().constData());
     snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_SESSION_INIT, &handleCreated, this);
     snmp_register_callback(SNMP_CALLBACK_APPLICATION, SNMPD_CALLBACK_INDEX_START, &handleOpened, this);
     snmp_register_callback(SNMP_CALLBACK_APPLICATION, SNMPD_CALLBACK_INDEX_STOP, &handleClosed, this);
@@ -62,8 +68,16 @@ void AgentxSession::prepareToEnd()
 
 bool AgentxSession::open()
 {
-    const CallDeadline deadline(connectDeadline);
-    return subagent_open_master_session() == 0 && m_session;
+    if (!m_address.isEmpty()) {
+        netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_X_SOCKET,
+                              m_address.toLocal8Bit().constData());
+        const CallDeadline deadline(connectDeadline);
+        if (subagent_open_master_session() == 0 && m_session)
+            return true;
+    }
+    if (m_hostLookup)
+        m_hostLookup->start(); // the host may have another address now
+    return false;
 }
 
 bool AgentxSession::registerTree(const ObjectId& tree)

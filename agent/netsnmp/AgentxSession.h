@@ -6,6 +6,10 @@
 
 #include <QString>
 
+#include <memory>
+
+#include "agent/core/Clock.h"
+#include "agent/netsnmp/HostLookup.h"
 #include "agent/netsnmp/MasterSession.h"
 #include "agent/netsnmp/NetSnmp.h"
 
@@ -22,8 +26,9 @@ class AgentxSession : public MasterSession
     Q_OBJECT
 
 public:
-    /// address in Net-SNMP's notation.
-    explicit AgentxSession(const QString& address);
+    /// address in Net-SNMP's notation. A host's name is looked up outside the event loop, before the first
+    /// attempt to open the session and after each that fails.
+    AgentxSession(const QString& address, Clock& clock);
 
     /// Takes the session over from Net-SNMP. Call it between init_agent() and init_snmp().
     void initialise();
@@ -50,8 +55,9 @@ private:
     netsnmp_pdu* makeRequest(int command) const;
     bool send(netsnmp_pdu* request);
 
-    const QString m_address;
-    netsnmp_session* m_session = nullptr; // Net-SNMP's; null while not joined
+    QString m_address;                        // in numbers; empty until it is known
+    std::unique_ptr<HostLookup> m_hostLookup; // null without a name
+    netsnmp_session* m_session = nullptr;     // Net-SNMP's; null while not joined
 };
 
 } // namespace agent

@@ -96,7 +96,7 @@ SnmpEngine::SnmpEngine(const Settings& settings, Clock& clock)
 {
     if (isStandalone())
         return;
-    m_session = std::make_unique<AgentxSession>(m_settings.agentxAddress);
+    m_session = std::make_unique<AgentxSession>(m_settings.agentxAddress, clock);
     QObject::connect(m_session.get(), &AgentxSession::descriptorsChanged, &m_eventLoop,
                      &NetSnmpEventLoop::watchAgain);
     m_link = std::make_unique<MasterLink>(*m_session, clock, m_settings.agentxAddress, m_settings.subtree);

@@ -109,6 +109,21 @@ TEST_F(Subagent, ValuesAreServedThroughSnmpd)
     EXPECT_EQ(manager().walk(full("5"), QStringLiteral("snmpwalk")), cells);
 }
 
+TEST(SubagentByName, JoinsAnSnmpdWhoseHostIsANameOverAndOverAgain)
+{
+    const QString port = QString::number(AgentProcess::freePort());
+    SnmpdProcess snmpd(SnmpdProcess::openToThisHost() + "agentXSocket tcp:127.0.0.1:" + port.toLatin1() +
+                       '\n');
+    ASSERT_TRUE(snmpd.start()) << snmpd.log().constData();
+    AgentProcess agent(QStringLiteral("tcp:localhost:") + port, {});
+    ASSERT_TRUE(agent.start()) << agent.log().constData();
+    ASSERT_TRUE(agent.waitForLog("serving ")) << agent.log().constData();
+    ASSERT_TRUE(snmpd.stop());
+    ASSERT_TRUE(snmpd.start()) << snmpd.log().constData();
+    EXPECT_TRUE(agent.waitForLog("serving ", 2)) << agent.log().constData();
+    EXPECT_EQ(agent.stop(), 0);
+}
+
 TEST_F(Subagent, ASetReachesTheApplicationThroughSnmpd)
 {
     startAll();
