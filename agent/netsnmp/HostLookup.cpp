@@ -19,8 +19,8 @@ int openQuestions = 0; // to the system
 
 std::optional<NamedAddress> NamedAddress::of(const QString& text)
 {
-    static const QRegularExpression form(
-        QStringLiteral("^((?:(?:tcp|udp)6?:)?)(?!(?:tcp|udp)6?:)([A-Za-z0-9_.-]*[A-Za-z][A-Za-z0-9_.-]*)((?::[0-9]+)?)$"));
+    static const QRegularExpression form(QStringLiteral(
+        "^((?:(?:tcp|udp)6?:)?)(?!(?:tcp|udp)6?:)([A-Za-z0-9_.-]*[A-Za-z][A-Za-z0-9_.-]*)((?::[0-9]+)?)$"));
     const QRegularExpressionMatch match = form.match(text.trimmed());
     if (!match.hasMatch())
         return std::nullopt;
@@ -59,8 +59,7 @@ void HostLookup::handleAnswer(quint64 attempt, const QHostInfo& info)
 {
     if (attempt != m_attempt || !m_isRunning)
         return;
-    const auto protocol =
-        m_address.isIPv6() ? QAbstractSocket::IPv6Protocol : QAbstractSocket::IPv4Protocol;
+    const auto protocol = m_address.isIPv6() ? QAbstractSocket::IPv6Protocol : QAbstractSocket::IPv4Protocol;
     for (const QHostAddress& host : info.addresses()) {
         if (host.protocol() != protocol)
             continue;

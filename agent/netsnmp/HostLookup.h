@@ -28,8 +28,8 @@ struct NamedAddress
     QString with(const QHostAddress& host) const;
 };
 
-/// Finds the address of a host outside the event loop. Net-SNMP's own look-up blocks it for up to 20 seconds if
-/// the name server is silent.
+/// Finds the address of a host outside the event loop. Net-SNMP's own look-up blocks it for up to 20 seconds
+/// if the name server is silent.
 ///
 /// Ownership: the clock must outlive it.
 /// Failure: tries again 5 seconds after a failure or 10 seconds without an answer, for as long as it lives.

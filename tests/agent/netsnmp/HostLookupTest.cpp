@@ -40,19 +40,22 @@ protected:
 
 TEST(NamedAddress, IsAnAddressWithAName)
 {
-    for (const char* text : {"tcp:host:705", "udp:manager.example.com:162", "tcp6:host:705", "host", "host:162"})
+    for (const char* text :
+         {"tcp:host:705", "udp:manager.example.com:162", "tcp6:host:705", "host", "host:162"})
         EXPECT_TRUE(NamedAddress::of(QLatin1String(text))) << text;
-    for (const char* text : {"/var/agentx/master", "unix:/a", "tcp:127.0.0.1:705", "127.0.0.1", "udp:162", "162",
-                             "udp6:[::1]:162", "::1", ""})
+    for (const char* text : {"/var/agentx/master", "unix:/a", "tcp:127.0.0.1:705", "127.0.0.1", "udp:162",
+                             "162", "udp6:[::1]:162", "::1", ""})
         EXPECT_FALSE(NamedAddress::of(QLatin1String(text))) << text;
 }
 
 TEST(NamedAddress, PutsTheNumbersInPlaceOfTheName)
 {
-    EXPECT_EQ(NamedAddress::of(QStringLiteral("tcp:host:705"))->with(QHostAddress(QStringLiteral("192.0.2.1"))),
-              QStringLiteral("tcp:192.0.2.1:705"));
-    EXPECT_EQ(NamedAddress::of(QStringLiteral("udp6:host"))->with(QHostAddress(QStringLiteral("2001:db8::1"))),
-              QStringLiteral("udp6:[2001:db8::1]"));
+    EXPECT_EQ(
+        NamedAddress::of(QStringLiteral("tcp:host:705"))->with(QHostAddress(QStringLiteral("192.0.2.1"))),
+        QStringLiteral("tcp:192.0.2.1:705"));
+    EXPECT_EQ(
+        NamedAddress::of(QStringLiteral("udp6:host"))->with(QHostAddress(QStringLiteral("2001:db8::1"))),
+        QStringLiteral("udp6:[2001:db8::1]"));
 }
 
 TEST_F(HostLookupTest, ReportsTheFirstAddressOfTheProtocol)
