@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "agent/netsnmp/AgentxLimit.h"
+#include "agent/serving/SetLine.h"
 #include "agent/serving/VarbindValue.h"
 
 namespace agent {
@@ -80,6 +81,7 @@ int SubtreeHandler::handle(netsnmp_mib_handler* handler, netsnmp_handler_registr
         self->handleGetNext(requests);
         break;
     case MODE_SET_RESERVE1:
+        SetLine::begin(*info, requests, self->m_store);
         self->checkVarbinds(requests);
         break;
     case MODE_SET_RESERVE2:
@@ -89,7 +91,7 @@ int SubtreeHandler::handle(netsnmp_mib_handler* handler, netsnmp_handler_registr
         self->checkUnchanged(requests);
         break;
     case MODE_SET_COMMIT:
-        return self->m_coordinator.commit(keyOf(requests)) ? SNMP_ERR_NOERROR : SNMP_ERR_COMMITFAILED;
+        return self->commit(requests);
     case MODE_SET_FREE:
     case MODE_SET_UNDO:
         self->m_coordinator.drop(keyOf(requests));
@@ -150,8 +152,10 @@ void SubtreeHandler::checkVarbinds(netsnmp_request_info* requests) const
         int status = exists ? readValue(*request->requestvb, varbind.value) : SNMP_ERR_NOCREATION;
         if (status == SNMP_ERR_NOERROR)
             status = m_coordinator.check(varbind);
-        if (status != SNMP_ERR_NOERROR)
-            netsnmp_request_set_error(request, status);
+        if (status == SNMP_ERR_NOERROR)
+            continue;
+        SetLine::setAnswer(requests, status);
+        netsnmp_request_set_error(request, status);
     }
 }
 
@@ -174,8 +178,17 @@ void SubtreeHandler::askOwners(netsnmp_mib_handler* handler, netsnmp_handler_reg
 
 void SubtreeHandler::checkUnchanged(netsnmp_request_info* requests) const
 {
-    if (!m_coordinator.isStillValid(keyOf(requests)))
-        netsnmp_request_set_error(requests, SNMP_ERR_RESOURCEUNAVAILABLE);
+    if (m_coordinator.isStillValid(keyOf(requests)))
+        return;
+    SetLine::setAnswer(requests, SNMP_ERR_RESOURCEUNAVAILABLE);
+    netsnmp_request_set_error(requests, SNMP_ERR_RESOURCEUNAVAILABLE);
+}
+
+int SubtreeHandler::commit(netsnmp_request_info* requests)
+{
+    const int status = m_coordinator.commit(keyOf(requests)) ? SNMP_ERR_NOERROR : SNMP_ERR_COMMITFAILED;
+    SetLine::setAnswer(requests, status);
+    return status;
 }
 
 void SubtreeHandler::resume(SetCoordinator::Key key, int index, int errorStatus)
@@ -186,6 +199,8 @@ void SubtreeHandler::resume(SetCoordinator::Key key, int index, int errorStatus)
     netsnmp_delegated_cache* cache = delegated->second;
     m_delegated.erase(delegated);
     if (netsnmp_handler_check_cache(cache)) {
+        if (errorStatus != SNMP_ERR_NOERROR)
+            SetLine::setAnswer(cache->requests, errorStatus);
         int position = 0;
         for (netsnmp_request_info* request = cache->requests; request; request = request->next) {
             request->delegated = REQUEST_IS_NOT_DELEGATED;

@@ -28,7 +28,7 @@ namespace agent {
 /// | FREE, UNDO | an earlier phase has failed: drops the SET                          |
 ///
 /// Ownership: store and coordinator must outlive the handler, and the handler Net-SNMP's agent.
-/// Failure: the manager gets an SNMP error status.
+/// Failure: the manager gets an SNMP error status. The log has one line for each SET.
 class SubtreeHandler : public QObject
 {
     Q_OBJECT
@@ -58,6 +58,7 @@ private:
     void askOwners(netsnmp_mib_handler* handler, netsnmp_handler_registration* registration,
                    netsnmp_agent_request_info* info, netsnmp_request_info* requests);
     void checkUnchanged(netsnmp_request_info* requests) const;
+    int commit(netsnmp_request_info* requests);
     void resume(SetCoordinator::Key key, int index, int errorStatus);
 
     const CellStore& m_store;

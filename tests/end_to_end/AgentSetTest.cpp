@@ -102,6 +102,26 @@ TEST_F(AgentSet, AnAcceptedValueIsCommittedAndServed)
     EXPECT_EQ(commit.value, "new");
 }
 
+TEST_F(AgentSet, EachSetIsOneLineInTheLog)
+{
+    start();
+    EXPECT_EQ(tool->set(integer("5.1", "2") + text("5.2", "new")).exitCode, 0);
+    ASSERT_TRUE(agent->waitForLog("SET by community private at UDP: [127.0.0.1]:"))
+        << agent->log().constData();
+    EXPECT_TRUE(
+        agent->log().contains(": 1.3.6.1.4.1.32473.5.1 from 1 to 2, 1.3.6.1.4.1.32473.5.2 from \"old\" "
+                              "to \"new\"; answer: noError\n"))
+        << agent->log().constData();
+    tool->set(integer("5.3", "2"));
+    EXPECT_TRUE(agent->waitForLog("5.3 from nothing to 2; answer: noCreation\n")) << agent->log().constData();
+    application->onQuestion = [&](const FakeApplication::Request& question) {
+        application->answer(question, 1);
+    };
+    tool->set(integer("5.1", "3"));
+    EXPECT_TRUE(agent->waitForLog("5.1 from 2 to 3; answer: wrongValue\n")) << agent->log().constData();
+    EXPECT_EQ(agent->log().count("SET by "), 3);
+}
+
 TEST_F(AgentSet, AnIntegerIsAskedAndCommittedAsAnInteger)
 {
     start();
