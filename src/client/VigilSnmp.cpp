@@ -90,6 +90,7 @@ void VigilSnmp::init(const std::string& name)
 {
     if (isOutOfUse() || CallbackStoreLock::isHeldByThisThread())
         return; // inside a callback the library runs, and a thread that stops it waits for the callback
+    const platform::ForkWatch watch; // before the lock, which a child would inherit
     const base::MutexLock lock(m_startStopMutex);
     try {
         start(name);
@@ -107,7 +108,7 @@ void VigilSnmp::start(const std::string& name)
         return prepareExit();
     if (!m_lifecycle.on(Event::Init))
         return;
-    platform::watchForks(true);
+    m_forkWatch.emplace();
     platform::fillStandardDescriptors();
     if (!platform::hasDescriptors(descriptorsOfAStart))
         return giveUpStart("The process has no file descriptor left");
@@ -153,7 +154,7 @@ void VigilSnmp::giveUpStart(const char* reason)
         m_runner->stop(noLimit);
         m_runner.reset();
     }
-    platform::watchForks(false);
+    m_forkWatch.reset();
     m_lifecycle.on(Event::NoThread);
 }
 
@@ -206,6 +207,7 @@ void VigilSnmp::cleanup()
 {
     if (isOutOfUse() || refuseInsideCallback("VigilSnmp::cleanup"))
         return;
+    const platform::ForkWatch watch;
     const base::MutexLock lock(m_startStopMutex);
     stop({noLimit, noLimit, noLimit});
 }
@@ -216,6 +218,7 @@ void VigilSnmp::cleanupAtExit()
 {
     if (platform::isForkedChild())
         return;
+    const platform::ForkWatch watch;
     VigilSnmp& facade = instance();
     // Another thread may be starting or stopping the library. On the client thread it would wait for us.
     if (facade.m_startStopMutex.tryLock(ClientThread::isCurrent() ? 0 : startStopTimeoutAtExitMs)) {
@@ -245,7 +248,7 @@ void VigilSnmp::stop(const Limits& limits)
     if (!clientStopped || !runnerStopped)
         return abandon();
     m_runner.reset();
-    platform::watchForks(false);
+    m_forkWatch.reset();
     m_lifecycle.on(Event::ThreadsEnded);
 }
 

@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <vigil/VigilSnmpInterface.h>
@@ -124,6 +125,7 @@ private:
     std::shared_ptr<CallbackStore> m_callbackStore; // guarded by m_storeMutex
     StoreMutex m_storeMutex;
     std::unique_ptr<ApplicationRunner> m_runner;
+    std::optional<platform::ForkWatch> m_forkWatch; // while the library runs
 };
 
 } // namespace vigil

@@ -9,6 +9,7 @@
 #include "base/ThreadSafety.h"
 #include "client/CallbackStoreLock.h"
 #include "client/VigilSnmp.h"
+#include "platform/Platform.h"
 
 using vigil::VigilSnmp;
 
@@ -38,6 +39,7 @@ void LiveChecks::add()
         ++count;
         return;
     }
+    const platform::ForkWatch watch; // before the lock, which a child would inherit
     const base::MutexLock lock(startStopMutex());
     if (count++ == 0)
         VigilSnmp::instance().init("vigilsnmpif");
@@ -49,6 +51,7 @@ void LiveChecks::remove()
         --count;
         return;
     }
+    const platform::ForkWatch watch; // before the lock, which a child would inherit
     const base::MutexLock lock(startStopMutex());
     if (--count == 0)
         VigilSnmp::instance().cleanup();

@@ -46,11 +46,19 @@ public:
     virtual bool join(int timeoutMs) = 0;
 };
 
-/// While on, every child that this process forks is marked as a forked child.
-void watchForks(bool on);
+/// While one lives, every child of this process is marked as a forked child. The library has one while it
+/// runs, and each thread has one while it starts or stops the library.
+class ForkWatch
+{
+public:
+    ForkWatch();
+    ~ForkWatch();
+    ForkWatch(const ForkWatch&) = delete;
+    ForkWatch& operator=(const ForkWatch&) = delete;
+};
 
-/// True in a child forked while the library ran. It has none of the library's threads, and the locks they
-/// held are never released. Stays true for the life of the child.
+/// True in a child forked during a ForkWatch. It has none of the library's threads, and the locks that other
+/// threads held are never released. Stays true for the life of the child.
 bool isForkedChild();
 
 /// While it lives, the calling thread blocks all signals except those of its own faults. Threads inherit the

@@ -35,7 +35,7 @@ namespace platform {
 
 namespace {
 
-std::atomic<bool> forksWatched{false};
+std::atomic<int> forkWatches{0};
 std::atomic<bool> forkedChild{false};
 
 pid_t kernelThreadId()
@@ -384,11 +384,17 @@ std::unique_ptr<Thread> Thread::start(std::function<int()> routine)
     return thread;
 }
 
-void watchForks(bool on)
+ForkWatch::ForkWatch()
 {
-    static const int registered = pthread_atfork(nullptr, nullptr, [] { forkedChild = forksWatched.load(); });
+    const auto markChild = [] { forkedChild = forkedChild || forkWatches > 0; };
+    static const int registered = pthread_atfork(nullptr, nullptr, markChild);
     static_cast<void>(registered);
-    forksWatched = on;
+    ++forkWatches;
+}
+
+ForkWatch::~ForkWatch()
+{
+    --forkWatches;
 }
 
 bool isForkedChild()

@@ -294,7 +294,8 @@ std::unique_ptr<Thread> Thread::start(std::function<int()> routine)
     return thread;
 }
 
-void watchForks(bool) {}
+ForkWatch::ForkWatch() = default;
+ForkWatch::~ForkWatch() = default;
 
 bool isForkedChild()
 {

@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cfenv>
 #include <chrono>
 #include <csignal>
@@ -28,6 +29,7 @@
 #include <map>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -205,6 +207,39 @@ int forkAndExecute(const char* program)
     std::cout << "leaving" << std::endl;
     check->destroy();
     return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+}
+
+/// The children must not wait for a lock that a thread of their parent held.
+int forkBesideStartsAndStops()
+{
+    constexpr unsigned int limitSeconds = 30;
+    std::atomic<bool> isOver{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 3; ++i) {
+        threads.emplace_back([&isOver] {
+            while (!isOver)
+                useLibrary();
+        });
+    }
+    int failures = 0;
+    for (int i = 0; i < 100; ++i) {
+        const pid_t child = fork();
+        if (child == 0) {
+            alarm(limitSeconds);
+            useLibrary();
+            snmp().init("again");
+            snmp().cleanup();
+            _exit(0);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        failures += status == 0 ? 0 : 1;
+    }
+    isOver = true;
+    for (std::thread& thread : threads)
+        thread.join();
+    std::cout << "leaving" << std::endl;
+    return failures;
 }
 
 int inTheClientThreadsDestructor()
@@ -463,6 +498,7 @@ int main(int, char** arguments)
         {"cleanup-beside-checks", cleanupBesideChecks},
         {"odd-texts", oddTexts},
         {"exec", [&] { return execute(arguments[0]); }},
+        {"fork-beside-starts", forkBesideStartsAndStops},
         {"fork-exec", [&] { return forkAndExecute(arguments[0]); }},
         {"quick-exit", atQuickExit},
         {"exit-handler", inAnExitHandler},
