@@ -87,7 +87,9 @@ void ClientQueue::call(int bytes, Spill spill, const QMetaMethod& slot, Argument
     }
     {
         const base::PostingLock posting;
-        const auto post = [&] { return slot.invoke(m_client, Qt::QueuedConnection, arguments...); };
+        const auto post = [&, client = m_client] {
+            return slot.invoke(client, Qt::QueuedConnection, arguments...);
+        };
         if (!post()) { // another copy of the library has taken its registration back
             OidType::enroll();
             post();
