@@ -40,7 +40,7 @@ public:
     /// Checks the configuration file, reads it again if it is correct, and logs the result.
     void reload();
 
-    /// Saves what the next run is to know. Changes are also saved soon after they happen.
+    /// Saves the state for the next run. Changes are also saved soon after they happen.
     void saveState() { m_stateKeeper.save(); }
 
     /// Calls the listener at once and after every change of the link to snmpd.

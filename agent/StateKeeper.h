@@ -16,10 +16,10 @@
 
 namespace agent {
 
-/// Keeps lost applications with their health checks, and what was notified, over a restart of the agent.
+/// Keeps lost applications with their health checks, and the notified statuses, over a restart of the agent.
 ///
 /// Ownership: everything it is given must outlive it.
-/// Failure: the log says what cannot be read or written; the agent serves without it.
+/// Failure: a file that cannot be read or written is logged; the agent serves without it.
 class StateKeeper : public QObject
 {
     Q_OBJECT
@@ -29,7 +29,7 @@ public:
     StateKeeper(const ServedCells& cells, ApplicationServer& applications, Notifications& notifications,
                 Clock& clock, const QString& path);
 
-    /// Restores what the last run saved, except for losses older than forgetMs (-1: none is too old). From
+    /// Restores the state of the last run, except for losses older than forgetMs (-1: none is too old). From
     /// now on changes are saved within a second.
     void restore(qint64 forgetMs);
 

@@ -50,13 +50,13 @@ public:
 
     size_t dropped() const { return m_dropped; }
 
-    /// Sets the checks whose changes still wait to the statuses that managers know.
+    /// Managers do not know the waiting changes yet: replaces these statuses by the known ones.
     void correct(std::map<ObjectId, int>& notified) const;
 
 private:
     using Order = std::list<ObjectId>; // checks
 
-    /// What waits of one application.
+    /// The waiting changes of one application.
     struct Turn
     {
         Order critical;

@@ -14,7 +14,7 @@
 
 namespace agent {
 
-/// What the agent keeps over a restart: the lost applications, and which status managers know of a check.
+/// The state the agent keeps over a restart: the lost applications, and the status managers know of a check.
 ///
 /// As text it has one line for each application, for each check after its application, and for each status:
 ///

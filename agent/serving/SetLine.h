@@ -23,7 +23,7 @@ public:
     static void begin(const netsnmp_agent_request_info& info, netsnmp_request_info* requests,
                       const CellStore& store);
 
-    /// The answer that the manager gets. The first error counts.
+    /// The answer to the manager. The first error counts.
     static void setAnswer(netsnmp_request_info* requests, int errorStatus);
 
 private:
