@@ -47,6 +47,15 @@ int serve(const agent::Options& options)
     return exitCode;
 }
 
+/// Does not return if the system is looking up a name: Qt would wait for a silent name server.
+int ended(int exitCode)
+{
+    std::fflush(stdout);
+    if (agent::HostLookup::isSystemBusy())
+        std::quick_exit(exitCode);
+    return exitCode;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -68,14 +77,11 @@ int main(int argc, char** argv)
     }
     agent::log::setVerbose(options.isVerbose);
     if (options.isConfigCheck)
-        return checkConfig(options);
+        return ended(checkConfig(options));
     if (const agent::Error error = agent::takePassedSocket(options.passedSocket)) {
         agent::log::error(error.text());
         return 1;
     }
 
-    const int exitCode = serve(options);
-    if (agent::HostLookup::isSystemBusy())
-        std::quick_exit(exitCode); // Qt would wait for a silent name server
-    return exitCode;
+    return ended(serve(options));
 }

@@ -9,6 +9,8 @@
 
 #include <utility>
 
+#include "agent/core/Log.h"
+
 namespace agent {
 
 namespace {
@@ -64,6 +66,7 @@ void HostLookup::handleAnswer(quint64 attempt, const QHostInfo& info)
         if (host.protocol() != protocol)
             continue;
         m_isRunning = false;
+        m_isWarned = false;
         return m_found(m_address.with(host));
     }
     m_clock.callAfter(retryMs, this, [this, attempt] { retry(attempt); });
@@ -71,8 +74,12 @@ void HostLookup::handleAnswer(quint64 attempt, const QHostInfo& info)
 
 void HostLookup::retry(quint64 attempt)
 {
-    if (attempt == m_attempt && m_isRunning)
-        this->attempt();
+    if (attempt != m_attempt || !m_isRunning)
+        return;
+    if (!std::exchange(m_isWarned, true))
+        log::warning(QStringLiteral("the address of the host %1 cannot be found yet; the agent keeps looking")
+                         .arg(m_address.name));
+    this->attempt();
 }
 
 bool HostLookup::isSystemBusy()

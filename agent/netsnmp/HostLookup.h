@@ -66,6 +66,7 @@ private:
     const Found m_found;
     const LookUp m_lookUp;
     bool m_isRunning = false;
+    bool m_isWarned = false;
     quint64 m_attempt = 0; // answers to earlier ones are late
 };
 

@@ -92,7 +92,7 @@ private:
 } // namespace
 
 SnmpEngine::SnmpEngine(const Settings& settings, Clock& clock)
-    : m_settings(settings), m_identity(settings.engineFile)
+    : m_settings(settings), m_identity(settings.engineFile), m_receivers(clock)
 {
     if (isStandalone())
         return;
@@ -147,6 +147,7 @@ Error SnmpEngine::initialise()
         return Error(QStringLiteral("Net-SNMP cannot be initialised; its message above says why"));
     if (isStandalone()) {
         m_identity.load();
+        m_receivers.takeOver();
         takeConfiguration();
     } else {
         m_session->initialise();

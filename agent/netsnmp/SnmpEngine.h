@@ -16,6 +16,7 @@
 #include "agent/netsnmp/AgentxSession.h"
 #include "agent/netsnmp/EngineIdentity.h"
 #include "agent/netsnmp/MasterLink.h"
+#include "agent/netsnmp/NamedReceivers.h"
 #include "agent/netsnmp/NetSnmpEventLoop.h"
 
 namespace agent {
@@ -87,6 +88,7 @@ private:
     QTemporaryDir m_directory;
     EngineIdentity m_identity;
     NetSnmpEventLoop m_eventLoop;
+    NamedReceivers m_receivers;
     std::unique_ptr<AgentxSession> m_session; // null when standalone
     std::unique_ptr<MasterLink> m_link;       // null when standalone
     bool m_isRunning = false;

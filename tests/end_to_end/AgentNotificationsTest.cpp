@@ -129,6 +129,18 @@ TEST_F(AgentNotifications, AChangeAndTheRecoveryArriveAsTraps)
         QStringLiteral("2"));
 }
 
+TEST_F(AgentNotifications, AReceiverMayBeAName)
+{
+    QString address = receiver.address();
+    startAgent(QStringLiteral("trap2sink ") +
+               address.replace(QLatin1String("127.0.0.1"), QLatin1String("localhost")));
+    FakeApplication application(agent->applicationPort());
+    EXPECT_TRUE(runUntil([&] { // the agent may be looking for the address yet
+        publishWithNotification(application, "5.1", 1);
+        return receiver.log().contains("vigilValueChanged");
+    })) << agent->log().constData();
+}
+
 TEST_F(AgentNotifications, AKilledApplicationAndItsReturnAreNotified)
 {
     startAgent(QStringLiteral("trap2sink ") + receiver.address(),
