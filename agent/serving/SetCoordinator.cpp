@@ -15,10 +15,20 @@ namespace agent {
 
 namespace {
 
-// An application that ends with its answer closes its connection meanwhile. Managers hardly notice the delay.
+// An application that ends with its answer closes its connection meanwhile. A SET of one application waits no
+// longer than a manager's next SET may: no other application would be changed without it.
 constexpr qint64 settleMs = 20;
+constexpr qint64 settleOfOneMs = 1;
 
 constexpr qint64 unresponsiveMs = 5'000;
+
+bool isOfOne(const SetTransaction& set)
+{
+    const std::vector<SetTransaction::Question>& questions = set.questions();
+    return std::all_of(questions.begin(), questions.end(), [&](const SetTransaction::Question& question) {
+        return question.owner == questions.front().owner;
+    });
+}
 
 /// Applications answer with SNMP error statuses. 1 (tooBig) is their "no" without a reason.
 int statusForManager(int answered)
@@ -38,7 +48,7 @@ SetCoordinator::SetCoordinator(CellStore& store, CellOwners& owners, Clock& cloc
       m_timeoutMs(timeoutMs),
       m_undecided(clock, timeoutMs, [this](Key key, qint64) { handleTimeout(key); }),
       m_unresponsive(clock, unresponsiveMs, [](ApplicationId, qint64) {}),
-      m_settling(clock, settleMs, [this](Key key, qint64) { handleSettled(key); })
+      m_settling(clock, [this](Key key, qint64) { handleSettled(key); })
 {}
 
 int SetCoordinator::check(const SetVarbind& varbind) const
@@ -133,7 +143,7 @@ void SetCoordinator::handleAnswer(ApplicationId owner, int number, int errorStat
     if (!set.handleAnswer(owner, number, statusForManager(errorStatus)))
         return;
     if (set.state() == SetTransaction::Settling)
-        return m_settling.restart(key);
+        return m_settling.restart(key, isOfOne(set) ? settleOfOneMs : settleMs);
     ++m_counts.refused;
     announce(key);
 }

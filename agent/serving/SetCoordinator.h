@@ -12,6 +12,7 @@
 #include "agent/cells/CellOwners.h"
 #include "agent/cells/CellStore.h"
 #include "agent/core/Clock.h"
+#include "agent/core/DeadlineQueue.h"
 #include "agent/core/DelayQueue.h"
 #include "agent/serving/SetTransaction.h"
 
@@ -86,7 +87,7 @@ private:
     std::map<Key, SetTransaction> m_sets;
     DelayQueue<Key> m_undecided;
     DelayQueue<ApplicationId> m_unresponsive;
-    DelayQueue<Key> m_settling;
+    DeadlineQueue<Key> m_settling;
     Counts m_counts;
     Key m_lastKey = 0;
     int m_lastNumber = 0;

@@ -133,6 +133,15 @@ TEST_F(SetCoordinatorTest, IsDecidedAMomentAfterTheLastOwnerAccepts)
     EXPECT_THAT(owners.committed, IsEmpty());
 }
 
+TEST_F(SetCoordinatorTest, OfOneOwnerIsDecidedAMillisecondAfterItAccepts)
+{
+    coordinator.begin({{{1}, 11}});
+    coordinator.handleAnswer(7, owners.numbers.at(0), 0);
+    EXPECT_THAT(decisions, IsEmpty());
+    clock.advance(1);
+    EXPECT_THAT(decisions, ElementsAre(accepted));
+}
+
 TEST_F(SetCoordinatorTest, AnOwnerLostRightAfterItsAnswerMakesTheResourceUnavailable)
 {
     beginBoth();
