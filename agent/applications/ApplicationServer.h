@@ -66,6 +66,7 @@ public:
 
     /// The memory that applications take, in bytes. It never exceeds the limit by more than a burst.
     size_t memory() const { return m_cells.store().memory() + m_frameMemory; }
+    size_t memoryLimit() const { return m_limits.cellMemory() + m_limits.frameMemory(); }
 
     /// The lost applications, to be saved.
     std::vector<SavedApplication> lostApplications() const;

@@ -26,10 +26,14 @@ enum Scalar : oid {
     ConnectionsRefused,
     ProtocolErrors,
     NotificationsDropped,
-    Rejoins
+    Rejoins,
+    Memory,
+    MemoryLimit,
+    SetsFailedAtOnce
 };
 
 constexpr qint64 msPerTick = 10;
+constexpr size_t bytesPerKilobyte = 1024;
 
 } // namespace
 
@@ -54,7 +58,7 @@ bool AgentScalars::registerObjects()
     if (!registration)
         return false;
     registration->handler->myvoid = this;
-    return netsnmp_register_scalar_group(registration, Version, Rejoins) == MIB_REGISTERED_OK;
+    return netsnmp_register_scalar_group(registration, Version, SetsFailedAtOnce) == MIB_REGISTERED_OK;
 }
 
 int AgentScalars::handle(netsnmp_mib_handler* handler, netsnmp_handler_registration*,
@@ -94,6 +98,12 @@ void AgentScalars::put(netsnmp_variable_list* varbind, oid object) const
         return putNumber(varbind, ASN_COUNTER, m_notifications.dropped());
     case Rejoins:
         return putNumber(varbind, ASN_COUNTER, m_engine.rejoins());
+    case Memory:
+        return putGauge(varbind, m_applications.memory() / bytesPerKilobyte);
+    case MemoryLimit:
+        return putGauge(varbind, m_applications.memoryLimit() / bytesPerKilobyte);
+    case SetsFailedAtOnce:
+        return putNumber(varbind, ASN_COUNTER, m_sets.counts().failedAtOnce);
     default:
         break;
     }

@@ -70,6 +70,12 @@ int SetCoordinator::check(const SetVarbind& varbind) const
     return isCutOnTheWire ? SNMP_ERR_WRONGVALUE : SNMP_ERR_NOERROR;
 }
 
+bool SetCoordinator::isUnresponsive(const ObjectId& cell) const
+{
+    const Cell* found = m_store.find(cell);
+    return found && m_unresponsive.contains(found->owner);
+}
+
 SetCoordinator::Key SetCoordinator::begin(std::vector<SetVarbind> varbinds)
 {
     const Key key = ++m_lastKey;

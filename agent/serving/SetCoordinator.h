@@ -42,9 +42,10 @@ public:
     /// SETs since the start.
     struct Counts
     {
-        quint64 forwarded = 0; ///< to applications
-        quint64 refused = 0;   ///< of these, by an application
-        quint64 timedOut = 0;  ///< of these, for want of an answer
+        quint64 forwarded = 0;    ///< to applications
+        quint64 refused = 0;      ///< of these, by an application
+        quint64 timedOut = 0;     ///< of these, for want of an answer
+        quint64 failedAtOnce = 0; ///< not forwarded, since an application is unresponsive
     };
 
     SetCoordinator(CellStore& store, CellOwners& owners, Clock& clock, int timeoutMs);
@@ -52,6 +53,10 @@ public:
     /// Checks what the agent itself knows: whether the cell exists and is writable, its owner is connected,
     /// and the value fits.
     int check(const SetVarbind& varbind) const;
+
+    /// True if the owner of the cell is unresponsive, so that check() refuses.
+    bool isUnresponsive(const ObjectId& cell) const;
+    void countFailedAtOnce() { ++m_counts.failedAtOnce; }
 
     /// Asks the owners of the cells. decided() follows unless drop() comes first.
     Key begin(std::vector<SetVarbind> varbinds);

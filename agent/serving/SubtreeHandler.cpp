@@ -144,8 +144,9 @@ void SubtreeHandler::handleGetNext(netsnmp_request_info* requests) const
     }
 }
 
-void SubtreeHandler::checkVarbinds(netsnmp_request_info* requests) const
+void SubtreeHandler::checkVarbinds(netsnmp_request_info* requests)
 {
+    bool isFailedAtOnce = false;
     for (netsnmp_request_info* request = requests; request; request = request->next) {
         SetVarbind varbind{objectIdOf(*request->requestvb), {}};
         const bool exists = m_store.find(varbind.id);
@@ -156,7 +157,10 @@ void SubtreeHandler::checkVarbinds(netsnmp_request_info* requests) const
             continue;
         SetLine::setAnswer(requests, status);
         netsnmp_request_set_error(request, status);
+        isFailedAtOnce |= status == SNMP_ERR_RESOURCEUNAVAILABLE && m_coordinator.isUnresponsive(varbind.id);
     }
+    if (isFailedAtOnce)
+        m_coordinator.countFailedAtOnce();
 }
 
 void SubtreeHandler::askOwners(netsnmp_mib_handler* handler, netsnmp_handler_registration* registration,

@@ -54,7 +54,7 @@ private:
     void handleGet(netsnmp_request_info* requests) const;
     bool putCell(netsnmp_request_info* request, const Cell& cell, size_t& answerSize) const;
     void handleGetNext(netsnmp_request_info* requests) const;
-    void checkVarbinds(netsnmp_request_info* requests) const;
+    void checkVarbinds(netsnmp_request_info* requests);
     void askOwners(netsnmp_mib_handler* handler, netsnmp_handler_registration* registration,
                    netsnmp_agent_request_info* info, netsnmp_request_info* requests);
     void checkUnchanged(netsnmp_request_info* requests) const;

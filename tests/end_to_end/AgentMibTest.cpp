@@ -24,7 +24,7 @@ using support::SnmpTool;
 namespace {
 
 // Of VIGIL-AGENT-MIB.
-constexpr int scalars = 12;
+constexpr int scalars = 15;
 constexpr int columns = 11;
 
 const QString dateAndTime = QStringLiteral("20\\d\\d-\\d+-\\d+,\\d+:\\d+:\\d+\\.\\d,\\+0:0");
@@ -48,17 +48,18 @@ bool isMatch(const QString& pattern, const QString& text)
 class AgentMib : public testing::Test
 {
 protected:
-    void SetUp() override { start(60'000); }
+    void SetUp() override { start({}); }
 
-    void start(int setTimeoutMs)
+    void start(const QStringList& arguments, const QByteArray& directive = {})
     {
         QFile file(m_directory.filePath(QStringLiteral("agent.conf")));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("rwcommunity private 127.0.0.1\n");
+        file.write("rwcommunity private 127.0.0.1\n" + directive);
         file.close();
         agent = std::make_unique<AgentProcess>(
             QStringList{QStringLiteral("--config"), file.fileName(), QStringLiteral("--verbose"),
-                        QStringLiteral("--set-timeout"), QString::number(setTimeoutMs)});
+                        QStringLiteral("--set-timeout"), QStringLiteral("60000")} +
+            arguments);
         age.start();
         ASSERT_TRUE(agent->start()) << agent->log().constData();
         tool =
@@ -131,7 +132,7 @@ TEST_F(AgentMib, CountsSetsByTheirOutcome)
 
 TEST_F(AgentMib, CountsSetsWithoutAReply)
 {
-    start(200);
+    start({QStringLiteral("--set-timeout"), QStringLiteral("200")});
     first->publish("5.1", 1);
     settle(*first);
     first->onQuestion = [](const FakeApplication::Request&) {};
@@ -139,6 +140,42 @@ TEST_F(AgentMib, CountsSetsWithoutAReply)
     EXPECT_EQ(tool->get(scalar("SetsForwarded")), QStringLiteral("1"));
     EXPECT_EQ(tool->get(scalar("SetsRefused")), QStringLiteral("0"));
     EXPECT_EQ(tool->get(scalar("SetsTimedOut")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(scalar("SetsFailedAtOnce")), QStringLiteral("0"));
+}
+
+TEST_F(AgentMib, CountsSetsThatFailAtOnceAfterATimeout)
+{
+    start({QStringLiteral("--set-timeout"), QStringLiteral("200")});
+    first->publish("5.1", 1);
+    first->publish("5.2", 1);
+    second->publish("6.1", 1);
+    settle(*second);
+    settle(*first);
+    first->onQuestion = [](const FakeApplication::Request&) {};
+    set("5.1", 2);
+    tool->set({full("5.1"), QStringLiteral("i"), QStringLiteral("3"), full("5.2"), QStringLiteral("i"),
+               QStringLiteral("3")});
+    set("6.1", 2); // another application's
+    set("6.2", 2); // no such cell
+    EXPECT_EQ(tool->get(scalar("SetsFailedAtOnce")), QStringLiteral("1")) << agent->log().constData();
+    EXPECT_EQ(tool->get(scalar("SetsForwarded")), QStringLiteral("2"));
+    EXPECT_EQ(tool->get(scalar("SetsTimedOut")), QStringLiteral("1"));
+}
+
+TEST_F(AgentMib, ReportsTheMemoryOfApplicationsAndItsLimit)
+{
+    start({QStringLiteral("--max-memory"), QStringLiteral("17")});
+    EXPECT_EQ(tool->get(scalar("MemoryLimit")), QString::number(17 * 1024));
+    EXPECT_EQ(tool->get(scalar("Memory")), QStringLiteral("0"));
+    constexpr int kilobytes = 60;
+    first->publish("5.1", std::string(kilobytes * 1024, 'x'));
+    settle(*second);
+    ASSERT_TRUE(tool->waitFor(scalar("Cells"), QStringLiteral("2")));
+    const int memory = tool->get(scalar("Memory")).toInt();
+    EXPECT_GE(memory, kilobytes);
+    EXPECT_LT(memory, 2 * kilobytes);
+    first->unset("5.1");
+    EXPECT_TRUE(tool->waitFor(scalar("Memory"), QStringLiteral("0")));
 }
 
 TEST_F(AgentMib, HasARowForEachApplication)

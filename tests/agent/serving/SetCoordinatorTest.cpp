@@ -265,7 +265,9 @@ TEST_F(SetCoordinatorTest, AfterATimeoutSetsOfTheOwnersCellsFailAtOnceForFiveSec
     coordinator.begin({{{1}, 11}});
     clock.advance(timeoutMs);
     EXPECT_EQ(coordinator.check({{1}, 12}), SNMP_ERR_RESOURCEUNAVAILABLE);
+    EXPECT_TRUE(coordinator.isUnresponsive({1}));
     EXPECT_EQ(coordinator.check({{2}, std::string("twelve")}), SNMP_ERR_NOERROR) << "another's cell";
+    EXPECT_FALSE(coordinator.isUnresponsive({2}));
     clock.advance(4'999);
     EXPECT_EQ(coordinator.check({{1}, 12}), SNMP_ERR_RESOURCEUNAVAILABLE);
     clock.advance(1);
