@@ -302,10 +302,29 @@ TEST_F(AgentMib, ApplicationsCannotPublishInIt)
     EXPECT_EQ(tool->walk(enterprise).size(), scalars + 2 * columns + 2) << "the end has a line, too";
 }
 
-TEST_F(AgentMib, CountsProtocolErrorsAndRefusedConnections)
+TEST_F(AgentMib, CountsRefusedConnections)
+{
+    start({QStringLiteral("--max-connections"), QStringLiteral("2")});
+    first->unset("5"); // a silent connection would make room
+    settle(*first);
+    settle(*second);
+    for (int refused = 1; refused <= 2; ++refused) {
+        FakeApplication third(agent->applicationPort());
+        ASSERT_TRUE(third.waitForDisconnect());
+        EXPECT_TRUE(tool->waitFor(scalar("ConnectionsRefused"), QString::number(refused)));
+    }
+    EXPECT_EQ(tool->get(scalar("ProtocolErrors")), QStringLiteral("0"));
+    EXPECT_TRUE(first->isConnected());
+    EXPECT_TRUE(second->isConnected());
+}
+
+TEST_F(AgentMib, CountsProtocolErrors)
 {
     first->sendBytes("no frame at all, but long enough for the header of one");
     EXPECT_TRUE(tool->waitFor(scalar("ProtocolErrors"), QStringLiteral("1"))) << agent->log().constData();
+    second->skipFrameNumber();
+    second->publish("5.1", 1);
+    EXPECT_TRUE(tool->waitFor(scalar("ProtocolErrors"), QStringLiteral("2"))) << agent->log().constData();
     EXPECT_EQ(tool->get(scalar("ConnectionsRefused")), QStringLiteral("0"));
     EXPECT_EQ(tool->get(scalar("NotificationsDropped")), QStringLiteral("0"));
     EXPECT_EQ(tool->get(scalar("Rejoins")), QStringLiteral("0"));

@@ -8,11 +8,9 @@
 #include <QTemporaryDir>
 #include <QUdpSocket>
 
-#include "base/wire/Protocol.h"
-#include "base/wire/SnmpInt.h"
-#include "base/wire/SnmpString.h"
 #include "support/AgentProcess.h"
 #include "support/ApplicationProcess.h"
+#include "support/EnterpriseId.h"
 #include "support/FakeApplication.h"
 #include "support/FreePort.h"
 #include "support/RunUntil.h"
@@ -34,30 +32,6 @@ void write(FakeApplication& application, int status, const std::string& summary)
 {
     application.publish("127.3.1.200.4.1.1.3." + checkIndex, status);
     application.publish("127.3.1.200.4.1.1.4." + checkIndex, summary);
-}
-
-template <typename Record>
-QByteArray payloadOf(const Record& record)
-{
-    QByteArray payload;
-    record.serialize(payload);
-    return payload;
-}
-
-void publishWithNotification(FakeApplication& application, const std::string& oid, int value)
-{
-    base::SnmpInt record;
-    record.oid = oid;
-    record.value.setValue(value);
-    application.sendFrame(base::SnmpIntType, base::ValueAndNotify, payloadOf(record));
-}
-
-void publishWithNotification(FakeApplication& application, const std::string& oid, const std::string& value)
-{
-    base::SnmpString record;
-    record.oid = oid;
-    record.value = value;
-    application.sendFrame(base::SnmpStringType, base::ValueAndNotify, payloadOf(record));
 }
 
 const QString v3User =
@@ -136,7 +110,7 @@ TEST_F(AgentNotifications, AReceiverMayBeAName)
                address.replace(QLatin1String("127.0.0.1"), QLatin1String("localhost")));
     FakeApplication application(agent->applicationPort());
     EXPECT_TRUE(runUntil([&] { // the agent may be looking for the address yet
-        publishWithNotification(application, "5.1", 1);
+        application.publishAndNotify("5.1", 1);
         return receiver.log().contains("vigilValueChanged");
     })) << agent->log().constData();
 }
@@ -184,6 +158,44 @@ TEST_F(AgentNotifications, AStaleCheckIsNotified)
     EXPECT_EQ(receiver.notifications().value(1), changed("ok", "unknown", "all is well again"));
 }
 
+// It was forgotten without a word, and managers kept waiting for its recovery.
+TEST_F(AgentNotifications, AForgottenCheckIsNotified)
+{
+    startAgent(
+        QStringLiteral("trap2sink ") + receiver.address(),
+        {QStringLiteral("--grace"), QStringLiteral("0"), QStringLiteral("--forget"), QStringLiteral("1")});
+    const SnmpTool tool(agent->udpAddress());
+    const QString summary = QStringLiteral("VIGIL-MIB::vigilHealthCheckSummary.\"app\".\"hc\"");
+    FakeApplication application(agent->applicationPort());
+    write(application, 0, "all is well");
+    ASSERT_TRUE(tool.waitFor(summary, QStringLiteral("all is well")));
+    application.close();
+    ASSERT_EQ(receiver.waitForNotifications(2).size(), 2) << agent->log().constData();
+    EXPECT_EQ(withoutTimes(receiver.notifications()[0]),
+              changed("unknown", "ok", "No connection to the application since TIME UTC."));
+    EXPECT_EQ(withoutTimes(receiver.notifications()[1]),
+              changed("unknown", "unknown",
+                      "No connection to the application since TIME UTC. The agent has forgotten the check."));
+    EXPECT_TRUE(tool.waitFor(summary, support::noInstance));
+}
+
+TEST_F(AgentNotifications, AFloodIsCountedAsSentAndDropped)
+{
+    startAgent(QStringLiteral("trap2sink ") + receiver.address());
+    const SnmpTool tool(agent->udpAddress());
+    FakeApplication application(agent->applicationPort());
+    constexpr int flood = 5000; // 300 a second are sent
+    for (int value = 1; value <= flood; ++value)
+        application.publishAndNotify("5.1", value);
+    ASSERT_TRUE(tool.waitFor(support::full("5.1"), QString::number(flood)));
+    const int sent = tool.get(QStringLiteral("VIGIL-AGENT-MIB::vigilAgentNotificationsSent.0")).toInt();
+    const int dropped = tool.get(QStringLiteral("VIGIL-AGENT-MIB::vigilAgentNotificationsDropped.0")).toInt();
+    EXPECT_GT(sent, 0);
+    EXPECT_GT(dropped, 0);
+    EXPECT_EQ(sent + dropped, flood);
+    EXPECT_TRUE(agent->waitForLog("too many notifications at once, dropped: "));
+}
+
 TEST_F(AgentNotifications, ACleanShutdownOfAnApplicationSendsNoNotification)
 {
     startAgent(QStringLiteral("trap2sink ") + receiver.address(),
@@ -194,7 +206,7 @@ TEST_F(AgentNotifications, ACleanShutdownOfAnApplicationSendsNoNotification)
     application.close();
     EXPECT_TRUE(agent->waitForLog("has disconnected"));
     FakeApplication other(agent->applicationPort());
-    publishWithNotification(other, "5.1", 1);
+    other.publishAndNotify("5.1", 1);
     EXPECT_THAT(receiver.waitForNotifications(1),
                 ElementsAre(QStringLiteral("snmpTrapOID.0 = vigilValueChanged; exampleEnterprise.5.1 = 1")));
 }
@@ -203,8 +215,8 @@ TEST_F(AgentNotifications, AValuesNotificationHasItsIdentifierAndType)
 {
     startAgent(QStringLiteral("trap2sink ") + receiver.address());
     FakeApplication application(agent->applicationPort());
-    publishWithNotification(application, "127.3.1.200.4.3.1.1." + checkIndex + ".1.109", 1);
-    publishWithNotification(application, "5.1", std::string("a text"));
+    application.publishAndNotify("127.3.1.200.4.3.1.1." + checkIndex + ".1.109", 1);
+    application.publishAndNotify("5.1", std::string("a text"));
     EXPECT_THAT(
         receiver.waitForNotifications(2),
         ElementsAre(QStringLiteral("snmpTrapOID.0 = vigilValueChanged; "

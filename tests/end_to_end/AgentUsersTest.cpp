@@ -120,4 +120,6 @@ TEST_F(AgentUsers, AllowUsersNamesWhoMayPublish)
     for (int attempt = 0; attempt < 3; ++attempt)
         EXPECT_TRUE(connectAs(secondUser)->waitForDisconnect());
     EXPECT_EQ(agent->log().count("an application (uid 51002) is turned away"), 1) << agent->log().constData();
+    EXPECT_EQ(tool->get(QStringLiteral("VIGIL-AGENT-MIB::vigilAgentConnectionsRefused.0")),
+              QStringLiteral("3"));
 }

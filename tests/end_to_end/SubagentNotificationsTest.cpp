@@ -110,6 +110,7 @@ TEST_F(SubagentNotifications, WaitWhileSnmpdIsAway)
     start("trap2sink");
     ASSERT_TRUE(snmpd->kill());
     ASSERT_TRUE(agent->waitForLog("the connection to snmpd"));
+    application->publishAndNotify("5.1", 1);
     write(*application, 2, "m is high");
     ASSERT_TRUE(agent->waitForLog("m is high"));
     ASSERT_TRUE(snmpd->start());
@@ -117,6 +118,9 @@ TEST_F(SubagentNotifications, WaitWhileSnmpdIsAway)
     const SnmpTool tool(snmpd->udpAddress());
     EXPECT_TRUE(tool.waitFor(sent, QStringLiteral("1")));
     EXPECT_EQ(tool.get(QStringLiteral("VIGIL-AGENT-MIB::vigilAgentRejoins.0")), QStringLiteral("1"));
+    EXPECT_EQ(tool.get(QStringLiteral("VIGIL-AGENT-MIB::vigilAgentNotificationsDropped.0")),
+              QStringLiteral("1"))
+        << "the value";
 }
 
 TEST_F(SubagentNotifications, ReachAnSnmpV3ReceiverIfSnmpdHasItsUser)

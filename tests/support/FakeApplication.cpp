@@ -13,6 +13,34 @@
 
 namespace support {
 
+namespace {
+
+template <typename Record>
+QByteArray payloadOf(const Record& record)
+{
+    QByteArray payload;
+    record.serialize(payload);
+    return payload;
+}
+
+QByteArray payloadOf(const std::string& oid, int value)
+{
+    base::SnmpInt record;
+    record.oid = oid;
+    record.value.setValue(value);
+    return payloadOf(record);
+}
+
+QByteArray payloadOf(const std::string& oid, const std::string& value)
+{
+    base::SnmpString record;
+    record.oid = oid;
+    record.value = value;
+    return payloadOf(record);
+}
+
+} // namespace
+
 FakeApplication::FakeApplication(quint16 port)
 {
     connect(&m_socket, &QTcpSocket::readyRead, this, &FakeApplication::readFrames);
@@ -38,31 +66,29 @@ void FakeApplication::stopReading()
 
 void FakeApplication::publish(const std::string& oid, int value)
 {
-    base::SnmpInt record;
-    record.oid = oid;
-    record.value.setValue(value);
-    QByteArray payload;
-    record.serialize(payload);
-    sendFrame(base::SnmpIntType, base::PlainValue, payload);
+    sendFrame(base::SnmpIntType, base::PlainValue, payloadOf(oid, value));
 }
 
 void FakeApplication::publish(const std::string& oid, const std::string& value)
 {
-    base::SnmpString record;
-    record.oid = oid;
-    record.value = value;
-    QByteArray payload;
-    record.serialize(payload);
-    sendFrame(base::SnmpStringType, base::PlainValue, payload);
+    sendFrame(base::SnmpStringType, base::PlainValue, payloadOf(oid, value));
+}
+
+void FakeApplication::publishAndNotify(const std::string& oid, int value)
+{
+    sendFrame(base::SnmpIntType, base::ValueAndNotify, payloadOf(oid, value));
+}
+
+void FakeApplication::publishAndNotify(const std::string& oid, const std::string& value)
+{
+    sendFrame(base::SnmpStringType, base::ValueAndNotify, payloadOf(oid, value));
 }
 
 void FakeApplication::unset(const std::string& oid)
 {
     base::SnmpInt record;
     record.oid = oid;
-    QByteArray payload;
-    record.serialize(payload);
-    sendFrame(base::SnmpIntType, base::PlainValue, payload);
+    sendFrame(base::SnmpIntType, base::PlainValue, payloadOf(record));
 }
 
 void FakeApplication::answer(const Request& question, int errorStatus)

@@ -51,6 +51,8 @@ public:
     /// Identifiers are relative to the enterprise's root.
     void publish(const std::string& oid, int value);
     void publish(const std::string& oid, const std::string& value);
+    void publishAndNotify(const std::string& oid, int value);
+    void publishAndNotify(const std::string& oid, const std::string& value);
     void unset(const std::string& oid);
 
     void answer(const Request& question, int errorStatus);
