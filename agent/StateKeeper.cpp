@@ -3,6 +3,8 @@
 
 #include "agent/StateKeeper.h"
 
+#include <QCryptographicHash>
+
 #include <set>
 
 #include "agent/core/Log.h"
@@ -12,6 +14,15 @@ namespace agent {
 namespace {
 
 constexpr qint64 delayMs = 1000;
+
+/// Takes far less memory than the lines.
+QByteArray fingerprintOf(const QStringList& lines)
+{
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    for (const QString& line : lines)
+        hash.addData((line + QLatin1Char('\n')).toUtf8());
+    return hash.result();
+}
 
 } // namespace
 
@@ -31,12 +42,13 @@ void StateKeeper::restore(qint64 forgetMs)
     if (!m_isOn)
         return;
     SavedState state;
-    Error error = m_file.read(m_saved);
-    const int wrongLine = error ? 0 : state.readLines(m_saved);
+    QStringList lines;
+    Error error = m_file.read(lines);
+    const int wrongLine = error ? 0 : state.readLines(lines);
     if (wrongLine > 0)
         error = m_file.damaged(QStringLiteral("line %1 has no meaning").arg(wrongLine));
     if (error) {
-        m_saved.clear();
+        lines.clear();
         log::warning(error.text());
     } else {
         m_notifications.restore(state.notified, forgetMs);
@@ -45,6 +57,7 @@ void StateKeeper::restore(qint64 forgetMs)
                 m_applications.restore(application);
         }
     }
+    m_saved = fingerprintOf(lines);
     connect(&m_applications, &ApplicationServer::lost, this, &StateKeeper::saveSoon);
     connect(&m_cells, &ServedCells::applicationGone, this, &StateKeeper::saveSoon);
     connect(&m_cells, &ServedCells::checkCovered, this, &StateKeeper::saveSoon);
@@ -64,11 +77,12 @@ void StateKeeper::save()
         return;
     m_delay.stop();
     const QStringList lines = current().toLines();
-    if (lines == m_saved)
+    const QByteArray fingerprint = fingerprintOf(lines);
+    if (fingerprint == m_saved)
         return;
     const Error error = m_file.write(lines);
     if (!error)
-        m_saved = lines;
+        m_saved = fingerprint;
     else if (!m_isWarned)
         log::warning(error.text());
     m_isWarned = static_cast<bool>(error);

@@ -4,8 +4,8 @@
 #ifndef VIGIL_AGENT_STATEKEEPER_H
 #define VIGIL_AGENT_STATEKEEPER_H
 
+#include <QByteArray>
 #include <QObject>
-#include <QStringList>
 
 #include "agent/applications/ApplicationServer.h"
 #include "agent/cells/ServedCells.h"
@@ -46,7 +46,7 @@ private:
     Clock& m_clock;
     const StateFile m_file;
     const bool m_isOn;
-    QStringList m_saved;
+    QByteArray m_saved; // a fingerprint of the lines in the file
     bool m_isWarned = false;
     Timer m_delay;
 };

@@ -4,6 +4,7 @@
 #ifndef VIGIL_AGENT_CELLS_LOSTCHECK_H
 #define VIGIL_AGENT_CELLS_LOSTCHECK_H
 
+#include <cstddef>
 #include <string>
 
 #include "agent/core/ObjectId.h"
@@ -11,8 +12,12 @@
 namespace agent {
 
 /// The row of a health check of a lost application, as the application last published it.
+/// A health check of a lost application, to be kept over a restart of the agent.
 struct LostCheck
 {
+    /// A longer summary is cut: the state of many checks must fit into memory once more.
+    static constexpr std::size_t longestSummary = 255;
+
     ObjectId check; ///< the index of its row
     int status = 0;
     std::string summary;

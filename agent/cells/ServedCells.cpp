@@ -5,10 +5,21 @@
 
 #include "agent/cells/VigilTables.h"
 #include "agent/core/Log.h"
+#include "agent/core/ShortText.h"
 
 namespace agent {
 
 using healthTable::Column;
+
+namespace {
+
+std::string start(const std::string& summary)
+{
+    // One byte more shows where the last character ends.
+    return shortened(summary.substr(0, LostCheck::longestSummary + 1), LostCheck::longestSummary);
+}
+
+} // namespace
 
 ServedCells::ServedCells(CellStore& store, Clock& clock, const Settings& settings)
     : m_store(store),
@@ -87,7 +98,7 @@ std::vector<LostCheck> ServedCells::checksOf(ApplicationId application) const
             continue;
         const Cell* summary = m_store.find(healthTable::cellOf(Column::Summary, position->check));
         const std::string* text = summary ? std::get_if<std::string>(&summary->value) : nullptr;
-        checks.push_back({position->check, *status, text ? *text : std::string()});
+        checks.push_back({position->check, *status, text ? start(*text) : std::string()});
     }
     return checks;
 }

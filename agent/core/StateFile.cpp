@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QSaveFile>
 
+#include <algorithm>
+
 namespace agent {
 
 namespace {
@@ -39,13 +41,14 @@ Error StateFile::write(const QStringList& lines) const
     if (m_path.isEmpty())
         return {};
     QSaveFile file(m_path); // a temporary file, flushed to the disk and renamed
-    file.open(QIODevice::WriteOnly);
-    QString text = firstLine() + QLatin1Char('\n');
-    for (const QString& line : lines)
-        text += line + QLatin1Char('\n');
-    file.write((text + lastLine + QLatin1Char('\n')).toUtf8());
-    if (file.commit())
-        return {};
+    const auto writeLine = [&file](const QString& line) { file.write((line + QLatin1Char('\n')).toUtf8()); };
+    if (file.open(QIODevice::WriteOnly)) {
+        writeLine(firstLine());
+        std::for_each(lines.begin(), lines.end(), writeLine);
+        writeLine(lastLine);
+        if (file.commit())
+            return {};
+    }
     return Error(QStringLiteral("cannot write the state file %1: %2. A restart of the agent forgets what is "
                                 "not saved")
                      .arg(m_path, file.errorString()));
