@@ -31,7 +31,6 @@ StateKeeper::StateKeeper(const ServedCells& cells, ApplicationServer& applicatio
     : m_cells(cells),
       m_applications(applications),
       m_notifications(notifications),
-      m_clock(clock),
       m_file(path, QStringLiteral("state")),
       m_isOn(!path.isEmpty()),
       m_delay(clock, [this] { save(); })
@@ -52,10 +51,8 @@ void StateKeeper::restore(qint64 forgetMs)
         log::warning(error.text());
     } else {
         m_notifications.restore(state.notified, forgetMs);
-        for (const SavedApplication& application : state.lost) {
-            if (forgetMs < 0 || application.info.since.msecsTo(m_clock.nowUtc()) < forgetMs)
-                m_applications.restore(application);
-        }
+        for (const SavedApplication& application : state.lost)
+            m_applications.restore(application);
     }
     m_saved = fingerprintOf(lines);
     connect(&m_applications, &ApplicationServer::lost, this, &StateKeeper::saveSoon);
@@ -63,6 +60,7 @@ void StateKeeper::restore(qint64 forgetMs)
     connect(&m_cells, &ServedCells::checkCovered, this, &StateKeeper::saveSoon);
     connect(&m_cells, &ServedCells::checkRemoved, this, &StateKeeper::saveSoon);
     connect(&m_notifications, &Notifications::healthChanged, this, &StateKeeper::saveSoon);
+    saveSoon(); // some may have been forgotten
 }
 
 void StateKeeper::saveSoon()

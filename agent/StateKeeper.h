@@ -29,8 +29,9 @@ public:
     StateKeeper(const ServedCells& cells, ApplicationServer& applications, Notifications& notifications,
                 Clock& clock, const QString& path);
 
-    /// Restores the state of the last run, except for losses older than forgetMs (-1: none is too old). From
-    /// now on changes are saved within a second.
+    /// Restores the state of the last run. Managers hear of losses that have become too old meanwhile. The
+    /// notified statuses of other checks are forgotten after forgetMs (-1: never). From now on changes are
+    /// saved within a second.
     void restore(qint64 forgetMs);
 
     /// Saves at once, if anything has changed.
@@ -43,7 +44,6 @@ private:
     const ServedCells& m_cells;
     ApplicationServer& m_applications;
     Notifications& m_notifications;
-    Clock& m_clock;
     const StateFile m_file;
     const bool m_isOn;
     QByteArray m_saved; // a fingerprint of the lines in the file

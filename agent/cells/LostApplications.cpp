@@ -46,10 +46,14 @@ void LostApplications::restore(const Owner& owner, const QDateTime& since)
     if (loss == m_losses.end())
         return;
     loss->second.since = since;
-    if (since.msecsTo(m_clock.nowUtc()) < m_settings.graceMs)
+    const qint64 lostMs = since.msecsTo(m_clock.nowUtc());
+    if (lostMs < m_settings.graceMs)
         return;
     m_graceDelay.remove(owner.application);
     handleGraceOver(owner.application);
+    const bool isForgotten = m_settings.forgetMs != m_forgetDelay.never && lostMs >= m_settings.forgetMs;
+    if (isForgotten)
+        removeAndEnd(owner.application);
 }
 
 // --- The events of the table

@@ -75,7 +75,7 @@ public:
     bool removeOldestOf(const User& user);
 
     /// The same for a loss of the agent's last run. If its grace period is over, its health checks read
-    /// UNKNOWN at once.
+    /// UNKNOWN at once. If it is to be forgotten, its cells are removed at once.
     void restore(const Owner& owner, const QDateTime& since);
 
     /// A cell of a lost application now has another owner.

@@ -98,6 +98,20 @@ TEST_F(AgentState, ALostCheckIsKeptWhenTheAgentIsKilled)
     EXPECT_EQ(tool->get(summaryName), lost);
 }
 
+TEST_F(AgentState, ACheckLostLongBeforeTheRestartIsForgottenAloud)
+{
+    QFile file(directory.filePath(QStringLiteral("state")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("vigil-agent-state-1\nlost 2026-01-31T12:34:56Z 1001 4711 127.0.0.1 40112 shop\n"
+               "check 2 1.97.1.98 down\nnotified 2 1.97.1.98\nend\n");
+    file.close();
+    start({QStringLiteral("--forget"), QStringLiteral("60")});
+    EXPECT_TRUE(agent->waitForLog("application 1 is forgotten, cells removed: 2"));
+    EXPECT_EQ(tool->get(statusName), noInstance);
+    EXPECT_TRUE(agent->waitForLog("notification about"));
+    EXPECT_TRUE(support::runUntil([&] { return content("state") == "vigil-agent-state-1\nend\n"; }));
+}
+
 TEST_F(AgentState, ADamagedFileIsNotFatal)
 {
     QFile file(directory.filePath(QStringLiteral("state")));

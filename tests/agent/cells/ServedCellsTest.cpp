@@ -295,6 +295,14 @@ TEST_F(ServedCellsTest, ARestoredCheckIsForgotten)
     EXPECT_EQ(served(), "- -");
 }
 
+// Such a check vanished without a word: managers kept its alarm.
+TEST_F(ServedCellsTest, ARestoredCheckThatIsTooOldIsForgottenAtOnce)
+{
+    cells.restore({7}, clock.nowUtc().addMSecs(-forgetMs), {{check, 2, "down"}});
+    EXPECT_THAT(signalled, ElementsAre("covered", "forgotten", "removed", "gone 7"));
+    EXPECT_EQ(served(), "- -");
+}
+
 // The agent took 2.5 GB for 90 MB of summaries, as it saved them several times over.
 TEST_F(ServedCellsTest, ALongSummaryIsCutInWhatIsKept)
 {
