@@ -109,7 +109,7 @@ TEST_F(AgentNotifications, AReceiverMayBeAName)
     startAgent(QStringLiteral("trap2sink ") +
                address.replace(QLatin1String("127.0.0.1"), QLatin1String("localhost")));
     FakeApplication application(agent->applicationPort());
-    EXPECT_TRUE(runUntil([&] { // the agent may be looking for the address yet
+    EXPECT_TRUE(support::runUntil([&] { // the agent may be looking for the address yet
         application.publishAndNotify("5.1", 1);
         return receiver.log().contains("vigilValueChanged");
     })) << agent->log().constData();
