@@ -20,6 +20,7 @@
 using support::AgentProcess;
 using support::ApplicationProcess;
 using support::FakeApplication;
+using support::runUntil;
 using support::SnmpTool;
 using support::SnmptrapdProcess;
 using testing::ElementsAre;
