@@ -15,6 +15,8 @@ namespace {
 constexpr qint64 bytesPerMs = 2'000;
 constexpr qint64 maxCredit = 1000 * bytesPerMs;
 constexpr size_t maxWaitingSize = 60'000'000;
+constexpr int criticalStatus = 2;
+constexpr int mostCriticalInRow = 9; // then one of the others: a flood must not hold recoveries back
 constexpr qint64 turnMs = 50;
 constexpr qint64 readyAgainMs = 500;
 constexpr qint64 warningDelayMs = 1'000; // the warning counts the drops meanwhile
@@ -56,9 +58,8 @@ void NotificationQueue::sendNowOrDrop(const Notification& notification)
 
 NotificationQueue::Order& NotificationQueue::orderOf(const Waiting& waiting)
 {
-    constexpr int critical = 2;
     Turn& turn = m_turns[waiting.application];
-    return waiting.change.status == critical ? turn.critical : turn.others;
+    return waiting.change.status == criticalStatus ? turn.critical : turn.others;
 }
 
 void NotificationQueue::add(HealthChange change, ApplicationId application)
@@ -99,26 +100,29 @@ void NotificationQueue::makeRoom()
 
 HealthChange NotificationQueue::takeNext()
 {
-    ObjectId check = nextOf(&Turn::critical);
+    const bool isOthersTurn = m_criticalInRow == mostCriticalInRow;
+    ObjectId check = nextOf(isOthersTurn ? m_others : m_critical);
     if (check.empty())
-        check = nextOf(&Turn::others);
+        check = nextOf(isOthersTurn ? m_critical : m_others);
     const auto entry = m_waiting.find(check);
-    m_lastTurn = entry->second.application;
+    const bool isCritical = entry->second.change.status == criticalStatus;
+    m_criticalInRow = isCritical ? std::min(m_criticalInRow + 1, mostCriticalInRow) : 0;
+    (isCritical ? m_critical : m_others).lastTurn = entry->second.application;
     return take(entry);
 }
 
 /// The first check of the application whose turn it is; empty if there is none.
-ObjectId NotificationQueue::nextOf(Order Turn::*order) const
+ObjectId NotificationQueue::nextOf(const Line& line) const
 {
-    const auto hasSome = [order](const auto& turn) { return !(turn.second.*order).empty(); };
-    const auto after = m_turns.upper_bound(m_lastTurn);
+    const auto hasSome = [&line](const auto& turn) { return !(turn.second.*line.order).empty(); };
+    const auto after = m_turns.upper_bound(line.lastTurn);
     auto next = std::find_if(after, m_turns.end(), hasSome);
     if (next == m_turns.end()) {
         next = std::find_if(m_turns.begin(), after, hasSome);
         if (next == after)
             return {};
     }
-    return (next->second.*order).front();
+    return (next->second.*line.order).front();
 }
 
 void NotificationQueue::correct(std::map<ObjectId, int>& notified) const

@@ -21,9 +21,9 @@ namespace agent {
 ///
 /// Net-SNMP keeps every inform until its response or a time-out of some seconds, and has no limit itself.
 /// The queue therefore lets 2 MB of notifications through a second, about 300 of them. Changes of health wait
-/// for their turn, in 60 MB at most, and while there is no one to send them to. CRITICAL goes first. The
-/// applications take turns, so one that flaps does not delay the others. A further change of a waiting check
-/// replaces the first; if the two cancel out, neither is sent.
+/// for their turn, in 60 MB at most, and while there is no one to send them to. CRITICAL goes first, but
+/// in a flood every tenth is another one. The applications take turns, so one that flaps does not delay the
+/// others. A further change of a waiting check replaces the first; if the two cancel out, neither is sent.
 ///
 /// Values never wait: a flood of values from one application must not delay the health of the others.
 ///
@@ -64,6 +64,13 @@ private:
         size_t size = 0;
     };
 
+    /// One kind of changes, of all applications.
+    struct Line
+    {
+        Order Turn::*order;
+        ApplicationId lastTurn = 0;
+    };
+
     struct Waiting
     {
         HealthChange change;
@@ -77,7 +84,7 @@ private:
     HealthChange take(std::map<ObjectId, Waiting>::iterator entry);
     void makeRoom();
     HealthChange takeNext();
-    ObjectId nextOf(Order Turn::*order) const;
+    ObjectId nextOf(const Line& line) const;
 
     bool canSend();
     bool hasCredit();
@@ -92,7 +99,9 @@ private:
     IsReady m_isReady = [] { return true; };
     std::map<ObjectId, Waiting> m_waiting; // by check
     std::map<ApplicationId, Turn> m_turns;
-    ApplicationId m_lastTurn = 0;
+    Line m_critical{&Turn::critical};
+    Line m_others{&Turn::others};
+    int m_criticalInRow = 0; // sent since one of the others
     size_t m_waitingSize = 0;
     bool m_isDraining = false;
     qint64 m_credit; // in bytes; negative after the last one sent on it

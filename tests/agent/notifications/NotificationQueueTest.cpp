@@ -188,3 +188,16 @@ TEST_F(NotificationQueueTest, AFullQueueDropsChangesOfTheApplicationWithTheMost)
     EXPECT_THAT(sentChecks(), testing::IsSupersetOf({1'000'000u, 1'000'001u}));
     EXPECT_EQ(sent.size() + queue.dropped(), 20'002u);
 }
+
+// One application with CRITICAL checks that never stop flapping kept everybody's recoveries away.
+TEST_F(NotificationQueueTest, AFloodOfCriticalChangesDoesNotHoldBackRecoveries)
+{
+    constexpr unsigned int recovered = 1'000'000;
+    for (int second = 0; second < 30; ++second) {
+        addHealth(2000);
+        if (second == 0)
+            addChange(recovered, 0, 2, 2);
+        clock.advance(1000);
+    }
+    EXPECT_THAT(sentChecks(), testing::Contains(recovered));
+}
