@@ -13,7 +13,8 @@ namespace agent {
 
 namespace {
 
-constexpr qint64 delayMs = 1000;
+constexpr qint64 delayMs = 1'000;
+constexpr qint64 retryMs = 5'000;
 
 /// Takes far less memory than the lines.
 QByteArray fingerprintOf(const QStringList& lines)
@@ -79,10 +80,13 @@ void StateKeeper::save()
     if (fingerprint == m_saved)
         return;
     const Error error = m_file.write(lines);
-    if (!error)
+    if (!error) {
         m_saved = fingerprint;
-    else if (!m_isWarned)
-        log::warning(error.text());
+    } else {
+        m_delay.startOnce(retryMs); // there may be room again
+        if (!m_isWarned)
+            log::warning(error.text());
+    }
     m_isWarned = static_cast<bool>(error);
 }
 

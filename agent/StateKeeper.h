@@ -19,7 +19,8 @@ namespace agent {
 /// Keeps lost applications with their health checks, and the notified statuses, over a restart of the agent.
 ///
 /// Ownership: everything it is given must outlive it.
-/// Failure: a file that cannot be read or written is logged; the agent serves without it.
+/// Failure: a file that cannot be read or written is logged; the agent serves without it. Writing is tried
+/// again every 5 seconds.
 class StateKeeper : public QObject
 {
     Q_OBJECT

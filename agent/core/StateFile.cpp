@@ -4,6 +4,7 @@
 #include "agent/core/StateFile.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 
 #include <algorithm>
@@ -23,8 +24,10 @@ Error StateFile::read(QStringList& lines) const
     QFile file(m_path);
     if (m_path.isEmpty() || !file.exists())
         return {};
-    if (!file.open(QIODevice::ReadOnly))
-        return Error(QStringLiteral("cannot read the state file %1: %2").arg(m_path, file.errorString()));
+    const bool isFile = QFileInfo(file).isFile(); // a pipe would block the agent
+    if (!isFile || !file.open(QIODevice::ReadOnly))
+        return Error(QStringLiteral("cannot read the state file %1: %2")
+                         .arg(m_path, isFile ? file.errorString() : QStringLiteral("it is not a file")));
     if (file.size() > longestFile)
         return damaged(QStringLiteral("it is too long"));
     QStringList read = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -132,6 +133,17 @@ TEST_F(AgentState, ADirectoryThatCannotBeWrittenIsNotFatal)
     ASSERT_TRUE(agent->start()) << agent->log().constData();
     EXPECT_TRUE(agent->waitForLog("cannot write the state file "));
     EXPECT_EQ(agent->stop(), 0);
+}
+
+// A disk that was full for a moment kept the state out of the file until the next change.
+TEST_F(AgentState, AStateThatCouldNotBeWrittenIsWrittenLater)
+{
+    const QString missing = directory.filePath(QStringLiteral("later"));
+    start({QStringLiteral("--state-directory"), missing});
+    crash();
+    EXPECT_TRUE(agent->waitForLog("cannot write the state file " + missing.toLocal8Bit() + "/state"));
+    ASSERT_TRUE(QDir().mkdir(missing));
+    EXPECT_TRUE(support::runUntil([&] { return content("later/state").contains("check 0 1.97.1.98"); }));
 }
 
 TEST_F(AgentState, TheSnmpEngineIsKeptAndItsBootsAreCounted)

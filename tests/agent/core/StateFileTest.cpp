@@ -7,6 +7,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <sys/stat.h>
+
 #include "agent/core/StateFile.h"
 
 using agent::StateFile;
@@ -58,6 +60,15 @@ TEST_F(StateFileTest, NoticesDamagedAndForeignFiles)
         EXPECT_TRUE(file.read(lines)) << text;
         EXPECT_TRUE(lines.isEmpty()) << text;
     }
+}
+
+// Opening a pipe without a writer blocks.
+TEST_F(StateFileTest, ReadsOnlyFiles)
+{
+    ASSERT_EQ(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    EXPECT_EQ(file.read(lines).text(),
+              QStringLiteral("cannot read the state file %1: it is not a file").arg(path));
+    EXPECT_TRUE(lines.isEmpty());
 }
 
 TEST_F(StateFileTest, SaysThatItCannotBeWritten)
