@@ -167,11 +167,11 @@ TEST_F(AgentMib, ReportsTheMemoryOfApplicationsAndItsLimit)
     start({QStringLiteral("--max-memory"), QStringLiteral("17")});
     EXPECT_EQ(tool->get(scalar("MemoryLimit")), QString::number(17 * 1024));
     EXPECT_EQ(tool->get(scalar("Memory")), QStringLiteral("0"));
-    constexpr int kilobytes = 60;
+    constexpr size_t kilobytes = 60;
     first->publish("5.1", std::string(kilobytes * 1024, 'x'));
     settle(*second);
     ASSERT_TRUE(tool->waitFor(scalar("Cells"), QStringLiteral("2")));
-    const int memory = tool->get(scalar("Memory")).toInt();
+    const size_t memory = tool->get(scalar("Memory")).toUInt();
     EXPECT_GE(memory, kilobytes);
     EXPECT_LT(memory, 2 * kilobytes);
     first->unset("5.1");

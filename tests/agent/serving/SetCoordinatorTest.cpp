@@ -306,7 +306,7 @@ TEST_F(SetCoordinatorTest, EachSetHasItsOwnTimeout)
 TEST_F(SetCoordinatorTest, ADecidedSetDoesNotTimeOut)
 {
     acceptBoth();
-    clock.advance(10 * timeoutMs);
+    clock.advance(qint64(10) * timeoutMs);
     EXPECT_THAT(decisions, ElementsAre(accepted));
     EXPECT_EQ(coordinator.counts().timedOut, 0u);
 }
@@ -314,7 +314,7 @@ TEST_F(SetCoordinatorTest, ADecidedSetDoesNotTimeOut)
 TEST_F(SetCoordinatorTest, ADroppedSetDoesNotTimeOut)
 {
     coordinator.drop(beginBoth());
-    clock.advance(10 * timeoutMs);
+    clock.advance(qint64(10) * timeoutMs);
     EXPECT_THAT(decisions, IsEmpty());
     EXPECT_EQ(coordinator.counts().timedOut, 0u);
 }
