@@ -30,9 +30,11 @@ std::optional<ObjectId> indexOf(const QString& word)
     return fromFullText(word.toStdString());
 }
 
-bool isStatus(int number)
+std::optional<int> statusOf(const QString& word)
 {
-    return number >= 0 && number <= 3;
+    bool isNumber = false;
+    const int status = word.toInt(&isNumber);
+    return isNumber && status >= 0 && status <= 3 ? std::optional(status) : std::nullopt;
 }
 
 QString lineOf(const QStringList& words)
@@ -103,16 +105,18 @@ bool SavedState::readLine(const QStringList& words)
             lost.push_back(*application);
         return application.has_value();
     }
-    if (words.size() < 3 || !isStatus(words[1].toInt()))
+    if (words.size() < 3)
         return false;
-    const int status = words[1].toInt();
+    const std::optional<int> status = statusOf(words[1]);
     const std::optional<ObjectId> index = indexOf(words[2]);
-    if (words.size() == 4 && words[0] == checkWord && index && !lost.empty()) {
-        lost.back().checks.push_back({*index, status, textOf(words[3]).toStdString()});
+    if (!status || !index)
+        return false;
+    if (words.size() == 4 && words[0] == checkWord && !lost.empty()) {
+        lost.back().checks.push_back({*index, *status, textOf(words[3]).toStdString()});
         return true;
     }
-    if (words.size() == 3 && words[0] == notifiedWord && index) {
-        notified[*index] = status;
+    if (words.size() == 3 && words[0] == notifiedWord) {
+        notified[*index] = *status;
         return true;
     }
     return false;

@@ -55,7 +55,7 @@ TEST(SavedState, ReadsWhatItWrote)
 TEST(SavedState, NamesTheFirstLineWithoutMeaning)
 {
     for (const char* line :
-         {"", "lost", "unknown 1 2", "notified 4 1.97", "notified x", "notified 2 a.b",
+         {"", "lost", "unknown 1 2", "notified 4 1.97", "notified x", "notified x 1.97", "notified 2 a.b",
           "check 0 1.97.1.98 before%20any%20application", "lost never 1001 4711 127.0.0.1 40112 x",
           "lost 2026-01-31T12:34:56Z u 1 ::1 1 x"})
         EXPECT_EQ(wrongLineIn(QLatin1String(line)), 3) << line;
