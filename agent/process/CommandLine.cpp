@@ -168,8 +168,9 @@ private:
                        "over a restart. Without it, the directory in the environment variable "
                        "STATE_DIRECTORY, as systemd sets it, or none."),
         QStringLiteral("dir"));
-    const QCommandLineOption m_verbose = QCommandLineOption(
-        QStringLiteral("verbose"), QStringLiteral("Also log each connection, cell and SET."));
+    const QCommandLineOption m_verbose =
+        QCommandLineOption(QStringLiteral("verbose"),
+                           QStringLiteral("Also log each connection, each cell and the steps of each SET."));
 };
 
 Reader::Reader(Options& options) : m_options(options)
