@@ -7,6 +7,7 @@
 
 #include <set>
 #include <string>
+#include <utility>
 
 #include "agent/cells/VigilTables.h"
 #include "agent/netsnmp/NetSnmp.h"

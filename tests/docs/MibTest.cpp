@@ -103,7 +103,7 @@ TEST(VigilMib, SnmptablePrintsNamesOnly)
     }
 }
 
-// One such cell made snmptable print "No entries" to everybody.
+// One such cell made every snmptable print "No entries".
 TEST(VigilMib, AForeignCellLeavesATableReadable)
 {
     AgentProcess agent;

@@ -8,6 +8,10 @@
 
 #include <QTcpSocket>
 
+#include <algorithm>
+#include <memory>
+#include <vector>
+
 #include <sys/resource.h>
 
 #include "support/AgentProcess.h"
@@ -95,14 +99,14 @@ TEST(AgentDescriptors, AnAddressHasSixteenTcpConnections)
     EXPECT_TRUE(runUntil([&] { return countConnected(sockets) == 16; })) << countConnected(sockets);
     ASSERT_TRUE(agent.waitForLog("of the manager at 127.0.0.1 is closed: it has 16 already"));
     EXPECT_EQ(agent.log().count("is closed: "), 1) << agent.log().constData();
-    const QString version = QStringLiteral("VIGIL-AGENT-MIB::vigilAgentCells.0");
-    EXPECT_EQ(SnmpTool(agent.udpAddress()).get(version), QStringLiteral("0"));
+    const QString cells = QStringLiteral("VIGIL-AGENT-MIB::vigilAgentCells.0");
+    EXPECT_EQ(SnmpTool(agent.udpAddress()).get(cells), QStringLiteral("0"));
 
     sockets.clear();
-    EXPECT_TRUE(SnmpTool(agent.tcpAddress()).waitFor(version, QStringLiteral("0")));
+    EXPECT_TRUE(SnmpTool(agent.tcpAddress()).waitFor(cells, QStringLiteral("0")));
 }
 
-TEST(AgentDescriptors, ManagersLeaveTheAgentItsOwn)
+TEST(AgentDescriptors, ManagersLeaveTheAgentItsOwnDescriptors)
 {
     AgentProcess agent;
     ASSERT_TRUE(agent.start()) << agent.log().constData();

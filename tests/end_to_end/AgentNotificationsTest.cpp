@@ -104,13 +104,13 @@ TEST_F(AgentNotifications, AChangeAndTheRecoveryArriveAsTraps)
         QStringLiteral("2"));
 }
 
-TEST_F(AgentNotifications, AReceiverMayBeAName)
+TEST_F(AgentNotifications, AReceiverMayBeGivenByName)
 {
     QString address = receiver.address();
     startAgent(QStringLiteral("trap2sink ") +
                address.replace(QLatin1String("127.0.0.1"), QLatin1String("localhost")));
     FakeApplication application(agent->applicationPort());
-    EXPECT_TRUE(support::runUntil([&] { // the agent may be looking for the address yet
+    EXPECT_TRUE(support::runUntil([&] { // the agent may still be looking for the address
         application.publishAndNotify("5.1", 1);
         return receiver.log().contains("vigilValueChanged");
     })) << agent->log().constData();

@@ -212,7 +212,7 @@ TEST_F(AgentSet, ALateReplyIsDropped)
     application->answer(application->questions().front(), 0);
     EXPECT_TRUE(agent->waitForLog("came too late"));
 
-    // A yes to the first question must not count for the second one either.
+    // An acceptance of the first question must not count for the second.
     application->onQuestion = [&](const FakeApplication::Request&) {
         application->answer(application->questions().front(), 0);
     };

@@ -6,6 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <string>
+
 #include "support/AgentProcess.h"
 #include "support/EnterpriseId.h"
 #include "support/FakeApplication.h"
@@ -39,7 +42,7 @@ protected:
         ASSERT_TRUE(manager().waitFor(full("5.1"), QStringLiteral("1")));
     }
 
-    /// Each test ends with the session it has begun with.
+    /// Each test ends with the session it began with.
     void TearDown() override
     {
         EXPECT_EQ(manager().get(full("5.1")), QStringLiteral("1"));
@@ -112,7 +115,7 @@ TEST_F(MessageLimit, TheLongestTextWithTheLongestIdentifierFits)
         manager().waitFor(id, QLatin1Char('"') + QString(60'000, QLatin1Char('y')) + QLatin1Char('"')));
 }
 
-TEST_F(MessageLimit, AWalkOverLongTextsIsWhole)
+TEST_F(MessageLimit, AWalkOverLongTextsIsComplete)
 {
     EXPECT_EQ(manager().walk(full("6"), QStringLiteral("snmpwalk")).size(), texts);
 }

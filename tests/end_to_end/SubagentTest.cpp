@@ -109,7 +109,7 @@ TEST_F(Subagent, ValuesAreServedThroughSnmpd)
     EXPECT_EQ(manager().walk(full("5"), QStringLiteral("snmpwalk")), cells);
 }
 
-TEST(SubagentByName, JoinsAnSnmpdWhoseHostIsANameOverAndOverAgain)
+TEST(SubagentByName, JoinsAnSnmpdGivenByNameAgain)
 {
     const QString port = QString::number(AgentProcess::freePort());
     SnmpdProcess snmpd(SnmpdProcess::openToThisHost() + "agentXSocket tcp:127.0.0.1:" + port.toLatin1() +

@@ -17,7 +17,7 @@ protected:
     static constexpr char cleanupSet = 11;
     static constexpr char response = 18;
 
-    /// Little-endian, of session 7, transaction 8 and packet 9 if it is not said otherwise.
+    /// Little-endian, of session 7, transaction 8 and packet 9 unless given.
     static QByteArray header(char command, int bodySize, char transaction = 8)
     {
         QByteArray bytes(20, '\0');

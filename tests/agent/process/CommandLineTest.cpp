@@ -114,7 +114,7 @@ TEST(CommandLine, UnderSnmpdTheSetTimeoutStaysBelowSnmpdsOwn)
     EXPECT_TRUE(error.contains(QStringLiteral("behind snmpd it must be below 1000"))) << qPrintable(error);
 }
 
-TEST(CommandLine, UnderSnmpdATextFitsIntoOneOfItsMessages)
+TEST(CommandLine, BehindSnmpdATextFitsIntoOneMessage)
 {
     EXPECT_EQ(read({}).options.limits.textBytes, 60'000);
     EXPECT_EQ(read("--max-text", "60000", {}).options.limits.textBytes, 60'000);
