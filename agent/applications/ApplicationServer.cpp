@@ -4,6 +4,7 @@
 #include "agent/applications/ApplicationServer.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "agent/applications/ApplicationConnection.h"
 #include "agent/cells/VigilTables.h"
@@ -15,7 +16,7 @@ namespace agent {
 namespace {
 
 constexpr qint64 acceptAgainMs = 1000;
-constexpr qint64 shortWarningPauseMs = 60'000;
+constexpr qint64 descriptorWarningPauseMs = 60'000;
 
 QString valueText(const CellValue& value)
 {
@@ -30,8 +31,8 @@ void discard(QTcpSocket* socket)
     socket->deleteLater();
 }
 
-/// A user may take as much as then remains free: alone half of all, with one other a third each. So there is
-/// room for the next one, and no one has to give anything back.
+/// A user may take as much as remains free afterwards: half of all if alone, a third beside one other. So the
+/// next user finds room, and none has to give anything back.
 bool isFair(const User& user, size_t ofUser, size_t ofAll, size_t limit)
 {
     return ofAll <= limit && (user == platform::rootUser || ofUser <= limit - ofAll);
@@ -213,11 +214,11 @@ bool ApplicationServer::isAllowed(const Identity& identity)
     return false;
 }
 
-/// Qt stops accepting after an error, too.
+/// Qt itself stops accepting after an error.
 void ApplicationServer::acceptLater(const QString& reason)
 {
-    if (m_clock.elapsedMs() >= m_nextShortWarningMs) {
-        m_nextShortWarningMs = m_clock.elapsedMs() + shortWarningPauseMs;
+    if (m_clock.elapsedMs() >= m_nextDescriptorWarningMs) {
+        m_nextDescriptorWarningMs = m_clock.elapsedMs() + descriptorWarningPauseMs;
         log::warning(
             QStringLiteral("cannot accept an application: %1. The agent tries again; it may need a higher "
                            "limit of open files or a lower --max-connections")

@@ -68,7 +68,7 @@ public:
     size_t memory() const { return m_cells.store().memory() + m_frameMemory; }
     size_t memoryLimit() const { return m_limits.cellMemory() + m_limits.frameMemory(); }
 
-    /// The lost applications, to be saved.
+    /// The lost applications, for a restart of the agent.
     std::vector<SavedApplication> lostApplications() const;
 
     /// Takes up a lost application of the agent's last run.
@@ -133,7 +133,7 @@ private:
     Counts m_counts;
     size_t m_frameMemory = 0; // of unfinished frames
     bool m_isFullLogged = false;
-    qint64 m_nextShortWarningMs = 0; // of descriptors
+    qint64 m_nextDescriptorWarningMs = 0;
     bool m_isAcceptingLater = false;
     std::set<User> m_refusedUsers; // those in the log
 };

@@ -30,7 +30,7 @@ struct Limits
     /// The memory for the cells of all applications, connected or lost.
     std::size_t cellMemory() const { return 3 * frameMemory(); }
 
-    /// The memory for their unfinished frames. Cells cannot use it up, so a full share ends no connection.
+    /// The memory for their unfinished frames. It is separate, so many cells never end a connection.
     std::size_t frameMemory() const { return static_cast<std::size_t>(megabytes) * 1024 * 1024 / 4; }
 
     /// Cells of all lost applications together.

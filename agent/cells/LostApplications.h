@@ -71,12 +71,12 @@ public:
     /// The connection has ended; the application owns at least one cell.
     void add(const Owner& owner);
 
-    /// Removes the oldest loss of the user to make room. False if there is none.
-    bool removeOldestOf(const User& user);
-
     /// The same for a loss of the agent's last run. If its grace period is over, its health checks read
     /// UNKNOWN at once. If it is to be forgotten, its cells are removed at once.
     void restore(const Owner& owner, const QDateTime& since);
+
+    /// Removes the oldest loss of the user to make room. False if there is none.
+    bool removeOldestOf(const User& user);
 
     /// A cell of a lost application now has another owner.
     void handleCellReturned(ApplicationId application);

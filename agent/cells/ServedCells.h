@@ -45,7 +45,7 @@ public:
     /// then.
     bool lose(const Owner& owner);
 
-    /// Removes the cells of the application of the user that was lost first. False if there is none.
+    /// Removes the cells of the user's application that has been lost for longest. False if there is none.
     bool removeOldestLossOf(const User& user) { return m_lost.removeOldestOf(user); }
 
     /// The health checks that the application owns.

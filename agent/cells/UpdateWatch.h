@@ -34,7 +34,7 @@ public:
 
     void handleUpdate(const ObjectId& check);
 
-    /// Another application has published the check; this is no update of the one before.
+    /// Another application has published the check. The time since the last update is no interval.
     void handleTakenOver(const ObjectId& check);
 
     /// The check is not watched until its next update.

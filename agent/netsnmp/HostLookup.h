@@ -52,7 +52,7 @@ public:
     /// Does nothing while a look-up is running.
     void start();
 
-    /// True while the system still looks for a name in any thread of its own. It may not end for long.
+    /// True while the system is looking up a name in a thread of its own. This may take long.
     static bool isSystemBusy();
 
 private:

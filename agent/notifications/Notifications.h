@@ -35,7 +35,7 @@ public:
     /// Changes of health wait while isReady() is false.
     void setReady(NotificationQueue::IsReady isReady) { m_queue.setReady(std::move(isReady)); }
 
-    /// Counts notifications that found no place or, about values, no master.
+    /// Counts notifications dropped for want of room or, if about values, of a master.
     quint64 dropped() const { return m_queue.dropped(); }
 
     /// Counts notifications with at least one receiver.

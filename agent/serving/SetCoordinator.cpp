@@ -15,8 +15,8 @@ namespace agent {
 
 namespace {
 
-// An application that ends with its answer closes its connection meanwhile. A SET of one application waits no
-// longer than a manager's next SET may: no other application would be changed without it.
+// Time for an application that ends with its answer to close its connection. A SET of one application waits
+// less: there is no other one that could be left changed, and managers send the next SET at once.
 constexpr qint64 settleMs = 20;
 constexpr qint64 settleOfOneMs = 1;
 
@@ -137,7 +137,7 @@ void SetCoordinator::drop(Key key)
 
 void SetCoordinator::handleAnswer(ApplicationId owner, int number, int errorStatus)
 {
-    m_unresponsive.remove(owner); // a late answer shows as well that it is back
+    m_unresponsive.remove(owner); // even a late answer shows that it is back
     const auto position = std::find_if(m_sets.begin(), m_sets.end(), [&](const auto& entry) {
         return entry.second.isAwaiting(owner, number);
     });

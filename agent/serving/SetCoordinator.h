@@ -25,11 +25,12 @@ namespace agent {
 /// An answer must carry the number of an open question; a late answer is dropped.
 ///
 /// decided() is emitted from the event loop, never from inside begin().
-/// Ownership: store, owners and clock must outlive the coordinator.
-/// While a SET waits for an application, a master waits with all its requests. After a time-out the
+///
+/// While a SET waits for an application, the master holds back all other requests. After a time-out the
 /// application is unresponsive: SETs of its cells fail at once until it answers, or for 5 seconds. Then the
 /// next SET asks it again.
 ///
+/// Ownership: store, owners and clock must outlive the coordinator.
 /// Failure: results are SNMP error statuses, 0 for none. If an application is lost or does not answer in
 /// time, the SET fails with resourceUnavailable.
 class SetCoordinator : public QObject

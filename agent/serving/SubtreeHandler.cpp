@@ -114,7 +114,7 @@ void SubtreeHandler::handleGet(netsnmp_request_info* requests) const
     }
 }
 
-/// False if the answer is full: it then holds an error. Long before its end, it could take much memory.
+/// False if the answer is full; it then holds an error. Adding the rest first could take much memory.
 bool SubtreeHandler::putCell(netsnmp_request_info* request, const Cell& cell, size_t& answerSize) const
 {
     putValue(request->requestvb, cell.served());

@@ -77,9 +77,9 @@ private:
     const std::unique_ptr<Mask> m_previous;
 };
 
-/// Opens the null device for each of the three standard descriptors that the host has closed. Else one of the
-/// library's own descriptors, such as its connection, would get the number, and the host's output with it.
-/// Children do not inherit them.
+/// Opens the null device for each of the three standard descriptors that the host has closed. Otherwise a
+/// descriptor of the library, such as its connection, would get the number, and with it the host's output.
+/// Programs the host starts do not inherit them.
 void fillStandardDescriptors();
 
 /// True if the process may open this many more descriptors. Qt ends a process that has none left for the

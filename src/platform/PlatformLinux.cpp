@@ -282,8 +282,8 @@ bool isPrivate(const struct stat& info)
 
 bool makeTrusted(const QString& path, bool isParent, int linksLeft);
 
-/// Even if the host's file mode mask forbids its user something. Another program may make it at the same
-/// time.
+/// Gives the user all access, even if the host's file mode mask denies it. Another program may make the
+/// directory at the same time.
 bool makeOwnDirectory(const char* name)
 {
     if (mkdir(name, S_IRWXU) == 0)
