@@ -110,7 +110,7 @@ TEST_F(AgentNotifications, AReceiverMayBeGivenByName)
     startAgent(QStringLiteral("trap2sink ") +
                address.replace(QLatin1String("127.0.0.1"), QLatin1String("localhost")));
     FakeApplication application(agent->applicationPort());
-    EXPECT_TRUE(support::runUntil([&] { // the agent may still be looking for the address
+    EXPECT_TRUE(runUntil([&] { // the agent may still be looking for the address
         application.publishAndNotify("5.1", 1);
         return receiver.log().contains("vigilValueChanged");
     })) << agent->log().constData();
@@ -152,7 +152,7 @@ TEST_F(AgentNotifications, AStaleCheckIsNotified)
     ASSERT_EQ(receiver.waitForNotifications(1).size(), 1) << agent->log().constData();
     EXPECT_EQ(withoutTimes(receiver.notifications()[0]),
               changed("unknown", "ok", "No update since TIME UTC."));
-    EXPECT_TRUE(support::runUntil([&] {
+    EXPECT_TRUE(runUntil([&] {
         write(application, 0, "all is well again");
         return receiver.notifications().size() >= 2;
     }));
