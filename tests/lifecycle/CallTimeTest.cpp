@@ -6,7 +6,7 @@
 #include "lifecycle/HostProcess.h"
 #include "lifecycle/SilentServices.h"
 
-// No call takes longer than 100 ms, whatever the service does. Three kinds of calls are left out, because
+// No call takes longer than 100 ms beside any kind of service. Three kinds of calls are left out, because
 // they may wait by contract: destroy() of the last check and cleanup() hand the rest to the service, for up
 // to 8 seconds; removing metrics, checks, handlers and callbacks waits for a callback in progress.
 
