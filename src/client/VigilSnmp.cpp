@@ -84,6 +84,14 @@ VigilSnmp& VigilSnmp::instance()
     return facade.get();
 }
 
+namespace {
+
+/// Builds the facade while the library is loaded. On first use another thread might fork meanwhile, and the
+/// child would wait for the facade forever.
+const VigilSnmp* const builtAtLoad = &VigilSnmp::instance();
+
+} // namespace
+
 // --- Start
 
 void VigilSnmp::init(const std::string& name)

@@ -38,6 +38,14 @@ namespace {
 std::atomic<int> forkWatches{0};
 std::atomic<bool> forkedChild{false};
 
+void markForkedChild()
+{
+    forkedChild = forkedChild || forkWatches > 0;
+}
+
+/// While the library is loaded: a child forked during a later registration would miss the handler.
+const int forkHandler = pthread_atfork(nullptr, nullptr, &markForkedChild);
+
 pid_t kernelThreadId()
 {
     return static_cast<pid_t>(syscall(SYS_gettid));
@@ -386,9 +394,6 @@ std::unique_ptr<Thread> Thread::start(std::function<int()> routine)
 
 ForkWatch::ForkWatch()
 {
-    const auto markChild = [] { forkedChild = forkedChild || forkWatches > 0; };
-    static const int registered = pthread_atfork(nullptr, nullptr, markChild);
-    static_cast<void>(registered);
     ++forkWatches;
 }
 
