@@ -12,6 +12,7 @@
 #include "agent/applications/ApplicationServer.h"
 #include "agent/cells/CellStore.h"
 #include "agent/cells/ServedCells.h"
+#include "agent/checks/CheckList.h"
 #include "agent/core/Error.h"
 #include "agent/core/SystemClock.h"
 #include "agent/core/UserLines.h"
@@ -59,6 +60,7 @@ private:
     UserLines m_userLines{m_clock};
     CellStore m_store;
     ServedCells m_cells;
+    CheckList m_checks{m_cells, m_clock};
     ApplicationServer m_applications;
     Notifications m_notifications{m_cells, m_clock};
     StateKeeper m_stateKeeper;

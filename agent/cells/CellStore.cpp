@@ -11,9 +11,25 @@ namespace agent {
 
 namespace {
 
-// Nodes and heap blocks of a cell, and of a health check in other parts of the agent.
+/// What other parts of the agent keep for a cell.
+struct Shadow
+{
+    size_t overhead; // nodes and heap blocks
+    size_t keys;     // copies of the identifier, roughly
+};
+
 constexpr size_t cellOverhead = 256;
-constexpr size_t checkOverhead = 640;
+constexpr Shadow ofCheck = {480, 4};
+constexpr Shadow ofResult = {160, 1};
+
+Shadow shadowOf(const ObjectId& id)
+{
+    static const ObjectId checkStatus = healthTable::column(healthTable::Column::Status);
+    static const ObjectId resultStatus = resultTable().column(StatusTable::Column::Status);
+    if (isInTree(checkStatus, id))
+        return ofCheck;
+    return isInTree(resultStatus, id) ? ofResult : Shadow{0, 0};
+}
 
 size_t memoryOf(const CellValue& value)
 {
@@ -65,9 +81,8 @@ void CellStore::account(ApplicationId application, size_t before, size_t after)
 
 size_t CellStore::memoryOf(const ObjectId& id, const CellValue& value)
 {
-    static const ObjectId status = healthTable::column(healthTable::Column::Status);
-    const size_t overhead = isInTree(status, id) ? cellOverhead + checkOverhead : cellOverhead;
-    return overhead + id.size() * sizeof(id[0]) + agent::memoryOf(value);
+    const auto [overhead, keys] = shadowOf(id);
+    return cellOverhead + overhead + (1 + keys) * id.size() * sizeof(id[0]) + agent::memoryOf(value);
 }
 
 size_t CellStore::memoryOf(const Entry& entry)

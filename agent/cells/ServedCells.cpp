@@ -33,11 +33,12 @@ ServedCells::ServedCells(CellStore& store, Clock& clock, const Settings& setting
 std::optional<ApplicationId> ServedCells::publish(ApplicationId application, const ObjectId& id,
                                                   const CellValue& value)
 {
+    const size_t sizeBefore = m_store.size();
     const std::optional<ApplicationId> previous = m_store.set(id, value, application);
     if (const std::optional<healthTable::Position> position = healthTable::positionOf(id))
         handleWritten(*position, value, previous.has_value());
     else if (resultTable().contains(id))
-        m_covers.handleResultWritten(id);
+        handleResultWritten(id, m_store.size() > sizeBefore);
     if (!previous || !m_lost.contains(*previous))
         return previous;
     m_lost.handleCellReturned(*previous);
@@ -59,6 +60,14 @@ void ServedCells::handleWritten(const healthTable::Position& position, const Cel
     }
 }
 
+void ServedCells::handleResultWritten(const ObjectId& id, bool isNew)
+{
+    m_covers.handleResultWritten(id);
+    const std::optional<StatusTable::Position> position = isNew ? resultTable().positionOf(id) : std::nullopt;
+    if (position && position->column == Column::Status)
+        emit resultAdded(position->row);
+}
+
 size_t ServedCells::unset(ApplicationId application, const ObjectId& tree)
 {
     const std::vector<ObjectId> removed = m_store.unsetTree(tree, application);
@@ -70,10 +79,14 @@ void ServedCells::handleRemoved(const std::vector<ObjectId>& ids)
 {
     for (const ObjectId& id : ids) {
         const std::optional<healthTable::Position> position = healthTable::positionOf(id);
-        if (!position || position->column != Column::Status)
+        if (position && position->column == Column::Status) {
+            m_covers.handleStatusRemoved(position->check);
+            emit checkRemoved(position->check);
             continue;
-        m_covers.handleStatusRemoved(position->check);
-        emit checkRemoved(position->check);
+        }
+        const std::optional<StatusTable::Position> result = resultTable().positionOf(id);
+        if (result && result->column == Column::Status)
+            emit resultRemoved(result->row);
     }
 }
 
@@ -111,6 +124,7 @@ void ServedCells::restore(const Owner& owner, const QDateTime& since, const std:
             continue;
         m_store.set(status, check.status, owner.application);
         m_store.set(healthTable::cellOf(Column::Summary, check.check), check.summary, owner.application);
+        emit checkRestored(check.check);
     }
     if (m_store.countOf(owner.application) > 0)
         m_lost.restore(owner, since);

@@ -71,14 +71,26 @@ signals:
     /// The row of a lost application is about to be removed. Managers read UNKNOWN so far.
     void checkForgotten(const agent::ObjectId& check);
 
+    /// The row of a check lost in the agent's last run is served again.
+    void checkRestored(const agent::ObjectId& check);
+
     /// The status cell has been removed.
     void checkRemoved(const agent::ObjectId& check);
+
+    // metric is the index of a row of vigilMetricResultTable. Updates of its cells are not reported.
+
+    /// A status cell has appeared in the row.
+    void resultAdded(const agent::ObjectId& metric);
+
+    /// The status cell of the row has been removed.
+    void resultRemoved(const agent::ObjectId& metric);
 
     /// A lost application has no cells left.
     void applicationGone(agent::ApplicationId application);
 
 private:
     void handleWritten(const healthTable::Position& position, const CellValue& value, bool isTakenOver);
+    void handleResultWritten(const ObjectId& id, bool isNew);
     void handleRemoved(const std::vector<ObjectId>& ids);
     void cover(ApplicationId application, const QDateTime& lostSince) override;
     void remove(ApplicationId application) override;

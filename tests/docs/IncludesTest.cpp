@@ -39,12 +39,14 @@ constexpr Room rooms[] = {
     {"agent/core/",         "src/base/wire/ src/platform/peer/"},
     {"agent/netsnmp/",      "agent/core/"},
     {"agent/cells/",        "agent/core/"},
+    {"agent/checks/",       "agent/cells/ agent/core/"},
     {"agent/notifications/","agent/cells/ agent/netsnmp/ agent/core/"},
     {"agent/applications/", "agent/cells/ agent/core/ src/base/wire/"},
     {"agent/process/",      "agent/applications/ agent/core/ src/base/wire/ src/base/BuildInfo"},
-    {"agent/serving/",      "agent/notifications/ agent/applications/ agent/cells/ agent/netsnmp/ agent/core/ "
+    {"agent/serving/",      "agent/checks/ agent/notifications/ agent/applications/ agent/cells/ agent/netsnmp/ "
+                            "agent/core/ "
                             "src/base/wire/ src/base/BuildInfo"},
-    {"agent/",              "agent/serving/ agent/notifications/ agent/process/ agent/applications/ agent/cells/ "
+    {"agent/",              "agent/serving/ agent/checks/ agent/notifications/ agent/process/ agent/applications/ agent/cells/ "
                             "agent/netsnmp/ agent/core/ src/base/wire/ src/base/BuildInfo"},
 };
 // clang-format on

@@ -12,6 +12,7 @@
 
 #include "agent/cells/ServedCells.h"
 #include "agent/cells/UpdateWatch.h"
+#include "agent/checks/CheckList.h"
 #include "agent/notifications/NotificationPolicy.h"
 #include "support/Load.h"
 #include "support/ManualClock.h"
@@ -211,8 +212,9 @@ TEST_F(CellMemory, RandomPublicationsWithdrawalsAndLossesLeaveNothing)
 
 TEST_F(CellMemory, TheEstimateCoversWhatACellTakes)
 {
+    agent::CheckList list(parts.cells, clock);
     const auto publishMany = [this](const std::function<ObjectId(unsigned int)>& id, const CellValue& value) {
-        constexpr unsigned int count = 2'000;
+        constexpr unsigned int count = 1'000;
         const size_t heapBefore = heap();
         const size_t before = parts.store.memory();
         for (int update = 0; update < 12; ++update) { // enough for a rhythm
@@ -231,6 +233,22 @@ TEST_F(CellMemory, TheEstimateCoversWhatACellTakes)
     const auto check = [](unsigned int i) { return ObjectId{3, 97, 112, 112, 4, 104, 99, i / 200, i % 200}; };
     publishMany([&](unsigned int i) { return cellOf(Column::Status, check(i)); }, 2);
     publishMany([&](unsigned int i) { return cellOf(Column::Summary, check(i)); }, std::string(100, 'x'));
+    const auto metric = [](unsigned int i) {
+        return ObjectId{3, 97, 112, 112, 4, 104, 99, i / 200, i % 200, 1, 109};
+    };
+    publishMany([&](unsigned int i) { return agent::resultTable().cellOf(Column::Status, metric(i)); }, 2);
+    const auto withLongKey = [](ObjectId index, unsigned int i) {
+        ObjectId key(100, i);
+        key.front() = 99;
+        index.insert(index.end(), key.begin(), key.end());
+        return index;
+    };
+    publishMany([&](unsigned int i) { return cellOf(Column::Status, withLongKey({1, 97}, i)); }, 2);
+    publishMany(
+        [&](unsigned int i) {
+            return agent::resultTable().cellOf(Column::Status, withLongKey({1, 97, 1, 98}, i));
+        },
+        2);
     publishMany([](unsigned int i) { return agent::below(agent::enterpriseRoot(), {5, i}); }, 5);
     publishMany(
         [](unsigned int i) {
