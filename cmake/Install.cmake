@@ -4,11 +4,12 @@
 # Installation folders. The MIBs go to DATADIR/snmp/mibs, where Net-SNMP's tools look if the prefix is /usr. Programs,
 # libraries and headers go to the usual places, everything else to the documentation directory.
 #
-# Components are the packages of a distribution: runtime, dev, agent.
+# Components are the packages of a distribution: runtime, dev, agent, host-health.
 
 include(CMakePackageConfigHelpers)
 
 set(vigil_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/vigil)
+set(VIGIL_UNIT_DIR lib/systemd/system CACHE STRING "Where systemd's units go, below the prefix or absolute")
 
 # Programs find the library relative to themselves, so the prefix can be moved.
 if(UNIX AND NOT APPLE AND NOT CMAKE_INSTALL_RPATH)
@@ -16,7 +17,7 @@ if(UNIX AND NOT APPLE AND NOT CMAKE_INSTALL_RPATH)
   set(vigil_install_rpath "$ORIGIN/${vigil_bin_to_lib}")
 endif()
 
-install(TARGETS vigil EXPORT vigilTargets
+install(TARGETS vigil EXPORT vigil-shared
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
@@ -36,7 +37,13 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/vigil DESTINATION ${CMAKE_INSTAL
 install(FILES ${PROJECT_BINARY_DIR}/include/vigil/vigil_export.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vigil COMPONENT dev)
 
-install(EXPORT vigilTargets NAMESPACE vigil:: DESTINATION ${vigil_package_dir} COMPONENT dev)
+install(EXPORT vigil-shared NAMESPACE vigil:: FILE vigil-shared-targets.cmake
+  DESTINATION ${vigil_package_dir} COMPONENT dev)
+if(VIGIL_BUILD_STATIC)
+  install(TARGETS vigil_static EXPORT vigil-static ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+  install(EXPORT vigil-static NAMESPACE vigil:: FILE vigil-static-targets.cmake
+    DESTINATION ${vigil_package_dir} COMPONENT dev)
+endif()
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/vigilConfig.cmake.in
   ${PROJECT_BINARY_DIR}/vigilConfig.cmake
   INSTALL_DESTINATION ${vigil_package_dir})
@@ -45,36 +52,42 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/vigilConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/vigilConfig.cmake ${PROJECT_BINARY_DIR}/vigilConfigVersion.cmake
   DESTINATION ${vigil_package_dir} COMPONENT dev)
 
+include(PkgConfigFile)
+
+# vigil_install_unit(PROGRAM COMPONENT): the unit from packaging/PROGRAM.service.in, with the program's place. That is
+# known only at the installation, and not at all for an archive.
+function(vigil_install_unit program component)
+  install(CODE "
+    if(CMAKE_INSTALL_PREFIX MATCHES _CPack_Packages)
+      set(VIGIL_PROGRAM /usr/local/${CMAKE_INSTALL_BINDIR}/${program})
+    else()
+      set(VIGIL_PROGRAM \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/${program}\")
+    endif()
+    configure_file(\"${PROJECT_SOURCE_DIR}/packaging/${program}.service.in\"
+      \"${PROJECT_BINARY_DIR}/packaging/${program}.service\" @ONLY)" COMPONENT ${component})
+  install(FILES ${PROJECT_BINARY_DIR}/packaging/${program}.service DESTINATION ${VIGIL_UNIT_DIR}
+    COMPONENT ${component})
+  install(FILES ${PROJECT_SOURCE_DIR}/packaging/${program}.sysusers DESTINATION lib/sysusers.d
+    RENAME ${program}.conf COMPONENT ${component})
+endfunction()
+
 if(VIGIL_BUILD_AGENT)
   install(TARGETS vigil-agent RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT agent)
   install(FILES ${PROJECT_SOURCE_DIR}/packaging/snmpd.conf.d/vigil.conf
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/snmpd.conf.d COMPONENT agent)
   if(SYSTEMD_FOUND) # without, the agent could not tell systemd that it is ready
-    install(CODE "
-      if(CMAKE_INSTALL_PREFIX MATCHES _CPack_Packages) # an archive: its final place is unknown
-        set(VIGIL_AGENT /usr/local/${CMAKE_INSTALL_BINDIR}/vigil-agent)
-      else()
-        set(VIGIL_AGENT \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/vigil-agent\") # only known now
-      endif()
-      configure_file(\"${PROJECT_SOURCE_DIR}/packaging/vigil-agent.service.in\"
-        \"${PROJECT_BINARY_DIR}/packaging/vigil-agent.service\" @ONLY)" COMPONENT agent)
-    install(FILES
-      ${PROJECT_BINARY_DIR}/packaging/vigil-agent.service
-      ${PROJECT_SOURCE_DIR}/packaging/vigil-agent.socket
-      DESTINATION lib/systemd/system COMPONENT agent)
-    install(FILES ${PROJECT_SOURCE_DIR}/packaging/vigil-agent.sysusers DESTINATION lib/sysusers.d
-      RENAME vigil-agent.conf COMPONENT agent)
-  endif()
-  if(TARGET vigil-agent-man)
-    install(FILES ${PROJECT_BINARY_DIR}/docs/vigil-agent.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT agent)
+    vigil_install_unit(vigil-agent agent)
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/vigil-agent.socket DESTINATION ${VIGIL_UNIT_DIR} COMPONENT agent)
   endif()
 endif()
 if(VIGIL_BUILD_EXAMPLES)
-  set(vigil_installed_examples vigil-host-health)
+  install(TARGETS vigil-host-health RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT host-health)
   if(WIN32)
-    list(APPEND vigil_installed_examples hello_health) # to try out without a compiler
+    install(TARGETS hello_health RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT dev) # to try out without a compiler
+  else()
+    vigil_install_unit(vigil-host-health host-health)
+    vigil_add_manual_page(vigil-host-health 8 host-health)
   endif()
-  install(TARGETS ${vigil_installed_examples} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT dev)
   if(vigil_install_rpath)
     set_target_properties(vigil-host-health PROPERTIES INSTALL_RPATH "${vigil_install_rpath}")
   endif()
@@ -94,14 +107,8 @@ install(FILES
   ${PROJECT_SOURCE_DIR}/docs/performance.md
   ${PROJECT_SOURCE_DIR}/docs/security.md
   ${PROJECT_SOURCE_DIR}/docs/vigil-agent.8.md
+  ${PROJECT_SOURCE_DIR}/docs/vigil-host-health.8.md
   ${PROJECT_SOURCE_DIR}/docs/wire-protocol.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev
   FILES_MATCHING PATTERN "*.cpp" PATTERN "*.h" PATTERN "CMakeLists.txt")
-if(CMAKE_SYSTEM_NAME STREQUAL "Linux") # each Debian package has a copyright file
-  foreach(package runtime=libvigil${PROJECT_VERSION_MAJOR} dev=libvigil-dev agent=vigil-agent)
-    string(REGEX MATCH "(.*)=(.*)" package ${package})
-    install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CMAKE_MATCH_2}
-      RENAME copyright COMPONENT ${CMAKE_MATCH_1})
-  endforeach()
-endif()

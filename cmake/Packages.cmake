@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 The Vigil authors
 # SPDX-License-Identifier: MIT
 
-# Packages built by `cpack`: a zip file for Windows; elsewhere a .tar.gz file of everything and a Debian package for each
-# component.
+# Packages built by `cpack`: a zip file for Windows, elsewhere a .tar.gz file. Debian packages come from the folder debian,
+# by scripts/build-packages.
 
 set(CPACK_PACKAGE_NAME vigil)
 set(CPACK_PACKAGE_VENDOR "The Vigil authors")
@@ -17,29 +17,7 @@ if(WIN32)
   set(CPACK_GENERATOR ZIP)
   set(CPACK_SYSTEM_NAME win64)
 else()
-  set(CPACK_GENERATOR TGZ DEB)
+  set(CPACK_GENERATOR TGZ)
 endif()
-
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL runtime dev agent)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
-
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvigil${PROJECT_VERSION_MAJOR})
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Lets an application show its own health to SNMP management.")
-
-set(CPACK_DEBIAN_DEV_PACKAGE_NAME libvigil-dev)
-set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libvigil${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
-set(CPACK_COMPONENT_DEV_DESCRIPTION "Headers, CMake package, documents and examples of libvigil.")
-
-set(CPACK_DEBIAN_AGENT_PACKAGE_NAME vigil-agent)
-set(CPACK_DEBIAN_AGENT_PACKAGE_SECTION net)
-set(CPACK_DEBIAN_AGENT_PACKAGE_RECOMMENDS snmpd)
-set(CPACK_DEBIAN_AGENT_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/postinst)
-set(CPACK_COMPONENT_AGENT_DESCRIPTION "The local SNMP service for applications with libvigil, and its MIB modules.")
 
 include(CPack)

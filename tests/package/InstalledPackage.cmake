@@ -36,4 +36,24 @@ expect_files(
   ${prefix}/share/snmp/mibs/VIGIL-AGENT-MIB.txt)
 
 build_consumer(${prefix})
+
+# find_package says what is missing.
+function(expect_refusal components message)
+  execute_process(
+    COMMAND ${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/refused -G ${GENERATOR} -D CMAKE_PREFIX_PATH=${prefix}
+      -D CMAKE_TOOLCHAIN_FILE=${TOOLCHAIN} -D COMPONENTS=${components}
+    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  string(REGEX REPLACE "[ \n]+" " " output "${output}") # CMake wraps the lines
+  string(FIND "${output}" "${message}" position)
+  if(result EQUAL 0 OR position EQUAL -1)
+    message(FATAL_ERROR "find_package with ${components} ended with ${result}:\n${output}")
+  endif()
+endfunction()
+expect_refusal(shred "vigil has no component \"shred\"; it has: shared, static")
+if(NOT EXISTS ${prefix}/lib/libvigil.a)
+  file(GLOB static ${prefix}/lib/*/libvigil.a)
+  if(NOT static)
+    expect_refusal(static "the component \"static\" of vigil is not installed: build vigil with -D VIGIL_BUILD_STATIC=ON")
+  endif()
+endif()
 file(REMOVE_RECURSE ${WORK_DIR})

@@ -20,7 +20,8 @@ function(expect_files)
   endforeach()
 endfunction()
 
-# configure(SOURCE_DIR BUILD_DIR PREFIX): a separate project, against the installation in PREFIX.
+# configure(SOURCE_DIR BUILD_DIR PREFIX [ARGUMENT...]): a separate project, against the installation in PREFIX, with
+# arguments for cmake.
 function(configure source build prefix)
   if(TOOLCHAIN)
     set(tools -D CMAKE_TOOLCHAIN_FILE=${TOOLCHAIN})
@@ -33,7 +34,8 @@ function(configure source build prefix)
     -D CMAKE_BUILD_TYPE=${CONFIG}
     ${tools}
     -D CMAKE_CXX_FLAGS=${FLAGS}
-    -D CMAKE_PREFIX_PATH=${prefix})
+    -D CMAKE_PREFIX_PATH=${prefix}
+    ${ARGN})
 endfunction()
 
 # Lets later programs find the DLLs in PREFIX. Nothing listens on port 1: they must run without a
@@ -44,15 +46,46 @@ macro(prepare_environment prefix)
   set(ENV{WINEPATH} ${DRIVE}${prefix}/bin) # like PATH on Windows itself
 endmacro()
 
-# Builds the consumer project and runs it.
+# build_consumer(PREFIX [ARGUMENT...]): builds the consumer project, with arguments for cmake, and runs it.
 function(build_consumer prefix)
   set(build ${WORK_DIR}/build)
   file(REMOVE_RECURSE ${build} ${WORK_DIR}/log)
-  configure(${CONSUMER_DIR} ${build} ${prefix})
+  configure(${CONSUMER_DIR} ${build} ${prefix} ${ARGN})
   run(${CMAKE_COMMAND} --build ${build} --config ${CONFIG})
   prepare_environment(${prefix})
   run(${CMAKE_CTEST_COMMAND} --test-dir ${build} -C ${CONFIG} --output-on-failure)
   if(NOT EXISTS ${WORK_DIR}/log)
     message(FATAL_ERROR "The consumer left no log: did it run with the library?")
   endif()
+endfunction()
+
+# check_units(DIRECTORY BIN): systemd finds no mistake in the units of DIRECTORY. Their programs are in BIN.
+function(check_units directory bin)
+  file(GLOB units ${directory}/vigil-*.service ${directory}/vigil-*.socket)
+  if(NOT SYSTEMD_ANALYZE OR NOT units)
+    return()
+  endif()
+  run(${SYSTEMD_ANALYZE} --help)
+  string(FIND "${output}" "--offline" offline) # since systemd 250
+  set(copies "")
+  foreach(unit IN LISTS units) # systemd-analyze looks for the program where it will be installed
+    get_filename_component(name ${unit} NAME)
+    file(READ ${unit} text)
+    string(REGEX REPLACE "ExecStart=[^ \n]*/" "ExecStart=${bin}/" text "${text}")
+    file(WRITE ${WORK_DIR}/units/${name} "${text}")
+    list(APPEND copies ${WORK_DIR}/units/${name})
+  endforeach()
+  run(${SYSTEMD_ANALYZE} verify --man=no ${copies})
+  if(output MATCHES "vigil-") # bad lines are only ignored
+    message(FATAL_ERROR "The units have mistakes:\n${output}")
+  endif()
+  foreach(unit IN LISTS copies)
+    if(unit MATCHES "\\.service$" AND NOT offline EQUAL -1) # 25 stands for an exposure of 2.5
+      set(threshold 25)
+      if(unit MATCHES "vigil-agent")
+        set(threshold 12)
+      endif()
+      run(${SYSTEMD_ANALYZE} security --offline=true --threshold=${threshold} ${unit})
+    endif()
+  endforeach()
 endfunction()
