@@ -37,6 +37,8 @@ void EngineIdentity::load()
         log::warning(error.text());
     else if (!lines.isEmpty() && !readLines(lines))
         log::warning(m_file.damaged(QStringLiteral("it has no engine id")).text());
+    if (!m_id.isEmpty() && write(m_id, m_boots + 1))
+        m_id.clear(); // with an old count, this run would accept SETs recorded in the last one
     if (m_id.isEmpty())
         return;
     snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_PREMIB_READ_CONFIG, &handOverId, this);
@@ -75,17 +77,23 @@ int EngineIdentity::handOverBoots(int, int, void*, void* self)
 
 void EngineIdentity::store()
 {
-    // Net-SNMP would free the callback's argument, this object, at its shutdown.
-    snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_PREMIB_READ_CONFIG, &handOverId, this,
-                             1);
-    snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, &handOverBoots, this, 1);
+    if (!m_id.isEmpty()) {
+        // Net-SNMP would free the callback's argument, this object, at its shutdown.
+        snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_PREMIB_READ_CONFIG, &handOverId,
+                                 this, 1);
+        snmp_unregister_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, &handOverBoots, this,
+                                 1);
+    }
     u_char id[32];
-    const size_t size = snmpv3_get_engineID(id, sizeof id);
-    const QByteArray digits = QByteArray(reinterpret_cast<const char*>(id), static_cast<int>(size)).toHex();
-    const Error error = m_file.write(
-        {idWord + QString::fromLatin1(digits), bootsWord + QString::number(snmpv3_local_snmpEngineBoots())});
-    if (error)
+    const auto size = static_cast<int>(snmpv3_get_engineID(id, sizeof id));
+    const QByteArray digits = QByteArray(reinterpret_cast<const char*>(id), size).toHex();
+    if (const Error error = write(digits, static_cast<quint32>(snmpv3_local_snmpEngineBoots())))
         log::warning(error.text());
+}
+
+Error EngineIdentity::write(const QByteArray& id, quint32 boots) const
+{
+    return m_file.write({idWord + QString::fromLatin1(id), bootsWord + QString::number(boots)});
 }
 
 } // namespace agent

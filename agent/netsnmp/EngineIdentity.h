@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include "agent/core/Error.h"
 #include "agent/core/StateFile.h"
 
 namespace agent {
@@ -15,14 +16,15 @@ namespace agent {
 /// the agent, and a recorded SET could be replayed against the next run.
 ///
 /// Net-SNMP would also store users from the configuration, so that a removed user would stay.
-/// Failure: a file that cannot be used or written is logged. The engine then has a new id or an old count.
+/// Failure: a file that cannot be used or written is logged. The engine then has a new id.
 class EngineIdentity
 {
 public:
     /// With an empty path nothing is kept.
     explicit EngineIdentity(const QString& path);
 
-    /// Reads the last run's values. Net-SNMP takes them when it reads its configuration; store() must follow.
+    /// Reads the last run's values, and counts this run in the file. Net-SNMP takes the values when it reads
+    /// its configuration; store() must follow.
     void load();
 
     /// Stores this run's values. Call it once Net-SNMP has read its configuration, before it serves.
@@ -32,6 +34,7 @@ private:
     static int handOverId(int, int, void*, void* self);
     static int handOverBoots(int, int, void*, void* self);
     bool readLines(const QStringList& lines);
+    Error write(const QByteArray& id, quint32 boots) const;
 
     const StateFile m_file;
     QByteArray m_id; ///< in hexadecimal digits; empty for none
