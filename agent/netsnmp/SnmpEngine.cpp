@@ -92,7 +92,7 @@ private:
 } // namespace
 
 SnmpEngine::SnmpEngine(const Settings& settings, Clock& clock)
-    : m_settings(settings), m_identity(settings.engineFile), m_receivers(clock)
+    : m_settings(settings), m_identity(settings.engineFile), m_receivers(clock), m_replayGuard(clock)
 {
     if (isStandalone())
         return;
@@ -105,6 +105,7 @@ SnmpEngine::SnmpEngine(const Settings& settings, Clock& clock)
 SnmpEngine::~SnmpEngine()
 {
     m_eventLoop.stop();
+    m_replayGuard.stop();
     if (!isStandalone()) {
         m_link->stop();
         m_session->prepareToEnd();
@@ -149,6 +150,7 @@ Error SnmpEngine::initialise()
         m_identity.load();
         m_receivers.takeOver();
         takeConfiguration();
+        m_replayGuard.start();
     } else {
         m_session->initialise();
         m_link->start();

@@ -18,6 +18,7 @@
 #include "agent/netsnmp/MasterLink.h"
 #include "agent/netsnmp/NamedReceivers.h"
 #include "agent/netsnmp/NetSnmpEventLoop.h"
+#include "agent/netsnmp/ReplayGuard.h"
 
 namespace agent {
 
@@ -89,6 +90,7 @@ private:
     EngineIdentity m_identity;
     NetSnmpEventLoop m_eventLoop;
     NamedReceivers m_receivers;
+    ReplayGuard m_replayGuard;
     std::unique_ptr<AgentxSession> m_session; // null when standalone
     std::unique_ptr<MasterLink> m_link;       // null when standalone
     bool m_isRunning = false;
