@@ -12,7 +12,7 @@ namespace agent {
 namespace {
 
 constexpr int afterAccessControl = 10;
-constexpr qint64 rememberMs = 2 * 150'000;
+constexpr qint64 rememberMs = 300'000;
 constexpr size_t mostRemembered = 20'000;
 constexpr qint64 replayWarningPauseMs = 60'000;
 
