@@ -26,11 +26,14 @@ protected:
         peer.reset(server.nextPendingConnection());
     }
 
-    /// More than the system takes while the peer does not read.
+    /// More than the system takes while the peer does not read. Buffers of a fixed size cannot grow later.
     void fill()
     {
+        constexpr int bufferSize = 65536;
+        socket.setSocketOption(QAbstractSocket::SendBufferSizeSocketOption, bufferSize);
+        peer->setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, bufferSize);
         peer->setReadBufferSize(1);
-        while (socket.bytesToWrite() == 0)
+        while (socket.bytesToWrite() < 1000000)
             socket.write(QByteArray(1000000, 'x'));
     }
 
