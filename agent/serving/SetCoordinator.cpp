@@ -178,8 +178,6 @@ void SetCoordinator::handleTimeout(Key key)
     const auto position = m_sets.find(key);
     if (position == m_sets.end() || !position->second.handleTimeout())
         return;
-    if (position->second.state() == SetTransaction::Accepted)
-        return announce(key); // all have answered, and the time is up
     ++m_counts.timedOut;
     for (const SetTransaction::Question& question : position->second.questions()) {
         if (!question.isAccepted)

@@ -48,8 +48,6 @@ bool SetTransaction::handleLost(ApplicationId owner)
 
 bool SetTransaction::handleTimeout()
 {
-    if (m_state == Settling)
-        return step(TimedOut, 0, SNMP_ERR_NOERROR);
     const size_t index = findIndex(m_questions, [](const Question& each) { return !each.isAccepted; });
     return step(TimedOut, index, SNMP_ERR_RESOURCEUNAVAILABLE);
 }

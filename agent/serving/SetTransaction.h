@@ -48,7 +48,7 @@ public:
     static constexpr State nextState[5][7] = {
         //              OneAccepts  LastAccepts  OneRefuses  OwnerLost   TimedOut    Settled     Commit
         /* Asking    */ {Asking,    Settling,    Refused,    Refused,    Refused,    Asking,     Asking},
-        /* Settling  */ {Settling,  Settling,    Settling,   Refused,    Accepted,   Accepted,   Settling},
+        /* Settling  */ {Settling,  Settling,    Settling,   Refused,    Settling,   Accepted,   Settling},
         /* Accepted  */ {Accepted,  Accepted,    Accepted,   Accepted,   Accepted,   Accepted,   Committed},
         /* Refused   */ {Refused,   Refused,     Refused,    Refused,    Refused,    Refused,    Refused},
         /* Committed */ {Committed, Committed,   Committed,  Committed,  Committed,  Committed,  Committed},

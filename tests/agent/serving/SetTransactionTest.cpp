@@ -72,11 +72,13 @@ TEST_F(SetTransactionTest, ALossRightAfterTheLastAnswerStillDecides)
     EXPECT_FALSE(set.handleSettled());
 }
 
-TEST_F(SetTransactionTest, ATimeoutWhileSettlingAccepts)
+TEST_F(SetTransactionTest, ATimeoutDoesNotEndTheSettling)
 {
     acceptFirst();
     acceptSecond();
-    EXPECT_TRUE(set.handleTimeout());
+    EXPECT_FALSE(set.handleTimeout());
+    EXPECT_EQ(set.state(), SetTransaction::Settling);
+    EXPECT_TRUE(set.handleSettled());
     EXPECT_EQ(set.state(), SetTransaction::Accepted);
     EXPECT_EQ(set.decision().errorStatus, SNMP_ERR_NOERROR);
 }
