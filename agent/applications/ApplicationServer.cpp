@@ -371,9 +371,15 @@ bool ApplicationServer::hasMemoryFor(const User& user, size_t more) const
     return isFair(user, cellMemoryOf(user) + more, m_cells.store().memory() + more, m_limits.cellMemory());
 }
 
-/// The lost applications of the user make room, the oldest first.
+/// The lost applications of the user make room, the oldest first, if all together take enough.
 bool ApplicationServer::makeMemoryFor(const User& user, size_t more)
 {
+    if (hasMemoryFor(user, more))
+        return true;
+    const size_t lost = lostMemoryOf(user);
+    const size_t kept = cellMemoryOf(user) - lost;
+    if (!isFair(user, kept + more, m_cells.store().memory() - lost + more, m_limits.cellMemory()))
+        return false;
     while (!hasMemoryFor(user, more)) {
         if (!m_cells.removeOldestLossOf(user))
             return false;
@@ -388,6 +394,12 @@ size_t ApplicationServer::cellMemoryOf(const User& user) const
         if (connection->info().identity.user == user)
             memory += m_cells.store().memoryOf(application);
     }
+    return memory + lostMemoryOf(user);
+}
+
+size_t ApplicationServer::lostMemoryOf(const User& user) const
+{
+    size_t memory = 0;
     for (const auto& [application, info] : m_lost) {
         if (info.identity.user == user)
             memory += m_cells.store().memoryOf(application);

@@ -112,6 +112,7 @@ private:
     bool hasMemoryFor(const User& user, size_t more) const;
     bool makeMemoryFor(const User& user, size_t more);
     size_t cellMemoryOf(const User& user) const;
+    size_t lostMemoryOf(const User& user) const;
     size_t frameMemoryOf(const User& user) const;
     size_t cellsOf(const User& user) const;
     void refuse(ApplicationId application, const ObjectId& id, const Error& error);

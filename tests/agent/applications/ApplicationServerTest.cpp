@@ -569,6 +569,23 @@ TEST_F(MemoryShares, LostApplicationsOfTheUserMakeRoom)
     EXPECT_NEAR(static_cast<double>(store.memory()), all / 2.0, 11'000);
 }
 
+// All lost applications went, and the value was refused all the same.
+TEST_F(MemoryShares, LostApplicationsStayIfTheValueDoesNotFitWithoutThem)
+{
+    const auto living = connectScarce(1001);
+    auto lost = connectScarce(1001);
+    lost->publish("5.1", std::string(10'000, 'x'));
+    ASSERT_TRUE(waitForCells(1));
+    lost.reset();
+    ASSERT_TRUE(runUntil([&] { return scarce.applications().back().state == ApplicationInfo::State::Lost; }));
+    constexpr quint64 count = 7; // of 60 kB; 393 kB are the share
+    for (quint64 i = 0; i < count; ++i)
+        living->publish("6." + std::to_string(i), std::string(60'000, 'x'));
+    ASSERT_TRUE(runUntil([&] { return framesOf(*living) == count; }));
+    EXPECT_EQ(scarce.applications().size(), 2U) << "the lost one is still there";
+    EXPECT_EQ(scarce.applications().front().recordsRefused, 1U);
+}
+
 TEST_F(MemoryShares, UnfinishedFramesCount)
 {
     const auto victim = connectScarce(1002);
