@@ -43,18 +43,14 @@ void StateKeeper::restore(qint64 forgetMs)
         return;
     SavedState state;
     QStringList lines;
-    Error error = m_file.read(lines);
-    const int wrongLine = error ? 0 : state.readLines(lines);
-    if (wrongLine > 0)
-        error = m_file.damaged(QStringLiteral("line %1 has no meaning").arg(wrongLine));
-    if (error) {
-        lines.clear();
+    if (const Error error = m_file.read(lines))
         log::warning(error.text());
-    } else {
-        m_notifications.restore(state.notified, forgetMs);
-        for (const SavedApplication& application : state.lost)
-            m_applications.restore(application);
-    }
+    const SavedState::Wrong wrong = state.readLines(lines);
+    if (wrong.lines > 0)
+        log::warning(m_file.partlyDamaged(wrong.lines, wrong.first).text());
+    m_notifications.restore(state.notified, forgetMs);
+    for (const SavedApplication& application : state.lost)
+        m_applications.restore(application);
     m_saved = fingerprintOf(lines);
     connect(&m_applications, &ApplicationServer::lost, this, &StateKeeper::saveSoon);
     connect(&m_cells, &ServedCells::applicationGone, this, &StateKeeper::saveSoon);

@@ -63,4 +63,14 @@ Error StateFile::damaged(const QString& why) const
         QStringLiteral("the state file %1 cannot be used: %2. It will be replaced").arg(m_path, why));
 }
 
+Error StateFile::partlyDamaged(int lines, int first) const
+{
+    return Error(
+        QStringLiteral("%1 lines of the state file %2 cannot be used, the first is line %3; the agent "
+                       "goes on with the others")
+            .arg(lines)
+            .arg(m_path)
+            .arg(first));
+}
+
 } // namespace agent

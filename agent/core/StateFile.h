@@ -30,6 +30,9 @@ public:
     /// What an operator reads about content that cannot be used.
     Error damaged(const QString& why) const;
 
+    /// The same about some of its lines. first is the number of the first one, from 1.
+    Error partlyDamaged(int lines, int first) const;
+
 private:
     QString firstLine() const { return QStringLiteral("vigil-agent-%1-1").arg(m_kind); }
 

@@ -88,30 +88,36 @@ QStringList SavedState::toLines() const
     return lines;
 }
 
-int SavedState::readLines(const QStringList& lines)
+SavedState::Wrong SavedState::readLines(const QStringList& lines)
 {
+    Wrong wrong;
     for (int i = 0; i < lines.size(); ++i) {
-        if (!readLine(lines[i].split(QLatin1Char(' '))))
-            return i + 2; // the file has a line before
+        if (!readLine(lines[i].split(QLatin1Char(' '))) && wrong.lines++ == 0)
+            wrong.first = i + 2; // the file has a line before
     }
-    return 0;
+    return wrong;
+}
+
+bool SavedState::readApplication(const QStringList& words)
+{
+    const std::optional<SavedApplication> application = words.size() == 7 ? readLost(words) : std::nullopt;
+    m_hasApplication = application.has_value();
+    if (application)
+        lost.push_back(*application);
+    return m_hasApplication;
 }
 
 bool SavedState::readLine(const QStringList& words)
 {
-    if (words.size() == 7 && words[0] == lostWord) {
-        const std::optional<SavedApplication> application = readLost(words);
-        if (application)
-            lost.push_back(*application);
-        return application.has_value();
-    }
+    if (words[0] == lostWord)
+        return readApplication(words);
     if (words.size() < 3)
         return false;
     const std::optional<int> status = statusOf(words[1]);
     const std::optional<ObjectId> index = indexOf(words[2]);
     if (!status || !index)
         return false;
-    if (words.size() == 4 && words[0] == checkWord && !lost.empty()) {
+    if (words.size() == 4 && words[0] == checkWord && m_hasApplication) {
         lost.back().checks.push_back({*index, *status, textOf(words[3]).toStdString()});
         return true;
     }

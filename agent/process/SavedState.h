@@ -28,11 +28,19 @@ struct SavedState
 
     QStringList toLines() const;
 
-    /// Returns the number of the first line without meaning, from 1, or 0.
-    int readLines(const QStringList& lines);
+    /// The lines without meaning are left out. So are the checks of an application whose own line has none.
+    struct Wrong
+    {
+        int lines = 0;
+        int first = 0; ///< its number in the file, from 1
+    };
+    Wrong readLines(const QStringList& lines);
 
 private:
     bool readLine(const QStringList& words);
+    bool readApplication(const QStringList& words);
+
+    bool m_hasApplication = false; // the last application's line had a meaning
 };
 
 } // namespace agent

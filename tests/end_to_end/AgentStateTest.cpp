@@ -117,10 +117,13 @@ TEST_F(AgentState, ADamagedFileIsNotFatal)
 {
     QFile file(directory.filePath(QStringLiteral("state")));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("vigil-agent-state-1\nnonsense\nend\n");
+    file.write("vigil-agent-state-1\nlost 2026-01-31T12:34:56Z 1001 4711 127.0.0.1 40112 shop\nnonsense\n"
+               "check 2 1.97.1.99 down\n\nend\n");
     file.close();
     start();
-    EXPECT_TRUE(agent->waitForLog("cannot be used: line 2 has no meaning"));
+    EXPECT_TRUE(agent->waitForLog("2 lines of the state file "));
+    EXPECT_TRUE(agent->waitForLog("cannot be used, the first is line 3; the agent goes on with the others"));
+    EXPECT_EQ(tool->get(full("127.3.1.200.4.1.1.3.1.97.1.99")), QStringLiteral("3"));
     crash();
     EXPECT_EQ(agent->stop(), 0);
     EXPECT_TRUE(content("state").contains("check 0 1.97.1.98 so%20it%20is")) << content("state").constData();

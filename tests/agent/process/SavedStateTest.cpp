@@ -27,11 +27,7 @@ SavedState example()
     return state;
 }
 
-int wrongLineIn(const QString& line)
-{
-    SavedState state;
-    return state.readLines({QStringLiteral("notified 2 1.97.1.98"), line});
-}
+const QString soundLine = QStringLiteral("notified 2 1.97.1.98");
 
 } // namespace
 
@@ -41,7 +37,7 @@ TEST(SavedState, ReadsWhatItWrote)
     EXPECT_EQ(lines.value(0),
               QStringLiteral("lost 2026-01-31T12:34:56Z 1001 4711 127.0.0.1 40112 shop%20server"));
     SavedState read;
-    ASSERT_EQ(read.readLines(lines), 0) << qPrintable(lines.join(QLatin1Char('\n')));
+    ASSERT_EQ(read.readLines(lines).lines, 0) << qPrintable(lines.join(QLatin1Char('\n')));
     EXPECT_EQ(read.toLines(), lines);
     ASSERT_EQ(read.lost.size(), 2u);
     EXPECT_EQ(read.lost[0].info.identity.user, 1001u);
@@ -52,11 +48,28 @@ TEST(SavedState, ReadsWhatItWrote)
     EXPECT_EQ(read.notified, example().notified);
 }
 
-TEST(SavedState, NamesTheFirstLineWithoutMeaning)
+// One damaged line made the agent drop all others.
+TEST(SavedState, LeavesOutLinesWithoutMeaning)
 {
     for (const char* line :
          {"", "lost", "unknown 1 2", "notified 4 1.97", "notified x", "notified x 1.97", "notified 2 a.b",
           "check 0 1.97.1.98 before%20any%20application", "lost never 1001 4711 127.0.0.1 40112 x",
-          "lost 2026-01-31T12:34:56Z u 1 ::1 1 x"})
-        EXPECT_EQ(wrongLineIn(QLatin1String(line)), 3) << line;
+          "lost 2026-01-31T12:34:56Z u 1 ::1 1 x"}) {
+        SavedState state;
+        const SavedState::Wrong wrong =
+            state.readLines({soundLine, QLatin1String(line), soundLine, QLatin1String(line)});
+        EXPECT_EQ(wrong.lines, 2) << line;
+        EXPECT_EQ(wrong.first, 3) << line;
+        EXPECT_EQ(state.toLines(), QStringList{soundLine}) << line;
+    }
+}
+
+TEST(SavedState, NoApplicationGetsTheChecksOfAnotherWhoseLineIsDamaged)
+{
+    QStringList lines = example().toLines();
+    lines.append(QStringLiteral("lost 2026-01-31T12:34:56Z 1001 4711"));
+    lines.append(QStringLiteral("check 2 1.97.1.99 of%20the%20damaged%20one"));
+    SavedState state;
+    EXPECT_EQ(state.readLines(lines).lines, 2);
+    EXPECT_EQ(state.toLines(), example().toLines());
 }
