@@ -6,6 +6,8 @@
 #include <QCryptographicHash>
 
 #include <set>
+#include <utility>
+#include <vector>
 
 #include "agent/core/Log.h"
 
@@ -49,7 +51,7 @@ void StateKeeper::restore(qint64 forgetMs)
     if (wrong.lines > 0)
         log::warning(m_file.partlyDamaged(wrong.lines, wrong.first).text());
     m_notifications.restore(state.notified, forgetMs);
-    for (const SavedApplication& application : state.lost)
+    for (const SavedApplication& application : state.applications)
         m_applications.restore(application);
     m_saved = fingerprintOf(lines);
     connect(&m_applications, &ApplicationServer::lost, this, &StateKeeper::saveSoon);
@@ -86,20 +88,27 @@ void StateKeeper::save()
     m_isWarned = static_cast<bool>(error);
 }
 
-/// A check that managers know as OK needs no line: it would be treated the same without one.
+/// A check that managers know as OK needs no line: it would be treated the same without one. If they know
+/// another status, its application may never return to correct it.
 SavedState StateKeeper::current() const
 {
     SavedState state;
-    state.lost = m_applications.lostApplications();
+    state.applications = m_applications.lostApplications();
     std::set<ObjectId> lostChecks;
-    for (const SavedApplication& application : state.lost) {
+    for (const SavedApplication& application : state.applications) {
         for (const LostCheck& check : application.checks)
             lostChecks.insert(check.check);
     }
+    std::vector<ObjectId> notOk;
     for (const auto& [check, status] : m_notifications.notified()) {
-        if (status != 0 || lostChecks.count(check) > 0)
+        const bool isLost = lostChecks.count(check) > 0;
+        if (status != 0 || isLost)
             state.notified[check] = status;
+        if (status != 0 && !isLost)
+            notOk.push_back(check);
     }
+    for (SavedApplication& owner : m_applications.ownersOf(notOk))
+        state.applications.push_back(std::move(owner));
     return state;
 }
 

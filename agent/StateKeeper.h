@@ -17,6 +17,8 @@
 namespace agent {
 
 /// Keeps lost applications with their health checks, and the notified statuses, over a restart of the agent.
+/// An application that was connected is kept with the checks that managers know as not OK: if it does not
+/// come back, it is lost like any other.
 ///
 /// Ownership: everything it is given must outlive it.
 /// Failure: a file that cannot be read or written is logged; the agent serves without it. Writing is tried

@@ -111,12 +111,33 @@ std::vector<SavedApplication> ApplicationServer::lostApplications() const
     return saved;
 }
 
+std::vector<SavedApplication> ApplicationServer::ownersOf(const std::vector<ObjectId>& checks) const
+{
+    std::map<ApplicationId, SavedApplication> owners;
+    for (const ObjectId& check : checks) {
+        const std::optional<LostCheck> shown = m_cells.shownCheck(check);
+        const auto connection = shown ? m_connections.find(m_cells.ownerOf(check)) : m_connections.end();
+        if (connection == m_connections.end())
+            continue;
+        SavedApplication& owner = owners[connection->first];
+        owner.info = connection->second->info();
+        owner.checks.push_back(*shown);
+    }
+    std::vector<SavedApplication> list;
+    for (auto& [application, saved] : owners)
+        list.push_back(std::move(saved));
+    return list;
+}
+
 void ApplicationServer::restore(const SavedApplication& application)
 {
     const ApplicationId number = ++m_lastApplication;
     ApplicationInfo& info = m_lost[number] = application.info;
     info.number = number;
-    m_cells.restore(ownerOf(number), application.info.since, application.checks);
+    if (info.state == ApplicationInfo::State::Connected)
+        info.since = m_clock.nowUtc();
+    info.state = ApplicationInfo::State::Lost;
+    m_cells.restore(ownerOf(number), info.since, application.checks);
     if (m_cells.store().countOf(number) == 0)
         m_lost.erase(number);
 }

@@ -71,7 +71,10 @@ public:
     /// The lost applications, for a restart of the agent.
     std::vector<SavedApplication> lostApplications() const;
 
-    /// Takes up a lost application of the agent's last run.
+    /// The connected applications that own these checks, with the checks as managers read them.
+    std::vector<SavedApplication> ownersOf(const std::vector<ObjectId>& checks) const;
+
+    /// Takes up an application of the agent's last run. One that was connected is lost from now on.
     void restore(const SavedApplication& application);
 
     /// Since the start.

@@ -11,7 +11,7 @@
 
 namespace agent {
 
-/// A lost application as the agent keeps it over a restart: who it is, and its health checks.
+/// An application as the agent keeps it over a restart: who it is, and its health checks.
 struct SavedApplication
 {
     ApplicationInfo info; ///< its number and counts mean nothing in the next run

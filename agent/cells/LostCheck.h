@@ -11,8 +11,7 @@
 
 namespace agent {
 
-/// The row of a health check of a lost application, as the application last published it.
-/// A health check of a lost application, to be kept over a restart of the agent.
+/// A health check of an application that is lost, or will be when the agent ends, to be kept over a restart.
 struct LostCheck
 {
     /// A longer summary is cut: the state of many checks must fit into memory once more.

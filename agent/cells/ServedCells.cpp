@@ -116,6 +116,22 @@ std::vector<LostCheck> ServedCells::checksOf(ApplicationId application) const
     return checks;
 }
 
+std::optional<LostCheck> ServedCells::shownCheck(const ObjectId& check) const
+{
+    const Cell* status = m_store.find(healthTable::cellOf(Column::Status, check));
+    const int* number = status ? std::get_if<int>(&status->served()) : nullptr;
+    if (!number)
+        return std::nullopt;
+    const Cell* summary = m_store.find(healthTable::cellOf(Column::Summary, check));
+    const std::string* text = summary ? std::get_if<std::string>(&summary->served()) : nullptr;
+    return LostCheck{check, *number, text ? start(*text) : std::string()};
+}
+
+ApplicationId ServedCells::ownerOf(const ObjectId& check) const
+{
+    return m_store.find(healthTable::cellOf(Column::Status, check))->owner;
+}
+
 void ServedCells::restore(const Owner& owner, const QDateTime& since, const std::vector<LostCheck>& checks)
 {
     for (const LostCheck& check : checks) {

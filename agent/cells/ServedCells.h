@@ -51,6 +51,12 @@ public:
     /// The health checks that the application owns.
     std::vector<LostCheck> checksOf(ApplicationId application) const;
 
+    /// The check as managers read it; nothing if there is none.
+    std::optional<LostCheck> shownCheck(const ObjectId& check) const;
+
+    /// The owner of the check, which must exist.
+    ApplicationId ownerOf(const ObjectId& check) const;
+
     /// Serves health checks that were lost in the agent's last run.
     void restore(const Owner& owner, const QDateTime& since, const std::vector<LostCheck>& checks);
 

@@ -10,6 +10,7 @@ namespace agent {
 namespace {
 
 const QString lostWord = QStringLiteral("lost");
+const QString connectedWord = QStringLiteral("connected");
 const QString checkWord = QStringLiteral("check");
 const QString notifiedWord = QStringLiteral("notified");
 const QString unknownUser = QStringLiteral("unknown");
@@ -42,23 +43,24 @@ QString lineOf(const QStringList& words)
     return words.join(QLatin1Char(' '));
 }
 
-QString lostLine(const ApplicationInfo& info)
+QString applicationLine(const ApplicationInfo& info)
 {
     const Identity& identity = info.identity;
-    return lineOf({lostWord, info.since.toString(Qt::ISODate),
+    const bool isLost = info.state == ApplicationInfo::State::Lost;
+    return lineOf({isLost ? lostWord : connectedWord, info.since.toString(Qt::ISODate),
                    identity.user ? QString::number(*identity.user) : unknownUser,
                    QString::number(identity.process), info.address.toString(), QString::number(info.port),
                    word(identity.program.toUtf8())});
 }
 
-std::optional<SavedApplication> readLost(const QStringList& words)
+std::optional<SavedApplication> parsed(const QStringList& words)
 {
     bool isUser = false;
     bool isProcess = false;
     bool isPort = false;
     SavedApplication saved;
     ApplicationInfo& info = saved.info;
-    info.state = ApplicationInfo::State::Lost;
+    info.state = words[0] == lostWord ? ApplicationInfo::State::Lost : ApplicationInfo::State::Connected;
     info.since = QDateTime::fromString(words[1], Qt::ISODate);
     const uint user = words[2].toUInt(&isUser);
     if (isUser)
@@ -77,8 +79,8 @@ std::optional<SavedApplication> readLost(const QStringList& words)
 QStringList SavedState::toLines() const
 {
     QStringList lines;
-    for (const SavedApplication& application : lost) {
-        lines.append(lostLine(application.info));
+    for (const SavedApplication& application : applications) {
+        lines.append(applicationLine(application.info));
         for (const LostCheck& check : application.checks)
             lines.append(lineOf({checkWord, QString::number(check.status), toText(check.check),
                                  word(QByteArray::fromStdString(check.summary))}));
@@ -100,16 +102,16 @@ SavedState::Wrong SavedState::readLines(const QStringList& lines)
 
 bool SavedState::readApplication(const QStringList& words)
 {
-    const std::optional<SavedApplication> application = words.size() == 7 ? readLost(words) : std::nullopt;
+    const std::optional<SavedApplication> application = words.size() == 7 ? parsed(words) : std::nullopt;
     m_hasApplication = application.has_value();
     if (application)
-        lost.push_back(*application);
+        applications.push_back(*application);
     return m_hasApplication;
 }
 
 bool SavedState::readLine(const QStringList& words)
 {
-    if (words[0] == lostWord)
+    if (words[0] == lostWord || words[0] == connectedWord)
         return readApplication(words);
     if (words.size() < 3)
         return false;
@@ -118,7 +120,7 @@ bool SavedState::readLine(const QStringList& words)
     if (!status || !index)
         return false;
     if (words.size() == 4 && words[0] == checkWord && m_hasApplication) {
-        lost.back().checks.push_back({*index, *status, textOf(words[3]).toStdString()});
+        applications.back().checks.push_back({*index, *status, textOf(words[3]).toStdString()});
         return true;
     }
     if (words.size() == 3 && words[0] == notifiedWord) {

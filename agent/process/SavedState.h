@@ -14,16 +14,19 @@
 
 namespace agent {
 
-/// The state the agent keeps over a restart: the lost applications, and the status managers know of a check.
+/// The state the agent keeps over a restart: the status managers know of a check, the lost applications with
+/// their checks, and the connected ones with those checks managers know as not OK.
 ///
 /// As text it has one line for each application, for each check after its application, and for each status:
 ///
 ///     lost 2026-01-31T12:34:56Z 1001 4711 127.0.0.1 40112 shop-server
-///     check 0 4.115.104.111.112.2.100.98 all%20is%20well
+///     check 0 4.115.104.111.112.3.119.101.98 all%20is%20well
+///     connected 2026-01-31T12:00:00Z 1001 4712 127.0.0.1 40114 shop-database
+///     check 2 4.115.104.111.112.2.100.98 it%20is%20full
 ///     notified 2 4.115.104.111.112.2.100.98
 struct SavedState
 {
-    std::vector<SavedApplication> lost;
+    std::vector<SavedApplication> applications;
     std::map<ObjectId, int> notified; ///< by the index of the check's row
 
     QStringList toLines() const;

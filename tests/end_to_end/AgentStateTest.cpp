@@ -113,6 +113,37 @@ TEST_F(AgentState, ACheckLostLongBeforeTheRestartIsForgottenAloud)
     EXPECT_TRUE(support::runUntil([&] { return content("state") == "vigil-agent-state-1\nend\n"; }));
 }
 
+// Managers knew the check as CRITICAL for good: its application was connected when the agent ended, and never
+// came back.
+TEST_F(AgentState, AnAlarmOfAnApplicationThatDoesNotReturnIsNoLongerTrue)
+{
+    start();
+    const auto application = connectWithARow(2);
+    ASSERT_TRUE(support::runUntil([&] { return content("state").contains("connected "); }));
+    ASSERT_TRUE(agent->kill());
+    start();
+    EXPECT_TRUE(tool->waitFor(statusName, QStringLiteral("3"))) << agent->log().constData();
+    EXPECT_TRUE(tool->get(summaryName).startsWith(QStringLiteral("No connection to the application since ")));
+    EXPECT_TRUE(agent->waitForLog("notification about"));
+}
+
+TEST_F(AgentState, AnAlarmOfAnApplicationThatReturnsIsNotSentAgain)
+{
+    start();
+    connectWithARow(2);
+    ASSERT_TRUE(
+        support::runUntil([&] { return content("state").contains("check 2 1.97.1.98 so%20it%20is"); }));
+    EXPECT_EQ(agent->stop(), 0);
+    start({QStringLiteral("--grace"), QStringLiteral("3600")});
+    EXPECT_EQ(tool->get(statusName), QStringLiteral("2")) << "within the grace period";
+    const auto application = connectWithARow(2);
+    application->publish(relativeStatus, 0);
+    application->publish(relativeSummary, std::string("all is well"));
+    EXPECT_TRUE(agent->waitForLog("notification about"));
+    EXPECT_EQ(agent->log().count("notification about"), 1) << agent->log().constData();
+    EXPECT_TRUE(support::runUntil([&] { return content("state") == "vigil-agent-state-1\nend\n"; }));
+}
+
 TEST_F(AgentState, ADamagedFileIsNotFatal)
 {
     QFile file(directory.filePath(QStringLiteral("state")));
@@ -120,7 +151,7 @@ TEST_F(AgentState, ADamagedFileIsNotFatal)
     file.write("vigil-agent-state-1\nlost 2026-01-31T12:34:56Z 1001 4711 127.0.0.1 40112 shop\nnonsense\n"
                "check 2 1.97.1.99 down\n\nend\n");
     file.close();
-    start();
+    start({QStringLiteral("--forget"), QStringLiteral("0")});
     EXPECT_TRUE(agent->waitForLog("2 lines of the state file "));
     EXPECT_TRUE(agent->waitForLog("cannot be used, the first is line 3; the agent goes on with the others"));
     EXPECT_EQ(tool->get(full("127.3.1.200.4.1.1.3.1.97.1.99")), QStringLiteral("3"));

@@ -20,9 +20,10 @@ SavedState example()
     shop.checks = {{{1, 97, 1, 98}, 0, "all is\nwell, 100 % ü"}, {{0, 0}, 2, ""}};
     SavedApplication stranger;
     stranger.info = shop.info;
+    shop.info.state = agent::ApplicationInfo::State::Lost;
     stranger.info.identity = {};
     SavedState state;
-    state.lost = {shop, stranger};
+    state.applications = {shop, stranger};
     state.notified = {{{1, 97, 1, 98}, 3}};
     return state;
 }
@@ -39,12 +40,13 @@ TEST(SavedState, ReadsWhatItWrote)
     SavedState read;
     ASSERT_EQ(read.readLines(lines).lines, 0) << qPrintable(lines.join(QLatin1Char('\n')));
     EXPECT_EQ(read.toLines(), lines);
-    ASSERT_EQ(read.lost.size(), 2u);
-    EXPECT_EQ(read.lost[0].info.identity.user, 1001u);
-    EXPECT_EQ(read.lost[0].info.state, agent::ApplicationInfo::State::Lost);
-    ASSERT_EQ(read.lost[0].checks.size(), 2u);
-    EXPECT_EQ(read.lost[0].checks[0].summary, "all is\nwell, 100 % ü");
-    EXPECT_EQ(read.lost[1].info.identity.user, std::nullopt);
+    ASSERT_EQ(read.applications.size(), 2u);
+    EXPECT_EQ(read.applications[0].info.identity.user, 1001u);
+    EXPECT_EQ(read.applications[0].info.state, agent::ApplicationInfo::State::Lost);
+    ASSERT_EQ(read.applications[0].checks.size(), 2u);
+    EXPECT_EQ(read.applications[0].checks[0].summary, "all is\nwell, 100 % ü");
+    EXPECT_EQ(read.applications[1].info.identity.user, std::nullopt);
+    EXPECT_EQ(read.applications[1].info.state, agent::ApplicationInfo::State::Connected);
     EXPECT_EQ(read.notified, example().notified);
 }
 
