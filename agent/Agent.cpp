@@ -50,6 +50,7 @@ Agent::Agent(const Options& options)
     : m_options(options),
       m_cells(m_store, m_clock, settingsOf(options)),
       m_applications(m_cells, m_clock, options.limits),
+      m_notifications(m_cells, m_clock, options.limits.notificationMemory()),
       m_stateKeeper(m_cells, m_applications, m_notifications, m_clock, stateFile(options, "state")),
       m_coordinator(m_store, m_applications, m_clock, options.setTimeoutMs),
       m_engine({options.standaloneAddress, options.configFile, options.agentxAddress, options.subtree,

@@ -62,7 +62,7 @@ private:
     ServedCells m_cells;
     CheckList m_checks{m_cells, m_clock};
     ApplicationServer m_applications;
-    Notifications m_notifications{m_cells, m_clock};
+    Notifications m_notifications;
     StateKeeper m_stateKeeper;
     SetCoordinator m_coordinator;
     SubtreeHandler m_handler{m_store, m_coordinator};

@@ -64,9 +64,11 @@ public:
     void ask(ApplicationId owner, int number, const ObjectId& id, const CellValue& value) override;
     void commit(ApplicationId owner, const ObjectId& id, const CellValue& value) override;
 
-    /// The memory that applications take, in bytes. It never exceeds the limit by more than a burst.
+    /// The memory of cells and unfinished frames, in bytes. It never exceeds the limit by more than a burst.
     size_t memory() const { return m_cells.store().memory() + m_frameMemory; }
-    size_t memoryLimit() const { return m_limits.cellMemory() + m_limits.frameMemory(); }
+
+    /// The limit of all that applications cause; notifications are a part of it.
+    size_t memoryLimit() const { return m_limits.memory(); }
 
     /// The lost applications, for a restart of the agent.
     std::vector<SavedApplication> lostApplications() const;

@@ -27,11 +27,18 @@ struct Limits
 
     std::set<std::uint32_t> users; ///< who may publish; empty: every user, also an unknown one
 
-    /// The memory for the cells of all applications, connected or lost.
-    std::size_t cellMemory() const { return 3 * frameMemory(); }
+    std::size_t memory() const { return static_cast<std::size_t>(megabytes) * 1024 * 1024; }
 
-    /// The memory for their unfinished frames. It is separate, so many cells never end a connection.
-    std::size_t frameMemory() const { return static_cast<std::size_t>(megabytes) * 1024 * 1024 / 4; }
+    // The parts of the memory are separate, so many cells never end a connection or drop a notification.
+
+    /// For the cells of all applications, connected or lost.
+    std::size_t cellMemory() const { return memory() / 4 * 3; }
+
+    /// For their unfinished frames.
+    std::size_t frameMemory() const { return memory() / 8; }
+
+    /// For notifications that wait for their turn.
+    std::size_t notificationMemory() const { return memory() / 8; }
 
     /// Cells of all lost applications together.
     std::size_t lostCells() const { return 10 * static_cast<std::size_t>(cells); }

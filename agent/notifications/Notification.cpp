@@ -35,14 +35,19 @@ Notification Notification::ofHealth(const HealthChange& change)
     return {vigilHealthStatusChanged,
             {{cellOf(Column::Status, change.check), change.status},
              {vigilHealthCheckPreviousStatus, change.previousStatus},
-             {cellOf(Column::Summary, change.check), shortened(change.summary, maxText)}}};
+             {cellOf(Column::Summary, change.check), cut(change.summary)}}};
 }
 
 Notification Notification::ofValue(const ObjectId& cell, CellValue value)
 {
     if (std::string* text = std::get_if<std::string>(&value))
-        *text = shortened(std::move(*text), maxText);
+        *text = cut(std::move(*text));
     return {vigilValueChanged, {{cell, std::move(value)}}};
+}
+
+std::string Notification::cut(std::string text)
+{
+    return shortened(std::move(text), maxText);
 }
 
 size_t Notification::size() const

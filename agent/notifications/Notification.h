@@ -4,6 +4,7 @@
 #ifndef VIGIL_AGENT_NOTIFICATIONS_NOTIFICATION_H
 #define VIGIL_AGENT_NOTIFICATIONS_NOTIFICATION_H
 
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -26,6 +27,9 @@ struct Notification
 
     /// vigilValueChanged
     static Notification ofValue(const ObjectId& cell, CellValue value);
+
+    /// A text as notifications have it.
+    static std::string cut(std::string text);
 
     /// Roughly the memory it takes while it waits for its turn, or Net-SNMP for the response to an inform.
     size_t size() const;

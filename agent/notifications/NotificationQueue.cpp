@@ -14,7 +14,6 @@ namespace {
 
 constexpr qint64 bytesPerMs = 2'000;
 constexpr qint64 maxCredit = 1000 * bytesPerMs;
-constexpr size_t maxWaitingSize = 60'000'000;
 constexpr int criticalStatus = 2;
 constexpr int mostCriticalInRow = 9; // then one of the others: a flood must not hold recoveries back
 constexpr qint64 turnMs = 50;
@@ -24,8 +23,12 @@ constexpr qint64 warningPauseMs = 60'000;
 
 } // namespace
 
-NotificationQueue::NotificationQueue(Clock& clock, Send send)
-    : m_clock(clock), m_send(std::move(send)), m_credit(maxCredit), m_creditedMs(clock.elapsedMs())
+NotificationQueue::NotificationQueue(Clock& clock, size_t maxMemory, Send send)
+    : m_clock(clock),
+      m_maxMemory(maxMemory),
+      m_send(std::move(send)),
+      m_credit(maxCredit),
+      m_creditedMs(clock.elapsedMs())
 {}
 
 void NotificationQueue::sendInTurn(HealthChange change, ApplicationId application)
@@ -39,7 +42,7 @@ void NotificationQueue::sendInTurn(HealthChange change, ApplicationId applicatio
             return;
     }
     add(std::move(change), application);
-    while (m_waitingSize > maxWaitingSize)
+    while (m_waitingSize > m_maxMemory)
         makeRoom();
     drainLater();
 }
@@ -65,6 +68,8 @@ NotificationQueue::Order& NotificationQueue::orderOf(const Waiting& waiting)
 void NotificationQueue::add(HealthChange change, ApplicationId application)
 {
     const ObjectId check = change.check;
+    change.summary = Notification::cut(std::move(change.summary)); // only this much is sent
+    change.summary.shrink_to_fit();
     const size_t size = Notification::ofHealth(change).size();
     Waiting& waiting = m_waiting[check] = {std::move(change), application, size, {}};
     Order& order = orderOf(waiting);

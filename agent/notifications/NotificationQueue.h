@@ -21,7 +21,7 @@ namespace agent {
 ///
 /// Net-SNMP keeps every inform until its response or a time-out of some seconds, and has no limit itself.
 /// The queue therefore lets 2 MB of notifications through a second, about 300 of them. Changes of health wait
-/// for their turn, in 60 MB at most, and while there is no one to send them to. CRITICAL goes first, but
+/// for their turn, in bounded memory, and while there is no one to send them to. CRITICAL goes first, but
 /// in a flood every tenth is another one. The applications take turns, so one that flaps does not delay the
 /// others. A further change of a waiting check replaces the first; if the two cancel out, neither is sent.
 ///
@@ -39,7 +39,7 @@ public:
     using IsReady = std::function<bool()>;
 
     /// send is called from the event loop, and from inside the functions below.
-    NotificationQueue(Clock& clock, Send send);
+    NotificationQueue(Clock& clock, size_t maxMemory, Send send);
 
     /// Nothing is sent while isReady() is false.
     void setReady(IsReady isReady) { m_isReady = std::move(isReady); }
@@ -49,6 +49,9 @@ public:
     void sendNowOrDrop(const Notification& notification);
 
     size_t dropped() const { return m_dropped; }
+
+    /// The memory of what waits, in bytes: more than it takes, since a notification on its way takes more.
+    size_t memory() const { return m_waitingSize; }
 
     /// Managers do not know the waiting changes yet: replaces these statuses by the known ones.
     void correct(std::map<ObjectId, int>& notified) const;
@@ -95,6 +98,7 @@ private:
     void drain();
 
     Clock& m_clock;
+    const size_t m_maxMemory;
     const Send m_send;
     IsReady m_isReady = [] { return true; };
     std::map<ObjectId, Waiting> m_waiting; // by check

@@ -5,9 +5,9 @@
 
 namespace agent {
 
-Notifications::Notifications(const ServedCells& cells, Clock& clock)
+Notifications::Notifications(const ServedCells& cells, Clock& clock, size_t maxMemory)
     : m_cells(cells),
-      m_queue(clock, [this](const Notification& notification) { m_sender.send(notification); }),
+      m_queue(clock, maxMemory, [this](const Notification& notification) { m_sender.send(notification); }),
       m_policy(
           clock, [this](const ObjectId& check) { return served(check); },
           [this](const HealthChange& change) {

@@ -27,7 +27,8 @@ class Notifications : public QObject
     Q_OBJECT
 
 public:
-    Notifications(const ServedCells& cells, Clock& clock);
+    /// maxMemory limits the notifications that wait.
+    Notifications(const ServedCells& cells, Clock& clock, size_t maxMemory);
 
     /// Sends the cell's value to managers, as its application has requested.
     void notifyOfValue(const ObjectId& cell);
@@ -37,6 +38,9 @@ public:
 
     /// Counts notifications dropped for want of room or, if about values, of a master.
     quint64 dropped() const { return m_queue.dropped(); }
+
+    /// The memory of notifications that wait.
+    size_t memory() const { return m_queue.memory(); }
 
     /// Counts notifications with at least one receiver.
     quint64 sent() const { return m_sender.sent(); }

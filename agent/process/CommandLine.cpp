@@ -149,11 +149,12 @@ private:
         QStringLiteral("max-user-cells"), QStringLiteral("n"),
         QStringLiteral("Accept at most <n> cells from all applications of one user other than root."), 1,
         mostCells, m_options.limits.userCells);
-    const Number m_maxMemory = numberOption(
-        QStringLiteral("max-memory"), QStringLiteral("mb"),
-        QStringLiteral("Use at most <mb> megabytes for the cells and unfinished frames of all applications. "
-                       "A user other than root has at most as much as remains free for others."),
-        leastMegabytes, mostMegabytes, m_options.limits.megabytes);
+    const Number m_maxMemory =
+        numberOption(QStringLiteral("max-memory"), QStringLiteral("mb"),
+                     QStringLiteral("Use at most <mb> megabytes for the cells, unfinished frames and waiting "
+                                    "notifications of all applications. A user other than root has at most "
+                                    "as much as remains free for others."),
+                     leastMegabytes, mostMegabytes, m_options.limits.megabytes);
     const Number m_maxText = numberOption(QStringLiteral("max-text"), QStringLiteral("n"),
                                           QStringLiteral("Cut texts longer than <n> bytes. Behind snmpd "
                                                          "%1 is the most, and the default.")

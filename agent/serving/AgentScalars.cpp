@@ -99,7 +99,7 @@ void AgentScalars::put(netsnmp_variable_list* varbind, oid object) const
     case Rejoins:
         return putNumber(varbind, ASN_COUNTER, m_engine.rejoins());
     case Memory:
-        return putGauge(varbind, m_applications.memory() / bytesPerKilobyte);
+        return putGauge(varbind, (m_applications.memory() + m_notifications.memory()) / bytesPerKilobyte);
     case MemoryLimit:
         return putGauge(varbind, m_applications.memoryLimit() / bytesPerKilobyte);
     case SetsFailedAtOnce:

@@ -591,10 +591,9 @@ TEST_F(MemoryShares, UnfinishedFramesCount)
     const auto victim = connectScarce(1002);
     victim->publish("6.1", 1);
     const auto application = connectScarce(1001);
-    const QByteArray half =
-        QByteArray::fromHex("abba08154711f0070000000003000000") + QByteArray(100'000, 'x');
+    const QByteArray half = QByteArray::fromHex("abba08154711f0070000000003000000") + QByteArray(50'000, 'x');
     application->sendBytes(half);
-    EXPECT_TRUE(runUntil([&] { return scarce.memory() >= 100'000; }));
+    EXPECT_TRUE(runUntil([&] { return scarce.memory() >= 50'000; }));
     const auto next = connectScarce(1001);
     next->sendBytes(half);
     EXPECT_TRUE(next->waitForDisconnect());

@@ -4,6 +4,9 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <string>
+
+#include <malloc.h>
 
 #include "agent/notifications/NotificationQueue.h"
 #include "support/ManualClock.h"
@@ -55,7 +58,8 @@ protected:
     const ObjectId value{1, 3, 6, 1, 4, 1, 32473, 5};
     support::ManualClock clock;
     std::vector<Notification> sent;
-    NotificationQueue queue{clock,
+    static constexpr size_t maxMemory = 60'000'000;
+    NotificationQueue queue{clock, maxMemory,
                             [this](const Notification& notification) { sent.push_back(notification); }};
 
 private:
@@ -117,6 +121,23 @@ TEST_F(NotificationQueueTest, TheQueueIsBounded)
     EXPECT_GT(sent.size(), 9'000u);
     addHealth(1);
     EXPECT_EQ(sent.size() + queue.dropped(), 50'001u);
+}
+
+// The queue counted summaries as they are sent, but kept all of their 60 000 bytes: ten times the limit.
+TEST_F(NotificationQueueTest, KeepsOfASummaryOnlyWhatIsSent)
+{
+    bool isReady = false;
+    queue.setReady([&] { return isReady; });
+    const std::string longText(60'000, 'x');
+    const size_t heapBefore = mallinfo2().uordblks;
+    for (unsigned int check = 0; check < 1000; ++check)
+        queue.sendInTurn({{check}, 2, 0, longText, false}, 1);
+    EXPECT_LT(mallinfo2().uordblks - heapBefore, queue.memory());
+    EXPECT_LE(queue.memory(), maxMemory);
+    isReady = true;
+    clock.advance(120'000);
+    EXPECT_EQ(sent.size(), 1000u);
+    EXPECT_EQ(queue.memory(), 0u);
 }
 
 // --- Without a master
