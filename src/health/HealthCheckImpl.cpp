@@ -106,6 +106,7 @@ void HealthCheckImpl::update()
 {
     if (platform::isForkedChild())
         return;
+    const base::MutexLock lock(m_store->updateMutex());
     m_store->evaluateAll();
     const std::vector<ResultEntry>& results = m_store->results();
     m_status = worstStatus(results);

@@ -8,6 +8,10 @@
 #include "health/HealthCheckImpl.h"
 #include "health/InternalMetric.h"
 
+namespace {
+constexpr int updateTimeoutMs = 5000;
+}
+
 vigil::HealthCheck* MetricStore::getOwner() const
 {
     return m_owner;
@@ -30,28 +34,53 @@ void MetricStore::unregisterObserver(RemoteMetricObserver* observer)
 
 void MetricStore::addMetric(const std::string& name, const std::shared_ptr<InternalMetric>& metric)
 {
+    const base::MutexLock lock(m_metricsMutex);
     m_metrics[name] = metric;
 }
 
 void MetricStore::removeMetric(InternalMetric* metric)
 {
     const std::string name = metric->getName();
+    {
+        const base::MutexLock lock(m_metricsMutex);
+        m_metrics.erase(name);
+    }
+    waitForUpdate();
     m_owner->connector().removeMetric(name);
-    m_metrics.erase(name);
+}
+
+/// Without the metrics' lock: an update takes it. An update inside a callback waits for no other thread, so
+/// the caller, who needs the callback store's lock next, does not have to hold it now. The limit is for the
+/// end of a process on Windows, where the updating thread may be gone.
+void MetricStore::waitForUpdate()
+{
+    if (m_updateMutex.tryLock(updateTimeoutMs))
+        m_updateMutex.unlock();
 }
 
 void MetricStore::clear()
 {
+    const base::MutexLock lock(m_metricsMutex);
     m_metrics.clear();
+}
+
+std::vector<std::shared_ptr<InternalMetric>> MetricStore::metrics()
+{
+    const base::MutexLock lock(m_metricsMutex);
+    std::vector<std::shared_ptr<InternalMetric>> metrics;
+    metrics.reserve(m_metrics.size());
+    for (const auto& entry : m_metrics) {
+        if (std::shared_ptr<InternalMetric> metric = entry.second.lock())
+            metrics.push_back(std::move(metric));
+    }
+    return metrics;
 }
 
 void MetricStore::evaluateAll()
 {
     m_results.clear();
-    for (const auto& entry : m_metrics) {
-        if (const std::shared_ptr<InternalMetric> metric = entry.second.lock())
-            evaluate(*metric);
-    }
+    for (const auto& metric : metrics())
+        evaluate(*metric);
 }
 
 void MetricStore::evaluate(InternalMetric& metric)

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "base/ThreadSafety.h"
 #include "types/ResultEntry.h"
 
 namespace vigil {
@@ -23,8 +24,9 @@ class RemoteMetricObserver;
 ///
 /// Purpose: metrics reach their check through it; it forwards their changes to the check's connector.
 ///
-/// Threads: the thread of the health check; notifyChanged() and evaluateAll() also the client thread if an
-/// application publishes inside a callback. No lock: the application keeps the threads apart.
+/// Threads: metrics may be added and removed beside an evaluation on another thread, so that the handles of
+/// <vigil/raii.h> need no lock around an operation that waits for a callback. One thread at a time evaluates,
+/// and one adds or removes.
 ///
 /// Ownership: the check owns it. Metrics own themselves and outlive it; they hold weak references to it.
 class MetricStore
@@ -41,8 +43,8 @@ public:
     /// Enters metric under its name; it replaces an earlier one.
     void addMetric(const std::string& name, const std::shared_ptr<InternalMetric>& metric);
 
-    /// Withdraws the rows under the name of metric, and removes the entry under this name even if it is
-    /// another metric's.
+    /// Removes the entry under the name of metric, even if it is another metric's, and withdraws the rows
+    /// under this name. Waits for an update in progress first: it would publish the rows again.
     void removeMetric(InternalMetric* metric);
 
     /// Removes all entries. The metrics and their rows stay.
@@ -54,12 +56,19 @@ public:
     /// The outcome of the last evaluateAll().
     const std::vector<ResultEntry>& results() const { return m_results; }
 
+    /// Held by the check from the evaluation to the end of the publishing.
+    base::Mutex& updateMutex() { return m_updateMutex; }
+
 private:
+    std::vector<std::shared_ptr<InternalMetric>> metrics();
     void evaluate(InternalMetric& metric);
+    void waitForUpdate();
 
     HealthCheckImpl* const m_owner;
+    base::Mutex m_updateMutex;
     std::vector<ResultEntry> m_results;
-    std::map<std::string, std::weak_ptr<InternalMetric>> m_metrics;
+    base::Mutex m_metricsMutex;
+    std::map<std::string, std::weak_ptr<InternalMetric>> m_metrics VIGIL_GUARDED_BY(m_metricsMutex);
 };
 
 #endif

@@ -96,6 +96,14 @@ void ScalarMetricImpl::setValue(double value)
 {
     const Lock lock(m_mutex);
     m_value = value;
+    m_isUnknown = false;
+}
+
+void ScalarMetricImpl::setUnknown(const std::string& reason)
+{
+    const Lock lock(m_mutex);
+    m_unknownReason = QString::fromStdString(reason);
+    m_isUnknown = true;
 }
 
 double ScalarMetricImpl::getValue() const
@@ -113,7 +121,9 @@ void ScalarMetricImpl::setPerformanceDataEnabled(bool enabled)
 bool ScalarMetricImpl::evaluate(Result& out)
 {
     const Lock lock(m_mutex);
-    if (!m_criticalRange.current().match(m_value))
+    if (m_isUnknown)
+        out = Result(getName(), HealthStatus::Unknown, unknownMessage());
+    else if (!m_criticalRange.current().match(m_value))
         out = Result(getName(), HealthStatus::Critical, "out of critical range: " + message());
     else if (!m_warningRange.current().match(m_value))
         out = Result(getName(), HealthStatus::Warning, "out of warning range: " + message());
@@ -131,10 +141,15 @@ std::string ScalarMetricImpl::message() const
     return text.toStdString();
 }
 
+std::string ScalarMetricImpl::unknownMessage() const
+{
+    return (m_name + QLatin1String(" is UNKNOWN, ") + m_unknownReason + QLatin1Char('.')).toStdString();
+}
+
 bool ScalarMetricImpl::getPerformanceData(PerformanceData& out)
 {
     const Lock lock(m_mutex);
-    if (!m_perfDataEnabled)
+    if (!m_perfDataEnabled || m_isUnknown)
         return false;
     out.setLabel(getName());
     out.setValue(m_value);

@@ -54,6 +54,9 @@ public:
     void clearRangeChangeHandler() override;
     vigil::HealthCheck* getHealthCheck() const override;
 
+    /// UNKNOWN, with this reason and without performance data, until the next setValue().
+    void setUnknown(const std::string& reason);
+
     vigil::Metric& getMetric() override;
     bool checkRangeChange(RangeKind kind, const vigil::Range& range) override;
     void applyRange(RangeKind kind, const vigil::Range& range) override;
@@ -65,6 +68,7 @@ private:
     ScalarMetricImpl(const std::string& name, const std::shared_ptr<MetricStore>& store);
 
     std::string message() const;
+    std::string unknownMessage() const;
     void publish();
     RangeChangeHandler* rangeHandler() const;
 
@@ -74,6 +78,8 @@ private:
     const QString m_name;
     QString m_unit;
     double m_value = 0.0;
+    bool m_isUnknown = false;
+    QString m_unknownReason;
     RangeHistory m_warningRange;
     RangeHistory m_criticalRange;
     bool m_perfDataEnabled = true;
