@@ -3,7 +3,7 @@
 
 // The shortest complete program: one check with one metric, published once a second for five seconds.
 
-#include <vigil/vigil.h>
+#include <vigil/raii.h>
 
 #include <chrono>
 #include <iostream>
@@ -11,20 +11,17 @@
 
 int main()
 {
-    vigil::HealthCheck* check = vigil::createHealthCheck("hello", "health");
-    check->setDescription("Hello, health");
+    vigil::CheckHandle check("hello", "health");
+    check.setDescription("Hello, health");
 
-    vigil::ScalarMetric* seconds = check->createScalarMetric("seconds");
-    seconds->setUnit(" s");
-    seconds->setWarningRange(vigil::Range::CreateThresholdAbove(3));
+    vigil::ScalarHandle seconds(check, "seconds");
+    seconds.setUnit(" s");
+    seconds.setWarningRange(vigil::Range::CreateThresholdAbove(3));
 
     for (int second = 1; second <= 5; ++second) {
-        seconds->setValue(second);
-        check->update();
-        std::cout << check->getSummary() << std::endl;
+        seconds.setValue(second);
+        check.update();
+        std::cout << check.getSummary() << std::endl;
         std::this_thread::sleep_for(std::chrono::seconds(1));
     }
-
-    seconds->remove();
-    check->destroy();
 }

@@ -7,12 +7,14 @@
 #include <string>
 #include <vector>
 
+#include <vigil/GlobalNames.h>
 #include <vigil/ManagementHandler.h>
-#include <vigil/vigil_export.h>
 
 namespace vigil {
 class Metric;
 } // namespace vigil
+
+VIGIL_GLOBAL_BEGIN
 
 class RemoteMetricObserver; // internal to the library, as is ResultEntry
 struct ResultEntry;
@@ -31,7 +33,7 @@ struct ResultEntry;
 /// Ownership: the health check owns its connector. A connector does not own observers and handlers.
 ///
 /// Failure: no operation reports an error.
-class VIGIL_EXPORT Connector
+class VIGIL_GLOBAL_EXPORT Connector
 {
 public:
     Connector();
@@ -61,8 +63,12 @@ public:
     virtual ~Connector();
 };
 
+VIGIL_GLOBAL_END
+
+#if !defined(VIGIL_NO_GLOBAL_NAMES)
 namespace vigil {
 using ::Connector;
 } // namespace vigil
+#endif
 
 #endif

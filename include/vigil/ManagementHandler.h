@@ -6,7 +6,9 @@
 
 #include <string>
 
-#include <vigil/vigil_export.h>
+#include <vigil/GlobalNames.h>
+
+VIGIL_GLOBAL_BEGIN
 
 /// Functions of the application for a manager to trigger.
 ///
@@ -49,7 +51,7 @@
 /// it.
 ///
 /// Failure: must not throw.
-class VIGIL_EXPORT ManagementHandler
+class VIGIL_GLOBAL_EXPORT ManagementHandler
 {
 public:
     virtual ~ManagementHandler() = default;
@@ -63,8 +65,12 @@ public:
     virtual void managementFunction5(const std::string& argument) = 0;
 };
 
+VIGIL_GLOBAL_END
+
+#if !defined(VIGIL_NO_GLOBAL_NAMES)
 namespace vigil {
 using ::ManagementHandler;
 } // namespace vigil
+#endif
 
 #endif

@@ -4,12 +4,14 @@
 #ifndef VIGIL_RANGECHANGEHANDLER_H
 #define VIGIL_RANGECHANGEHANDLER_H
 
-#include <vigil/vigil_export.h>
+#include <vigil/GlobalNames.h>
 
 namespace vigil {
 class Range;
 class ScalarMetric;
 } // namespace vigil
+
+VIGIL_GLOBAL_BEGIN
 
 /// One of the two ranges of a metric. The numbers are part of the binary interface.
 enum class RangeKind : int { Warning = 0, Critical = 1 };
@@ -53,7 +55,7 @@ enum class RangeKind : int { Warning = 0, Critical = 1 };
 /// Ownership: the application owns it and calls ScalarMetric::clearRangeChangeHandler() before destroying it.
 ///
 /// Failure: must not throw.
-class VIGIL_EXPORT RangeChangeHandler
+class VIGIL_GLOBAL_EXPORT RangeChangeHandler
 {
 public:
     virtual ~RangeChangeHandler() = default;
@@ -69,9 +71,13 @@ public:
     virtual void rangeChanged(vigil::ScalarMetric* metric, RangeKind kind) = 0;
 };
 
+VIGIL_GLOBAL_END
+
+#if !defined(VIGIL_NO_GLOBAL_NAMES)
 namespace vigil {
 using ::RangeChangeHandler;
 using ::RangeKind;
 } // namespace vigil
+#endif
 
 #endif

@@ -21,7 +21,13 @@ else()
   # Weak symbols, first of all vtables and type information, depend on compiler and optimisation.
   run_tool(${NM} -D --defined-only ${LIBRARY})
   list(FILTER expected EXCLUDE REGEX "^_ZT")
-  set(line_pattern "[0-9a-f]+ [A-UX-Z] ([_A-Za-z0-9]+)")
+  set(line_pattern "[0-9a-f]+ [B-UX-Z] ([_A-Za-z0-9]+)") # A are the versions themselves
+  # The version of each symbol: that of the C interface for its functions, that of the classes for all else.
+  string(REGEX MATCHALL " (vigil_[_a-z0-9]+@@VIGIL_1|_Z[^@\n]+@@VIGIL_C_1|[^@ \n]+)\n" misplaced "${output}")
+  list(FILTER misplaced EXCLUDE REGEX "^ VIGIL_(C_)?1\n")
+  if(misplaced)
+    message(FATAL_ERROR "${LIBRARY} has symbols of the wrong version: ${misplaced}")
+  endif()
 endif()
 string(REGEX MATCHALL "${line_pattern}" lines "${output}")
 if(NOT lines)

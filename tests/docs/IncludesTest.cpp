@@ -34,6 +34,7 @@ constexpr Room rooms[] = {
     {"src/base/",           "src/base/BuildInfo src/base/wire/ src/platform/"},
     {"src/client/",         "src/base/BuildInfo src/base/ src/base/wire/ src/types/ src/platform/ src/platform/peer/"},
     {"src/snmp/",           "src/client/ src/base/ src/base/wire/ src/types/ src/platform/"},
+    {"src/c/",              "src/health/ src/client/ src/base/ src/platform/"},
     {"src/health/",         "src/snmp/ src/client/ src/base/ src/types/ src/platform/"},
 
     {"agent/core/",         "src/base/wire/ src/platform/peer/"},

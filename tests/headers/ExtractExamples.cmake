@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 
 # Writes a program to OUTPUT that runs the \code example of each header of HEADERS. Run by the build, see CMakeLists.txt.
-set(program "#include <vigil/vigil.h>\n\n#include <atomic>\n#include <iostream>\n")
+set(program "#include <vigil/raii.h>\n#include <vigil/vigil.h>\n\n#include <atomic>\n#include <iostream>\n")
 set(calls "")
 foreach(name IN LISTS HEADERS)
   file(READ ${INCLUDE_DIR}/${name}.h text)
