@@ -119,7 +119,9 @@ TEST(ProcessExit, ReturnsDuringAHangingCallback)
 
 TEST(ProcessExit, ReturnsWhileOtherThreadsCreateUpdateAndDestroyChecks)
 {
-    const int exits = support::isFullLoad() ? 1000 : 10;
+    // One of some 300 such exits never ends under Wine: a killed thread keeps a lock of Wine's own.
+    constexpr int exitsOfEachRun = HOSTS_WAIT_FOR_REST ? 3 : 10;
+    const int exits = support::isFullLoad() ? 1000 : exitsOfEachRun;
     for (int i = 0; i < exits; ++i) {
         const ReadingService service;
         HostProcess host(QStringLiteral(PLAIN_HOST), {QStringLiteral("exit-beside-busy-threads")},
