@@ -3,6 +3,11 @@
 
 # vigil_runtime_dlls: the DLLs of Qt and of the compiler. Programs for Windows need them in their own folder, so they are
 # copied to the build's program folder. vigil_runtime_licences: their licences, each as "installed name=file".
+# vigil_missing_licences: those that are not here. vigil_runtime_parts: the DLLs as parts of a bill of materials, see
+# Sbom.cmake.
+
+# The same sources always give the same files.
+add_link_options(LINKER:--no-insert-timestamp)
 
 set(vigil_runtime_dlls "")
 foreach(target Qt5::Core Qt5::Network)
@@ -23,6 +28,7 @@ file(COPY ${vigil_runtime_dlls} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 
 get_filename_component(qt_prefix ${Qt5Core_DIR}/../../.. ABSOLUTE)
 set(vigil_runtime_licences "")
+set(vigil_missing_licences "")
 foreach(licence
     qt-LGPL-3.txt=${qt_prefix}/LICENSE.LGPL3
     qt-GPL-3.txt=${qt_prefix}/LICENSE.GPL3
@@ -33,6 +39,24 @@ foreach(licence
   if(EXISTS ${file})
     list(APPEND vigil_runtime_licences ${licence})
   else()
-    message(STATUS "${file} not found: packages will lack a licence")
+    list(APPEND vigil_missing_licences ${file})
   endif()
 endforeach()
+if(vigil_missing_licences)
+  message(STATUS "Licences not found, so there can be no package: ${vigil_missing_licences}")
+endif()
+
+# vigil_source_version(PACKAGE RESULT): the version of the sources of a Debian package.
+function(vigil_source_version package result)
+  execute_process(COMMAND dpkg-query --show "--showformat=\${source:Version}" ${package}
+    OUTPUT_VARIABLE version ERROR_QUIET)
+  set(${result} "${version}" PARENT_SCOPE)
+endfunction()
+vigil_source_version(gcc-mingw-w64-x86-64-posix-runtime gcc_version)
+vigil_source_version(mingw-w64-x86-64-dev mingw_version)
+set(vigil_runtime_parts
+  "CONTAINS|Qt5Core|${Qt5_VERSION}|LGPL-3.0-only|bin/Qt5Core.dll"
+  "CONTAINS|Qt5Network|${Qt5_VERSION}|LGPL-3.0-only|bin/Qt5Network.dll"
+  "CONTAINS|libgcc|${gcc_version}|GPL-3.0-or-later WITH GCC-exception-3.1|bin/libgcc_s_seh-1.dll"
+  "CONTAINS|libstdc++|${gcc_version}|GPL-3.0-or-later WITH GCC-exception-3.1|bin/libstdc++-6.dll"
+  "CONTAINS|winpthreads|${mingw_version}|MIT AND BSD-3-Clause|bin/libwinpthread-1.dll")

@@ -4,10 +4,35 @@
 include(${CMAKE_CURRENT_LIST_DIR}/Steps.cmake)
 
 file(REMOVE_RECURSE ${WORK_DIR})
-run(${CPACK} --config ${BUILD_DIR}/CPackConfig.cmake -C ${CONFIG} -B ${WORK_DIR}/packages)
+set(cpack ${CPACK} --config ${BUILD_DIR}/CPackConfig.cmake -C ${CONFIG} -B ${WORK_DIR}/packages)
 
+execute_process(COMMAND ${cpack} -D CPACK_VIGIL_MISSING_LICENCES=/nowhere/LICENCE
+  RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+if(result EQUAL 0 OR NOT output MATCHES "must have these licences: /nowhere/LICENCE")
+  message(FATAL_ERROR "Packaging without a licence ended with ${result}:\n${output}")
+endif()
+
+run(${cpack})
+set(archive ${WORK_DIR}/packages/vigil-1.0.0-win64)
+check_sbom(${archive}.zip vigil Qt5Core Qt5Network libgcc libstdc\\+\\+ winpthreads)
 set(folder ${WORK_DIR}/unpacked)
-file(ARCHIVE_EXTRACT INPUT ${WORK_DIR}/packages/vigil-1.0.0-win64.zip DESTINATION ${folder})
+file(ARCHIVE_EXTRACT INPUT ${archive}.zip DESTINATION ${folder})
+file(ARCHIVE_EXTRACT INPUT ${archive}-debug.zip DESTINATION ${folder})
+
+# Debug information is in files of its own.
+set(debug ${folder}/vigil-1.0.0-win64-debug/bin/vigil.dll.debug)
+expect_files(${debug})
+run(${OBJDUMP} --section-headers ${debug})
+if(NOT output MATCHES "\\.debug_info")
+  message(FATAL_ERROR "${debug} has no debug information:\n${output}")
+endif()
+file(GLOB programs ${folder}/vigil-1.0.0-win64/bin/*.dll ${folder}/vigil-1.0.0-win64/bin/*.exe)
+foreach(program IN LISTS programs)
+  run(${OBJDUMP} --section-headers ${program})
+  if(output MATCHES "\\.debug_info")
+    message(FATAL_ERROR "${program} is not stripped")
+  endif()
+endforeach()
 set(prefix ${folder}/vigil-1.0.0-win64)
 set(documents ${prefix}/share/doc/vigil)
 foreach(dll vigil Qt5Core Qt5Network libgcc_s_seh-1 libstdc++-6 libwinpthread-1)
