@@ -19,12 +19,11 @@ set(parts "")
 string(REGEX REPLACE ", *" ";" dependencies "${Depends}")
 foreach(dependency IN LISTS dependencies)
   string(REGEX MATCH "^[^ :|]+" name "${dependency}") # of several possible ones the first
-  execute_process(COMMAND dpkg-query --show "--showformat=\${Version}\n" ${name}
-    OUTPUT_VARIABLE version ERROR_QUIET)
-  string(REGEX REPLACE "\n.*" "" version "${version}") # one line an architecture
-  if(NOT version) # a package of this project, made with this one
-    string(REGEX MATCH "\\(= ([^)]*)\\)" unused "${dependency}")
-    set(version "${CMAKE_MATCH_1}")
+  if(name MATCHES "vigil") # is made with this one
+    set(version ${Version})
+  else()
+    execute_process(COMMAND dpkg-query --show "--showformat=\${Version}\n" ${name} OUTPUT_VARIABLE version ERROR_QUIET)
+    string(REGEX REPLACE "\n.*" "" version "${version}") # one line an architecture
   endif()
   list(APPEND parts "DEPENDS_ON|${name}|${version}|NOASSERTION|")
 endforeach()
