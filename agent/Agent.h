@@ -66,7 +66,7 @@ private:
     StateKeeper m_stateKeeper;
     SetCoordinator m_coordinator;
     SubtreeHandler m_handler{m_store, m_coordinator};
-    AgentMib m_agentMib{m_clock, m_store, m_applications, m_coordinator, m_notifications, m_engine};
+    AgentMib m_agentMib{m_clock, m_store, m_checks, m_applications, m_coordinator, m_notifications, m_engine};
     SnmpEngine m_engine; // last, so destroyed first: Net-SNMP holds pointers to the others
 };
 

@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "agent/checks/ReadableText.h"
+#include "agent/checks/RowTexts.h"
 
 namespace agent {
 
@@ -39,41 +40,6 @@ ObjectId cellIn(unsigned int table, unsigned int column, const ObjectId& row)
     return cell;
 }
 
-/// The end of the text that starts at position: its length, then its octets.
-size_t endOfText(const ObjectId& index, size_t position)
-{
-    const size_t left = index.size() - position;
-    return left == 0 ? position : position + std::min<size_t>(left, 1 + size_t(index[position]));
-}
-
-/// The texts in the index of a row. Octets above 127 are the low byte of a negative number there.
-std::vector<std::string> textsOf(const ObjectId& index)
-{
-    std::vector<std::string> texts;
-    for (size_t position = 0; position < index.size();) {
-        const size_t end = endOfText(index, position);
-        std::string text;
-        while (++position < end)
-            text += static_cast<char>(index[position] & 0xffU);
-        texts.push_back(readableText(text, maxAdminString));
-    }
-    return texts;
-}
-
-ObjectId checkOf(const ObjectId& metric)
-{
-    const size_t end = endOfText(metric, endOfText(metric, 0));
-    return ObjectId(metric.begin(), metric.begin() + static_cast<std::ptrdiff_t>(end));
-}
-
-std::string joined(const std::vector<std::string>& texts)
-{
-    std::string name;
-    for (const std::string& text : texts)
-        name += (name.empty() && &text == &texts.front() ? "" : "/") + text;
-    return readableText(name, maxAdminString);
-}
-
 std::string trimmed(const std::string& text)
 {
     return QString::fromStdString(text).trimmed().toStdString();
@@ -102,8 +68,14 @@ std::optional<Check> CheckList::find(unsigned int number) const
 
 std::optional<Check> CheckList::next(unsigned int number) const
 {
+    const std::optional<unsigned int> found = numberAfter(number);
+    return found ? find(*found) : std::nullopt;
+}
+
+std::optional<unsigned int> CheckList::numberAfter(unsigned int number) const
+{
     const auto found = m_byNumber.upper_bound(number);
-    return found == m_byNumber.end() ? std::nullopt : std::optional<Check>(describe(*found->second));
+    return found == m_byNumber.end() ? std::nullopt : std::optional<unsigned int>(found->first);
 }
 
 std::optional<Metric> CheckList::findMetric(const MetricKey& key) const
@@ -114,9 +86,14 @@ std::optional<Metric> CheckList::findMetric(const MetricKey& key) const
 
 std::optional<Metric> CheckList::nextMetric(const MetricKey& key) const
 {
+    const std::optional<MetricKey> found = metricAfter(key);
+    return found ? findMetric(*found) : std::nullopt;
+}
+
+std::optional<CheckList::MetricKey> CheckList::metricAfter(const MetricKey& key) const
+{
     const auto found = m_metrics.upper_bound(key);
-    return found == m_metrics.end() ? std::nullopt
-                                    : std::optional<Metric>(describe(found->first, *found->second));
+    return found == m_metrics.end() ? std::nullopt : std::optional<MetricKey>(found->first);
 }
 
 std::vector<Metric> CheckList::metricsOf(unsigned int check) const
@@ -145,7 +122,7 @@ Check CheckList::describe(const Entries::value_type& check) const
     described.application = status ? status->owner : 0;
     described.firstKey = keys.empty() ? std::string() : keys.front();
     described.secondKey = keys.size() < 2 ? std::string() : keys[1];
-    described.name = joined(keys);
+    described.name = nameOf(keys);
     described.status = entry.status;
     described.summary = text(healthTable::cellOf(Column::Summary, id));
     described.since = entry.since;
@@ -164,7 +141,7 @@ Metric CheckList::describe(const MetricKey& key, const ObjectId& metric) const
     std::tie(described.check, described.number) = key;
     described.id = metric;
     described.name = texts.empty() ? std::string() : texts.back();
-    described.fullName = joined(texts);
+    described.fullName = nameOf(texts);
     described.status = number ? *number : status::unknown;
     described.summary = text(resultTable().cellOf(Column::Summary, metric));
     described.value = text(cellIn(perfDataTable, perfDataValue, metric));

@@ -51,9 +51,12 @@ public:
     /// The first check with a larger number, or nothing; 0 for the very first.
     std::optional<Check> next(unsigned int number) const;
 
-    /// As find() and next(). A metric is listed from its first result on, even if its check has no status.
+    std::optional<unsigned int> numberAfter(unsigned int number) const;
+
+    /// As above. A metric is listed from its first result on, even if its check has no status.
     std::optional<Metric> findMetric(const MetricKey& key) const;
     std::optional<Metric> nextMetric(const MetricKey& key) const;
+    std::optional<MetricKey> metricAfter(const MetricKey& key) const;
 
     std::vector<Metric> metricsOf(unsigned int check) const;
 

@@ -16,8 +16,12 @@
 #include "agent/netsnmp/NotificationReceiverFilter.h"
 #include "agent/netsnmp/SnmpListener.h"
 
-// Part of the agent library; no installed header declares it.
-extern "C" void init_vacm_conf(void);
+// Parts of the agent library; no installed header declares them.
+extern "C" {
+void init_vacm_conf(void);
+void init_system_mib(void);
+void init_snmp_mib(void);
+}
 
 namespace agent {
 
@@ -25,8 +29,10 @@ namespace {
 
 constexpr char applicationName[] = "vigil-agent";
 
-// The access without a configuration file: this host may read the enterprise's subtree.
-const char* const defaultAccess[] = {"rocommunity public 127.0.0.0/8 .", "rocommunity6 public ::1/128 ."};
+// The access without a configuration file: this host may read what the agent serves.
+const char* const defaultAccess[] = {
+    "view served included .1.3.6.1.2.1.1", "view served included .1.3.6.1.2.1.11",
+    "rocommunity public 127.0.0.0/8 -V served", "rocommunity6 public ::1/128 -V served"};
 
 /// Keeps Net-SNMP from the host's files. Some it reads or writes without a switch; directory takes these.
 void keepToItself(const QByteArray& directory)
@@ -48,8 +54,10 @@ int readOurConfiguration(int, int, void*, void* configFile)
     const NotificationReceiverFilter filter;
     const char* path = static_cast<const char*>(configFile);
     if (!path) {
+        netsnmp_config(
+            QByteArray("view served included .").append(toText(enterpriseRoot()).toLatin1()).data());
         for (const char* directive : defaultAccess)
-            netsnmp_config(QByteArray(directive).append(toText(enterpriseRoot()).toLatin1()).data());
+            netsnmp_config(QByteArray(directive).data());
     } else {
         read_config_with_type(path, applicationName);
     }
@@ -147,6 +155,8 @@ Error SnmpEngine::initialise()
     if (init_agent(applicationName) != 0)
         return Error(QStringLiteral("Net-SNMP cannot be initialised; its message above says why"));
     if (isStandalone()) {
+        init_system_mib(); // behind snmpd, these two are snmpd's
+        init_snmp_mib();
         m_identity.load();
         m_receivers.takeOver();
         takeConfiguration();

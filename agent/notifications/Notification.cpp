@@ -4,6 +4,8 @@
 #include "agent/notifications/Notification.h"
 
 #include "agent/cells/HealthTable.h"
+#include "agent/checks/RowTexts.h"
+#include "agent/checks/Severity.h"
 #include "agent/core/ShortText.h"
 
 namespace agent {
@@ -19,6 +21,9 @@ constexpr size_t fixedObjects = 2;
 const ObjectId vigilHealthStatusChanged = below(vigilMibRoot(), {0, 1});
 const ObjectId vigilValueChanged = below(vigilMibRoot(), {0, 2});
 const ObjectId vigilHealthCheckPreviousStatus = below(vigilMibRoot(), {6, 1, 0});
+const ObjectId vigilNotificationFirstKey = below(vigilMibRoot(), {6, 2, 0});
+const ObjectId vigilNotificationSecondKey = below(vigilMibRoot(), {6, 3, 0});
+const ObjectId vigilNotificationSeverity = below(vigilMibRoot(), {6, 4, 0});
 
 size_t textSize(const CellValue& value)
 {
@@ -32,10 +37,15 @@ Notification Notification::ofHealth(const HealthChange& change)
 {
     using healthTable::cellOf;
     using healthTable::Column;
+    std::vector<std::string> keys = textsOf(change.check);
+    keys.resize(2);
     return {vigilHealthStatusChanged,
             {{cellOf(Column::Status, change.check), change.status},
              {vigilHealthCheckPreviousStatus, change.previousStatus},
-             {cellOf(Column::Summary, change.check), cut(change.summary)}}};
+             {cellOf(Column::Summary, change.check), cut(change.summary)},
+             {vigilNotificationFirstKey, keys[0]},
+             {vigilNotificationSecondKey, keys[1]},
+             {vigilNotificationSeverity, status::severityOf(change.status)}}};
 }
 
 Notification Notification::ofValue(const ObjectId& cell, CellValue value)

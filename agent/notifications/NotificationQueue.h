@@ -20,7 +20,7 @@ namespace agent {
 /// Limits the rate of notifications, and the memory they take.
 ///
 /// Net-SNMP keeps every inform until its response or a time-out of some seconds, and has no limit itself.
-/// The queue therefore lets 2 MB of notifications through a second, about 300 of them. Changes of health wait
+/// The queue therefore lets 2 MB of notifications through a second, about 200 of them. Changes of health wait
 /// for their turn, in bounded memory, and while there is no one to send them to. CRITICAL goes first, but
 /// in a flood every tenth is another one. The applications take turns, so one that flaps does not delay the
 /// others. A further change of a waiting check replaces the first; if the two cancel out, neither is sent.

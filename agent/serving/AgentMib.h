@@ -6,7 +6,10 @@
 
 #include "agent/core/Error.h"
 #include "agent/serving/AgentScalars.h"
+#include "agent/serving/CheckTable.h"
 #include "agent/serving/ConnectionTable.h"
+#include "agent/serving/HealthScalars.h"
+#include "agent/serving/MetricTable.h"
 
 namespace agent {
 
@@ -16,8 +19,9 @@ namespace agent {
 class AgentMib
 {
 public:
-    AgentMib(const Clock& clock, const CellStore& store, const ApplicationServer& applications,
-             const SetCoordinator& sets, const Notifications& notifications, const SnmpEngine& engine);
+    AgentMib(const Clock& clock, const CellStore& store, const CheckList& checks,
+             const ApplicationServer& applications, const SetCoordinator& sets,
+             const Notifications& notifications, const SnmpEngine& engine);
 
     /// Net-SNMP's agent must be initialised.
     Error registerObjects();
@@ -25,6 +29,9 @@ public:
 private:
     AgentScalars m_scalars;
     ConnectionTable m_connections;
+    HealthScalars m_health;
+    CheckTable m_checks;
+    MetricTable m_metrics;
 };
 
 } // namespace agent

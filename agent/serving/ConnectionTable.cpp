@@ -24,7 +24,8 @@ enum Column : unsigned int {
     ConnectionLastFrame,
     ConnectionUser,
     ConnectionProcess,
-    ConnectionProgram
+    ConnectionProgram,
+    ConnectionName
 };
 
 void putColumn(netsnmp_variable_list* varbind, unsigned int column, const ApplicationInfo& application)
@@ -56,6 +57,8 @@ void putColumn(netsnmp_variable_list* varbind, unsigned int column, const Applic
         return putNumber(varbind, ASN_UNSIGNED, application.identity.process);
     case ConnectionProgram:
         return putText(varbind, application.identity.program.toLatin1());
+    case ConnectionName:
+        return putText(varbind, nameOf(application).toUtf8());
     default:
         break;
     }
@@ -85,7 +88,7 @@ bool ConnectionTable::registerObjects()
         return false;
     netsnmp_table_helper_add_indexes(columns.get(), ASN_UNSIGNED, 0);
     columns->min_column = ConnectionAddress;
-    columns->max_column = ConnectionProgram;
+    columns->max_column = ConnectionName;
     rows->get_first_data_point = &ConnectionTable::firstRow;
     rows->get_next_data_point = &ConnectionTable::nextRow;
     rows->table_reginfo = columns.get();

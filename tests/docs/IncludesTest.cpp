@@ -41,7 +41,7 @@ constexpr Room rooms[] = {
     {"agent/netsnmp/",      "agent/core/"},
     {"agent/cells/",        "agent/core/"},
     {"agent/checks/",       "agent/cells/ agent/core/"},
-    {"agent/notifications/","agent/cells/ agent/netsnmp/ agent/core/"},
+    {"agent/notifications/","agent/checks/ agent/cells/ agent/netsnmp/ agent/core/"},
     {"agent/applications/", "agent/cells/ agent/core/ src/base/wire/"},
     {"agent/process/",      "agent/applications/ agent/core/ src/base/wire/ src/base/BuildInfo"},
     {"agent/serving/",      "agent/checks/ agent/notifications/ agent/applications/ agent/cells/ agent/netsnmp/ "

@@ -25,7 +25,8 @@ namespace {
 
 // Of VIGIL-AGENT-MIB.
 constexpr int scalars = 15;
-constexpr int columns = 11;
+constexpr int columns = 12;
+constexpr int healthScalars = 8;
 
 const QString dateAndTime = QStringLiteral("20\\d\\d-\\d+-\\d+,\\d+:\\d+:\\d+\\.\\d,\\+0:0");
 
@@ -194,6 +195,7 @@ TEST_F(AgentMib, HasARowForEachApplication)
                              .arg(getpid())
                              .arg(tool->get(column("Port", 1)));
     EXPECT_TRUE(agent->log().contains(name.toUtf8())) << agent->log().constData();
+    EXPECT_EQ(tool->get(column("Name", 1)), name);
     EXPECT_EQ(tool->get(column("State", 1)), QStringLiteral("1"));
     EXPECT_TRUE(isMatch(dateAndTime, tool->get(column("Since", 1))))
         << qPrintable(tool->get(column("Since", 1)));
@@ -231,15 +233,17 @@ TEST_F(AgentMib, SnmptablePrintsNamesOnly)
     ASSERT_EQ(lines.size(), 4) << qPrintable(result.out);
     EXPECT_EQ(lines[1].simplified(),
               QStringLiteral("index Address Port State Since Cells Frames RecordsRefused LastFrame "
-                             "User Process Program"));
-    EXPECT_TRUE(isMatch(
-        QStringLiteral("1 127\\.0\\.0\\.1 \\d+ connected %1 2 2 0 %1 \\d+ \\d+ \\S+").arg(dateAndTime),
-        lines[2].simplified()))
-        << qPrintable(lines[2]);
+                             "User Process Program Name"));
     EXPECT_TRUE(
-        isMatch(QStringLiteral("2 127\\.0\\.0\\.1 \\d+ connected %1 0 0 0 0-0-0,0:0:0\\.0 \\d+ \\d+ \\S+")
+        isMatch(QStringLiteral("1 127\\.0\\.0\\.1 \\d+ connected %1 2 2 0 %1 \\d+ \\d+ \\S+ application 1 .*")
                     .arg(dateAndTime),
-                lines[3].simplified()))
+                lines[2].simplified()))
+        << qPrintable(lines[2]);
+    EXPECT_TRUE(isMatch(
+        QStringLiteral(
+            "2 127\\.0\\.0\\.1 \\d+ connected %1 0 0 0 0-0-0,0:0:0\\.0 \\d+ \\d+ \\S+ application 2 .*")
+            .arg(dateAndTime),
+        lines[3].simplified()))
         << qPrintable(lines[3]);
 }
 
@@ -250,8 +254,9 @@ TEST_F(AgentMib, AWalkReadsItBetweenItsNeighbours)
     settle(*first);
     for (const char* program : {"snmpwalk", "snmpbulkwalk"}) {
         const QStringList lines = tool->walk(enterprise, QLatin1String(program));
-        ASSERT_EQ(lines.size(), 1 + scalars + 2 * columns + 3) << program << '\n'
-                                                               << qPrintable(lines.join(QLatin1Char('\n')));
+        ASSERT_EQ(lines.size(), 1 + scalars + 2 * columns + healthScalars + 3)
+            << program << '\n'
+            << qPrintable(lines.join(QLatin1Char('\n')));
         EXPECT_EQ(lines[0], enterprise + QStringLiteral(".127.3.1.200.4.9 1"));
         for (int object = 1; object <= scalars; ++object)
             EXPECT_TRUE(
@@ -260,6 +265,9 @@ TEST_F(AgentMib, AWalkReadsItBetweenItsNeighbours)
             EXPECT_TRUE(lines[1 + scalars + cell].startsWith(
                 enterprise + QStringLiteral(".127.3.1.200.5.2.1.%1.%2 ").arg(cell / 2 + 2).arg(cell % 2 + 1)))
                 << qPrintable(lines[1 + scalars + cell]);
+        for (int object = 1; object <= healthScalars; ++object)
+            EXPECT_TRUE(lines[scalars + 2 * columns + object].startsWith(
+                enterprise + QStringLiteral(".127.3.1.200.5.3.%1.0 ").arg(object)));
         EXPECT_EQ(lines[lines.size() - 3], enterprise + QStringLiteral(".127.3.1.200.6 2"));
         EXPECT_EQ(lines[lines.size() - 2], enterprise + QStringLiteral(".999.1 1"));
     }
@@ -267,11 +275,11 @@ TEST_F(AgentMib, AWalkReadsItBetweenItsNeighbours)
 
 TEST_F(AgentMib, AGetNextOfTheLastRowGoesOnWithTheNextColumn)
 {
-    const SnmpTool::Result result = tool->run(
-        QStringLiteral("snmpgetnext"), {column("Address", 2), column("State", 2), column("Program", 2)},
-        {QStringLiteral("-OQse")});
+    const SnmpTool::Result result =
+        tool->run(QStringLiteral("snmpgetnext"),
+                  {column("Address", 2), column("State", 2), column("Name", 2)}, {QStringLiteral("-OQse")});
     EXPECT_TRUE(isMatch(QStringLiteral("vigilAgentConnectionPort.1 = \\d+\nvigilAgentConnectionSince.1 = .*\n"
-                                       ".* = No more variables left.*"),
+                                       "vigilAgentChecks.0 = 0\n?"),
                         result.out))
         << qPrintable(result.out);
 }
@@ -299,7 +307,8 @@ TEST_F(AgentMib, ApplicationsCannotPublishInIt)
     EXPECT_EQ(tool->get(scalar("Cells")), QStringLiteral("1"));
     EXPECT_EQ(tool->get(column("State", 1)), QStringLiteral("1"));
     EXPECT_EQ(tool->get(column("RecordsRefused", 1)), QStringLiteral("8"));
-    EXPECT_EQ(tool->walk(enterprise).size(), scalars + 2 * columns + 2) << "the end has a line, too";
+    EXPECT_EQ(tool->walk(enterprise).size(), scalars + 2 * columns + healthScalars + 2)
+        << "the end has a line, too";
 }
 
 TEST_F(AgentMib, CountsRefusedConnections)

@@ -43,8 +43,13 @@ QString changed(const char* status, const char* previous, const char* summary)
     return QStringLiteral("snmpTrapOID.0 = vigilHealthStatusChanged; "
                           "vigilHealthCheckStatus.\"app\".\"hc\" = %1; "
                           "vigilHealthCheckPreviousStatus.0 = %2; "
-                          "vigilHealthCheckSummary.\"app\".\"hc\" = %3")
-        .arg(QLatin1String(status), QLatin1String(previous), QLatin1String(summary));
+                          "vigilHealthCheckSummary.\"app\".\"hc\" = %3; "
+                          "vigilNotificationFirstKey.0 = app; vigilNotificationSecondKey.0 = hc; "
+                          "vigilNotificationSeverity.0 = %4")
+        .arg(QLatin1String(status), QLatin1String(previous), QLatin1String(summary))
+        .arg(QStringList({QStringLiteral("ok"), QStringLiteral("unknown"), QStringLiteral("warning"),
+                          QStringLiteral("critical")})
+                 .indexOf(QLatin1String(status)));
 }
 
 QString withoutTimes(QString notification)
@@ -131,7 +136,10 @@ TEST_F(AgentNotifications, AKilledApplicationAndItsReturnAreNotified)
                              "vigilHealthCheckStatus.\"test\".\"application\" = unknown; "
                              "vigilHealthCheckPreviousStatus.0 = ok; "
                              "vigilHealthCheckSummary.\"test\".\"application\" = "
-                             "No connection to the application since TIME UTC."));
+                             "No connection to the application since TIME UTC.; "
+                             "vigilNotificationFirstKey.0 = test; "
+                             "vigilNotificationSecondKey.0 = application; "
+                             "vigilNotificationSeverity.0 = 1"));
 
     ASSERT_TRUE(application.start());
     application.publish(2);

@@ -31,8 +31,13 @@ QString changed(const char* status, const char* previous, const char* summary)
 {
     return QStringLiteral(
                "snmpTrapOID.0 = vigilHealthStatusChanged; vigilHealthCheckStatus.\"a\".\"b\" = %1; "
-               "vigilHealthCheckPreviousStatus.0 = %2; vigilHealthCheckSummary.\"a\".\"b\" = %3")
-        .arg(QLatin1String(status), QLatin1String(previous), QLatin1String(summary));
+               "vigilHealthCheckPreviousStatus.0 = %2; vigilHealthCheckSummary.\"a\".\"b\" = %3; "
+               "vigilNotificationFirstKey.0 = a; vigilNotificationSecondKey.0 = b; "
+               "vigilNotificationSeverity.0 = %4")
+        .arg(QLatin1String(status), QLatin1String(previous), QLatin1String(summary))
+        .arg(QStringList({QStringLiteral("ok"), QStringLiteral("unknown"), QStringLiteral("warning"),
+                          QStringLiteral("critical")})
+                 .indexOf(QLatin1String(status)));
 }
 
 /// snmpd with a notification receiver, a subagent and an application.

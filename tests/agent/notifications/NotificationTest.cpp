@@ -23,7 +23,7 @@ TEST(Notification, OfHealthHasTheRowsCellsAndThePreviousStatus)
 {
     const Notification notification = Notification::ofHealth({{1, 65, 1, 66}, 2, 0, "full"});
     EXPECT_EQ(notification.type, (ObjectId{1, 3, 6, 1, 4, 1, 32473, 127, 3, 1, 200, 4, 0, 1}));
-    ASSERT_EQ(notification.objects.size(), 3u);
+    ASSERT_EQ(notification.objects.size(), 6u);
     EXPECT_EQ(notification.objects[0].first,
               (ObjectId{1, 3, 6, 1, 4, 1, 32473, 127, 3, 1, 200, 4, 1, 1, 3, 1, 65, 1, 66}));
     EXPECT_EQ(notification.objects[0].second, CellValue(2));
@@ -32,6 +32,20 @@ TEST(Notification, OfHealthHasTheRowsCellsAndThePreviousStatus)
     EXPECT_EQ(notification.objects[2].first,
               (ObjectId{1, 3, 6, 1, 4, 1, 32473, 127, 3, 1, 200, 4, 1, 1, 4, 1, 65, 1, 66}));
     EXPECT_EQ(notification.objects[2].second, CellValue(std::string("full")));
+}
+
+TEST(Notification, OfHealthHasTheKeysAndTheSeverity)
+{
+    const ObjectId objects{1, 3, 6, 1, 4, 1, 32473, 127, 3, 1, 200, 4, 6};
+    const Notification notification = Notification::ofHealth({{2, 65, 0xffff'ffffU, 1, 66}, 2, 0, "full"});
+    EXPECT_EQ(notification.objects[3].first, agent::below(objects, {2, 0}));
+    EXPECT_EQ(textOf(notification, 3), "A\uFFFD");
+    EXPECT_EQ(notification.objects[4].first, agent::below(objects, {3, 0}));
+    EXPECT_EQ(textOf(notification, 4), "B");
+    EXPECT_EQ(notification.objects[5].first, agent::below(objects, {4, 0}));
+    EXPECT_EQ(notification.objects[5].second, CellValue(3));
+    EXPECT_EQ(Notification::ofHealth({{1, 65}, 3, 0, ""}).objects[5].second, CellValue(1));
+    EXPECT_EQ(textOf(Notification::ofHealth({{1, 65}, 3, 0, ""}), 4), "");
 }
 
 TEST(Notification, OfValueHasTheCellAlone)
