@@ -87,15 +87,18 @@ TEST_F(AgentServing, GetNextAndGetBulkWalkInNumericOrder)
               full("6.1") + QStringLiteral(" 7"));
 }
 
-TEST_F(AgentServing, NothingOutsideTheEnterpriseIsServed)
+TEST_F(AgentServing, OutsideTheEnterpriseOnlyTheGroupsSystemAndSnmpAreServed)
 {
     const SnmpTool tool(agent.udpAddress());
     FakeApplication application(agent.applicationPort());
     settle(application, tool);
     QStringList lines = tool.walk(QStringLiteral(".1"));
-    const QString ownObjects = full("127.3.1.200.5.");
-    while (!lines.isEmpty() && lines.constFirst().startsWith(ownObjects))
-        lines.removeFirst();
+    for (const QString& group :
+         {QStringLiteral(".1.3.6.1.2.1.1."), QStringLiteral(".1.3.6.1.2.1.11."), full("127.3.1.200.5.")}) {
+        ASSERT_TRUE(!lines.isEmpty() && lines.constFirst().startsWith(group)) << qPrintable(group);
+        while (!lines.isEmpty() && lines.constFirst().startsWith(group))
+            lines.removeFirst();
+    }
     EXPECT_EQ(lines, (QStringList{full("999.1") + QStringLiteral(" 1"), full("999.1 ") + pastTheEnd}));
 }
 

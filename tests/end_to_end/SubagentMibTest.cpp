@@ -60,7 +60,7 @@ TEST_F(SubagentMib, AWalkThroughSnmpdReadsItBetweenItsNeighbours)
     ASSERT_TRUE(manager().waitFor(full("999.1"), QStringLiteral("2")));
     for (const char* program : {"snmpwalk", "snmpbulkwalk"}) {
         const QStringList lines = manager().walk(enterprise, QLatin1String(program));
-        ASSERT_EQ(lines.size(), 1 + 15 + 11 + 1) << qPrintable(lines.join(QLatin1Char('\n')));
+        ASSERT_EQ(lines.size(), 1 + 15 + 12 + 8 + 1) << qPrintable(lines.join(QLatin1Char('\n')));
         EXPECT_EQ(lines.constFirst(), enterprise + QStringLiteral(".5.1 1"));
         EXPECT_TRUE(lines[1].startsWith(enterprise + QStringLiteral(".127.3.1.200.5.1.1.0 ")));
         EXPECT_TRUE(lines[lines.size() - 2].startsWith(enterprise + QStringLiteral(".127.3.1.200.5.3.8.0 ")));
