@@ -14,6 +14,7 @@ namespace {
 
 constexpr qint64 bytesPerMs = 2'000;
 constexpr qint64 maxCredit = 1000 * bytesPerMs;
+constexpr size_t waitingSize = 6'000; // nodes and copies of the identifier of a waiting change, at most
 constexpr int criticalStatus = 2;
 constexpr int mostCriticalInRow = 9; // then one of the others: a flood must not hold recoveries back
 constexpr qint64 turnMs = 50;
@@ -70,7 +71,7 @@ void NotificationQueue::add(HealthChange change, ApplicationId application)
     const ObjectId check = change.check;
     change.summary = Notification::cut(std::move(change.summary)); // only this much is sent
     change.summary.shrink_to_fit();
-    const size_t size = Notification::ofHealth(change).size();
+    const size_t size = waitingSize + change.summary.size();
     Waiting& waiting = m_waiting[check] = {std::move(change), application, size, {}};
     Order& order = orderOf(waiting);
     waiting.place = order.insert(order.end(), check);
