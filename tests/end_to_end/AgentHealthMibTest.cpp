@@ -21,7 +21,7 @@ using testing::ElementsAre;
 
 namespace {
 
-QString agentObject(const char* name, const char* instance = "0")
+QString healthObject(const char* name, const char* instance = "0")
 {
     return QStringLiteral("VIGIL-AGENT-MIB::vigilAgent%1.%2")
         .arg(QLatin1String(name), QLatin1String(instance));
@@ -97,26 +97,26 @@ private:
 
 TEST_F(AgentHealthMib, SumsUpTheHost)
 {
-    EXPECT_EQ(tool->get(agentObject("Checks")), QStringLiteral("0"));
-    EXPECT_EQ(tool->get(agentObject("WorstStatus")), QStringLiteral("3")) << "nothing is known";
-    EXPECT_EQ(tool->get(agentObject("LastChange")), QStringLiteral("0-0-0,0:0:0.0"));
+    EXPECT_EQ(tool->get(healthObject("Checks")), QStringLiteral("0"));
+    EXPECT_EQ(tool->get(healthObject("WorstStatus")), QStringLiteral("3")) << "nothing is known";
+    EXPECT_EQ(tool->get(healthObject("LastChange")), QStringLiteral("0-0-0,0:0:0.0"));
     publishCheck({"app", "a"}, 0);
     publishCheck({"app", "b"}, 3);
     publishCheck({"app", "c"}, 1);
     publishCheck({"app", "d"}, 1);
     settle();
-    EXPECT_EQ(tool->get(agentObject("Checks")), QStringLiteral("4"));
-    EXPECT_EQ(tool->get(agentObject("ChecksOk")), QStringLiteral("1"));
-    EXPECT_EQ(tool->get(agentObject("ChecksWarning")), QStringLiteral("2"));
-    EXPECT_EQ(tool->get(agentObject("ChecksCritical")), QStringLiteral("0"));
-    EXPECT_EQ(tool->get(agentObject("ChecksUnknown")), QStringLiteral("1"));
-    EXPECT_EQ(tool->get(agentObject("WorstStatus")), QStringLiteral("1"));
-    EXPECT_EQ(tool->get(agentObject("WorstSeverity")), QStringLiteral("2"));
-    EXPECT_TRUE(tool->get(agentObject("LastChange")).startsWith(QLatin1String("20")));
+    EXPECT_EQ(tool->get(healthObject("Checks")), QStringLiteral("4"));
+    EXPECT_EQ(tool->get(healthObject("ChecksOk")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(healthObject("ChecksWarning")), QStringLiteral("2"));
+    EXPECT_EQ(tool->get(healthObject("ChecksCritical")), QStringLiteral("0"));
+    EXPECT_EQ(tool->get(healthObject("ChecksUnknown")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(healthObject("WorstStatus")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(healthObject("WorstSeverity")), QStringLiteral("2"));
+    EXPECT_TRUE(tool->get(healthObject("LastChange")).startsWith(QLatin1String("20")));
     publishCheck({"app", "a"}, 2);
     settle();
-    EXPECT_EQ(tool->get(agentObject("WorstStatus")), QStringLiteral("2"));
-    EXPECT_EQ(tool->get(agentObject("WorstSeverity")), QStringLiteral("3"));
+    EXPECT_EQ(tool->get(healthObject("WorstStatus")), QStringLiteral("2"));
+    EXPECT_EQ(tool->get(healthObject("WorstSeverity")), QStringLiteral("3"));
 }
 
 TEST_F(AgentHealthMib, ACheckIsARowWithANumber)
@@ -124,19 +124,19 @@ TEST_F(AgentHealthMib, ACheckIsARowWithANumber)
     publishCheck({"my app", "Öl"}, 1, "Öl is low.");
     publishCheck({"my app", "Öl"}, 1, "Öl is lower.");
     settle();
-    EXPECT_EQ(tool->get(agentObject("CheckFirstKey", "1")), QStringLiteral("my app"));
-    EXPECT_EQ(tool->get(agentObject("CheckSecondKey", "1")), QStringLiteral("Öl"));
-    EXPECT_EQ(tool->get(agentObject("CheckName", "1")), QStringLiteral("my app/Öl"));
-    EXPECT_EQ(tool->get(agentObject("CheckStatus", "1")), QStringLiteral("1"));
-    EXPECT_EQ(tool->get(agentObject("CheckSeverity", "1")), QStringLiteral("2"));
-    EXPECT_EQ(tool->get(agentObject("CheckSummary", "1")), QStringLiteral("Öl is lower."));
-    EXPECT_TRUE(tool->get(agentObject("CheckSince", "1")).startsWith(QLatin1String("20")));
-    EXPECT_TRUE(tool->get(agentObject("CheckLastUpdate", "1")).startsWith(QLatin1String("20")));
-    EXPECT_LT(tool->get(agentObject("CheckAge", "1")).toInt(), 30);
-    EXPECT_EQ(tool->get(agentObject("CheckUpdates", "1")), QStringLiteral("2"));
-    EXPECT_EQ(tool->get(agentObject("CheckConnection", "1")), QStringLiteral("1"));
-    EXPECT_EQ(tool->get(agentObject("CheckName", "2")), support::noInstance);
-    EXPECT_EQ(tool->get(agentObject("CheckName", "1.1")), support::noInstance);
+    EXPECT_EQ(tool->get(healthObject("CheckFirstKey", "1")), QStringLiteral("my app"));
+    EXPECT_EQ(tool->get(healthObject("CheckSecondKey", "1")), QStringLiteral("Öl"));
+    EXPECT_EQ(tool->get(healthObject("CheckName", "1")), QStringLiteral("my app/Öl"));
+    EXPECT_EQ(tool->get(healthObject("CheckStatus", "1")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(healthObject("CheckSeverity", "1")), QStringLiteral("2"));
+    EXPECT_EQ(tool->get(healthObject("CheckSummary", "1")), QStringLiteral("Öl is lower."));
+    EXPECT_TRUE(tool->get(healthObject("CheckSince", "1")).startsWith(QLatin1String("20")));
+    EXPECT_TRUE(tool->get(healthObject("CheckLastUpdate", "1")).startsWith(QLatin1String("20")));
+    EXPECT_LT(tool->get(healthObject("CheckAge", "1")).toInt(), 30);
+    EXPECT_EQ(tool->get(healthObject("CheckUpdates", "1")), QStringLiteral("2"));
+    EXPECT_EQ(tool->get(healthObject("CheckConnection", "1")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(healthObject("CheckName", "2")), support::noInstance);
+    EXPECT_EQ(tool->get(healthObject("CheckName", "1.1")), support::noInstance);
 }
 
 TEST_F(AgentHealthMib, AMetricHasItsNumbers)
@@ -146,22 +146,22 @@ TEST_F(AgentHealthMib, AMetricHasItsNumbers)
     publishMetric({"app", "disk", "inodes"}, 0, "1e+12");
     publishMetric({"app", "disk", "speed"}, 0, "nan");
     settle();
-    EXPECT_EQ(tool->get(agentObject("MetricName", "1.1")), QStringLiteral("app/disk/used"));
-    EXPECT_EQ(tool->get(agentObject("MetricStatus", "1.1")), QStringLiteral("1"));
-    EXPECT_EQ(tool->get(agentObject("MetricSeverity", "1.1")), QStringLiteral("2"));
-    EXPECT_EQ(tool->get(agentObject("MetricValue", "1.1")), QStringLiteral("72.5"));
-    EXPECT_EQ(tool->get(agentObject("MetricMilli", "1.1")), QStringLiteral("72500"));
-    EXPECT_EQ(tool->get(agentObject("MetricMilliValid", "1.1")), QStringLiteral("1"));
-    EXPECT_EQ(tool->get(agentObject("MetricUnit", "1.1")), QStringLiteral("MB"));
-    EXPECT_EQ(tool->get(agentObject("MetricWarningLower", "1.1")), QString());
-    EXPECT_EQ(tool->get(agentObject("MetricWarningUpper", "1.1")), QStringLiteral("80"));
-    EXPECT_EQ(tool->get(agentObject("MetricWarningInverse", "1.1")), QStringLiteral("2"));
-    EXPECT_EQ(tool->get(agentObject("MetricCriticalLower", "1.1")), QStringLiteral("10"));
-    EXPECT_EQ(tool->get(agentObject("MetricCriticalUpper", "1.1")), QStringLiteral("20"));
-    EXPECT_EQ(tool->get(agentObject("MetricCriticalInverse", "1.1")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(healthObject("MetricName", "1.1")), QStringLiteral("app/disk/used"));
+    EXPECT_EQ(tool->get(healthObject("MetricStatus", "1.1")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(healthObject("MetricSeverity", "1.1")), QStringLiteral("2"));
+    EXPECT_EQ(tool->get(healthObject("MetricValue", "1.1")), QStringLiteral("72.5"));
+    EXPECT_EQ(tool->get(healthObject("MetricMilli", "1.1")), QStringLiteral("72500"));
+    EXPECT_EQ(tool->get(healthObject("MetricMilliValid", "1.1")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(healthObject("MetricUnit", "1.1")), QStringLiteral("MB"));
+    EXPECT_EQ(tool->get(healthObject("MetricWarningLower", "1.1")), QString());
+    EXPECT_EQ(tool->get(healthObject("MetricWarningUpper", "1.1")), QStringLiteral("80"));
+    EXPECT_EQ(tool->get(healthObject("MetricWarningInverse", "1.1")), QStringLiteral("2"));
+    EXPECT_EQ(tool->get(healthObject("MetricCriticalLower", "1.1")), QStringLiteral("10"));
+    EXPECT_EQ(tool->get(healthObject("MetricCriticalUpper", "1.1")), QStringLiteral("20"));
+    EXPECT_EQ(tool->get(healthObject("MetricCriticalInverse", "1.1")), QStringLiteral("1"));
     for (const char* beyond : {"1.2", "1.3"}) {
-        EXPECT_EQ(tool->get(agentObject("MetricMilli", beyond)), QStringLiteral("0"));
-        EXPECT_EQ(tool->get(agentObject("MetricMilliValid", beyond)), QStringLiteral("2"));
+        EXPECT_EQ(tool->get(healthObject("MetricMilli", beyond)), QStringLiteral("0"));
+        EXPECT_EQ(tool->get(healthObject("MetricMilliValid", beyond)), QStringLiteral("2"));
     }
 }
 
@@ -189,11 +189,11 @@ TEST_F(AgentHealthMib, OddKeysAreTextsAndLeaveTheTableReadable)
     publishCheck({"", ""}, 0);
     settle();
     const QString replaced(60, QChar(QChar::ReplacementCharacter));
-    EXPECT_EQ(tool->get(agentObject("CheckName", "1")), replaced + QStringLiteral("/a\uFFFDb"));
-    EXPECT_EQ(tool->get(agentObject("CheckSummary", "1")), QString(85, QChar(QChar::ReplacementCharacter)));
-    EXPECT_EQ(tool->get(agentObject("CheckName", "2")), QStringLiteral("/"));
-    EXPECT_EQ(tool->get(agentObject("MetricValue", "1.1")), QStringLiteral("not a number"));
-    EXPECT_EQ(tool->get(agentObject("MetricMilliValid", "1.1")), QStringLiteral("2"));
+    EXPECT_EQ(tool->get(healthObject("CheckName", "1")), replaced + QStringLiteral("/a\uFFFDb"));
+    EXPECT_EQ(tool->get(healthObject("CheckSummary", "1")), QString(85, QChar(QChar::ReplacementCharacter)));
+    EXPECT_EQ(tool->get(healthObject("CheckName", "2")), QStringLiteral("/"));
+    EXPECT_EQ(tool->get(healthObject("MetricValue", "1.1")), QStringLiteral("not a number"));
+    EXPECT_EQ(tool->get(healthObject("MetricMilliValid", "1.1")), QStringLiteral("2"));
 }
 
 TEST_F(AgentHealthMib, IsReadOnly)
@@ -201,9 +201,9 @@ TEST_F(AgentHealthMib, IsReadOnly)
     publishCheck({"app", "a"}, 0);
     settle();
     const SnmpTool::Result result =
-        tool->set({agentObject("CheckStatus", "1"), QStringLiteral("i"), QStringLiteral("1")});
+        tool->set({healthObject("CheckStatus", "1"), QStringLiteral("i"), QStringLiteral("1")});
     EXPECT_NE(result.exitCode, 0);
-    EXPECT_EQ(tool->get(agentObject("CheckStatus", "1")), QStringLiteral("0"));
+    EXPECT_EQ(tool->get(healthObject("CheckStatus", "1")), QStringLiteral("0"));
 }
 
 TEST_F(AgentHealthMib, AWalkEndsWhileChecksComeAndGo)
