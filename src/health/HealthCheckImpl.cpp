@@ -52,7 +52,7 @@ HealthCheckImpl::~HealthCheckImpl()
 
 void HealthCheckImpl::destroy()
 {
-    if (refuseInsideCallback("HealthCheck::destroy"))
+    if (m_origin.isInherited() || refuseInsideCallback("HealthCheck::destroy"))
         return;
     m_store->clear();
     delete this;

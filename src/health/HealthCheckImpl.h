@@ -8,6 +8,7 @@
 
 #include <vigil/HealthCheck.h>
 
+#include "base/ForkOrigin.h"
 #include "health/MetricStore.h"
 
 class Connector;
@@ -44,6 +45,7 @@ private:
     template <typename MetricImpl>
     MetricImpl* announce(const std::shared_ptr<MetricImpl>& metric);
 
+    const base::ForkOrigin m_origin;
     const std::string m_firstKey;
     const std::string m_secondKey;
     std::string m_description;

@@ -7,6 +7,7 @@
 
 #include "health/HealthCheckImpl.h"
 #include "health/InternalMetric.h"
+#include "platform/Platform.h"
 
 namespace {
 constexpr int updateTimeoutMs = 5000;
@@ -34,12 +35,16 @@ void MetricStore::unregisterObserver(RemoteMetricObserver* observer)
 
 void MetricStore::addMetric(const std::string& name, const std::shared_ptr<InternalMetric>& metric)
 {
+    if (platform::isForkedChild())
+        return; // a thread of the parent may have been changing the map
     const base::MutexLock lock(m_metricsMutex);
     m_metrics[name] = metric;
 }
 
 void MetricStore::removeMetric(InternalMetric* metric)
 {
+    if (platform::isForkedChild())
+        return;
     const std::string name = metric->getName();
     {
         const base::MutexLock lock(m_metricsMutex);

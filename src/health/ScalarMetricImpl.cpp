@@ -25,7 +25,7 @@ ScalarMetricImpl::ScalarMetricImpl(const std::string& name, const std::shared_pt
 
 void ScalarMetricImpl::remove()
 {
-    if (refuseInsideCallback("ScalarMetric::remove"))
+    if (m_origin.isInherited() || refuseInsideCallback("ScalarMetric::remove"))
         return;
     if (const auto store = m_store.lock())
         store->removeMetric(this);

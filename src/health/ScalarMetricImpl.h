@@ -12,6 +12,7 @@
 #include <vigil/Range.h>
 #include <vigil/ScalarMetric.h>
 
+#include "base/ForkOrigin.h"
 #include "base/ThreadSafety.h"
 #include "health/InternalMetric.h"
 #include "health/MetricStore.h"
@@ -72,6 +73,7 @@ private:
     void publish();
     RangeChangeHandler* rangeHandler() const;
 
+    const base::ForkOrigin m_origin;
     const std::weak_ptr<MetricStore> m_store;
     mutable base::RecursiveMutex m_mutex; // recursive: publish() makes the connector call the getters
     RangeChangeHandler* m_rangeHandler = nullptr;

@@ -21,7 +21,7 @@ SimpleMetricImpl::SimpleMetricImpl(const std::string& name, const std::shared_pt
 
 void SimpleMetricImpl::remove()
 {
-    if (refuseInsideCallback("SimpleMetric::remove"))
+    if (m_origin.isInherited() || refuseInsideCallback("SimpleMetric::remove"))
         return;
     if (const auto store = m_store.lock())
         store->removeMetric(this);

@@ -11,6 +11,7 @@
 #include <vigil/Range.h>
 #include <vigil/SimpleMetric.h>
 
+#include "base/ForkOrigin.h"
 #include "health/InternalMetric.h"
 #include "health/MetricStore.h"
 
@@ -50,6 +51,7 @@ private:
 
     void publish();
 
+    const base::ForkOrigin m_origin;
     const std::weak_ptr<MetricStore> m_store;
     const QString m_name;
     vigil::HealthStatus m_status = vigil::HealthStatus::Unknown;
