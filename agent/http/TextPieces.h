@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_AGENT_HTTP_TEXTPIECES_H
+#define VIGIL_AGENT_HTTP_TEXTPIECES_H
+
+#include <QByteArray>
+
+namespace agent {
+
+/// A text made in pieces while its reader takes it. Making a large one at once would delay managers.
+class TextPieces
+{
+public:
+    virtual ~TextPieces() = default;
+
+    /// Appends the next piece, a few kilobytes. False once there is none left.
+    virtual bool appendTo(QByteArray& text) = 0;
+};
+
+} // namespace agent
+
+#endif
