@@ -98,6 +98,8 @@ Error Agent::start()
     m_stateKeeper.restore(forgetMs(m_options));
     if (Error error = listen())
         return error;
+    if (Error error = serveHttp())
+        return error;
     if (m_options.isStandalone())
         log::info(m_engine.statusText());
     log::info(QStringLiteral("listening for applications on %1").arg(m_applications.address()));
@@ -133,6 +135,50 @@ Error Agent::listenOnPassedSocket()
                            "the address in the socket unit")
                 .arg(m_applications.address()));
     return {};
+}
+
+Error Agent::serveHttp()
+{
+    const QHostAddress& host = m_options.httpHost;
+    if (host.isNull())
+        return {};
+    if (const Error error = m_http.listen(host, m_options.httpPort))
+        return Error(QStringLiteral("cannot serve HTTP on %1:%2: %3. Choose another address with --http")
+                         .arg(host.toString())
+                         .arg(m_options.httpPort)
+                         .arg(error.text()));
+    m_history.start();
+    log::info(QStringLiteral("serving the page on http://%1/").arg(m_http.address()));
+    if (!host.isLoopback())
+        log::warning(QStringLiteral("everyone who can reach http://%1/ reads all values, without a password")
+                         .arg(m_http.address()));
+    return {};
+}
+
+/// What VIGIL-AGENT-MIB has, too.
+std::vector<AgentFigure> Agent::figures() const
+{
+    constexpr double msPerSecond = 1000;
+    const auto number = [](auto value) { return static_cast<double>(value); };
+    const ApplicationServer::Counts& applications = m_applications.counts();
+    const SetCoordinator::Counts& sets = m_coordinator.counts();
+    return {
+        {"uptime_seconds", "Time since the start.", false,
+         number(m_clock.elapsedMs() - m_startMs) / msPerSecond},
+        {"cells", "Published cells.", false, number(m_store.size())},
+        {"memory_bytes", "Memory for applications.", false, number(m_applications.memory())},
+        {"memory_limit_bytes", "Limit of this memory.", false, number(m_applications.memoryLimit())},
+        {"connections_refused", "Applications turned away.", true, number(applications.connectionsRefused)},
+        {"protocol_errors", "Connections closed for bad bytes.", true, number(applications.protocolErrors)},
+        {"takeovers_refused", "Cells of another user.", true, number(applications.takeoversRefused)},
+        {"sets_forwarded", "SETs forwarded to applications.", true, number(sets.forwarded)},
+        {"sets_refused", "SETs refused by applications.", true, number(sets.refused)},
+        {"sets_timed_out", "SETs without an answer.", true, number(sets.timedOut)},
+        {"sets_failed_at_once", "SETs not forwarded.", true, number(sets.failedAtOnce)},
+        {"notifications_sent", "Notifications sent.", true, number(m_notifications.sent())},
+        {"notifications_dropped", "Notifications dropped.", true, number(m_notifications.dropped())},
+        {"rejoins", "Times the agent joined snmpd again.", true, number(m_engine.rejoins())},
+    };
 }
 
 void Agent::reload()

@@ -16,6 +16,9 @@
 #include "agent/core/Error.h"
 #include "agent/core/SystemClock.h"
 #include "agent/core/UserLines.h"
+#include "agent/http/History.h"
+#include "agent/http/HttpPages.h"
+#include "agent/http/HttpServer.h"
 #include "agent/netsnmp/SnmpEngine.h"
 #include "agent/notifications/Notifications.h"
 #include "agent/process/ConfigCheck.h"
@@ -52,11 +55,14 @@ private:
     void requireDescriptors() const;
     Error listen();
     Error listenOnPassedSocket();
+    Error serveHttp();
+    std::vector<AgentFigure> figures() const;
     void reloadChecked(const QString& problem);
 
     const Options m_options;
     ConfigCheck m_configCheck;
     SystemClock m_clock;
+    const qint64 m_startMs = m_clock.elapsedMs();
     UserLines m_userLines{m_clock};
     CellStore m_store;
     ServedCells m_cells;
@@ -67,7 +73,10 @@ private:
     SetCoordinator m_coordinator;
     SubtreeHandler m_handler{m_store, m_coordinator};
     AgentMib m_agentMib{m_clock, m_store, m_checks, m_applications, m_coordinator, m_notifications, m_engine};
-    SnmpEngine m_engine; // last, so destroyed first: Net-SNMP holds pointers to the others
+    History m_history{m_checks, m_clock};
+    HttpPages m_pages{{m_checks, m_store, m_applications, m_clock}, m_history, [this] { return figures(); }};
+    SnmpEngine m_engine; // Net-SNMP holds pointers to the others, so it is destroyed before them
+    HttpServer m_http{m_clock, [this](const HttpRequest& request) { return m_pages.replyTo(request); }};
 };
 
 } // namespace agent

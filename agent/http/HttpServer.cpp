@@ -208,8 +208,7 @@ Error HttpServer::Daemon::start(const QHostAddress& host, quint16 port)
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, 2 * maxHeader, MHD_OPTION_STRICT_FOR_CLIENT, 1,
         MHD_OPTION_NOTIFY_CONNECTION, &Daemon::handleConnection, this, MHD_OPTION_NOTIFY_COMPLETED,
         &Daemon::handleCompleted, this, MHD_OPTION_END);
-    const MHD_DaemonInfo* info =
-        m_daemon ? MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_EPOLL_FD) : nullptr;
+    const MHD_DaemonInfo* info = m_daemon ? MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_EPOLL_FD) : nullptr;
     if (!info)
         return Error(QStringLiteral("libmicrohttpd cannot start"));
     m_notifier = std::make_unique<QSocketNotifier>(info->epoll_fd, QSocketNotifier::Read);

@@ -59,6 +59,8 @@ private:
     Error readConfig();
     Error readSubtree();
     Error readListen();
+    Error readHttp();
+    Error readAddress(const QCommandLineOption& option, QHostAddress& host, quint16& port) const;
     Error readSetTimeout();
     Error readStaleAfter();
     Error readUsers();
@@ -107,6 +109,13 @@ private:
                        "Default: %1:%2.")
             .arg(m_options.listenHost.toString())
             .arg(m_options.listenPort),
+        QStringLiteral("host:port"));
+    const QCommandLineOption m_http = QCommandLineOption(
+        QStringLiteral("http"),
+        QStringLiteral("Serve a page with all health checks, /metrics for Prometheus, /health and "
+                       "/api/checks on <host:port>. Everyone who can reach the address may read, without a "
+                       "password; use a loopback address such as 127.0.0.1. Port 0 picks a free port. "
+                       "Without this option there is no HTTP."),
         QStringLiteral("host:port"));
     const QCommandLineOption m_allowUsers = QCommandLineOption(
         QStringLiteral("allow-users"),
@@ -179,10 +188,25 @@ Reader::Reader(Options& options) : m_options(options)
 {
     m_parser.setApplicationDescription(
         QStringLiteral("Serves the health of this host's applications to SNMP managers."));
-    m_parser.addOptions({m_agentx, m_standalone, m_subtree, m_config, m_checkConfig, m_listen, m_allowUsers,
-                         m_setTimeout.option, m_grace.option, m_forget.option, m_staleAfter,
-                         m_maxConnections.option, m_maxCells.option, m_maxUserCells.option,
-                         m_maxMemory.option, m_maxText.option, m_maxFrame.option, m_stateDirectory,
+    m_parser.addOptions({m_agentx,
+                         m_standalone,
+                         m_subtree,
+                         m_config,
+                         m_checkConfig,
+                         m_listen,
+                         m_http,
+                         m_allowUsers,
+                         m_setTimeout.option,
+                         m_grace.option,
+                         m_forget.option,
+                         m_staleAfter,
+                         m_maxConnections.option,
+                         m_maxCells.option,
+                         m_maxUserCells.option,
+                         m_maxMemory.option,
+                         m_maxText.option,
+                         m_maxFrame.option,
+                         m_stateDirectory,
                          m_verbose});
 }
 
@@ -209,8 +233,9 @@ Error Reader::readOptions()
     m_options.isVerbose = isSet(m_verbose);
     if (isSet(m_stateDirectory))
         m_options.stateDirectory = value(m_stateDirectory);
-    for (const auto readPart : {&Reader::readRole, &Reader::readSubtree, &Reader::readListen,
-                                &Reader::readUsers, &Reader::readSetTimeout, &Reader::readStaleAfter}) {
+    for (const auto readPart :
+         {&Reader::readRole, &Reader::readSubtree, &Reader::readListen, &Reader::readHttp, &Reader::readUsers,
+          &Reader::readSetTimeout, &Reader::readStaleAfter}) {
         if (Error error = (this->*readPart)())
             return error;
     }
@@ -291,28 +316,41 @@ QHostAddress toAddress(QString host)
     return host == QLatin1String("localhost") ? QHostAddress(QHostAddress::LocalHost) : QHostAddress(host);
 }
 
+Error Reader::readAddress(const QCommandLineOption& option, QHostAddress& host, quint16& port) const
+{
+    const QString name = option.names().constFirst();
+    const QString text = value(option);
+    const int colon = text.lastIndexOf(QLatin1Char(':'));
+    bool isNumber = false;
+    const ushort number = text.mid(colon + 1).toUShort(&isNumber);
+    if (colon < 1 || !isNumber)
+        return Error(
+            QStringLiteral("--%1 %2: expected HOST:PORT with a port from 0 to 65535").arg(name, text));
+    const QHostAddress address = toAddress(text.left(colon));
+    if (address.isNull())
+        return Error(
+            QStringLiteral("--%1 %2: the host must be an address, for example 127.0.0.1").arg(name, text));
+    host = address;
+    port = number;
+    return {};
+}
+
 Error Reader::readListen()
 {
     if (!isSet(m_listen))
         return {};
-    const QString text = value(m_listen);
-    const int colon = text.lastIndexOf(QLatin1Char(':'));
-    bool isNumber = false;
-    const ushort port = text.mid(colon + 1).toUShort(&isNumber);
-    if (colon < 1 || !isNumber)
-        return Error(QStringLiteral("--listen %1: expected HOST:PORT with a port from 0 to 65535").arg(text));
+    if (Error error = readAddress(m_listen, m_options.listenHost, m_options.listenPort))
+        return error;
+    if (m_options.listenHost.isLoopback())
+        return {};
+    return Error(QStringLiteral("--listen %1: applications connect from this host only; use a loopback "
+                                "address such as 127.0.0.1")
+                     .arg(value(m_listen)));
+}
 
-    const QHostAddress address = toAddress(text.left(colon));
-    if (address.isNull())
-        return Error(
-            QStringLiteral("--listen %1: the host must be an address, for example 127.0.0.1").arg(text));
-    if (!address.isLoopback())
-        return Error(QStringLiteral("--listen %1: applications connect from this host only; use a loopback "
-                                    "address such as 127.0.0.1")
-                         .arg(text));
-    m_options.listenHost = address;
-    m_options.listenPort = port;
-    return {};
+Error Reader::readHttp()
+{
+    return isSet(m_http) ? readAddress(m_http, m_options.httpHost, m_options.httpPort) : Error();
 }
 
 Error Reader::readUsers()

@@ -39,8 +39,7 @@ constexpr Room rooms[] = {
 
     {"agent/core/",         "src/base/wire/ src/platform/peer/"},
     {"agent/netsnmp/",      "agent/core/"},
-    {"agent/http/",         "agent/serving/ agent/checks/ agent/notifications/ agent/applications/ agent/cells/ "
-                            "agent/netsnmp/ agent/core/ src/base/BuildInfo"},
+    {"agent/http/",         "agent/checks/ agent/applications/ agent/cells/ agent/core/ src/base/BuildInfo"},
     {"agent/cells/",        "agent/core/"},
     {"agent/checks/",       "agent/cells/ agent/core/"},
     {"agent/notifications/","agent/checks/ agent/cells/ agent/netsnmp/ agent/core/"},

@@ -1,0 +1,80 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include "agent/http/JsonText.h"
+
+#include <cmath>
+#include <cstring>
+
+#include "agent/checks/Severity.h"
+
+namespace agent::json {
+
+namespace {
+
+bool isPlain(char byte)
+{
+    const auto code = static_cast<unsigned char>(byte);
+    return code >= ' ' && code != 0x7f && !std::strchr("\"\\<>&", byte);
+}
+
+} // namespace
+
+QByteArray quoted(const std::string& text)
+{
+    QByteArray quoted;
+    quoted.reserve(static_cast<int>(text.size()) + 2);
+    quoted += '"';
+    for (const char byte : text) {
+        if (isPlain(byte))
+            quoted += byte;
+        else
+            quoted += "\\u00" + QByteArray(1, byte).toHex();
+    }
+    return quoted += '"';
+}
+
+QByteArray quoted(const QString& text)
+{
+    return quoted(text.toStdString());
+}
+
+QByteArray number(const std::string& text)
+{
+    bool isNumber = false;
+    const double value = QByteArray::fromStdString(text).toDouble(&isNumber);
+    return number(isNumber ? value : std::nan(""));
+}
+
+QByteArray number(double value)
+{
+    constexpr int exact = 15; // digits
+    return std::isfinite(value) ? QByteArray::number(value, 'g', exact) : QByteArrayLiteral("null");
+}
+
+QByteArray seconds(qint64 ms)
+{
+    constexpr double msPerSecond = 1000;
+    return number(static_cast<double>(ms) / msPerSecond);
+}
+
+QByteArray time(const QDateTime& time)
+{
+    return time.isNull() ? QByteArrayLiteral("null") : quoted(time.toUTC().toString(Qt::ISODate));
+}
+
+QByteArray statusName(int status)
+{
+    switch (status) {
+    case status::ok:
+        return QByteArrayLiteral("ok");
+    case status::warning:
+        return QByteArrayLiteral("warning");
+    case status::critical:
+        return QByteArrayLiteral("critical");
+    default:
+        return QByteArrayLiteral("unknown");
+    }
+}
+
+} // namespace agent::json
