@@ -179,6 +179,7 @@ private:
     std::map<MHD_socket, QByteArray> m_peers;
     DelayQueue<MHD_socket> m_requests; // those that are late are ended
     MHD_Daemon* m_daemon = nullptr;
+    bool m_hasClosed = false; // a connection, in this turn
 };
 
 HttpServer::Daemon::Daemon(Clock& clock, const Handler& handler)
@@ -219,9 +220,12 @@ Error HttpServer::Daemon::start(const QHostAddress& host, quint16 port)
 void HttpServer::Daemon::run()
 {
     m_turn.start();
+    m_hasClosed = false;
     MHD_run(m_daemon);
     MHD_UNSIGNED_LONG_LONG delayMs = 0;
-    if (MHD_get_timeout(m_daemon, &delayMs) == MHD_YES)
+    if (m_hasClosed)
+        m_timer.start(0); // after its limit of connections, the library accepts again in its next turn
+    else if (MHD_get_timeout(m_daemon, &delayMs) == MHD_YES)
         m_timer.start(static_cast<int>(delayMs)); // replies have to go on, most likely
     else
         m_timer.stop();
@@ -235,6 +239,7 @@ void HttpServer::Daemon::handleConnection(void* self, MHD_Connection* connection
         return daemon->add(connection);
     daemon->m_requests.remove(socketOf(connection));
     daemon->m_peers.erase(socketOf(connection));
+    daemon->m_hasClosed = true;
 }
 
 void HttpServer::Daemon::add(MHD_Connection* connection)

@@ -12,14 +12,15 @@
 
 namespace support {
 
-/// A peer of an HTTP server, byte by byte: it can send what no browser would.
+/// A peer of an HTTP server, byte by byte: it can send what no browser would. The server may be in the same
+/// thread.
 class HttpClient
 {
 public:
     explicit HttpClient(quint16 port)
     {
         m_socket.connectToHost(QHostAddress(QHostAddress::LocalHost), port);
-        m_socket.waitForConnected(deadlineMs);
+        runUntil([this] { return m_socket.state() == QAbstractSocket::ConnectedState; });
     }
 
     void send(const QByteArray& bytes)

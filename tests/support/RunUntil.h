@@ -31,6 +31,21 @@ bool runUntil(Predicate predicate, int timeoutMs = deadlineMs)
     return predicate();
 }
 
+/// The same for a predicate that runs the event loop itself: it is not called from inside itself.
+template <typename Predicate>
+bool askUntil(Predicate predicate, int timeoutMs = deadlineMs)
+{
+    constexpr int pauseMs = 20;
+    QElapsedTimer elapsed;
+    elapsed.start();
+    while (!predicate()) {
+        if (elapsed.hasExpired(timeoutMs))
+            return false;
+        runUntil([] { return false; }, pauseMs);
+    }
+    return true;
+}
+
 } // namespace support
 
 #endif
