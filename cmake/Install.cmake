@@ -102,8 +102,10 @@ install(FILES
   ${PROJECT_SOURCE_DIR}/docs/abi.md
   ${PROJECT_SOURCE_DIR}/docs/architecture.md
   ${PROJECT_SOURCE_DIR}/docs/building.md
+  ${PROJECT_SOURCE_DIR}/docs/checks.schema.json
   ${PROJECT_SOURCE_DIR}/docs/cost.svg
   ${PROJECT_SOURCE_DIR}/docs/operations.md
+  ${PROJECT_SOURCE_DIR}/docs/page.png
   ${PROJECT_SOURCE_DIR}/docs/performance.md
   ${PROJECT_SOURCE_DIR}/docs/security.md
   ${PROJECT_SOURCE_DIR}/docs/vigil-agent.8.md
