@@ -28,8 +28,8 @@ struct Options
     ObjectId subtree = enterpriseRoot(); ///< to serve: the root or a part of it
     QHostAddress listenHost = QHostAddress(QLatin1String(base::defaultServiceHost));
     quint16 listenPort = base::defaultServicePort; ///< 0 for any free port
-    QHostAddress httpHost; ///< null: no HTTP
-    quint16 httpPort = 0;  ///< 0 for any free port
+    QHostAddress httpHost;                         ///< null: no HTTP
+    quint16 httpPort = 0;                          ///< 0 for any free port
     int passedSocket = noSocket; ///< listens for applications in place of listenHost and listenPort
     QString stateDirectory;      ///< for what is kept over a restart; empty: nothing is
     int setTimeoutMs = 900;

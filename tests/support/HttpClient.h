@@ -19,8 +19,12 @@ class HttpClient
 public:
     explicit HttpClient(quint16 port)
     {
+        bool wasConnected = false; // the server may close at once
+        const auto connection =
+            QObject::connect(&m_socket, &QTcpSocket::connected, [&] { wasConnected = true; });
         m_socket.connectToHost(QHostAddress(QHostAddress::LocalHost), port);
-        runUntil([this] { return m_socket.state() == QAbstractSocket::ConnectedState; });
+        runUntil([&] { return wasConnected; });
+        QObject::disconnect(connection);
     }
 
     void send(const QByteArray& bytes)

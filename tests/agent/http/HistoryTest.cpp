@@ -56,7 +56,7 @@ TEST_F(HistoryTest, KeepsAnHour)
     EXPECT_GE(taken.back(), 2.0F * History::samples - 2);
 }
 
-TEST_F(HistoryTest, AMetricThatWasAwayHasAGap)
+TEST_F(HistoryTest, AMissingMetricLeavesAGap)
 {
     publish("1");
     m_history.start();
@@ -74,7 +74,7 @@ TEST_F(HistoryTest, AMetricThatWasAwayHasAGap)
     EXPECT_EQ(taken[taken.size() - 4], 1.0F);
 }
 
-TEST_F(HistoryTest, AMetricThatHasGoneIsForgottenAfterAnHour)
+TEST_F(HistoryTest, ARemovedMetricIsForgottenAfterAnHour)
 {
     publish("1");
     m_history.start();

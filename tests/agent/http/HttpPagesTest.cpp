@@ -207,7 +207,7 @@ TEST_F(HttpPagesTest, HostileTextsStayTexts)
     EXPECT_EQ(check(0)[QLatin1String("metrics")].toArray().size(), 1);
 }
 
-TEST_F(HttpPagesTest, ChecksThatGoWhileTheyAreWrittenAreLeftOut)
+TEST_F(HttpPagesTest, ChecksRemovedMeanwhileAreLeftOut)
 {
     for (int number = 0; number < 10; ++number) {
         m_checks.publish({"a", std::to_string(number)}, 0);

@@ -161,7 +161,7 @@ TEST_F(HttpServerTest, BadRequestsDoNoHarm)
     EXPECT_EQ(statusLine(get("/")), "HTTP/1.1 200 OK");
 }
 
-TEST_F(HttpServerTest, ARequestThatNeverEndsIsCutOff)
+TEST_F(HttpServerTest, AnEndlessRequestIsCutOff)
 {
     HttpClient slow(m_port);
     slow.send("GET / HTTP/1.1\r\n");
@@ -188,7 +188,7 @@ TEST_F(HttpServerTest, EachRequestOfAConnectionHasItsTime)
     EXPECT_TRUE(client.waitForEnd());
 }
 
-TEST_F(HttpServerTest, AReaderThatStallsIsCutOff)
+TEST_F(HttpServerTest, AStalledReaderIsCutOff)
 {
     HttpClient client(m_port);
     client.stopReading();
@@ -248,7 +248,7 @@ TEST_F(HttpServerTest, AConnectionWaitsWhileAllAreTaken)
     EXPECT_TRUE(runUntil([&] { return late.received().contains("path /late"); }));
 }
 
-TEST_F(HttpServerTest, AServerThatEndsClosesItsConnections)
+TEST_F(HttpServerTest, ADestroyedServerClosesItsConnections)
 {
     auto server = std::make_unique<HttpServer>(m_clock, &HttpServerTest::reply);
     ASSERT_FALSE(server->listen(QHostAddress(QHostAddress::LocalHost), 0));
