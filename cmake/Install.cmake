@@ -73,6 +73,10 @@ endfunction()
 
 if(VIGIL_BUILD_AGENT)
   install(TARGETS vigil-agent RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT agent)
+  if(TARGET vigilctl)
+    install(TARGETS vigilctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT agent)
+    vigil_add_manual_page(vigilctl 1 agent)
+  endif()
   install(FILES ${PROJECT_SOURCE_DIR}/packaging/snmpd.conf.d/vigil.conf
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/snmpd.conf.d COMPONENT agent)
   if(SYSTEMD_FOUND) # without, the agent could not tell systemd that it is ready
@@ -110,6 +114,7 @@ install(FILES
   ${PROJECT_SOURCE_DIR}/docs/security.md
   ${PROJECT_SOURCE_DIR}/docs/vigil-agent.8.md
   ${PROJECT_SOURCE_DIR}/docs/vigil-host-health.8.md
+  ${PROJECT_SOURCE_DIR}/docs/vigilctl.1.md
   ${PROJECT_SOURCE_DIR}/docs/wire-protocol.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT dev
