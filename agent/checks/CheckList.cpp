@@ -175,11 +175,14 @@ void CheckList::handleStatusWritten(const ObjectId& check, int status)
     row.second.lastUpdate = m_clock.nowUtc();
     row.second.lastUpdateMs = m_clock.elapsedMs();
     setStatus(row, status);
+    m_latest = &row;
     report(row.second);
 }
 
 void CheckList::handleSummaryWritten(const ObjectId& check)
 {
+    if (m_latest && m_latest->first == check)
+        return report(m_latest->second); // as the library does: right after the status, and no look-up
     const auto entry = m_checks.find(check);
     if (entry != m_checks.end() && entry->second.isListed)
         report(entry->second);
@@ -214,6 +217,7 @@ void CheckList::handleRemoved(const ObjectId& check)
     if (entry == m_checks.end() || !entry->second.isListed)
         return;
     const unsigned int number = entry->second.number;
+    m_latest = nullptr;
     unlist(entry->second);
     dropIfEmpty(entry);
     emit removed(number);

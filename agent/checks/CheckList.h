@@ -118,6 +118,7 @@ private:
     const CellStore& m_store;
     const Clock& m_clock;
     Entries m_checks;
+    const Entries::value_type* m_latest = nullptr; // the check whose status was written last, while listed
     std::map<unsigned int, const Entries::value_type*> m_byNumber; // the listed checks
     std::map<ObjectId, MetricKey> m_metricKeys;
     std::map<MetricKey, const ObjectId*> m_metrics; // points to the keys of m_metricKeys

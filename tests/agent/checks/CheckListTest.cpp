@@ -263,6 +263,19 @@ TEST_F(CheckListTest, ReportsChanges)
     EXPECT_EQ(list.revision(), before + 7);
 }
 
+TEST_F(CheckListTest, ReportsASummaryThatDoesNotFollowItsStatus)
+{
+    publish(disk, status::ok);
+    publish(queue, status::ok);
+    heard.clear();
+    cells.publish(1, cellOf(Column::Summary, disk), std::string("another text"));
+    EXPECT_THAT(heard, ElementsAre("1"));
+    withdraw(queue);
+    heard.clear();
+    cells.publish(1, cellOf(Column::Summary, queue), std::string("without a status"));
+    EXPECT_THAT(heard, IsEmpty());
+}
+
 TEST_F(CheckListTest, ShowsTheMetricsOfACheck)
 {
     publish(disk, status::ok);
