@@ -39,9 +39,24 @@ size_t memoryOf(const CellValue& value)
 
 } // namespace
 
+CellStore::Cells::const_iterator CellStore::positionOf(const ObjectId& id) const
+{
+    if (m_found == m_cells.end() || m_found->first != id)
+        m_found = m_cells.find(id);
+    return m_found;
+}
+
+CellStore::Cells::iterator CellStore::positionOf(const ObjectId& id)
+{
+    const Cells::const_iterator position = std::as_const(*this).positionOf(id);
+    return m_cells.erase(position, position); // removes nothing, but returns what may change the cell
+}
+
 std::optional<ApplicationId> CellStore::set(const ObjectId& id, CellValue value, ApplicationId application)
 {
-    const auto [position, isNew] = m_cells.try_emplace(id);
+    const auto known = positionOf(id);
+    const bool isNew = known == m_cells.end();
+    const auto position = isNew ? m_cells.try_emplace(id).first : known;
     Cell& cell = position->second;
     const size_t before = isNew ? 0 : memoryOf(*position);
     cell.value = std::move(value);
@@ -123,6 +138,7 @@ std::vector<ObjectId> CellStore::unsetTree(const ObjectId& tree, ApplicationId a
     const auto owned = m_owned.find(application);
     if (owned == m_owned.end())
         return removed;
+    m_found = m_cells.end();
     OwnedIds& ids = owned->second.ids;
     auto position = ids.lower_bound(tree);
     while (position != ids.end() && isInTree(tree, **position)) {
@@ -155,14 +171,14 @@ std::vector<ObjectId> CellStore::idsOf(ApplicationId application, const ObjectId
 
 void CellStore::cover(const ObjectId& id, Cover cover)
 {
-    const auto position = m_cells.find(id);
+    const auto position = positionOf(id);
     if (position != m_cells.end())
         setCover(*position, std::make_unique<const Cover>(std::move(cover)));
 }
 
 void CellStore::uncover(const ObjectId& id)
 {
-    const auto position = m_cells.find(id);
+    const auto position = positionOf(id);
     if (position != m_cells.end())
         setCover(*position, nullptr);
 }
@@ -175,7 +191,7 @@ size_t CellStore::countOf(ApplicationId application) const
 
 const Cell* CellStore::find(const ObjectId& id) const
 {
-    const auto position = m_cells.find(id);
+    const auto position = positionOf(id);
     return position == m_cells.end() ? nullptr : &position->second;
 }
 

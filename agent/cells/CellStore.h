@@ -25,6 +25,10 @@ namespace agent {
 class CellStore
 {
 public:
+    CellStore() = default;
+    CellStore(const CellStore&) = delete; // an iterator points into it
+    CellStore& operator=(const CellStore&) = delete;
+
     using Cells = std::map<ObjectId, Cell>;
     using Entry = Cells::value_type;
 
@@ -92,7 +96,12 @@ private:
     void account(ApplicationId application, size_t before, size_t after);
     void setCover(Entry& entry, std::unique_ptr<const Cover> cover);
 
+    Cells::iterator positionOf(const ObjectId& id);
+    Cells::const_iterator positionOf(const ObjectId& id) const;
+
     Cells m_cells;
+    // The agent asks for a cell several times while it takes one value. Only the first time is a look-up.
+    mutable Cells::const_iterator m_found = m_cells.end();
     // Pointers to the keys of m_cells: removing cells must not cost more if other applications have many.
     std::map<ApplicationId, Owned> m_owned;
     size_t m_memory = 0;

@@ -3,6 +3,8 @@
 
 #include "base/wire/FrameCutter.h"
 
+#include <utility>
+
 namespace base {
 
 FrameCutter::Status FrameCutter::look()
@@ -10,7 +12,7 @@ FrameCutter::Status FrameCutter::look()
     if (m_length == 0) {
         if (available() < FrameHeader::prefixSize)
             return Status::Incomplete;
-        switch (FrameHeader::readPrefix(takeBytes(FrameHeader::prefixSize), m_length)) {
+        switch (readPrefix()) {
         case FrameHeader::Prefix::BadMagic:
             return Status::BadMagic;
         case FrameHeader::Prefix::BadLength:
@@ -22,11 +24,19 @@ FrameCutter::Status FrameCutter::look()
     return static_cast<quint64>(available()) < m_length ? Status::Incomplete : Status::Complete;
 }
 
+FrameHeader::Prefix FrameCutter::readPrefix()
+{
+    const int start = std::exchange(m_position, m_position + FrameHeader::prefixSize);
+    return FrameHeader::readPrefix(m_buffer, m_length, start);
+}
+
 Frame FrameCutter::take()
 {
     Frame frame;
-    frame.header = FrameHeader::readRemainder(takeBytes(FrameHeader::remainderSize));
-    frame.payload = takeBytes(static_cast<int>(m_length) - FrameHeader::remainderSize);
+    frame.header = FrameHeader::readRemainder(m_buffer, m_position);
+    frame.payload = m_buffer.mid(m_position + FrameHeader::remainderSize,
+                                 static_cast<int>(m_length) - FrameHeader::remainderSize);
+    m_position += static_cast<int>(m_length);
     m_length = 0;
     return frame;
 }
@@ -44,13 +54,6 @@ void FrameCutter::clear()
     m_buffer.clear();
     m_position = 0;
     m_length = 0;
-}
-
-QByteArray FrameCutter::takeBytes(int count)
-{
-    QByteArray bytes = m_buffer.mid(m_position, count);
-    m_position += count;
-    return bytes;
 }
 
 } // namespace base

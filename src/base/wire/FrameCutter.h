@@ -54,7 +54,7 @@ public:
 
 private:
     int available() const { return m_buffer.size() - m_position; }
-    QByteArray takeBytes(int count);
+    FrameHeader::Prefix readPrefix();
 
     QByteArray m_buffer;
     int m_position = 0; // of the first byte that was not taken

@@ -28,21 +28,21 @@ void appendInteger(QByteArray& bytes, Integer value)
 
 } // namespace
 
-FrameHeader::Prefix FrameHeader::readPrefix(const QByteArray& prefix, quint64& length)
+FrameHeader::Prefix FrameHeader::readPrefix(const QByteArray& bytes, quint64& length, int position)
 {
-    length = integerAt<quint64>(prefix, 8);
-    if (integerAt<quint64>(prefix, 0) != magic)
+    length = integerAt<quint64>(bytes, position + 8);
+    if (integerAt<quint64>(bytes, position) != magic)
         return Prefix::BadMagic;
     return length < minLength || length > maxLength ? Prefix::BadLength : Prefix::Good;
 }
 
-FrameHeader FrameHeader::readRemainder(const QByteArray& remainder)
+FrameHeader FrameHeader::readRemainder(const QByteArray& bytes, int position)
 {
     FrameHeader header;
-    header.dataType = integerAt<qint16>(remainder, 0);
-    header.clientCallbackId = integerAt<qint64>(remainder, 2);
-    header.messageCounter = integerAt<quint64>(remainder, 10);
-    header.updateMessageCounter = integerAt<quint64>(remainder, 18);
+    header.dataType = integerAt<qint16>(bytes, position);
+    header.clientCallbackId = integerAt<qint64>(bytes, position + 2);
+    header.messageCounter = integerAt<quint64>(bytes, position + 10);
+    header.updateMessageCounter = integerAt<quint64>(bytes, position + 18);
     return header;
 }
 

@@ -31,11 +31,12 @@ struct FrameHeader
 
     enum class Prefix { Good, BadMagic, BadLength };
 
-    /// Reads the first 16 bytes of a frame. length is the number of bytes after them.
-    static Prefix readPrefix(const QByteArray& prefix, quint64& length);
+    /// Reads the first 16 bytes of a frame, which starts at position. length is the number of bytes after
+    /// them.
+    static Prefix readPrefix(const QByteArray& bytes, quint64& length, int position = 0);
 
-    /// Reads the 26 bytes after the prefix.
-    static FrameHeader readRemainder(const QByteArray& remainder);
+    /// Reads the 26 bytes after the prefix, which start at position.
+    static FrameHeader readRemainder(const QByteArray& bytes, int position = 0);
 
     /// The whole header for a payload of payloadSize bytes. The payload can be appended without an
     /// allocation.

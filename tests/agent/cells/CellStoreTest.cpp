@@ -20,6 +20,25 @@ TEST(CellStore, HoldsValuesOfBothTypes)
     EXPECT_EQ(store.find({1, 1, 0}), nullptr);
 }
 
+// The store keeps the last cell it has found.
+TEST(CellStore, FindsNoCellThatHasGone)
+{
+    CellStore store;
+    store.set({1, 1}, 1, 7);
+    store.set({1, 2}, 2, 7);
+    ASSERT_NE(store.find({1, 1}), nullptr);
+    store.unsetTree({1, 1}, 7);
+    EXPECT_EQ(store.find({1, 1}), nullptr);
+    store.uncover({1, 1});
+    store.set({1, 1}, 3, 8);
+    EXPECT_EQ(std::get<int>(store.find({1, 1})->value), 3);
+    ASSERT_NE(store.find({1, 2}), nullptr);
+    store.removeAllOf(7);
+    EXPECT_EQ(store.set({1, 2}, 4, 8), std::nullopt);
+    EXPECT_EQ(store.find({1, 2})->owner, 8u);
+    EXPECT_EQ(store.size(), 2u);
+}
+
 TEST(CellStore, IsOrderedByArcsNotByText)
 {
     CellStore store;
