@@ -37,6 +37,12 @@ constexpr Ratio ratios[] = {
     {"resident memory a metric at 10 000 metrics",          "memory kB a metric",            nullptr,                       Limit::AtMost,  20,  "kB"},
     {"1000 metrics, from update() to GET",                  "update to GET ms",              nullptr,                       Limit::AtMost,  35,  "ms"},
     {"agent, processor time a published cell",              "agent us a cell",               nullptr,                       Limit::AtMost,  5,   "us"},
+    {"walk of 10 000 cells, standalone / plain snmpd",     "standalone walk us a cell",    "plain snmpd walk us a cell",  Limit::AtMost,  1,   ""},
+    {"the same, processor time",                           "standalone walk cpu us a cell", "plain snmpd walk cpu us a cell", Limit::AtMost, 1, ""},
+    {"walk of 10 000 cells, through snmpd / plain snmpd",  "subagent walk us a cell",      "plain snmpd walk us a cell",  Limit::AtMost,  2.5, ""},
+    {"walk of 100 000 / 10 000 cells, standalone, a cell", "standalone long walk cpu us a cell", "standalone walk cpu us a cell", Limit::AtMost, 1.3, ""},
+    {"GET, standalone / plain snmpd",                      "standalone GET us",            "plain snmpd GET us",          Limit::AtMost,  1.2, ""},
+    {"GET, through snmpd / plain snmpd",                   "subagent GET us",              "plain snmpd GET us",          Limit::AtMost,  2.5, ""},
     {"a SET after a SET",                                   "second SET ms",                 nullptr,                       Limit::AtMost,  2,   "ms"},
 };
 // clang-format on

@@ -4,36 +4,32 @@
 #ifndef VIGIL_BENCHMARKS_RUNNINGAGENT_H
 #define VIGIL_BENCHMARKS_RUNNINGAGENT_H
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <string>
+
+#include "benchmarks/RunningProgram.h"
 
 /// A vigil-agent on free ports, while the object lives. The community "private" may write.
 ///
 /// Failure: exits with a message.
-class RunningAgent
+class RunningAgent : public RunningProgram
 {
 public:
+    /// Standalone.
     RunningAgent();
-    ~RunningAgent();
-    RunningAgent(const RunningAgent&) = delete;
-    RunningAgent& operator=(const RunningAgent&) = delete;
+
+    /// Behind the snmpd with this AgentX socket.
+    explicit RunningAgent(const std::string& agentxAddress);
 
     std::string snmpAddress() const { return "udp:127.0.0.1:" + std::to_string(m_snmpPort); }
     std::uint16_t applicationPort() const { return m_applicationPort; }
 
-    /// The processor time it has used.
-    double processorNanoseconds() const;
-
 private:
-    void run();
+    void startAs(std::vector<std::string> role);
     void waitUntilReady() const;
 
-    std::string m_directory;
     std::uint16_t m_snmpPort;
     std::uint16_t m_applicationPort;
-    pid_t m_process;
 };
 
 #endif

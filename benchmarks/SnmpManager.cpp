@@ -31,6 +31,7 @@ SnmpManager::SnmpManager(const std::string& address, const std::string& communit
     snmp_session session{};
     snmp_sess_init(&session);
     session.version = SNMP_VERSION_2c;
+    session.timeout = 60'000'000; // microseconds: the machine may be busy
     session.peername = peer.data();
     session.community = reinterpret_cast<u_char*>(name.data());
     session.community_len = name.size();
@@ -57,6 +58,34 @@ std::optional<std::string> SnmpManager::get(const vigil::Oid& cell)
                      response->variables->val_len);
     snmp_free_pdu(response);
     return text;
+}
+
+int SnmpManager::walk(const vigil::Oid& root)
+{
+    constexpr int cellsOfAnswer = 50;
+    const std::vector<oid> tree = arcsOf(root);
+    std::vector<oid> last = tree;
+    int found = 0;
+    while (true) {
+        netsnmp_pdu* request = snmp_pdu_create(SNMP_MSG_GETBULK);
+        request->non_repeaters = 0;
+        request->max_repetitions = cellsOfAnswer;
+        snmp_add_null_var(request, last.data(), last.size());
+        netsnmp_pdu* response = nullptr;
+        const int foundBefore = found;
+        bool isInside = snmp_synch_response(m_session, request, &response) == STAT_SUCCESS &&
+                        response->errstat == SNMP_ERR_NOERROR;
+        for (auto* each = isInside ? response->variables : nullptr; each && isInside;
+             each = each->next_variable) {
+            last.assign(each->name, each->name + each->name_length);
+            isInside = each->type == ASN_OCTET_STR &&
+                       netsnmp_oid_is_subtree(tree.data(), tree.size(), last.data(), last.size()) == 0;
+            found += isInside ? 1 : 0;
+        }
+        snmp_free_pdu(response);
+        if (!isInside || found == foundBefore)
+            return found;
+    }
 }
 
 bool SnmpManager::set(const vigil::Oid& cell, const std::string& text)

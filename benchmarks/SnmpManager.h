@@ -23,6 +23,9 @@ public:
     /// Nothing if the cell does not exist.
     std::optional<std::string> get(const vigil::Oid& cell);
 
+    /// A bulk walk. Returns the number of cells below root.
+    int walk(const vigil::Oid& root);
+
     /// False if it is refused.
     bool set(const vigil::Oid& cell, const std::string& text);
 
