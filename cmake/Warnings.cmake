@@ -12,14 +12,16 @@ function(vigil_enable_warnings target)
     return()
   endif()
   target_compile_options(${target} PRIVATE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wcast-align -Woverloaded-virtual -Wnon-virtual-dtor)
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wcast-align
+    $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes -Wmissing-prototypes>
+    $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual -Wnon-virtual-dtor>)
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     # The last one is for GoogleTest's macros for typed and parametrised suites.
     target_compile_options(${target} PRIVATE -Wthread-safety -Wno-gnu-zero-variadic-macro-arguments)
   endif()
   if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     # It is about types of headers. GCC takes every source of a batch for a header.
-    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+    target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-Wno-subobject-linkage>)
   endif()
   if(VIGIL_WARNINGS_AS_ERRORS)
     target_compile_options(${target} PRIVATE -Werror)

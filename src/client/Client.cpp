@@ -10,6 +10,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
 #include <new>
 #include <string>
@@ -35,6 +36,8 @@ using vigil::OidArcs;
 using vigil::ValueChangedCallback;
 
 namespace {
+
+std::atomic<bool> isConnectedNow{false}; // for other threads
 
 constexpr int reconnectIntervalMs = 5000;
 constexpr int restLimitMs = 2000;
@@ -194,7 +197,7 @@ void Client::exit()
         m_socket->dispose(); // deleted later: this call may come from the socket's own event processing
     }
     m_socket = nullptr;
-    m_connected = false;
+    setConnected(false);
     m_errorLines->finish();
     emit finished();
 }
@@ -206,6 +209,17 @@ void Client::onTimerReconnect()
     // The timer can fire inside a callback that runs an event loop.
     if (!CallbackStoreLock::isHeldByThisThread())
         guarded([this] { reconnect(); });
+}
+
+bool Client::isAnyConnected()
+{
+    return isConnectedNow;
+}
+
+void Client::setConnected(bool isConnected)
+{
+    m_connected = isConnected;
+    isConnectedNow = isConnected;
 }
 
 void Client::reconnect()
@@ -223,7 +237,7 @@ void Client::reconnect()
 void Client::onConnected()
 {
     base::writeLog(QStringLiteral("[Client::onConnected] Connected to snmp service."));
-    m_connected = true;
+    setConnected(true);
     connect(m_socket->socket(), &QTcpSocket::bytesWritten, this, &Client::onBytesWritten);
     {
         const CallbackStoreLock store;
@@ -237,7 +251,7 @@ void Client::onConnected()
 void Client::onDisconnected()
 {
     base::writeLog(QStringLiteral("[Client::onDisconnected] Disconnected from snmp service."));
-    m_connected = false;
+    setConnected(false);
     dropPending();
     // A write may find that the peer is gone, while this thread holds the lock.
     if (CallbackStoreLock::isHeldByThisThread())

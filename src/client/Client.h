@@ -61,6 +61,9 @@ public:
     Client();
     ~Client() override;
 
+    /// True while the process's client is connected. Any thread.
+    static bool isAnyConnected();
+
     bool event(QEvent* event) override;
 
     /// Publishes a value or, if it is invalid, withdraws it. False if it was not sent yet, only cached.
@@ -134,6 +137,8 @@ private:
     void reportDeferredLoss();
 
     base::ComConnectionSocket* m_socket = nullptr;
+    void setConnected(bool isConnected);
+
     bool m_connected = false;
     bool m_lossIsDeferred = false;
     bool m_isIncomplete = false; // memory ran out. Above the timer: a new child already calls event()

@@ -40,6 +40,9 @@ foreach(dll vigil Qt5Core Qt5Network libgcc_s_seh-1 libstdc++-6 libwinpthread-1)
 endforeach()
 expect_files(
   ${prefix}/lib/libvigil.dll.a
+  ${prefix}/lib/vigil.lib
+  ${prefix}/lib/vigil.def
+  ${prefix}/include/vigil/vigil_c.h
   ${prefix}/include/vigil/vigil.h
   ${prefix}/share/snmp/mibs/VIGIL-MIB.txt
   ${documents}/README.md

@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -41,16 +43,15 @@ protected:
         database = SimpleHandle(check, "db");
     }
 
-    template <typename... Work>
-    static void runAtOnce(Work... work)
+    static void runAtOnce(const std::vector<std::function<void(int)>>& work)
     {
         std::vector<std::thread> threads;
-        const int started[] = {(threads.emplace_back([work] {
-            for (int round = 0; round < rounds; ++round)
-                work(round);
-        }),
-                                0)...};
-        static_cast<void>(started);
+        for (const auto& each : work) {
+            threads.emplace_back([&each] {
+                for (int round = 0; round < rounds; ++round)
+                    each(round);
+            });
+        }
         for (std::thread& thread : threads)
             thread.join();
     }
@@ -90,11 +91,11 @@ TEST_F(HandleThreadsTest, ThreadsSetValuesAndUpdateAtOnce)
         check.update();
     });
     cpu.setRangeHandler([](vigil::RangeKind, const Range&) { return true; });
-    runAtOnce([this](int round) { cpu.setValue(round); },
-              [this](int round) { database.set(HealthStatus::Warning, std::to_string(round)); },
-              [this](int) { check.update(); },
-              [this](int) { check.setDescription(check.getSummary().substr(0, 5)); },
-              [this](int round) { sendSets(round); });
+    runAtOnce({[this](int round) { cpu.setValue(round); },
+               [this](int round) { database.set(HealthStatus::Warning, std::to_string(round)); },
+               [this](int) { check.update(); },
+               [this](int) { check.setDescription(check.getSummary().substr(0, 5)); },
+               [this](int round) { sendSets(round); }});
     settle();
     cpu.setValue(1000);
     cpu.setWarningRange(Range::CreateThresholdAbove(1));
@@ -107,14 +108,14 @@ TEST_F(HandleThreadsTest, ThreadsSetValuesAndUpdateAtOnce)
 TEST_F(HandleThreadsTest, MetricsComeAndGoBesideUpdatesAndLeaveNoRow)
 {
     check.setFunction(1, [this] { check.update(); });
-    runAtOnce([this](int) { check.update(); },
-              [this](int) {
-                  ScalarHandle passing(check, "passing");
-                  passing.setRangeHandler([](vigil::RangeKind, const Range&) { return true; });
-                  passing.setValue(1);
-              },
-              [this](int) { SimpleHandle(check, "other").setStatus(HealthStatus::Ok); },
-              [this](int round) { sendSets(round); });
+    runAtOnce({[this](int) { check.update(); },
+               [this](int) {
+                   ScalarHandle passing(check, "passing");
+                   passing.setRangeHandler([](vigil::RangeKind, const Range&) { return true; });
+                   passing.setValue(1);
+               },
+               [this](int) { SimpleHandle(check, "other").setStatus(HealthStatus::Ok); },
+               [this](int round) { sendSets(round); }});
     const std::string passing = cell(3, 1, {"passing"}).substr(cell(3, 1, {}).size());
     EXPECT_THAT(cellsOf(passing), IsEmpty());
 }
@@ -122,24 +123,24 @@ TEST_F(HandleThreadsTest, MetricsComeAndGoBesideUpdatesAndLeaveNoRow)
 TEST_F(HandleThreadsTest, AHandlerMayBeReplacedBesideItsCalls)
 {
     std::atomic<int> calls{0};
-    runAtOnce([&](int round) { sendSets(round); },
-              [&](int round) {
-                  auto alive = std::make_shared<int>(round);
-                  check.setFunction(1, [alive, &calls] { calls += *alive >= 0 ? 1 : 0; });
-              },
-              [&](int round) {
-                  auto alive = std::make_shared<int>(round);
-                  cpu.setRangeHandler([alive](vigil::RangeKind, const Range&) { return *alive >= 0; });
-                  if (round % 3 == 0)
-                      cpu.clearRangeHandler();
-              });
+    runAtOnce({[&](int round) { sendSets(round); },
+               [&](int round) {
+                   auto alive = std::make_shared<int>(round);
+                   check.setFunction(1, [alive, &calls] { calls += *alive >= 0 ? 1 : 0; });
+               },
+               [&](int round) {
+                   auto alive = std::make_shared<int>(round);
+                   cpu.setRangeHandler([alive](vigil::RangeKind, const Range&) { return *alive >= 0; });
+                   if (round % 3 == 0)
+                       cpu.clearRangeHandler();
+               }});
     settle();
     check.setFunction(1, nullptr);
 }
 
 TEST_F(HandleThreadsTest, ChecksAndMetricsEndOnDifferentThreads)
 {
-    runAtOnce([](int round) {
+    runAtOnce({[](int round) {
         CheckHandle passing("app", "passing");
         std::vector<ScalarHandle> metrics;
         for (const char* name : {"a", "b", "c"})
@@ -152,7 +153,7 @@ TEST_F(HandleThreadsTest, ChecksAndMetricsEndOnDifferentThreads)
         passing.update();
         passing.reset();
         user.join();
-    });
+    }});
     const std::string passing = cell(1, 3, {"passing"}).substr(cell(1, 3, {}).size());
     EXPECT_THAT(cellsOf(passing), IsEmpty());
 }

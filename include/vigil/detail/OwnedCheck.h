@@ -111,12 +111,26 @@ public:
 
     void setFunction(std::size_t index, std::function<void()> function)
     {
-        refuseInsideCallback("a management function was set");
         const auto shared = std::make_shared<const std::function<void()>>(std::move(function));
+        changeFunctions([&](ManagementFunctions& functions) { functions.at(index) = shared; });
+    }
+
+    void setFunctions(ManagementFunctions all)
+    {
+        changeFunctions([&](ManagementFunctions& functions) { functions = std::move(all); });
+    }
+
+private:
+    template <typename Change>
+    void changeFunctions(Change change)
+    {
+        refuseInsideCallback("a management function was set");
         std::unique_ptr<FunctionAdapter> adapter; // the earlier one in the end: it goes without the lock
         const ScopedLock lock(m_structureLock);
+        if (!m_check)
+            throw std::logic_error("the check has ended");
         ManagementFunctions functions = m_functions ? m_functions->functions() : ManagementFunctions();
-        functions.at(index) = shared;
+        change(functions);
         adapter.reset(new FunctionAdapter(std::move(functions)));
         try {
             m_check->registerManagementHandler(adapter.get());
@@ -127,7 +141,6 @@ public:
         m_functions.swap(adapter);
     }
 
-private:
     bool end() noexcept override
     {
         std::unique_ptr<FunctionAdapter> functions;
