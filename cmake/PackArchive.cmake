@@ -23,7 +23,8 @@ function(pack archive folder)
     set(packer "tar --create --no-recursion --files-from=- --owner=0 --group=0 --numeric-owner --format=gnu --mode=u=rwX,go=rX | gzip -9 -n >'${archive}'")
   endif()
   execute_process(
-    COMMAND sh -euc "find '${folder}' -exec touch --no-dereference --date=@${CPACK_VIGIL_EPOCH} {} +
+    COMMAND sh -euc "chmod -R u=rwX,go=rX '${folder}'
+      find '${folder}' -exec touch --no-dereference --date=@${CPACK_VIGIL_EPOCH} {} +
       find '${folder}' | LC_ALL=C sort | ${packer}"
     WORKING_DIRECTORY ${parent} COMMAND_ERROR_IS_FATAL ANY)
   set(CPACK_EXTERNAL_BUILT_PACKAGES ${CPACK_EXTERNAL_BUILT_PACKAGES} ${archive} PARENT_SCOPE)
@@ -46,6 +47,7 @@ function(split_debug_information)
 endfunction()
 
 set(ENV{TZ} UTC) # a zip file has local times
+set(ENV{SOURCE_DATE_EPOCH} ${CPACK_VIGIL_EPOCH}) # objcopy writes it into programs
 set(archive ${CPACK_PACKAGE_DIRECTORY}/${CPACK_PACKAGE_FILE_NAME}.${CPACK_VIGIL_ARCHIVE})
 if(CPACK_VIGIL_OBJCOPY)
   file(REMOVE_RECURSE ${parent}/${folder}-debug)
