@@ -3,11 +3,11 @@
 
 #include <QCoreApplication>
 
-#include <cstdio>
 #include <cstdlib>
 
 #include "agent/Agent.h"
 #include "agent/core/Log.h"
+#include "agent/core/StandardError.h"
 #include "agent/netsnmp/HostLookup.h"
 #include "agent/process/CommandLine.h"
 #include "agent/process/ServiceManager.h"
@@ -23,7 +23,7 @@ int checkConfig(const agent::Options& options)
         agent::log::error(error.text());
         return 1;
     }
-    std::printf("%s: correct\n", options.configFile.toLocal8Bit().constData());
+    agent::standardOutput::print(QStringLiteral("%1: correct\n").arg(options.configFile));
     return 0;
 }
 
@@ -50,9 +50,9 @@ int serve(const agent::Options& options)
 /// Does not return if the system is looking up a name: Qt would wait for a silent name server.
 int ended(int exitCode)
 {
-    std::fflush(stdout);
+    agent::standardError::waitUntilWritten();
     if (agent::HostLookup::isSystemBusy())
-        std::quick_exit(exitCode);
+        std::_Exit(exitCode);
     return exitCode;
 }
 
@@ -65,6 +65,7 @@ int main(int argc, char** argv)
 
     agent::Options options;
     options.agentxAddress = agent::SnmpEngine::defaultAgentxAddress();
+    options.canJoinMaster = !options.agentxAddress.isEmpty();
     options.stateDirectory = qEnvironmentVariable("STATE_DIRECTORY").section(QLatin1Char(':'), 0, 0);
     QString output;
     if (const agent::Error error = agent::readCommandLine(QCoreApplication::arguments(), options, output)) {
@@ -72,7 +73,7 @@ int main(int argc, char** argv)
         return 2;
     }
     if (!output.isEmpty()) {
-        std::fputs(output.toLocal8Bit().constData(), stdout);
+        agent::standardOutput::print(output);
         return 0;
     }
     agent::log::setVerbose(options.isVerbose);

@@ -5,6 +5,7 @@
 #define VIGIL_AGENT_CORE_STANDARDERROR_H
 
 #include <QByteArray>
+#include <QString>
 
 /// Standard error as the system has it. A reader that stalls, such as a stopped terminal, must not stop the
 /// agent.
@@ -16,9 +17,19 @@ constexpr int maxLine = 4096;
 /// Writes a line of at most maxLine bytes, without waiting. False if it is lost.
 bool write(const QByteArray& line);
 
+/// Waits a moment for lines that are still on their way. For the end of the process.
+void waitUntilWritten();
+
 /// True if the host's journal reads it: a number in front of a line is then its priority.
 bool isJournal();
 
 } // namespace agent::standardError
+
+namespace agent::standardOutput {
+
+/// Prints what the operator asked for.
+void print(const QString& text);
+
+} // namespace agent::standardOutput
 
 #endif

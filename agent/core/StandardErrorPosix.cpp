@@ -4,6 +4,7 @@
 #include "agent/core/StandardError.h"
 
 #include <cerrno>
+#include <cstdio>
 
 #include <climits>
 #include <poll.h>
@@ -28,6 +29,8 @@ bool write(const QByteArray& line)
     return written == line.size();
 }
 
+void waitUntilWritten() {} // write() has passed everything on
+
 bool isJournal()
 {
     struct stat info = {};
@@ -39,3 +42,13 @@ bool isJournal()
 }
 
 } // namespace agent::standardError
+
+namespace agent {
+
+void standardOutput::print(const QString& text)
+{
+    std::fputs(text.toLocal8Bit().constData(), stdout);
+    std::fflush(stdout);
+}
+
+} // namespace agent

@@ -44,6 +44,11 @@ AgentxSession::AgentxSession(const QString& address, Clock& clock) : m_address(a
         std::make_unique<HostLookup>(*named, clock, [this](const QString& found) { m_address = found; });
 }
 
+QString AgentxSession::defaultAddress()
+{
+    return QStringLiteral(NETSNMP_AGENTX_SOCKET);
+}
+
 void AgentxSession::initialise()
 {
     // Switches off Net-SNMP's own pings, connects and reconnects.

@@ -30,6 +30,10 @@ public:
     /// attempt to open the session and after each that fails.
     AgentxSession(const QString& address, Clock& clock);
 
+    /// Where snmpd listens for subagents if nothing else is configured; set when Net-SNMP was built. Empty on
+    /// a system where no agent can join a master.
+    static QString defaultAddress();
+
     /// Takes the session over from Net-SNMP. Call it between init_agent() and init_snmp().
     void initialise();
 

@@ -8,9 +8,8 @@
 
 #include <algorithm>
 
-#include <syslog.h>
-
 #include "agent/core/Log.h"
+#include "agent/netsnmp/ManagerSocket.h"
 #include "agent/netsnmp/NetSnmp.h"
 
 namespace agent {
@@ -33,7 +32,7 @@ public:
     DescriptorSet& operator=(const DescriptorSet&) = delete;
 
     netsnmp_large_fd_set* get() { return &m_set; }
-    bool contains(int descriptor) { return netsnmp_large_fd_is_set(descriptor, &m_set); }
+    std::vector<int> list(int count) { return managerSocket::listOf(m_set, count); }
 
 private:
     netsnmp_large_fd_set m_set;
@@ -108,12 +107,7 @@ void NetSnmpEventLoop::prepareToWait()
     timeval limit = {};
     snmp_select_info2(&count, wanted.get(), &limit, &isUnlimited);
 
-    std::vector<int> descriptors;
-    for (int descriptor = 0; descriptor < count; ++descriptor) {
-        if (wanted.contains(descriptor))
-            descriptors.push_back(descriptor);
-    }
-    watch(descriptors);
+    watch(wanted.list(count));
     if (isUnlimited)
         m_timer.stop();
     else
@@ -152,8 +146,9 @@ void NetSnmpEventLoop::handleReadable()
     long waitUs = 0;
     while (!m_paused() && !burstEnd.hasExpired() && serveReadable(waitUs))
         waitUs = nextRequestUs;
-    if (!m_paused())
-        prepareToWait(); // at once, so a descriptor closed just now is not polled again
+    // At once, so a descriptor closed just now is not polled again. Nor is one that stays unread in a pause: on
+    // Windows Qt would report it again and again, and run no timer meanwhile.
+    prepareToWait();
 }
 
 /// Waits on Net-SNMP's descriptors alone: Qt would poll those of all applications again for each request.

@@ -10,8 +10,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include <syslog.h>
-
+#include "agent/netsnmp/ConfigurationFile.h"
+#include "agent/netsnmp/ManagerSocket.h"
 #include "agent/netsnmp/NetSnmp.h"
 #include "agent/netsnmp/NotificationReceiverFilter.h"
 #include "agent/netsnmp/SnmpListener.h"
@@ -46,6 +46,7 @@ void keepToItself(const QByteArray& directory)
     // The agent prints no names. Reading the host's MIB modules would only log the missing ones.
     qputenv("MIBS", "");
     qputenv("MIBDIRS", "");
+    qputenv("SNMP_IGNORE_WINDOWS_REGISTRY", "1"); // it would replace folders set here
 }
 
 /// Net-SNMP calls it when it would read its own configuration files.
@@ -126,18 +127,25 @@ SnmpEngine::~SnmpEngine()
 
 QString SnmpEngine::defaultAgentxAddress()
 {
-    return QStringLiteral(NETSNMP_AGENTX_SOCKET);
+    return AgentxSession::defaultAddress();
 }
 
 Error SnmpEngine::checkConfiguration() const
 {
-    QFile file(m_settings.configFile);
-    if (m_settings.configFile.isEmpty() || file.open(QIODevice::ReadOnly))
+    const QString path = m_settings.configFile;
+    if (path.isEmpty())
         return {};
-    return Error(
-        QStringLiteral(
-            "cannot read the configuration file %1: %2. Check that it exists and that this user may read it")
-            .arg(m_settings.configFile, file.errorString()));
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return Error(
+            QStringLiteral("cannot read the configuration file %1: %2. Check that it exists and that "
+                           "this user may read it")
+                .arg(path, file.errorString()));
+    if (configurationFile::nameForC(QFileInfo(path).absoluteFilePath()).isEmpty())
+        return Error(QStringLiteral("cannot read the configuration file %1: its name has letters that this "
+                                    "system's older programs cannot write. Give it another name")
+                         .arg(path));
+    return configurationFile::checkRights(path);
 }
 
 Error SnmpEngine::initialise()
@@ -170,7 +178,7 @@ Error SnmpEngine::initialise()
 
 void SnmpEngine::takeConfiguration()
 {
-    const QByteArray path = QFile::encodeName(QFileInfo(m_settings.configFile).absoluteFilePath());
+    const QByteArray path = configurationFile::nameForC(QFileInfo(m_settings.configFile).absoluteFilePath());
     char* argument = m_settings.configFile.isEmpty() ? nullptr : strdup(path.constData());
     snmp_register_callback(SNMP_CALLBACK_LIBRARY, SNMP_CALLBACK_PRE_READ_CONFIG, &readOurConfiguration,
                            argument); // Net-SNMP frees it
@@ -238,11 +246,17 @@ Error SnmpEngine::listen()
 {
     netsnmp_ds_set_string(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_PORTS, "none");
     const QStringList addresses = m_settings.standaloneAddress.split(QLatin1Char(','));
-    if (init_master_agent() == 0 && std::all_of(addresses.begin(), addresses.end(), &snmpListener::listen))
+    if (init_master_agent() != 0)
+        return Error(QStringLiteral("Net-SNMP cannot be initialised; its message above says why"));
+    const auto failed = std::find_if_not(addresses.begin(), addresses.end(), &snmpListener::listen);
+    if (failed == addresses.end())
         return {};
-    return Error(QStringLiteral("cannot serve on %1: the address is in use, is not one of this host's, or "
-                                "needs privileges (a port below 1024)")
-                     .arg(m_settings.standaloneAddress));
+    QString reason = managerSocket::reasonFor(failed->trimmed());
+    if (reason.isEmpty())
+        reason =
+            QStringLiteral("the address is in use, is not one of this host's, or needs privileges (a port "
+                           "below 1024)");
+    return Error(QStringLiteral("cannot serve on %1: %2").arg(m_settings.standaloneAddress, reason));
 }
 
 } // namespace agent

@@ -45,7 +45,8 @@ public:
     SnmpEngine(const SnmpEngine&) = delete;
     SnmpEngine& operator=(const SnmpEngine&) = delete;
 
-    /// Where snmpd listens for subagents if nothing else is configured; set when Net-SNMP was built.
+    /// Where snmpd listens for subagents if nothing else is configured; set when Net-SNMP was built. Empty on
+    /// a system where no agent can join a master.
     static QString defaultAgentxAddress();
 
     /// Makes Net-SNMP ready for handlers.

@@ -9,11 +9,9 @@
 #include <map>
 #include <utility>
 
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include "agent/core/Descriptors.h"
 #include "agent/core/Log.h"
+#include "agent/netsnmp/ManagerSocket.h"
 #include "agent/netsnmp/NetSnmp.h"
 
 namespace agent::snmpListener {
@@ -32,15 +30,6 @@ struct Calls
 std::map<const oid*, Calls> callsOfDomain;
 std::map<int, QHostAddress> clients; // by descriptor
 bool isRefusalLogged = false;
-
-QHostAddress peerOf(int descriptor)
-{
-    sockaddr_storage address = {};
-    socklen_t size = sizeof(address);
-    if (getpeername(descriptor, reinterpret_cast<sockaddr*>(&address), &size) != 0)
-        return {};
-    return QHostAddress(reinterpret_cast<const sockaddr*>(&address));
-}
 
 /// Empty if the connection may stay.
 QString refusalOf(int descriptor, const QHostAddress& address)
@@ -61,13 +50,13 @@ int acceptWithinLimits(netsnmp_transport* listener)
     const int descriptor = callsOfDomain.at(listener->domain).accept(listener);
     if (descriptor < 0)
         return descriptor;
-    const QHostAddress address = peerOf(descriptor);
+    const QHostAddress address = managerSocket::peerOf(descriptor);
     const QString refusal = refusalOf(descriptor, address);
     if (refusal.isEmpty()) {
         clients[descriptor] = address;
         return descriptor;
     }
-    close(descriptor);
+    managerSocket::close(descriptor);
     if (!std::exchange(isRefusalLogged, true))
         log::warning(QStringLiteral("a TCP connection of the manager at %1 is closed: %2. Further ones are "
                                     "not logged until a manager disconnects")
@@ -90,6 +79,11 @@ bool listen(const QString& address)
         netsnmp_transport_open_server("snmp", address.trimmed().toLocal8Bit().constData());
     if (!transport)
         return false;
+    if (!managerSocket::prepare(*transport)) {
+        transport->f_close(transport);
+        netsnmp_transport_free(transport);
+        return false;
+    }
     if (transport->f_accept) { // a connection inherits the hooks
         callsOfDomain.insert({transport->domain, {transport->f_accept, transport->f_close}});
         transport->f_accept = &acceptWithinLimits;

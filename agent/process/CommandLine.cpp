@@ -77,9 +77,11 @@ private:
 
     const QCommandLineOption m_agentx = QCommandLineOption(
         QStringLiteral("agentx"),
-        QStringLiteral("Join the snmpd whose AgentX socket is at <address>: a path or tcp:host:port. "
-                       "Default: %1.")
-            .arg(m_options.agentxAddress),
+        m_options.canJoinMaster
+            ? QStringLiteral("Join the snmpd whose AgentX socket is at <address>: a path or "
+                             "tcp:host:port. Default: %1.")
+                  .arg(m_options.agentxAddress)
+            : QStringLiteral("Not available on this system: use --standalone."),
         QStringLiteral("address"));
     const QCommandLineOption m_standalone = QCommandLineOption(
         QStringLiteral("standalone"),
@@ -256,7 +258,11 @@ Error Reader::readRole()
         return error;
     if (Error error = readStandalone())
         return error;
-    return readConfig();
+    if (Error error = readConfig())
+        return error;
+    if (m_options.canJoinMaster || m_options.isStandalone() || m_options.isConfigCheck)
+        return {};
+    return Error(QStringLiteral("--standalone is needed: on this system the agent cannot join a master"));
 }
 
 Error Reader::readAgentx()
@@ -265,6 +271,8 @@ Error Reader::readAgentx()
         return {};
     if (value(m_agentx).trimmed().isEmpty())
         return Error(QStringLiteral("--agentx: the address is empty"));
+    if (!m_options.canJoinMaster)
+        return Error(QStringLiteral("--agentx is not available on this system; use --standalone"));
     m_options.agentxAddress = value(m_agentx);
     return {};
 }

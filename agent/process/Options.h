@@ -23,6 +23,7 @@ struct Options
 
     QString standaloneAddress;  ///< listening addresses as Net-SNMP writes them; empty: subagent of snmpd
     QString agentxAddress;      ///< where snmpd listens for subagents; the default is Net-SNMP's
+    bool canJoinMaster = true;  ///< false on a system without AgentX: standalone is the only way
     QString configFile;         ///< empty for none
     bool isConfigCheck = false; ///< check configFile and end
     ObjectId subtree = enterpriseRoot(); ///< to serve: the root or a part of it

@@ -5,16 +5,19 @@
 #define VIGIL_AGENT_PROCESS_SIGNALS_H
 
 #include <QObject>
-#include <QSocketNotifier>
 
 #include <memory>
 
 namespace agent {
 
-/// Turns SIGTERM, SIGINT and SIGHUP into events of the event loop.
+/// Turns what the system wants of the process into events of the event loop. One source file for each system.
+///
+///                        POSIX              Windows
+///     endRequested()     SIGTERM, SIGINT    Ctrl-C, closing the console, the end of the session, shutdown
+///     reloadRequested()  SIGHUP             Ctrl-Break
 ///
 /// Threads: the main thread. One object per process.
-/// Failure: without a pipe the signals end the process at once, as they do by default.
+/// Failure: if the system has no resources left, the signals end the process at once, as they do by default.
 class Signals : public QObject
 {
     Q_OBJECT
@@ -24,11 +27,12 @@ public:
     ~Signals() override;
 
 signals:
-    void endRequested();    ///< SIGTERM, SIGINT
-    void reloadRequested(); ///< SIGHUP
+    void endRequested();
+    void reloadRequested();
 
 private:
-    std::unique_ptr<QSocketNotifier> m_notifier;
+    struct System;
+    std::unique_ptr<System> m_system;
 };
 
 } // namespace agent

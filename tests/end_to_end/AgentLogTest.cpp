@@ -98,7 +98,7 @@ TEST(AgentLog, AStalledReaderDoesNotStopTheAgent)
         application.publish("5.1", std::string(900, 'y') + std::to_string(i));
     application.publish("5.2", 9);
     EXPECT_TRUE(tool.waitFor(full("5.2"), QStringLiteral("9")));
-    agent.terminate();
+    AgentProcess::askToEnd(agent);
     EXPECT_TRUE(agent.waitForFinished(support::deadlineMs));
     EXPECT_EQ(agent.exitCode(), 0);
 }

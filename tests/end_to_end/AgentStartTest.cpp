@@ -53,7 +53,7 @@ TEST(AgentStart, BadOptionValuesAreRefused)
 {
     const quint16 port = AgentProcess::freePort();
     expectRefusal(AgentProcess::run({QStringLiteral("--set-timeout"), QStringLiteral("1000")}),
-                  "behind snmpd");
+                  AgentProcess::isForWindows() ? "--standalone is needed" : "behind snmpd");
     expectRefusal(
         AgentProcess::run(serving(port, {QStringLiteral("--listen"), QStringLiteral("192.0.2.1:1")})),
         "loopback");
@@ -71,6 +71,26 @@ TEST(AgentStart, AnUnreadableConfigurationFileIsAnError)
                   "cannot read the configuration file");
     expectRefusal(AgentProcess::run(serving(port, {QStringLiteral("--config"), directory.path()})),
                   "cannot read the configuration file");
+}
+
+/// Wine shows the file's mode as rights of Windows.
+TEST(AgentStart, OnWindowsOthersMayNotReadTheConfiguration)
+{
+    if (!AgentProcess::isForWindows())
+        GTEST_SKIP() << "on this system the operator decides";
+    const QTemporaryDir directory;
+    QFile file(directory.filePath(QString::fromUtf8("K\xc3\xb6nig \xd0\x96.conf")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("rocommunity public 127.0.0.1\n");
+    file.close();
+    const QStringList check{QStringLiteral("--check-config"), QStringLiteral("--config"), file.fileName()};
+    ASSERT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther));
+    expectRefusal(AgentProcess::run(check), "holds secrets, but \"Everyone\" has rights to it");
+
+    ASSERT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+    const AgentProcess::Outcome allowed = AgentProcess::run(check);
+    EXPECT_EQ(allowed.exitCode, 0) << allowed.err.constData();
+    EXPECT_TRUE(allowed.out.contains("K\xc3\xb6nig \xd0\x96.conf: correct")) << allowed.out.constData();
 }
 
 TEST(AgentStart, AnSnmpPortInUseIsAnError)

@@ -24,12 +24,19 @@ constexpr int endOfFreePorts = 32'768;
 
 const QByteArray readyText = "listening for applications on 127.0.0.1:";
 
+constexpr char otherProgram[] = "VIGIL_TEST_AGENT"; // runs the agent for Windows under Wine
+
 /// Keeps every file of the agent in directory.
 QProcessEnvironment environment(const QTemporaryDir& directory)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const char* variable : {"TMPDIR", "HOME", "SNMP_PERSISTENT_DIR"})
-        environment.insert(QLatin1String(variable), directory.path());
+    if (AgentProcess::isForWindows()) { // Wine drops its prefix; its own files are not the agent's
+        for (const char* variable : {"WINETEMP", "WINETMP"})
+            environment.insert(QLatin1String(variable), QStringLiteral("Z:") + directory.path());
+    } else {
+        for (const char* variable : {"TMPDIR", "HOME", "SNMP_PERSISTENT_DIR"})
+            environment.insert(QLatin1String(variable), directory.path());
+    }
     return environment;
 }
 
@@ -71,7 +78,7 @@ bool AgentProcess::startOnce()
     m_log.clear();
     const quint16 port = m_applicationPort != 0 ? m_applicationPort : freePort();
     m_process.setProcessEnvironment(environment(m_directory));
-    m_process.start(QStringLiteral(VIGIL_AGENT_PROGRAM),
+    m_process.start(program(),
                     roleArguments() +
                         QStringList{QStringLiteral("--listen"), QStringLiteral("127.0.0.1:%1").arg(port)} +
                         m_arguments);
@@ -109,7 +116,7 @@ bool AgentProcess::waitForLog(const QByteArray& text, int times)
 
 int AgentProcess::stop()
 {
-    m_process.terminate();
+    askToEnd(m_process);
     if (!runUntil([this] { return m_process.state() == QProcess::NotRunning; }))
         return -1;
     log();
@@ -142,7 +149,7 @@ AgentProcess::Outcome AgentProcess::run(const QStringList& arguments)
     const QTemporaryDir directory;
     QProcess process;
     process.setProcessEnvironment(environment(directory));
-    process.start(QStringLiteral(VIGIL_AGENT_PROGRAM), arguments);
+    process.start(program(), arguments);
     Outcome outcome;
     if (!process.waitForFinished(deadlineMs)) {
         process.kill();
@@ -159,7 +166,20 @@ AgentProcess::Outcome AgentProcess::run(const QStringList& arguments)
 
 QString AgentProcess::program()
 {
-    return QStringLiteral(VIGIL_AGENT_PROGRAM);
+    return qEnvironmentVariable(otherProgram, QStringLiteral(VIGIL_AGENT_PROGRAM));
+}
+
+void AgentProcess::askToEnd(QProcess& agent)
+{
+    if (isForWindows())
+        ::kill(static_cast<pid_t>(agent.processId()), SIGINT); // Wine passes it on as Ctrl-C
+    else
+        agent.terminate();
+}
+
+bool AgentProcess::isForWindows()
+{
+    return qEnvironmentVariableIsSet(otherProgram);
 }
 
 QStringList AgentProcess::filesLeft() const

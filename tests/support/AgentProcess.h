@@ -75,6 +75,13 @@ public:
     /// The path of the program, for tests that run it in another way.
     static QString program();
 
+    /// Asks a running agent to shut down cleanly.
+    static void askToEnd(QProcess& agent);
+
+    /// True if the program is the one for Windows, under Wine: the environment variable VIGIL_TEST_AGENT
+    /// names a script that runs it.
+    static bool isForWindows();
+
     /// A port that was just free on UDP and TCP, and that the system gives to no other socket by itself.
     static quint16 freePort();
 

@@ -3,6 +3,8 @@
 
 #include "agent/process/Signals.h"
 
+#include <QSocketNotifier>
+
 #include <cerrno>
 #include <csignal>
 
@@ -35,13 +37,18 @@ void handle(int signalNumber, void (*handler)(int), int flags = SA_RESTART)
 
 } // namespace
 
+struct Signals::System
+{
+    QSocketNotifier notifier{pipeEnds[0], QSocketNotifier::Read};
+};
+
 Signals::Signals()
 {
     handle(SIGPIPE, SIG_IGN); // a manager may close its TCP connection at any time
     if (pipe2(pipeEnds, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
-    m_notifier = std::make_unique<QSocketNotifier>(pipeEnds[0], QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] {
+    m_system = std::make_unique<System>();
+    connect(&m_system->notifier, &QSocketNotifier::activated, this, [this] {
         char byte = 0;
         while (read(pipeEnds[0], &byte, 1) > 0) {
             if (byte == SIGHUP)
@@ -61,7 +68,7 @@ Signals::~Signals()
     handle(SIGHUP, SIG_DFL);
     handle(SIGTERM, SIG_DFL);
     handle(SIGINT, SIG_DFL);
-    m_notifier.reset();
+    m_system.reset();
     close(pipeEnds[0]);
     close(pipeEnds[1]);
 }
