@@ -81,8 +81,14 @@ if(VIGIL_BUILD_AGENT)
     install(TARGETS vigilctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT agent)
     vigil_add_manual_page(vigilctl 1 agent)
   endif()
-  install(FILES ${PROJECT_SOURCE_DIR}/packaging/snmpd.conf.d/vigil.conf
-    DESTINATION ${CMAKE_INSTALL_DOCDIR}/snmpd.conf.d COMPONENT agent)
+  if(WIN32)
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/windows/README-Windows.txt DESTINATION . COMPONENT agent)
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/windows/vigil-agent.conf DESTINATION ${CMAKE_INSTALL_DOCDIR}
+      COMPONENT agent)
+  else()
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/snmpd.conf.d/vigil.conf
+      DESTINATION ${CMAKE_INSTALL_DOCDIR}/snmpd.conf.d COMPONENT agent)
+  endif()
   if(SYSTEMD_FOUND) # without, the agent could not tell systemd that it is ready
     vigil_install_unit(vigil-agent agent)
     install(FILES ${PROJECT_SOURCE_DIR}/packaging/vigil-agent.socket DESTINATION ${VIGIL_UNIT_DIR} COMPONENT agent)

@@ -27,6 +27,14 @@ endforeach()
 file(COPY ${vigil_runtime_dlls} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 
 get_filename_component(qt_prefix ${Qt5Core_DIR}/../../.. ABSOLUTE)
+set(agent_licences "") # of what vigil-agent links statically
+if(VIGIL_BUILD_AGENT)
+  set(agent_licences
+    net-snmp-COPYING.txt=${VIGIL_NET_SNMP}/net-snmp-COPYING
+    net-snmp-version.txt=${VIGIL_NET_SNMP}/net-snmp-version
+    openssl-LICENSE.txt=${VIGIL_NET_SNMP}/openssl-LICENSE.txt
+    openssl-version.txt=${VIGIL_NET_SNMP}/openssl-version)
+endif()
 set(vigil_runtime_licences "")
 set(vigil_missing_licences "")
 foreach(licence
@@ -34,7 +42,8 @@ foreach(licence
     qt-GPL-3.txt=${qt_prefix}/LICENSE.GPL3
     qt-copyright.txt=/usr/share/doc/qtbase5-dev/copyright
     gcc-copyright.txt=/usr/share/doc/gcc-mingw-w64-x86-64-posix-runtime/copyright
-    mingw-w64-copyright.txt=/usr/share/doc/mingw-w64-x86-64-dev/copyright)
+    mingw-w64-copyright.txt=/usr/share/doc/mingw-w64-x86-64-dev/copyright
+    ${agent_licences})
   string(REGEX REPLACE ".*=" "" file ${licence})
   if(EXISTS ${file})
     list(APPEND vigil_runtime_licences ${licence})
@@ -60,3 +69,10 @@ set(vigil_runtime_parts
   "CONTAINS|libgcc|${gcc_version}|GPL-3.0-or-later WITH GCC-exception-3.1|bin/libgcc_s_seh-1.dll"
   "CONTAINS|libstdc++|${gcc_version}|GPL-3.0-or-later WITH GCC-exception-3.1|bin/libstdc++-6.dll"
   "CONTAINS|winpthreads|${mingw_version}|MIT AND BSD-3-Clause|bin/libwinpthread-1.dll")
+if(VIGIL_BUILD_AGENT)
+  file(STRINGS ${VIGIL_NET_SNMP}/net-snmp-version net_snmp_version)
+  file(STRINGS ${VIGIL_NET_SNMP}/openssl-version openssl_version)
+  list(APPEND vigil_runtime_parts
+    "CONTAINS|net-snmp|${net_snmp_version}|BSD-3-Clause AND MIT-CMU|bin/vigil-agent.exe"
+    "CONTAINS|openssl|${openssl_version}|Apache-2.0|bin/vigil-agent.exe")
+endif()

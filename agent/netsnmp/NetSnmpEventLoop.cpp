@@ -146,8 +146,8 @@ void NetSnmpEventLoop::handleReadable()
     long waitUs = 0;
     while (!m_paused() && !burstEnd.hasExpired() && serveReadable(waitUs))
         waitUs = nextRequestUs;
-    // At once, so a descriptor closed just now is not polled again. Nor is one that stays unread in a pause: on
-    // Windows Qt would report it again and again, and run no timer meanwhile.
+    // At once, so a descriptor closed just now is not polled again. Nor is one that stays unread in a pause:
+    // on Windows Qt would report it again and again, and run no timer meanwhile.
     prepareToWait();
 }
 

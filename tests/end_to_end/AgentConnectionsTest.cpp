@@ -214,7 +214,8 @@ TEST_F(AgentConnections, EachBadConnectionLogsOneLine)
         stranger.sendBytes(QByteArray(64, 'x'));
         ASSERT_TRUE(stranger.waitForDisconnect());
     }
-    EXPECT_TRUE(agent.waitForLog("is disconnected: ", attempts)); // the end is seen before the line is written
+    EXPECT_TRUE(
+        agent.waitForLog("is disconnected: ", attempts)); // the end is seen before the line is written
     EXPECT_EQ(agent.log().count("is disconnected: "), attempts);
     EXPECT_TRUE(bystander->isConnected());
     EXPECT_EQ(tool->get(full("1.1")), QStringLiteral("1"));

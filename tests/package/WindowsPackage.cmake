@@ -14,7 +14,7 @@ endif()
 
 run(${cpack})
 set(archive ${WORK_DIR}/packages/vigil-1.0.0-win64)
-check_sbom(${archive}.zip vigil Qt5Core Qt5Network libgcc libstdc\\+\\+ winpthreads)
+check_sbom(${archive}.zip vigil Qt5Core Qt5Network libgcc libstdc\\+\\+ winpthreads net-snmp openssl)
 set(folder ${WORK_DIR}/unpacked)
 file(ARCHIVE_EXTRACT INPUT ${archive}.zip DESTINATION ${folder})
 file(ARCHIVE_EXTRACT INPUT ${archive}-debug.zip DESTINATION ${folder})
@@ -53,7 +53,12 @@ expect_files(
   ${documents}/third-party/qt-GPL-3.txt
   ${documents}/third-party/qt-copyright.txt
   ${documents}/third-party/gcc-copyright.txt
-  ${documents}/third-party/mingw-w64-copyright.txt)
+  ${documents}/third-party/mingw-w64-copyright.txt
+  ${documents}/third-party/net-snmp-COPYING.txt
+  ${documents}/third-party/openssl-LICENSE.txt
+  ${documents}/vigil-agent.conf
+  ${prefix}/README-Windows.txt
+  ${prefix}/bin/vigil-agent.exe)
 
 # The examples, from source and as they come.
 set(build ${WORK_DIR}/build)
@@ -72,5 +77,6 @@ endif()
 set(ENV{WINEPATH} "") # programs find what is beside them
 run(${EMULATOR} ${prefix}/bin/hello_health.exe)
 run(${EMULATOR} ${prefix}/bin/vigil-host-health.exe --help)
+run(${EMULATOR} ${prefix}/bin/vigil-agent.exe --version)
 
 file(REMOVE_RECURSE ${WORK_DIR})
