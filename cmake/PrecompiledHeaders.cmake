@@ -9,5 +9,5 @@ if(CMAKE_CXX_COMPILER_LAUNCHER MATCHES "^[^;]*ccache$")
 endif()
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   # The same input gives the same precompiled header, so that ccache knows it again.
-  add_compile_options("SHELL:-Xclang -fno-pch-timestamp")
+  add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:SHELL:-Xclang -fno-pch-timestamp>")
 endif()

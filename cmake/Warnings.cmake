@@ -17,7 +17,8 @@ function(vigil_enable_warnings target)
     $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual -Wnon-virtual-dtor>)
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     # The last one is for GoogleTest's macros for typed and parametrised suites.
-    target_compile_options(${target} PRIVATE -Wthread-safety -Wno-gnu-zero-variadic-macro-arguments)
+    target_compile_options(${target} PRIVATE
+      $<$<COMPILE_LANGUAGE:CXX>:-Wthread-safety -Wno-gnu-zero-variadic-macro-arguments>)
   endif()
   if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     # It is about types of headers. GCC takes every source of a batch for a header.
