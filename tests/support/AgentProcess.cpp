@@ -78,10 +78,17 @@ bool AgentProcess::startOnce()
     m_log.clear();
     const quint16 port = m_applicationPort != 0 ? m_applicationPort : freePort();
     m_process.setProcessEnvironment(environment(m_directory));
+    if (isForWindows()) {
+        m_logFile.setFileName(m_logDirectory.filePath(QStringLiteral("log")));
+        m_logFile.close();
+        m_process.setStandardErrorFile(m_logFile.fileName());
+    }
     m_process.start(program(),
                     roleArguments() +
                         QStringList{QStringLiteral("--listen"), QStringLiteral("127.0.0.1:%1").arg(port)} +
                         m_arguments);
+    if (isForWindows() && m_process.waitForStarted())
+        m_logFile.open(QIODevice::ReadOnly);
     const auto isReadyOrOver = [this] {
         const int ready = log().indexOf(readyText);
         return (ready >= 0 && log().indexOf('\n', ready) > 0) || m_process.state() == QProcess::NotRunning;
@@ -105,7 +112,7 @@ QStringList AgentProcess::roleArguments()
 
 const QByteArray& AgentProcess::log()
 {
-    m_log += m_process.readAllStandardError();
+    m_log += isForWindows() ? m_logFile.readAll() : m_process.readAllStandardError();
     return m_log;
 }
 

@@ -5,6 +5,7 @@
 #define VIGIL_SUPPORT_AGENTPROCESS_H
 
 #include <QByteArray>
+#include <QFile>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -92,6 +93,8 @@ private:
     const QStringList m_arguments;
     const QString m_agentxAddress;
     const QTemporaryDir m_directory;
+    const QTemporaryDir m_logDirectory;
+    QFile m_logFile; // on Windows: only a file has each line before the agent goes on
     QProcess m_process;
     QByteArray m_log;
     quint16 m_snmpPort = 0;
