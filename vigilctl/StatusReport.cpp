@@ -72,7 +72,8 @@ QDateTime timeOf(const QJsonObject& object, const char* name)
 std::vector<QJsonObject> problemsOf(const QJsonObject& document)
 {
     std::vector<QJsonObject> problems;
-    for (const QJsonValue& each : document[QLatin1String("checks")].toArray()) {
+    const QJsonArray checks = document[QLatin1String("checks")].toArray();
+    for (const QJsonValue& each : checks) {
         const QJsonObject check = each.toObject();
         if (codeOf(member(check, "status")) != StatusReport::Ok)
             problems.push_back(check);
@@ -115,7 +116,8 @@ QString StatusReport::text(bool isColoured) const
             QStringLiteral("%1  %2, for %3: %4\n")
                 .arg(statusWord(member(check, "status"), isColoured), printable(member(check, "name")),
                      durationText(timeOf(check, "since").secsTo(now)), printable(member(check, "summary")));
-    for (const QJsonValue& each : m_document[QLatin1String("applications")].toArray()) {
+    const QJsonArray applications = m_document[QLatin1String("applications")].toArray();
+    for (const QJsonValue& each : applications) {
         const QJsonObject application = each.toObject();
         const QString state = member(application, "state");
         if (state == QLatin1String("connected"))

@@ -124,6 +124,7 @@ std::vector<SavedApplication> ApplicationServer::ownersOf(const std::vector<Obje
         owner.checks.push_back(*shown);
     }
     std::vector<SavedApplication> list;
+    list.reserve(owners.size());
     for (auto& [application, saved] : owners)
         list.push_back(std::move(saved));
     return list;

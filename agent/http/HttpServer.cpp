@@ -26,7 +26,7 @@ namespace agent {
 
 namespace {
 
-constexpr size_t blockSize = 16 * 1024;
+constexpr size_t blockSize = size_t{16} * 1024;
 
 /// Every reply has them. A browser lets no other site read the reply or show it in a frame, and takes
 /// scripts and styles from this server's own files alone.

@@ -73,7 +73,7 @@ private:
     static std::shared_ptr<detail::OwnedWatch> begin(std::function<void(bool)> function)
     {
         detail::refuseInsideCallback("a connection was watched");
-        const auto watch = std::make_shared<detail::OwnedWatch>(std::move(function));
+        auto watch = std::make_shared<detail::OwnedWatch>(std::move(function));
         watch->begin();
         return watch;
     }

@@ -196,7 +196,7 @@ public:
     void add(ScalarHandle& metric, Value value)
     {
         metric.content();
-        const std::shared_ptr<detail::OwnedScalar> owned = metric.shared();
+        const std::shared_ptr<detail::OwnedScalar>& owned = metric.shared();
         addEntry(owned, [owned, value]() mutable {
             return detail::readGuarded(
                 value,
@@ -215,7 +215,7 @@ public:
     void add(SimpleHandle& metric, Read reading)
     {
         metric.content();
-        const std::shared_ptr<detail::OwnedSimple> owned = metric.shared();
+        const std::shared_ptr<detail::OwnedSimple>& owned = metric.shared();
         const auto store = [owned](const Reading& read) {
             return owned->set([&](SimpleMetric& simple) {
                 simple.setInfo(read.info);
@@ -233,7 +233,7 @@ public:
     void add(CheckHandle& check)
     {
         check.content();
-        const std::shared_ptr<detail::OwnedCheck> owned = check.shared();
+        const std::shared_ptr<detail::OwnedCheck>& owned = check.shared();
         m_loop->add(owned, [owned] { return owned->use([](HealthCheck&) { return true; }); });
     }
 

@@ -95,6 +95,7 @@ template <typename Handle>
 void handOut(const std::shared_ptr<vigil::detail::Owned>& object, Handle** handle)
 {
     try {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): never dereferenced
         *handle = reinterpret_cast<Handle*>(HandleTable::instance().add(object));
     } catch (...) {
         vigil::detail::Owned::end(object);

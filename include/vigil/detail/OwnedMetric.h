@@ -96,7 +96,7 @@ std::shared_ptr<Owner> createMetric(const std::shared_ptr<OwnedCheck>& check, co
 {
     if (!check)
         throw std::logic_error("an empty handle was used");
-    const std::shared_ptr<Owner> owner = std::make_shared<Owner>(check, name);
+    std::shared_ptr<Owner> owner = std::make_shared<Owner>(check, name);
     owner->adopt(check->createMetric(name, create));
     return owner;
 }
