@@ -20,7 +20,7 @@
 
 namespace agent {
 
-/// All health checks of the host and their metrics, for whatever shows them: the agent's MIB, a page.
+/// All health checks of the host and their metrics, for the views that show them: the agent's MIB, the page.
 ///
 /// Counts are always up to date. A check or metric is put together from the cells when it is asked for, so
 /// an update of an application costs one look-up here, and a question costs a few, however many cells there
