@@ -13,7 +13,7 @@ static void require(vigil_code code)
 {
     if (code != VIGIL_OK) {
         fprintf(stderr, "%s\n", vigil_code_name(code));
-        exit(1);
+        exit(1); /* NOLINT(concurrency-mt-unsafe): no other thread exits */
     }
 }
 
