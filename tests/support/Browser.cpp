@@ -38,8 +38,11 @@ Browser::~Browser()
 bool Browser::start()
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const char* variable : {"HOME", "TMPDIR", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
+    for (const char* variable : {"HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
         environment.insert(QLatin1String(variable), m_profile.path());
+    // The profile by a short name: the browser makes a socket below it, and a socket's path has 107 bytes.
+    environment.insert(QStringLiteral("TMPDIR"), QStringLiteral("/proc/self/cwd"));
+    m_process.setWorkingDirectory(m_profile.path());
     m_process.setProcessEnvironment(environment);
     m_process.start(
         QStringLiteral("/bin/sh"),
