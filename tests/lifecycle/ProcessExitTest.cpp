@@ -119,7 +119,8 @@ TEST(ProcessExit, ReturnsDuringAHangingCallback)
 
 TEST(ProcessExit, ReturnsWhileOtherThreadsCreateUpdateAndDestroyChecks)
 {
-    // One of some 300 such exits never ends under Wine: a killed thread keeps a lock of Wine's own.
+    // One of some 300 such exits never ends under Wine. One hung in Wine's window system; another spun in
+    // Wine's wake-up of a waiting thread, with an unknown caller.
     constexpr int exitsOfEachRun = HOSTS_WAIT_FOR_REST ? 3 : 10;
     const int exits = support::isFullLoad() ? 1000 : exitsOfEachRun;
     for (int i = 0; i < exits; ++i) {
