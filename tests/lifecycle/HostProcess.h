@@ -9,6 +9,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include "lifecycle/WineHang.h"
+
 /// A process with the library and its own log directory.
 ///
 /// Waiting runs the test's event loop, so services in the test can answer. A host is killed at the time
@@ -40,6 +42,9 @@ public:
 
     /// After exitCode(): true unless the host was killed.
     bool endedByItself() const { return m_process.state() == QProcess::NotRunning; }
+
+    /// After exitCode(): true if the host hangs in a lock of Wine's own.
+    bool hangsInWine() const { return !endedByItself() && ::hangsInWine(m_process.processId()); }
 
     /// The time from the call of exitCode() to the line "leaving", without the load of the machine.
     qint64 startingMs() const { return m_startingMs; }
