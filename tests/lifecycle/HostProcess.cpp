@@ -101,6 +101,17 @@ int HostProcess::exitCode()
     return m_process.exitCode();
 }
 
+QString HostProcess::ending() const
+{
+    if (!endedByItself())
+        return QStringLiteral("runs after %1 ms, %2").arg(m_leavingMs).arg(placesOf(m_process.processId()));
+    const bool hasCrashed = m_process.exitStatus() == QProcess::CrashExit;
+    return QStringLiteral("%1 with code %2 after %3 ms")
+        .arg(hasCrashed ? QStringLiteral("crashed") : QStringLiteral("exited"))
+        .arg(m_process.exitCode())
+        .arg(m_leavingMs);
+}
+
 QStringList HostProcess::log() const
 {
     QStringList lines;

@@ -43,6 +43,9 @@ public:
     /// After exitCode(): true unless the host was killed.
     bool endedByItself() const { return m_process.state() == QProcess::NotRunning; }
 
+    /// After exitCode(): how the host ended, for a message.
+    QString ending() const;
+
     /// After exitCode(): true if the host hangs in a lock of Wine's own.
     bool hangsInWine() const { return !endedByItself() && ::hangsInWine(m_process.processId()); }
 

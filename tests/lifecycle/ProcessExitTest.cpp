@@ -129,7 +129,7 @@ TEST(ProcessExit, ReturnsWhileOtherThreadsCreateUpdateAndDestroyChecks)
         if (exitCode != 0 && host.hangsInWine())
             ++hangsOfWine;
         else
-            ASSERT_EQ(exitCode, 0) << "exit " << i;
+            ASSERT_EQ(exitCode, 0) << "exit " << i << ": " << qPrintable(host.ending());
     }
     RecordProperty("hangsOfWine", hangsOfWine);
 }

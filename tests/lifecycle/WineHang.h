@@ -4,7 +4,7 @@
 #ifndef VIGIL_TESTS_LIFECYCLE_WINEHANG_H
 #define VIGIL_TESTS_LIFECYCLE_WINEHANG_H
 
-#include <QtGlobal>
+#include <QString>
 
 /// True if an ending process hangs in one of two locks of Wine's own. Each system has one source file; only
 /// Wine has such hangs.
@@ -16,5 +16,8 @@
 /// - the lock of the window system, which Qt needs to destroy a thread's window.
 /// On Windows the kernel holds both.
 bool hangsInWine(qint64 processId);
+
+/// Where the threads of a process are, for a message. Empty where the system does not tell.
+QString placesOf(qint64 processId);
 
 #endif

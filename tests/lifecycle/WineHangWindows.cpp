@@ -7,6 +7,8 @@
 
 #include <tlhelp32.h>
 
+#include <QStringList>
+
 #include <cstdint>
 #include <vector>
 
@@ -49,13 +51,19 @@ bool isInWakeUp(std::uintptr_t position)
     return position >= start && position < start + size;
 }
 
-bool isInWindowSystem(std::uintptr_t position)
+/// Null if no module of this process is there.
+HMODULE moduleAt(std::uintptr_t position)
 {
     HMODULE module = nullptr;
     constexpr DWORD flags =
         GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
-    return GetModuleHandleExA(flags, reinterpret_cast<LPCSTR>(position), &module) &&
-           module == GetModuleHandleA("win32u.dll");
+    GetModuleHandleExA(flags, reinterpret_cast<LPCSTR>(position), &module);
+    return module;
+}
+
+bool isInWindowSystem(std::uintptr_t position)
+{
+    return moduleAt(position) == GetModuleHandleA("win32u.dll");
 }
 
 bool runsUnderWine()
@@ -72,4 +80,19 @@ bool hangsInWine(qint64 processId)
         return false;
     const std::uintptr_t position = positionOf(threads.front());
     return isInWakeUp(position) || isInWindowSystem(position);
+}
+
+QString placesOf(qint64 processId)
+{
+    QStringList places;
+    for (const DWORD thread : threadsOf(static_cast<DWORD>(processId))) {
+        const std::uintptr_t position = positionOf(thread);
+        const HMODULE module = moduleAt(position);
+        char path[MAX_PATH] = "";
+        GetModuleFileNameA(module, path, sizeof path);
+        places += QStringLiteral("%1+0x%2")
+                      .arg(QLatin1String(path))
+                      .arg(position - reinterpret_cast<std::uintptr_t>(module), 0, 16);
+    }
+    return places.join(QLatin1String(", "));
 }
