@@ -4,19 +4,18 @@
 #ifndef VIGIL_AGENT_APPLICATIONS_APPLICATIONSERVER_H
 #define VIGIL_AGENT_APPLICATIONS_APPLICATIONSERVER_H
 
-#include <QHostAddress>
 #include <QObject>
-#include <QTcpServer>
 
-#include <map>
-#include <set>
 #include <vector>
 
 #include "agent/applications/ApplicationInfo.h"
+#include "agent/applications/ApplicationList.h"
+#include "agent/applications/ApplicationListener.h"
 #include "agent/applications/CellLimits.h"
 #include "agent/applications/CellWarnings.h"
 #include "agent/applications/Identity.h"
 #include "agent/applications/Limits.h"
+#include "agent/applications/MemoryShares.h"
 #include "agent/applications/SavedApplication.h"
 #include "agent/cells/CellOwners.h"
 #include "agent/cells/CellStore.h"
@@ -26,13 +25,10 @@
 
 namespace agent {
 
-class ApplicationConnection;
-
-/// Accepts the applications of this host and publishes their values.
+/// Publishes the values of the applications of this host, as far as their user and the limits allow.
 ///
-/// It has one ApplicationConnection for each connected application, and keeps the ApplicationInfo of a lost
-/// one until its last cell is gone. Only the user who has published a cell, or root, may publish it in a
-/// later application.
+/// Only the user who has published a cell, or root, may publish it in a later application. What is refused is
+/// removed, too: no value is better than an outdated one.
 ///
 /// Ownership: cells and clock must outlive the server. It owns the connections.
 /// Failure: an error ends only the connection it came from. Applications and cells beyond the limits are
@@ -45,27 +41,24 @@ public:
     ApplicationServer(ServedCells& cells, Clock& clock, const Limits& limits,
                       Identify identify = &identityOf);
 
-    Error listen(const QHostAddress& host, quint16 port);
-
-    /// The same with a socket that listens already. The server owns it.
-    Error listen(int descriptor);
-
-    /// The host and port it listens on.
-    QString address() const;
+    // See ApplicationListener.
+    Error listen(const QHostAddress& host, quint16 port) { return m_listener.listen(host, port); }
+    Error listen(int descriptor) { return m_listener.listen(descriptor); }
+    QString address() const { return m_listener.address(); }
 
     /// The connected applications, and the lost ones with cells, in the order of their numbers.
-    std::vector<ApplicationInfo> applications() const;
+    std::vector<ApplicationInfo> applications() const { return m_applications.all(); }
 
     bool isConnected(ApplicationId application) const override
     {
-        return m_connections.count(application) > 0;
+        return m_applications.connection(application) != nullptr;
     }
-    QString nameOf(ApplicationId application) const override;
+    QString nameOf(ApplicationId application) const override { return m_applications.nameOf(application); }
     void ask(ApplicationId owner, int number, const ObjectId& id, const CellValue& value) override;
     void commit(ApplicationId owner, const ObjectId& id, const CellValue& value) override;
 
     /// The memory of cells and unfinished frames, in bytes. It never exceeds the limit by more than a burst.
-    size_t memory() const { return m_cells.store().memory() + m_frameMemory; }
+    size_t memory() const { return m_cells.store().memory() + m_memory.frames(); }
 
     /// The limit of all that applications cause; notifications are a part of it.
     size_t memoryLimit() const { return m_limits.memory(); }
@@ -86,7 +79,7 @@ public:
         quint64 connectionsRefused = 0; ///< for want of room, or because of their user
         quint64 protocolErrors = 0;     ///< connections closed for malformed bytes
     };
-    const Counts& counts() const { return m_counts; }
+    Counts counts() const { return {m_takeoversRefused, m_listener.refused(), m_protocolErrors}; }
 
 signals:
     void answered(agent::ApplicationId application, int number, int errorStatus);
@@ -98,50 +91,26 @@ signals:
     void notificationWanted(const agent::ObjectId& id);
 
 private:
-    void acceptAll();
-    void acceptLater(const QString& reason);
     void accept(QTcpSocket* socket, const Identity& identity);
-    bool isAllowed(const Identity& identity);
-    bool hasRoomFor(const User& user) const;
-    bool makeRoomFor(const User& user);
-    bool isFull() const;
-    size_t connectionsFor(const User& user) const;
-    std::map<User, size_t> connectionsByUser() const;
-    void turnAway(QTcpSocket* socket, const Identity& identity);
     void publish(ApplicationId application, const ObjectId& id, const CellValue& value, bool notify);
     void unset(ApplicationId application, const ObjectId& tree);
     Error checkOwner(ApplicationId application, const ObjectId& id);
     Error checkUserCount(ApplicationId application, const ObjectId& id) const;
-    Error checkMemory(ApplicationId application, const ObjectId& id, const CellValue& value);
     void handleMemory(ApplicationId application, size_t before, size_t after);
-    bool hasMemoryFor(const User& user, size_t more) const;
-    bool makeMemoryFor(const User& user, size_t more);
-    size_t cellMemoryOf(const User& user) const;
-    size_t lostMemoryOf(const User& user) const;
-    size_t frameMemoryOf(const User& user) const;
-    size_t cellsOf(const User& user) const;
     void refuse(ApplicationId application, const ObjectId& id, const Error& error);
     void removeOutdated(ApplicationId application, const ObjectId& id);
     void handleDisconnected(ApplicationId application);
-    const ApplicationInfo* find(ApplicationId application) const;
-    Owner ownerOf(ApplicationId application) const;
 
-    QTcpServer m_server;
     ServedCells& m_cells;
     Clock& m_clock;
     const Limits m_limits;
-    const Identify m_identify;
     const CellLimits m_cellLimits;
     CellWarnings m_warnings;
-    std::map<ApplicationId, ApplicationConnection*> m_connections;
-    std::map<ApplicationId, ApplicationInfo> m_lost;
-    ApplicationId m_lastApplication = 0;
-    Counts m_counts;
-    size_t m_frameMemory = 0; // of unfinished frames
-    bool m_isFullLogged = false;
-    qint64 m_nextDescriptorWarningMs = 0;
-    bool m_isAcceptingLater = false;
-    std::set<User> m_refusedUsers; // those in the log
+    ApplicationList m_applications;
+    ApplicationListener m_listener;
+    MemoryShares m_memory;
+    quint64 m_takeoversRefused = 0;
+    quint64 m_protocolErrors = 0;
 };
 
 } // namespace agent
