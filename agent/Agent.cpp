@@ -50,8 +50,8 @@ Agent::Agent(const Options& options)
     : m_options(options),
       m_cells(m_store, m_clock, settingsOf(options)),
       m_applications(m_cells, m_clock, options.limits),
-      m_notifications(m_cells, m_clock, options.limits.notificationMemory()),
-      m_stateKeeper(m_cells, m_applications, m_notifications, m_clock, stateFile(options, "state")),
+      m_notifications(m_cells, m_mutes, m_clock, options.limits.notificationMemory()),
+      m_stateKeeper(m_cells, m_applications, m_notifications, m_mutes, m_clock, stateFile(options, "state")),
       m_coordinator(m_store, m_applications, m_clock, options.setTimeoutMs),
       m_engine({options.standaloneAddress, options.configFile, options.agentxAddress, options.subtree,
                 stateFile(options, "engine")},
@@ -99,6 +99,8 @@ Error Agent::start()
     if (Error error = listen())
         return error;
     if (Error error = serveHttp())
+        return error;
+    if (Error error = serveOperators())
         return error;
     if (m_options.isStandalone())
         log::info(m_engine.statusText());
@@ -152,6 +154,19 @@ Error Agent::serveHttp()
     if (!host.isLoopback())
         log::warning(QStringLiteral("everyone who can reach http://%1/ reads all values, without a password")
                          .arg(m_http.address()));
+    return {};
+}
+
+Error Agent::serveOperators()
+{
+    const QString& path = m_options.controlPath;
+    if (path.isEmpty())
+        return {};
+    if (const Error error = m_control.listen(path))
+        return Error(
+            QStringLiteral("cannot listen for operators on %1: %2. Choose another path with --control")
+                .arg(path, error.text()));
+    log::info(QStringLiteral("listening for operators on %1").arg(path));
     return {};
 }
 

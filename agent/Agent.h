@@ -13,6 +13,9 @@
 #include "agent/cells/CellStore.h"
 #include "agent/cells/ServedCells.h"
 #include "agent/checks/CheckList.h"
+#include "agent/checks/Mutes.h"
+#include "agent/control/ControlCommands.h"
+#include "agent/control/ControlServer.h"
 #include "agent/core/Error.h"
 #include "agent/core/SystemClock.h"
 #include "agent/core/UserLines.h"
@@ -56,6 +59,7 @@ private:
     Error listen();
     Error listenOnPassedSocket();
     Error serveHttp();
+    Error serveOperators();
     std::vector<AgentFigure> figures() const;
     void reloadChecked(const QString& problem);
 
@@ -66,7 +70,8 @@ private:
     UserLines m_userLines{m_clock};
     CellStore m_store;
     ServedCells m_cells;
-    CheckList m_checks{m_cells, m_clock};
+    Mutes m_mutes{m_clock};
+    CheckList m_checks{m_cells, m_mutes, m_clock};
     ApplicationServer m_applications;
     Notifications m_notifications;
     StateKeeper m_stateKeeper;
@@ -76,6 +81,9 @@ private:
     History m_history{m_checks, m_clock};
     HttpPages m_pages{{m_checks, m_store, m_applications, m_clock}, m_history, [this] { return figures(); }};
     SnmpEngine m_engine; // Net-SNMP holds pointers to the others, so it is destroyed before them
+    ControlCommands m_commands{{m_checks, m_store, m_applications, m_clock}, m_mutes, m_cells};
+    ControlServer m_control{
+        m_clock, [this](const QByteArray& line, const User& user) { return m_commands.replyTo(line, user); }};
     HttpServer m_http{m_clock, [this](const HttpRequest& request) { return m_pages.replyTo(request); }};
 };
 

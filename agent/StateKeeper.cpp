@@ -30,10 +30,11 @@ QByteArray fingerprintOf(const QStringList& lines)
 } // namespace
 
 StateKeeper::StateKeeper(const ServedCells& cells, ApplicationServer& applications,
-                         Notifications& notifications, Clock& clock, const QString& path)
+                         Notifications& notifications, Mutes& mutes, Clock& clock, const QString& path)
     : m_cells(cells),
       m_applications(applications),
       m_notifications(notifications),
+      m_mutes(mutes),
       m_file(path, QStringLiteral("state")),
       m_isOn(!path.isEmpty()),
       m_delay(clock, [this] { save(); })
@@ -50,6 +51,7 @@ void StateKeeper::restore(qint64 forgetMs)
     const SavedState::Wrong wrong = state.readLines(lines);
     if (wrong.lines > 0)
         log::warning(m_file.partlyDamaged(wrong.lines, wrong.first).text());
+    m_mutes.restore(state.mutes);
     m_notifications.restore(state.notified, forgetMs);
     for (const SavedApplication& application : state.applications)
         m_applications.restore(application);
@@ -59,6 +61,7 @@ void StateKeeper::restore(qint64 forgetMs)
     connect(&m_cells, &ServedCells::checkCovered, this, &StateKeeper::saveSoon);
     connect(&m_cells, &ServedCells::checkRemoved, this, &StateKeeper::saveSoon);
     connect(&m_notifications, &Notifications::healthChanged, this, &StateKeeper::saveSoon);
+    connect(&m_mutes, &Mutes::changed, this, &StateKeeper::saveSoon);
     saveSoon(); // some may have been forgotten
 }
 
@@ -93,6 +96,7 @@ void StateKeeper::save()
 SavedState StateKeeper::current() const
 {
     SavedState state;
+    state.mutes = m_mutes.all();
     state.applications = m_applications.lostApplications();
     std::set<ObjectId> lostChecks;
     for (const SavedApplication& application : state.applications) {

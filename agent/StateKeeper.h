@@ -9,6 +9,7 @@
 
 #include "agent/applications/ApplicationServer.h"
 #include "agent/cells/ServedCells.h"
+#include "agent/checks/Mutes.h"
 #include "agent/core/StateFile.h"
 #include "agent/core/Timer.h"
 #include "agent/notifications/Notifications.h"
@@ -16,7 +17,7 @@
 
 namespace agent {
 
-/// Keeps lost applications with their health checks, and the notified statuses, over a restart of the agent.
+/// Keeps lost applications with their health checks, notified statuses and mutes over a restart of the agent.
 /// An application that was connected is kept with the checks that managers know as not OK: if it does not
 /// come back, it is lost like any other.
 ///
@@ -30,7 +31,7 @@ class StateKeeper : public QObject
 public:
     /// path is the file's; with an empty one nothing is kept.
     StateKeeper(const ServedCells& cells, ApplicationServer& applications, Notifications& notifications,
-                Clock& clock, const QString& path);
+                Mutes& mutes, Clock& clock, const QString& path);
 
     /// Restores the state of the last run. Managers hear of losses that have become too old meanwhile. The
     /// notified statuses of other checks are forgotten after forgetMs (-1: never). From now on changes are
@@ -47,6 +48,7 @@ private:
     const ServedCells& m_cells;
     ApplicationServer& m_applications;
     Notifications& m_notifications;
+    Mutes& m_mutes;
     const StateFile m_file;
     const bool m_isOn;
     QByteArray m_saved; // a fingerprint of the lines in the file

@@ -15,6 +15,18 @@
 
 namespace {
 
+/// The first of the directories that systemd names in a variable.
+QString directoryIn(const char* variable)
+{
+    return qEnvironmentVariable(variable).section(QLatin1Char(':'), 0, 0);
+}
+
+QString controlPath()
+{
+    const QString directory = directoryIn("RUNTIME_DIRECTORY");
+    return directory.isEmpty() ? QString() : directory + QStringLiteral("/control");
+}
+
 int checkConfig(const agent::Options& options)
 {
     agent::SystemClock clock;
@@ -66,7 +78,8 @@ int main(int argc, char** argv)
     agent::Options options;
     options.agentxAddress = agent::SnmpEngine::defaultAgentxAddress();
     options.canJoinMaster = !options.agentxAddress.isEmpty();
-    options.stateDirectory = qEnvironmentVariable("STATE_DIRECTORY").section(QLatin1Char(':'), 0, 0);
+    options.stateDirectory = directoryIn("STATE_DIRECTORY");
+    options.controlPath = controlPath();
     QString output;
     if (const agent::Error error = agent::readCommandLine(QCoreApplication::arguments(), options, output)) {
         agent::log::error(error.text());

@@ -14,7 +14,8 @@ constexpr int timeoutMs = 10'000;
 
 } // namespace
 
-AgentReader::AgentReader(const QUrl& url) : m_url(url.resolved(QUrl(QStringLiteral("/api/checks"))))
+AgentReader::AgentReader(const QUrl& url)
+    : m_page(url), m_url(url.resolved(QUrl(QStringLiteral("/api/checks"))))
 {
     m_manager.setProxy(QNetworkProxy::NoProxy);
 }

@@ -4,17 +4,17 @@
 #ifndef VIGILCTL_AGENTREADER_H
 #define VIGILCTL_AGENTREADER_H
 
-#include <QByteArray>
 #include <QNetworkAccessManager>
-#include <QObject>
 #include <QUrl>
+
+#include "vigilctl/DocumentReader.h"
 
 namespace vigilctl {
 
 /// Reads the agent's document over HTTP.
 ///
 /// Failure: finished() says what went wrong. An agent that does not answer within 10 seconds is gone.
-class AgentReader : public QObject
+class AgentReader : public DocumentReader
 {
     Q_OBJECT
 
@@ -22,14 +22,11 @@ public:
     /// url is that of the agent's page.
     explicit AgentReader(const QUrl& url);
 
-    /// finished() follows.
-    void read();
-
-signals:
-    /// problem is empty unless the document could not be read.
-    void finished(const QByteArray& document, const QString& problem);
+    void read() override;
+    QString address() const override { return m_page.toString(); }
 
 private:
+    const QUrl m_page;
     const QUrl m_url;
     QNetworkAccessManager m_manager;
 };

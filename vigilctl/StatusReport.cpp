@@ -9,17 +9,15 @@
 #include <algorithm>
 #include <vector>
 
+#include "vigilctl/JsonMember.h"
+#include "vigilctl/Printable.h"
+
 namespace vigilctl {
 
 namespace {
 
 constexpr const char* statusNames[] = {"ok", "warning", "critical", "unknown"};
 constexpr const char* colours[] = {"32", "33", "31", "35"};
-
-QString member(const QJsonObject& object, const char* name)
-{
-    return object[QLatin1String(name)].toString();
-}
 
 StatusReport::ExitCode codeOf(const QString& status)
 {
@@ -28,18 +26,6 @@ StatusReport::ExitCode codeOf(const QString& status)
     return found == std::end(statusNames)
                ? StatusReport::Unknown
                : static_cast<StatusReport::ExitCode>(found - std::begin(statusNames));
-}
-
-/// Without control and format characters.
-QString printable(const QString& text)
-{
-    QString printable;
-    for (const QChar character : text) {
-        const QChar::Category category = character.category();
-        if (category != QChar::Other_Control && category != QChar::Other_Format)
-            printable += character;
-    }
-    return printable;
 }
 
 QString statusWord(const QString& status, bool isColoured)
@@ -69,13 +55,21 @@ QDateTime timeOf(const QJsonObject& object, const char* name)
     return QDateTime::fromString(member(object, name), Qt::ISODate);
 }
 
+QString muteText(const QJsonObject& check, const QDateTime& now)
+{
+    const QDateTime until = timeOf(check, "mutedUntil");
+    return until.isValid() ? QStringLiteral(", muted for another %1").arg(durationText(now.secsTo(until)))
+                           : QString();
+}
+
+/// Those that are not OK, or muted.
 std::vector<QJsonObject> problemsOf(const QJsonObject& document)
 {
     std::vector<QJsonObject> problems;
     const QJsonArray checks = document[QLatin1String("checks")].toArray();
     for (const QJsonValue& each : checks) {
         const QJsonObject check = each.toObject();
-        if (codeOf(member(check, "status")) != StatusReport::Ok)
+        if (codeOf(member(check, "status")) != StatusReport::Ok || !member(check, "mutedUntil").isEmpty())
             problems.push_back(check);
     }
     std::stable_sort(problems.begin(), problems.end(), [](const QJsonObject& left, const QJsonObject& right) {
@@ -112,10 +106,10 @@ QString StatusReport::text(bool isColoured) const
         QStringLiteral("%1 - %2\n").arg(statusWord(member(m_document, "status"), isColoured), headline());
     const QDateTime now = timeOf(m_document, "time");
     for (const QJsonObject& check : problemsOf(m_document))
-        text +=
-            QStringLiteral("%1  %2, for %3: %4\n")
-                .arg(statusWord(member(check, "status"), isColoured), printable(member(check, "name")),
-                     durationText(timeOf(check, "since").secsTo(now)), printable(member(check, "summary")));
+        text += QStringLiteral("%1  %2, for %3%4: %5\n")
+                    .arg(statusWord(member(check, "status"), isColoured), printable(member(check, "name")),
+                         durationText(timeOf(check, "since").secsTo(now)), muteText(check, now),
+                         printable(member(check, "summary")));
     const QJsonArray applications = m_document[QLatin1String("applications")].toArray();
     for (const QJsonValue& each : applications) {
         const QJsonObject application = each.toObject();

@@ -23,7 +23,7 @@ public:
     /// False for a document of something else.
     bool isValid() const;
 
-    /// The first line says it all; then come the checks that are not OK, the worst first.
+    /// The first line says it all; then come the checks that are not OK or muted, the worst first.
     QString text(bool isColoured) const;
 
     ExitCode exitCode() const;

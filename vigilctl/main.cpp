@@ -1,32 +1,33 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTimer>
 
 #include <cstdio>
+#include <memory>
 
 #include "base/BuildInfo.h"
 #include "vigilctl/AgentReader.h"
+#include "vigilctl/Arguments.h"
+#include "vigilctl/Change.h"
+#include "vigilctl/ControlClient.h"
+#include "vigilctl/Printable.h"
 #include "vigilctl/StatusReport.h"
 #include "vigilctl/Terminal.h"
 
 using vigilctl::AgentReader;
+using vigilctl::Arguments;
+using vigilctl::Change;
+using vigilctl::ControlClient;
+using vigilctl::DocumentReader;
 using vigilctl::StatusReport;
 
 namespace {
 
 constexpr int watchMs = 1000;
-
-struct Options
-{
-    QUrl url;
-    bool isJson = false;
-    bool isWatch = false;
-};
 
 void print(const QByteArray& text)
 {
@@ -40,46 +41,88 @@ int complain(const QString& problem)
     return StatusReport::Unknown;
 }
 
-/// False if the arguments are wrong; the reason has been printed.
-bool readArguments(Options& options)
+int complainOf(const DocumentReader& reader, const QString& problem)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Shows the health of this host's applications."));
-    parser.addHelpOption();
-    parser.addVersionOption();
-    const QCommandLineOption url(
-        QStringLiteral("url"), QStringLiteral("Ask the agent whose page is at <url>, see its option --http."),
-        QStringLiteral("url"), QStringLiteral("http://127.0.0.1:43180/"));
-    const QCommandLineOption json(
-        QStringLiteral("json"),
-        QStringLiteral("Print the agent's document, see checks.schema.json, in one line."));
-    parser.addOptions({url, json});
-    parser.addPositionalArgument(
-        QStringLiteral("command"),
-        QStringLiteral("status: print what is wrong.\nwatch: the same every second."));
-    parser.process(*QCoreApplication::instance());
-    const QString command = parser.positionalArguments().value(0);
-    options = {QUrl(parser.value(url)), parser.isSet(json), command == QLatin1String("watch")};
-    if (parser.positionalArguments().size() != 1 || !(options.isWatch || command == QLatin1String("status")))
-        complain(QStringLiteral("expected a command: status or watch"));
-    else if (!options.url.isValid() || options.url.scheme() != QLatin1String("http"))
-        complain(QStringLiteral("--url: expected an address as in http://127.0.0.1:43180/"));
-    else
-        return true;
-    return false;
+    return complain(QStringLiteral("no answer from the agent at %1: %2").arg(reader.address(), problem));
+}
+
+/// The local socket cannot be another user's, so it comes first where this user may open it.
+std::unique_ptr<DocumentReader> readerFor(const Arguments& arguments)
+{
+    const bool isLocal =
+        arguments.isControlGiven || (!arguments.isUrlGiven && ControlClient::mayOpen(arguments.controlPath));
+    if (isLocal)
+        return std::make_unique<ControlClient>(arguments.controlPath);
+    return std::make_unique<AgentReader>(arguments.url);
 }
 
 /// Returns the exit code.
-int show(const QByteArray& document, const QString& problem, const Options& options)
+int show(const QByteArray& document, const QString& problem, const DocumentReader& reader, bool isJson)
 {
     const StatusReport report(QJsonDocument::fromJson(document).object());
-    if (problem.isEmpty() && report.isValid()) {
-        print(options.isJson ? QJsonDocument::fromJson(document).toJson(QJsonDocument::Compact) + '\n'
-                             : report.text(vigilctl::isTerminal()).toUtf8());
-        return report.exitCode();
-    }
-    const QString reason = problem.isEmpty() ? QStringLiteral("it is not an agent") : problem;
-    return complain(QStringLiteral("no answer from the agent at %1: %2").arg(options.url.toString(), reason));
+    if (!problem.isEmpty() || !report.isValid())
+        return complainOf(reader, problem.isEmpty() ? QStringLiteral("it is not an agent") : problem);
+    print(isJson ? QJsonDocument::fromJson(document).toJson(QJsonDocument::Compact) + '\n'
+                 : report.text(vigilctl::isTerminal()).toUtf8());
+    return report.exitCode();
+}
+
+int report(const Arguments& arguments)
+{
+    const bool isWatch = arguments.command == Arguments::Command::Watch;
+    const std::unique_ptr<DocumentReader> reader = readerFor(arguments);
+    QTimer pause;
+    pause.setSingleShot(true);
+    QObject::connect(&pause, &QTimer::timeout, reader.get(), &DocumentReader::read);
+    QObject::connect(reader.get(), &DocumentReader::finished, &pause,
+                     [&](const QByteArray& document, const QString& problem) {
+                         const char* clearScreen = "\033[H\033[2J";
+                         if (isWatch && !arguments.isJson && vigilctl::isTerminal())
+                             print(clearScreen);
+                         const int code = show(document, problem, *reader, arguments.isJson);
+                         if (isWatch)
+                             pause.start(watchMs);
+                         else
+                             QCoreApplication::exit(code);
+                     });
+    reader->read();
+    return QCoreApplication::exec();
+}
+
+/// Returns the exit code.
+int showDone(const Arguments& arguments, const QByteArray& answer)
+{
+    const QJsonObject reply = QJsonDocument::fromJson(answer).object();
+    const QString refusal = reply[QLatin1String("error")].toString();
+    if (reply.isEmpty() || !refusal.isEmpty())
+        return complain(reply.isEmpty() ? QStringLiteral("the agent's answer has no meaning")
+                                        : vigilctl::printable(refusal));
+    print(arguments.isJson ? QJsonDocument(reply).toJson(QJsonDocument::Compact) + '\n'
+                           : Change(arguments).text(reply).toUtf8());
+    return 0;
+}
+
+/// Reads the document, to learn the number of what is to change, and asks for the change.
+int change(const Arguments& arguments)
+{
+    ControlClient client(arguments.controlPath);
+    bool isAsked = false;
+    QObject::connect(&client, &DocumentReader::finished, &client,
+                     [&](const QByteArray& answer, const QString& problem) {
+                         if (!problem.isEmpty())
+                             return QCoreApplication::exit(complainOf(client, problem));
+                         if (isAsked)
+                             return QCoreApplication::exit(showDone(arguments, answer));
+                         QJsonObject request;
+                         const QString mistake =
+                             Change(arguments).makeRequest(QJsonDocument::fromJson(answer).object(), request);
+                         if (!mistake.isEmpty())
+                             return QCoreApplication::exit(complain(mistake));
+                         isAsked = true;
+                         client.ask(request);
+                     });
+    client.read();
+    return QCoreApplication::exec();
 }
 
 } // namespace
@@ -89,25 +132,9 @@ int main(int argc, char** argv)
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("vigilctl"));
     QCoreApplication::setApplicationVersion(QLatin1String(base::buildInfo::version()));
-    Options options;
-    if (!readArguments(options))
-        return StatusReport::Unknown;
-
-    AgentReader reader(options.url);
-    QTimer pause;
-    pause.setSingleShot(true);
-    QObject::connect(&pause, &QTimer::timeout, &reader, &AgentReader::read);
-    QObject::connect(&reader, &AgentReader::finished,
-                     [&](const QByteArray& document, const QString& problem) {
-                         const char* clearScreen = "\033[H\033[2J";
-                         if (options.isWatch && !options.isJson && vigilctl::isTerminal())
-                             print(clearScreen);
-                         const int code = show(document, problem, options);
-                         if (options.isWatch)
-                             pause.start(watchMs);
-                         else
-                             QCoreApplication::exit(code);
-                     });
-    reader.read();
-    return QCoreApplication::exec();
+    Arguments arguments;
+    const QString problem = vigilctl::readArguments(QCoreApplication::arguments(), arguments);
+    if (!problem.isEmpty())
+        return complain(problem);
+    return arguments.isReport() ? report(arguments) : change(arguments);
 }

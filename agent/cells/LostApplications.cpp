@@ -77,6 +77,14 @@ void LostApplications::handleCellReturned(ApplicationId application)
     m_returnDelay.restart(application);
 }
 
+bool LostApplications::forget(ApplicationId application)
+{
+    if (!contains(application))
+        return false;
+    removeAndEnd(application);
+    return true;
+}
+
 bool LostApplications::removeOldestOf(const User& user)
 {
     const auto oldest = std::min_element(m_losses.begin(), m_losses.end(), [&](const auto& a, const auto& b) {

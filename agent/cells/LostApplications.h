@@ -33,8 +33,8 @@ namespace agent {
 ///     Returning  | cover           | none          | end                | remove, end | remove, end
 ///
 /// "Grace over" comes graceMs after the loss, "forget over" forgetMs after the loss, and "return over"
-/// graceMs after the first cell returned. "No room" hits the oldest loss of the user with the most, if a
-/// later loss exceeds the limits: no user can push out another one's.
+/// graceMs after the first cell returned. forget() is a "forget over". "No room" hits the oldest loss of the
+/// user with the most, if a later loss exceeds the limits: no user can push out another one's.
 ///
 /// Ownership: store, clock and actions must outlive it.
 class LostApplications
@@ -77,6 +77,9 @@ public:
 
     /// Removes the oldest loss of the user to make room. False if there is none.
     bool removeOldestOf(const User& user);
+
+    /// Removes the application as if its time were over. False if it is not lost.
+    bool forget(ApplicationId application);
 
     /// A cell of a lost application now has another owner.
     void handleCellReturned(ApplicationId application);

@@ -48,6 +48,9 @@ public:
     /// Removes the cells of the user's application that has been lost for longest. False if there is none.
     bool removeOldestLossOf(const User& user) { return m_lost.removeOldestOf(user); }
 
+    /// Removes the cells of a lost application now. False if it is not lost.
+    bool forget(ApplicationId application) { return m_lost.forget(application); }
+
     /// The health checks that the application owns.
     std::vector<LostCheck> checksOf(ApplicationId application) const;
 

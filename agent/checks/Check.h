@@ -33,6 +33,9 @@ struct Check
     qint64 ageMs = -1;    ///< since the last update; -1 before it
     quint64 updates = 0;  ///< since the check appeared
 
+    QDateTime mutedUntil; ///< UTC; null unless an operator has muted the check
+    qint64 mutedMs = 0;   ///< what is left of this time; 0 if the check is not muted
+
     int severity() const { return status::severityOf(status); }
 };
 

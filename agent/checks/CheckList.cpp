@@ -47,7 +47,8 @@ std::string trimmed(const std::string& text)
 
 } // namespace
 
-CheckList::CheckList(const ServedCells& cells, const Clock& clock) : m_store(cells.store()), m_clock(clock)
+CheckList::CheckList(const ServedCells& cells, const Mutes& mutes, const Clock& clock)
+    : m_store(cells.store()), m_mutes(mutes), m_clock(clock)
 {
     connect(&cells, &ServedCells::statusWritten, this, &CheckList::handleStatusWritten);
     connect(&cells, &ServedCells::summaryWritten, this, &CheckList::handleSummaryWritten);
@@ -56,6 +57,7 @@ CheckList::CheckList(const ServedCells& cells, const Clock& clock) : m_store(cel
     connect(&cells, &ServedCells::checkRemoved, this, &CheckList::handleRemoved);
     connect(&cells, &ServedCells::resultAdded, this, &CheckList::handleResultAdded);
     connect(&cells, &ServedCells::resultRemoved, this, &CheckList::handleResultRemoved);
+    connect(&mutes, &Mutes::changed, this, &CheckList::reportIfListed);
 }
 
 // --- Questions
@@ -129,6 +131,9 @@ Check CheckList::describe(const Entries::value_type& check) const
     described.lastUpdate = entry.lastUpdate;
     described.ageMs = entry.updates > 0 ? m_clock.elapsedMs() - entry.lastUpdateMs : -1;
     described.updates = entry.updates;
+    described.mutedUntil = m_mutes.untilOf(id);
+    if (!described.mutedUntil.isNull())
+        described.mutedMs = std::max<qint64>(m_clock.nowUtc().msecsTo(described.mutedUntil), 1);
     return described;
 }
 
@@ -183,6 +188,11 @@ void CheckList::handleSummaryWritten(const ObjectId& check)
 {
     if (m_latest && m_latest->first == check)
         return report(m_latest->second); // as the library does: right after the status, and no look-up
+    reportIfListed(check);
+}
+
+void CheckList::reportIfListed(const ObjectId& check)
+{
     const auto entry = m_checks.find(check);
     if (entry != m_checks.end() && entry->second.isListed)
         report(entry->second);

@@ -15,6 +15,7 @@
 
 #include "agent/cells/ServedCells.h"
 #include "agent/checks/Check.h"
+#include "agent/checks/Mutes.h"
 #include "agent/checks/RowNumbers.h"
 #include "agent/core/Clock.h"
 
@@ -34,7 +35,7 @@ namespace agent {
 /// a timer. Do not read in the slot: an update writes the status first, then the summary and the results,
 /// and a busy application updates thousands of times a second. Or compare revision() with its last value.
 ///
-/// Ownership: cells and clock must outlive the list.
+/// Ownership: cells, mutes and clock must outlive the list.
 class CheckList : public QObject
 {
     Q_OBJECT
@@ -43,7 +44,7 @@ public:
     /// The number of a check, then that of a metric; also the order of the metrics.
     using MetricKey = std::pair<unsigned int, unsigned int>;
 
-    CheckList(const ServedCells& cells, const Clock& clock);
+    CheckList(const ServedCells& cells, const Mutes& mutes, const Clock& clock);
 
     /// Nothing if there is no such check.
     std::optional<Check> find(unsigned int number) const;
@@ -72,11 +73,11 @@ public:
     /// UTC; when a check last appeared, disappeared or changed its status. Null before.
     QDateTime lastChange() const { return m_lastChange; }
 
-    /// Grows whenever a check is updated, covered or removed, and when a metric appears or disappears.
+    /// Grows whenever a check is updated, covered, muted or removed, and when a metric appears or disappears.
     quint64 revision() const { return m_revision; }
 
 signals:
-    /// A check has appeared, was updated, or reads another status.
+    /// A check has appeared, was updated or muted, or reads another status.
     void changed(unsigned int number);
 
     void removed(unsigned int number);
@@ -100,6 +101,7 @@ private:
     void handleSummaryWritten(const ObjectId& check);
     void handleServed(const ObjectId& check);
     void handleRemoved(const ObjectId& check);
+    void reportIfListed(const ObjectId& check);
     void handleResultAdded(const ObjectId& metric);
     void handleResultRemoved(const ObjectId& metric);
 
@@ -116,6 +118,7 @@ private:
     std::string text(const ObjectId& cell) const;
 
     const CellStore& m_store;
+    const Mutes& m_mutes;
     const Clock& m_clock;
     Entries m_checks;
     const Entries::value_type* m_latest = nullptr; // the check whose status was written last, while listed

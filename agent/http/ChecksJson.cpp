@@ -128,6 +128,7 @@ QByteArray ChecksJson::nextCheck()
            member("lastUpdate", json::time(check->lastUpdate)) +
            member("ageSeconds", check->ageMs < 0 ? "null" : json::seconds(check->ageMs)) +
            member("updates", QByteArray::number(check->updates)) + flagMember("stale", stale) +
+           member("mutedUntil", json::time(check->mutedUntil)) +
            member("application", QByteArray::number(check->application)) + "\"metrics\":[";
 }
 

@@ -62,6 +62,11 @@ QByteArray checkUpdates(const char* name, const QByteArray& labels, const Check&
     return sample(name + QByteArrayLiteral("_total"), labels, QByteArray::number(check.updates));
 }
 
+QByteArray checkMuted(const char* name, const QByteArray& labels, const Check& check)
+{
+    return sample(name, labels, check.mutedUntil.isNull() ? "0" : "1");
+}
+
 QByteArray metricStatus(const char* name, const QByteArray& labels, const Metric& metric)
 {
     return statuses(name, labels, metric.status);
@@ -127,6 +132,7 @@ constexpr Family families[] = {
     {"vigil_check_age_seconds", "gauge", "seconds", "Time since the last update by the application.",
      checkAge, nullptr},
     {"vigil_check_updates", "counter", "", "Updates by the application.", checkUpdates, nullptr},
+    {"vigil_check_muted", "gauge", "", "1 while an operator has muted the check.", checkMuted, nullptr},
     {"vigil_metric_status", "stateset", "", "Status of the metric.", nullptr, metricStatus},
     {"vigil_metric_severity", "gauge", "", "Status as a number: 0 ok, 1 unknown, 2 warning, 3 critical.",
      nullptr, metricSeverity},

@@ -5,12 +5,15 @@
 
 #include <utility>
 
+#include "agent/core/ShortText.h"
+
 namespace agent {
 
 namespace {
 
 constexpr qint64 summaryWaitMs = 200;
 constexpr qint64 muteMs = 1000;
+constexpr size_t longestSummary = 1000; // a notification has room for little more
 
 bool needsAttention(int status)
 {
@@ -21,13 +24,16 @@ bool needsAttention(int status)
 
 } // namespace
 
-NotificationPolicy::NotificationPolicy(Clock& clock, LookUp served, Notify notify)
+NotificationPolicy::NotificationPolicy(Clock& clock, const Mutes& mutes, LookUp served, Notify notify)
     : m_clock(clock),
+      m_mutes(mutes),
       m_served(std::move(served)),
       m_notify(std::move(notify)),
       m_awaiting(clock, summaryWaitMs, [this](const ObjectId& id, qint64) { handle(Overdue, id); }),
-      m_muted(clock, muteMs, [this](const ObjectId& id, qint64) { handle(Unmuted, id); })
-{}
+      m_justNotified(clock, muteMs, [this](const ObjectId& id, qint64) { handle(Unmuted, id); })
+{
+    connect(&mutes, &Mutes::changed, this, &NotificationPolicy::handleMuteChanged);
+}
 
 void NotificationPolicy::handleStatusWritten(const ObjectId& id, int status)
 {
@@ -53,7 +59,23 @@ void NotificationPolicy::handleForgotten(const ObjectId& id)
     if (check == m_checks.end() || !check->second.notified || !served)
         return;
     const int previous = std::exchange(*check->second.notified, served->status);
-    m_notify({id, served->status, previous, served->summary + " The agent has forgotten the check.", true});
+    const HealthChange change = {
+        id, served->status, previous,
+        shortened(served->summary, longestSummary) + " The agent has forgotten the check.", true};
+    if (m_mutes.contains(id))
+        m_forgotten[id] = change;
+    else
+        m_notify(change);
+}
+
+void NotificationPolicy::handleMuteChanged(const ObjectId& id)
+{
+    handle(Unmuted, id);
+    if (m_mutes.contains(id))
+        return;
+    const auto forgotten = m_forgotten.extract(id);
+    if (!forgotten.empty())
+        m_notify(forgotten.mapped());
 }
 
 void NotificationPolicy::handleRemoved(const ObjectId& id)
@@ -62,13 +84,16 @@ void NotificationPolicy::handleRemoved(const ObjectId& id)
     m_checks.erase(id);
 }
 
-/// A check of the last run goes on from the status that managers know.
+/// A check of the last run, or one forgotten while muted, goes on from the status that managers know.
 NotificationPolicy::Check& NotificationPolicy::checkOf(const ObjectId& id)
 {
     const auto [position, isNew] = m_checks.try_emplace(id);
     if (isNew) {
         const auto restored = m_restored.extract(id);
-        if (!restored.empty())
+        const auto forgotten = m_forgotten.extract(id);
+        if (!forgotten.empty())
+            position->second = {Settled, healthTable::unknownStatus, forgotten.mapped().previousStatus};
+        else if (!restored.empty())
             position->second = {Settled, healthTable::unknownStatus, restored.mapped()};
     }
     return position->second;
@@ -77,6 +102,8 @@ NotificationPolicy::Check& NotificationPolicy::checkOf(const ObjectId& id)
 std::map<ObjectId, int> NotificationPolicy::notified() const
 {
     std::map<ObjectId, int> statuses = m_restored;
+    for (const auto& [id, change] : m_forgotten)
+        statuses[id] = change.previousStatus;
     for (const auto& [id, check] : m_checks) {
         if (check.notified)
             statuses[id] = *check.notified;
@@ -128,10 +155,10 @@ void NotificationPolicy::compare(const ObjectId& id, Check& check)
         check.notified = needsAttention(status) ? healthTable::unknownStatus : status;
     if (status == *check.notified)
         return enter(Settled, id, check);
-    if (m_muted.contains(id))
+    if (isMuted(id))
         return enter(Pending, id, check);
     enter(Settled, id, check);
-    m_muted.restart(id);
+    m_justNotified.restart(id);
     const int previous = std::exchange(*check.notified, status);
     m_notify({id, status, previous, served->summary, false});
 }

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "agent/cells/HealthTable.h"
+#include "agent/checks/Mutes.h"
 #include "agent/core/Clock.h"
 #include "agent/core/DelayQueue.h"
 #include "agent/core/ObjectId.h"
@@ -32,7 +33,10 @@ namespace agent {
 /// one second. A change and its reversal during a wait send nothing. Removing a row drops its pending change;
 /// a row created again stays muted for the rest of the second. Forgetting a row is sent.
 ///
-/// Ownership: the clock must outlive the policy.
+/// An operator's mute works in the same way: at its end the status is compared with the last one sent. A row
+/// forgotten meanwhile is told then. If it comes back before, it goes on from the status managers know.
+///
+/// Ownership: clock and mutes must outlive the policy.
 class NotificationPolicy : public QObject
 {
     Q_OBJECT
@@ -83,7 +87,7 @@ public:
     using Notify = std::function<void(const HealthChange& change)>;
 
     /// notify is called from the event loop, and from inside the functions below.
-    NotificationPolicy(Clock& clock, LookUp served, Notify notify);
+    NotificationPolicy(Clock& clock, const Mutes& mutes, LookUp served, Notify notify);
 
     // Call these once the look-up returns the new state.
 
@@ -98,7 +102,10 @@ public:
     void handleForgotten(const ObjectId& check);
 
     /// The number of checks in memory.
-    size_t size() const { return m_checks.size() + m_muted.size() + m_restored.size(); }
+    size_t size() const
+    {
+        return m_checks.size() + m_justNotified.size() + m_restored.size() + m_forgotten.size();
+    }
 
     /// The statuses that managers know.
     std::map<ObjectId, int> notified() const;
@@ -119,14 +126,18 @@ private:
     void handle(Event event, const ObjectId& id);
     void enter(State state, const ObjectId& id, Check& check);
     void compare(const ObjectId& id, Check& check);
+    bool isMuted(const ObjectId& id) const { return m_justNotified.contains(id) || m_mutes.contains(id); }
+    void handleMuteChanged(const ObjectId& id);
 
     Clock& m_clock;
+    const Mutes& m_mutes;
     const LookUp m_served;
     const Notify m_notify;
-    std::map<ObjectId, Check> m_checks; // each has a status cell
-    std::map<ObjectId, int> m_restored; // what managers know of checks that have not come back yet
+    std::map<ObjectId, Check> m_checks;           // each has a status cell
+    std::map<ObjectId, int> m_restored;           // what managers know of checks that have not come back yet
+    std::map<ObjectId, HealthChange> m_forgotten; // while muted; the rows are gone
     DelayQueue<ObjectId> m_awaiting;
-    DelayQueue<ObjectId> m_muted;
+    DelayQueue<ObjectId> m_justNotified; // muted for a second
 };
 
 } // namespace agent

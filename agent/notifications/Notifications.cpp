@@ -5,11 +5,11 @@
 
 namespace agent {
 
-Notifications::Notifications(const ServedCells& cells, Clock& clock, size_t maxMemory)
+Notifications::Notifications(const ServedCells& cells, const Mutes& mutes, Clock& clock, size_t maxMemory)
     : m_cells(cells),
       m_queue(clock, maxMemory, [this](const Notification& notification) { m_sender.send(notification); }),
       m_policy(
-          clock, [this](const ObjectId& check) { return served(check); },
+          clock, mutes, [this](const ObjectId& check) { return served(check); },
           [this](const HealthChange& change) {
               const Cell* status =
                   m_cells.store().find(healthTable::cellOf(healthTable::Column::Status, change.check));

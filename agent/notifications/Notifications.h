@@ -20,7 +20,7 @@ namespace agent {
 ///
 /// The policy decides whether and when, the queue limits the rate, the sender hands over to Net-SNMP.
 ///
-/// Ownership: cells and clock must outlive it.
+/// Ownership: cells, mutes and clock must outlive it.
 /// Failure: a notification can be dropped (NotificationQueue) or lost (NotificationSender).
 class Notifications : public QObject
 {
@@ -28,7 +28,7 @@ class Notifications : public QObject
 
 public:
     /// maxMemory limits the notifications that wait.
-    Notifications(const ServedCells& cells, Clock& clock, size_t maxMemory);
+    Notifications(const ServedCells& cells, const Mutes& mutes, Clock& clock, size_t maxMemory);
 
     /// Sends the cell's value to managers, as its application has requested.
     void notifyOfValue(const ObjectId& cell);

@@ -60,6 +60,7 @@ private:
     Error readSubtree();
     Error readListen();
     Error readHttp();
+    Error readControl();
     Error readAddress(const QCommandLineOption& option, QHostAddress& host, quint16& port) const;
     Error readSetTimeout();
     Error readStaleAfter();
@@ -119,6 +120,15 @@ private:
                        "password; use a loopback address such as 127.0.0.1. Port 0 picks a free port. "
                        "Without this option there is no HTTP."),
         QStringLiteral("host:port"));
+    const QCommandLineOption m_control = QCommandLineOption(
+        QStringLiteral("control"),
+        platform::ownUser()
+            ? QStringLiteral(
+                  "Let root and the agent's user control the agent with vigilctl, through the local "
+                  "socket <path>. Without it, the file \"control\" in the directory of the "
+                  "environment variable RUNTIME_DIRECTORY, as systemd sets it, or none.")
+            : QStringLiteral("Not available on this system."),
+        QStringLiteral("path"));
     const QCommandLineOption m_allowUsers = QCommandLineOption(
         QStringLiteral("allow-users"),
         QStringLiteral("Accept only applications of <users>: names or numbers, separated by commas. Without "
@@ -197,6 +207,7 @@ Reader::Reader(Options& options) : m_options(options)
                          m_checkConfig,
                          m_listen,
                          m_http,
+                         m_control,
                          m_allowUsers,
                          m_setTimeout.option,
                          m_grace.option,
@@ -236,8 +247,8 @@ Error Reader::readOptions()
     if (isSet(m_stateDirectory))
         m_options.stateDirectory = value(m_stateDirectory);
     for (const auto readPart :
-         {&Reader::readRole, &Reader::readSubtree, &Reader::readListen, &Reader::readHttp, &Reader::readUsers,
-          &Reader::readSetTimeout, &Reader::readStaleAfter}) {
+         {&Reader::readRole, &Reader::readSubtree, &Reader::readListen, &Reader::readHttp,
+          &Reader::readControl, &Reader::readUsers, &Reader::readSetTimeout, &Reader::readStaleAfter}) {
         if (Error error = (this->*readPart)())
             return error;
     }
@@ -359,6 +370,18 @@ Error Reader::readListen()
 Error Reader::readHttp()
 {
     return isSet(m_http) ? readAddress(m_http, m_options.httpHost, m_options.httpPort) : Error();
+}
+
+Error Reader::readControl()
+{
+    if (!isSet(m_control))
+        return {};
+    if (!platform::ownUser())
+        return Error(QStringLiteral("--control is not available on this system"));
+    if (!value(m_control).startsWith(QLatin1Char('/')))
+        return Error(QStringLiteral("--control %1: expected a path from the root").arg(value(m_control)));
+    m_options.controlPath = value(m_control);
+    return {};
 }
 
 Error Reader::readUsers()

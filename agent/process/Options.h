@@ -31,6 +31,7 @@ struct Options
     quint16 listenPort = base::defaultServicePort; ///< 0 for any free port
     QHostAddress httpHost;                         ///< null: no HTTP
     quint16 httpPort = 0;                          ///< 0 for any free port
+    QString controlPath;                           ///< of the operators' socket; empty for none
     int passedSocket = noSocket; ///< listens for applications in place of listenHost and listenPort
     QString stateDirectory;      ///< for what is kept over a restart; empty: nothing is
     int setTimeoutMs = 900;

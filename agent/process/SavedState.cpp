@@ -13,6 +13,7 @@ const QString lostWord = QStringLiteral("lost");
 const QString connectedWord = QStringLiteral("connected");
 const QString checkWord = QStringLiteral("check");
 const QString notifiedWord = QStringLiteral("notified");
+const QString mutedWord = QStringLiteral("muted");
 const QString unknownUser = QStringLiteral("unknown");
 
 /// A text as one word of a line.
@@ -87,6 +88,8 @@ QStringList SavedState::toLines() const
     }
     for (const auto& [check, status] : notified)
         lines.append(lineOf({notifiedWord, QString::number(status), toText(check)}));
+    for (const auto& [check, until] : mutes)
+        lines.append(lineOf({mutedWord, until.toString(Qt::ISODate), toText(check)}));
     return lines;
 }
 
@@ -109,10 +112,22 @@ bool SavedState::readApplication(const QStringList& words)
     return m_hasApplication;
 }
 
+bool SavedState::readMute(const QStringList& words)
+{
+    const std::optional<ObjectId> index = words.size() == 3 ? indexOf(words[2]) : std::nullopt;
+    const QDateTime until = QDateTime::fromString(words.value(1), Qt::ISODate);
+    if (!index || !until.isValid())
+        return false;
+    mutes[*index] = until;
+    return true;
+}
+
 bool SavedState::readLine(const QStringList& words)
 {
     if (words[0] == lostWord || words[0] == connectedWord)
         return readApplication(words);
+    if (words[0] == mutedWord)
+        return readMute(words);
     if (words.size() < 3)
         return false;
     const std::optional<int> status = statusOf(words[1]);

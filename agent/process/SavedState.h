@@ -4,6 +4,7 @@
 #ifndef VIGIL_AGENT_PROCESS_SAVEDSTATE_H
 #define VIGIL_AGENT_PROCESS_SAVEDSTATE_H
 
+#include <QDateTime>
 #include <QStringList>
 
 #include <map>
@@ -15,7 +16,7 @@
 namespace agent {
 
 /// The state the agent keeps over a restart: the status managers know of a check, the lost applications with
-/// their checks, and the connected ones with those checks managers know as not OK.
+/// their checks, the connected ones with those checks managers know as not OK, and the muted checks.
 ///
 /// As text it has one line for each application, for each check after its application, and for each status:
 ///
@@ -24,10 +25,12 @@ namespace agent {
 ///     connected 2026-01-31T12:00:00Z 1001 4712 127.0.0.1 40114 shop-database
 ///     check 2 4.115.104.111.112.2.100.98 it%20is%20full
 ///     notified 2 4.115.104.111.112.2.100.98
+///     muted 2026-01-31T14:00:00Z 4.115.104.111.112.2.100.98
 struct SavedState
 {
     std::vector<SavedApplication> applications;
     std::map<ObjectId, int> notified; ///< by the index of the check's row
+    std::map<ObjectId, QDateTime> mutes;
 
     QStringList toLines() const;
 
@@ -42,6 +45,7 @@ struct SavedState
 private:
     bool readLine(const QStringList& words);
     bool readApplication(const QStringList& words);
+    bool readMute(const QStringList& words);
 
     bool m_hasApplication = false; // the last application's line had a meaning
 };

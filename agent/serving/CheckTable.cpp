@@ -25,7 +25,8 @@ enum CheckColumn : unsigned int {
     CheckLastUpdate,
     CheckAge,
     CheckUpdates,
-    CheckConnection
+    CheckConnection,
+    CheckMuted
 };
 
 /// Largest before the first update.
@@ -34,6 +35,13 @@ quint64 ageOf(const Check& check)
     constexpr qint64 msPerSecond = 1000;
     return check.ageMs < 0 ? std::numeric_limits<quint32>::max()
                            : static_cast<quint64>(check.ageMs / msPerSecond);
+}
+
+/// At least 1 while the check is muted.
+quint64 secondsLeft(const Check& check)
+{
+    constexpr qint64 msPerSecond = 1000;
+    return static_cast<quint64>((check.mutedMs + msPerSecond - 1) / msPerSecond);
 }
 
 void putColumn(netsnmp_variable_list* varbind, unsigned int column, const Check& check)
@@ -61,6 +69,8 @@ void putColumn(netsnmp_variable_list* varbind, unsigned int column, const Check&
         return putNumber(varbind, ASN_COUNTER, check.updates);
     case CheckConnection:
         return putNumber(varbind, ASN_UNSIGNED, check.application);
+    case CheckMuted:
+        return putGauge(varbind, secondsLeft(check));
     default:
         break;
     }
@@ -70,7 +80,7 @@ void putColumn(netsnmp_variable_list* varbind, unsigned int column, const Check&
 
 CheckTable::CheckTable(const CheckList& checks)
     : ReadOnlyTable("vigilAgentCheckTable", below(agentMibRoot(), {checkTableArc}), CheckFirstKey,
-                    CheckConnection),
+                    CheckMuted),
       m_checks(checks)
 {}
 

@@ -135,6 +135,7 @@ TEST_F(AgentHealthMib, ACheckIsARowWithANumber)
     EXPECT_LT(tool->get(healthObject("CheckAge", "1")).toInt(), 30);
     EXPECT_EQ(tool->get(healthObject("CheckUpdates", "1")), QStringLiteral("2"));
     EXPECT_EQ(tool->get(healthObject("CheckConnection", "1")), QStringLiteral("1"));
+    EXPECT_EQ(tool->get(healthObject("CheckMuted", "1")), QStringLiteral("0"));
     EXPECT_EQ(tool->get(healthObject("CheckName", "2")), support::noInstance);
     EXPECT_EQ(tool->get(healthObject("CheckName", "1.1")), support::noInstance);
 }
@@ -174,7 +175,7 @@ TEST_F(AgentHealthMib, AWalkReadsColumnByColumn)
     settle();
     EXPECT_THAT(values("vigilAgentCheckName"), ElementsAre("app/c", "app/a", "app/b"));
     EXPECT_THAT(values("vigilAgentMetricName"), ElementsAre("app/c/m", "app/a/m", "app/b/m"));
-    EXPECT_EQ(values("vigilAgentCheckTable").size(), 3 * 11);
+    EXPECT_EQ(values("vigilAgentCheckTable").size(), 3 * 12);
     EXPECT_EQ(values("vigilAgentMetricTable").size(), 3 * 13);
     EXPECT_EQ(values("vigilAgentMIB").mid(15 + 12 + 8, 3).join(QLatin1Char(' ')),
               QStringLiteral("app app app"));

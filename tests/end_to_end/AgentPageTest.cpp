@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QLocalSocket>
+#include <QTemporaryDir>
+
 #include <memory>
 
 #include "support/AgentProcess.h"
@@ -15,6 +18,7 @@
 using support::AgentProcess;
 using support::Browser;
 using support::FakeApplication;
+using support::runUntil;
 
 namespace {
 
@@ -40,8 +44,9 @@ protected:
     {
         if (Browser::program().isEmpty())
             GTEST_SKIP() << "Chromium is not installed";
-        m_agent = std::make_unique<AgentProcess>(
-            QStringList{QStringLiteral("--http"), QStringLiteral("127.0.0.1:%1").arg(m_port)});
+        m_agent = std::make_unique<AgentProcess>(QStringList{QStringLiteral("--http"),
+                                                             QStringLiteral("127.0.0.1:%1").arg(m_port),
+                                                             QStringLiteral("--control"), control()});
         ASSERT_TRUE(m_agent->start()) << m_agent->log().constData();
         m_application = std::make_unique<FakeApplication>(m_agent->applicationPort());
         ASSERT_TRUE(m_browser.start()) << m_browser.log().constData();
@@ -93,6 +98,9 @@ protected:
             .toInt();
     }
 
+    QString control() const { return m_directory.filePath(QStringLiteral("control")); }
+
+    const QTemporaryDir m_directory;
     const quint16 m_port = AgentProcess::freePort();
     std::unique_ptr<AgentProcess> m_agent;
     std::unique_ptr<FakeApplication> m_application;
@@ -134,6 +142,22 @@ TEST_F(AgentPage, FollowsAChangeWithoutBeingLoadedAgain)
               QStringLiteral("rgb(196, 22, 28)"));
     m_application->unset(row(1, 3, {"shop", "web"}));
     EXPECT_TRUE(m_browser.waitFor(QStringLiteral("!document.querySelector('#checks details')")));
+}
+
+TEST_F(AgentPage, MarksAMutedCheck)
+{
+    publish("web", 2, "no answer");
+    openPage(1);
+    EXPECT_TRUE(
+        m_browser.evaluate(QStringLiteral("document.querySelector('#checks .flag').hidden")).toBool());
+    QLocalSocket operators;
+    operators.connectToServer(control());
+    operators.write("{\"command\":\"mute\",\"check\":1,\"name\":\"shop/web\",\"seconds\":3600}\n");
+    ASSERT_TRUE(runUntil([&] { return operators.state() == QLocalSocket::UnconnectedState; }));
+    EXPECT_TRUE(m_browser.waitFor(
+        QStringLiteral("document.querySelector('#checks .flag').textContent.startsWith('muted until ')")));
+    EXPECT_FALSE(
+        m_browser.evaluate(QStringLiteral("document.querySelector('#checks .flag').hidden")).toBool());
 }
 
 TEST_F(AgentPage, IsDarkWhereTheSystemIs)

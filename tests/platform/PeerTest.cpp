@@ -14,6 +14,7 @@
 #include <memory>
 
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "platform/peer/SocketLookup.h"
@@ -189,6 +190,54 @@ TEST_F(PeerTest, NetlinkAndProcAgree)
         EXPECT_TRUE(absent.isAnswered);
         EXPECT_FALSE(absent.socket);
     }
+}
+
+namespace {
+
+/// Two local sockets, connected with each other.
+class LocalPair
+{
+public:
+    LocalPair() { EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, m_sockets), 0); }
+    ~LocalPair()
+    {
+        close(m_sockets[0]);
+        close(m_sockets[1]);
+    }
+    LocalPair(const LocalPair&) = delete;
+    LocalPair& operator=(const LocalPair&) = delete;
+
+    int end() const { return m_sockets[0]; }
+
+private:
+    int m_sockets[2] = {-1, -1};
+};
+
+/// This thread alone.
+void actAs(uid_t user)
+{
+    ASSERT_EQ(syscall(SYS_setresuid, -1, user, -1), 0);
+}
+
+} // namespace
+
+TEST(LocalPeer, IsTheUserThatConnected)
+{
+    EXPECT_EQ(platform::localPeerUser(LocalPair().end()), geteuid());
+    if (!support::canActForUsers())
+        GTEST_SKIP() << "only root can act for other users";
+    actAs(firstUser);
+    const LocalPair pair;
+    actAs(0);
+    EXPECT_EQ(platform::localPeerUser(pair.end()), firstUser);
+}
+
+TEST_F(PeerTest, ANetworkSocketHasNoLocalPeer)
+{
+    connectTo(QHostAddress::LocalHost);
+    accept();
+    EXPECT_FALSE(platform::localPeerUser(accepted->socketDescriptor()));
+    EXPECT_FALSE(platform::localPeerUser(-1));
 }
 
 TEST(Users, HaveNamesAndNumbers)

@@ -61,7 +61,8 @@ public:
     ManualClock clock;
     agent::CellStore store;
     agent::ServedCells cells{store, clock, {{10'000, 60'000, 3, 1000}, staleMs}};
-    agent::CheckList list{cells, clock};
+    agent::Mutes mutes{clock};
+    agent::CheckList list{cells, mutes, clock};
 
 private:
     static agent::ObjectId cell(unsigned int table, unsigned int column, const agent::ObjectId& row)

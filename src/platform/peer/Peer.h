@@ -32,6 +32,12 @@ struct Peer
 /// Windows there is never a user: the system knows the process, but nothing asks it yet.
 Peer peerOf(std::intptr_t socket);
 
+/// The user of the process at the other end of a connected local (Unix) socket, when it connected.
+///
+/// The kernel answers, so the peer cannot lie. Failure: no user outside of this user namespace, nor ever on
+/// Windows.
+User localPeerUser(std::intptr_t socket);
+
 struct Process
 {
     std::uint32_t id = 0; ///< 0: not known

@@ -98,9 +98,15 @@ bool hasAllUsers()
     return isRead && first == 0 && count == noUser;
 }
 
+/// False if the number may stand for any user outside of this namespace.
+bool isKnown(std::uint32_t user)
+{
+    return user != noUser && (user != unmappedUser || hasAllUsers());
+}
+
 Peer ownerOf(const std::optional<FoundSocket>& socket)
 {
-    if (!isOwned(socket) || (socket->user == unmappedUser && !hasAllUsers()))
+    if (!isOwned(socket) || !isKnown(socket->user))
         return {};
     return {socket->user, socket->inode};
 }
@@ -184,6 +190,16 @@ Peer peerOf(std::intptr_t socket)
     // If the connection is still waiting, this listener is the one it waits for: it cannot have changed.
     const std::optional<FoundSocket> after = find(*there, *here);
     return ownerOf(isUnaccepted(after) ? listener : after);
+}
+
+User localPeerUser(std::intptr_t socket)
+{
+    ucred peer = {};
+    socklen_t size = sizeof peer;
+    if (getsockopt(static_cast<int>(socket), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 ||
+        size != sizeof peer)
+        return std::nullopt;
+    return isKnown(peer.uid) ? User(peer.uid) : std::nullopt;
 }
 
 Process processOf(const Peer& peer)

@@ -11,6 +11,11 @@ Peer peerOf(std::intptr_t)
     return {};
 }
 
+User localPeerUser(std::intptr_t)
+{
+    return std::nullopt;
+}
+
 Process processOf(const Peer&)
 {
     return {};

@@ -43,8 +43,9 @@ class KeepersOfCells
 public:
     explicit KeepersOfCells(support::ManualClock& clock)
         : cells(store, clock, settings()),
+          mutes(clock),
           policy(
-              clock, [this](const ObjectId& check) { return served(check); },
+              clock, mutes, [this](const ObjectId& check) { return served(check); },
               [](const agent::HealthChange&) {})
     {
         using agent::NotificationPolicy;
@@ -59,6 +60,7 @@ public:
 
     CellStore store;
     agent::ServedCells cells;
+    agent::Mutes mutes;
     agent::NotificationPolicy policy;
 
 private:
@@ -212,7 +214,7 @@ TEST_F(CellMemory, RandomPublicationsWithdrawalsAndLossesLeaveNothing)
 
 TEST_F(CellMemory, TheEstimateCoversWhatACellTakes)
 {
-    agent::CheckList list(parts.cells, clock);
+    agent::CheckList list(parts.cells, parts.mutes, clock);
     const auto publishMany = [this](const std::function<ObjectId(unsigned int)>& id, const CellValue& value) {
         constexpr unsigned int count = 1'000;
         const size_t heapBefore = heap();

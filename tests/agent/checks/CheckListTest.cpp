@@ -116,11 +116,27 @@ protected:
     agent::CellStore store;
     support::ManualClock clock;
     agent::ServedCells cells{store, clock, {{graceMs, forgetMs, 3, 1000}, staleMs}};
-    CheckList list{cells, clock};
+    agent::Mutes mutes{clock};
+    CheckList list{cells, mutes, clock};
     std::vector<std::string> heard;
 };
 
 } // namespace
+
+TEST_F(CheckListTest, ShowsHowLongACheckIsMuted)
+{
+    publish(disk, status::warning, "disk is full.");
+    EXPECT_TRUE(check(1).mutedUntil.isNull());
+    const quint64 before = list.revision();
+    EXPECT_FALSE(mutes.mute(disk, 60'000));
+    EXPECT_GT(list.revision(), before);
+    clock.advance(20'000);
+    EXPECT_EQ(check(1).mutedUntil, clock.nowUtc().addSecs(40));
+    EXPECT_EQ(check(1).mutedMs, 40'000);
+    EXPECT_TRUE(mutes.unmute(disk));
+    EXPECT_TRUE(check(1).mutedUntil.isNull());
+    EXPECT_EQ(check(1).mutedMs, 0);
+}
 
 TEST_F(CheckListTest, ShowsACheck)
 {

@@ -195,6 +195,14 @@ TEST_F(HttpPagesTest, AStaleCheckSaysSo)
     EXPECT_EQ(text(check(0), "status"), QStringLiteral("unknown"));
 }
 
+TEST_F(HttpPagesTest, AMutedCheckSaysUntilWhen)
+{
+    m_checks.publish({"shop", "web"}, 0);
+    EXPECT_TRUE(check(0)[QLatin1String("mutedUntil")].isNull());
+    EXPECT_FALSE(m_checks.mutes.mute(support::PublishedChecks::indexOf({"shop", "web"}), 3'600'000));
+    EXPECT_EQ(text(check(0), "mutedUntil"), m_checks.clock.nowUtc().addSecs(3600).toString(Qt::ISODate));
+}
+
 TEST_F(HttpPagesTest, HostileTextsStayTexts)
 {
     const std::string hostile = "</script><img src=x onerror=\"alert(1)\">\\\",\n{}";

@@ -150,6 +150,15 @@ TEST_F(OpenMetricsTest, ShowsChecksAndMetrics)
     EXPECT_EQ(parser.value(QStringLiteral("vigil_agent_rejoins_total")), QStringLiteral("2"));
 }
 
+TEST_F(OpenMetricsTest, AMuteChangesAValueAndNoLabel)
+{
+    publishSome();
+    const QString series = QStringLiteral("vigil_check_muted{first=\"shop\",second=\"web\"}");
+    EXPECT_EQ(MetricsParser(write(Format::OpenMetrics)).value(series), QStringLiteral("0"));
+    EXPECT_FALSE(m_checks.mutes.mute(support::PublishedChecks::indexOf({"shop", "web"}), 1000));
+    EXPECT_EQ(MetricsParser(write(Format::OpenMetrics)).value(series), QStringLiteral("1"));
+}
+
 TEST_F(OpenMetricsTest, BothFormatsHaveTheSameSeries)
 {
     publishSome();
@@ -182,8 +191,8 @@ TEST_F(OpenMetricsTest, HostileKeysMakeNoForeignSeries)
     }
     const MetricsParser parser(write(Format::OpenMetrics));
     EXPECT_TRUE(parser.hasEnd());
-    // 4 + 4 series for each check, 6 + 1 for its metric, 3 of the agent
-    EXPECT_EQ(parser.size(), 8 * (8 + 7) + 3);
+    // 4 + 5 series for each check, 6 + 1 for its metric, 3 of the agent
+    EXPECT_EQ(parser.size(), 8 * (9 + 7) + 3);
 }
 
 TEST_F(OpenMetricsTest, TheReaderChoosesTheFormat)

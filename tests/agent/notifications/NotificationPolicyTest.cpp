@@ -90,7 +90,8 @@ protected:
     support::ManualClock clock;
     std::map<ObjectId, NotificationPolicy::Served> rows;
     std::vector<HealthChange> sent;
-    NotificationPolicy policy{clock,
+    agent::Mutes mutes{clock};
+    NotificationPolicy policy{clock, mutes,
                               [this](const ObjectId& check) -> std::optional<NotificationPolicy::Served> {
                                   const auto row = rows.find(check);
                                   if (row == rows.end())
@@ -357,6 +358,106 @@ TEST_F(NotificationPolicyTest, ACheckFlappingForTenSecondsIsSentTenTimesAtMost)
     }
     EXPECT_LE(sent.size(), 10u);
     EXPECT_GE(sent.size(), 5u);
+}
+
+// --- An operator's mute
+
+TEST_F(NotificationPolicyTest, AMuteHidesChangesUntilItsEnd)
+{
+    createEvaluated();
+    EXPECT_FALSE(mutes.mute(disk, 3'600'000));
+    write(warning, "filling up");
+    clock.advance(60'000);
+    write(critical, "full");
+    clock.advance(3'600'000 - 60'000 - 1);
+    EXPECT_THAT(sent, IsEmpty());
+    clock.advance(1);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, critical, ok, "full"}));
+}
+
+TEST_F(NotificationPolicyTest, ACheckCriticalFromItsFirstEvaluationOnIsSentWhenTheMuteEnds)
+{
+    EXPECT_FALSE(mutes.mute(disk, 60'000));
+    create();
+    write(critical, "full");
+    clock.advance(59'999);
+    EXPECT_THAT(sent, IsEmpty());
+    clock.advance(1);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, critical, unknown, "full"}));
+}
+
+TEST_F(NotificationPolicyTest, AMuteOfACheckThatIsWellAgainSendsNothing)
+{
+    createEvaluated();
+    EXPECT_FALSE(mutes.mute(disk, 60'000));
+    write(critical, "full");
+    clock.advance(30'000);
+    write(ok, "fine");
+    clock.advance(60'000);
+    EXPECT_THAT(sent, IsEmpty());
+}
+
+TEST_F(NotificationPolicyTest, AMuteHidesTheAgentsOwnUnknown)
+{
+    createEvaluated();
+    EXPECT_FALSE(mutes.mute(disk, 60'000));
+    cover("No connection");
+    clock.advance(59'999);
+    EXPECT_THAT(sent, IsEmpty());
+    EXPECT_TRUE(mutes.unmute(disk));
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, unknown, ok, "No connection"}));
+}
+
+TEST_F(NotificationPolicyTest, AMuteLeavesOtherChecksAlone)
+{
+    createEvaluated(disk);
+    createEvaluated(memory);
+    EXPECT_FALSE(mutes.mute(disk, 60'000));
+    write(critical, "full", disk);
+    write(critical, "full", memory);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{memory, critical, ok, "full"}));
+}
+
+TEST_F(NotificationPolicyTest, ALongerMuteGoesOn)
+{
+    createEvaluated();
+    EXPECT_FALSE(mutes.mute(disk, 60'000));
+    write(critical, "full");
+    EXPECT_FALSE(mutes.mute(disk, 120'000));
+    clock.advance(119'999);
+    EXPECT_THAT(sent, IsEmpty());
+    clock.advance(1);
+    EXPECT_EQ(sent.size(), 1u);
+}
+
+TEST_F(NotificationPolicyTest, ARowForgottenWhileMutedIsSentWhenTheMuteEnds)
+{
+    createEvaluated();
+    EXPECT_FALSE(mutes.mute(disk, 60'000));
+    cover("No connection");
+    policy.handleForgotten(disk);
+    remove();
+    EXPECT_THAT(sent, IsEmpty());
+    EXPECT_EQ(policy.notified().at(disk), ok) << "a restart does not change what managers know";
+    clock.advance(60'000);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, unknown, ok,
+                                               "No connection The agent has forgotten the check."}));
+    EXPECT_EQ(policy.size(), 0u);
+}
+
+TEST_F(NotificationPolicyTest, ARowForgottenWhileMutedGoesOnFromTheStatusManagersKnow)
+{
+    createEvaluated();
+    write(critical, "full");
+    clock.advance(5'000);
+    sent.clear();
+    EXPECT_FALSE(mutes.mute(disk, 60'000));
+    cover("No connection");
+    policy.handleForgotten(disk);
+    remove();
+    createEvaluated();
+    clock.advance(60'000);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, ok, critical, "fine"}));
 }
 
 // --- Early timers

@@ -82,6 +82,16 @@ TEST(CommandLine, ReadsEveryOption)
     EXPECT_TRUE(outcome.options.isVerbose);
 }
 
+TEST(CommandLine, OperatorsHaveASocketWhereTheSystemTellsUsers)
+{
+    EXPECT_TRUE(read(standalone).options.controlPath.isEmpty());
+    EXPECT_FALSE(errorOf("--control", "control").isEmpty());
+    if (platform::ownUser())
+        EXPECT_EQ(read("--control", "/run/a/control").options.controlPath, QStringLiteral("/run/a/control"));
+    else
+        EXPECT_FALSE(errorOf("--control", "/run/a/control").isEmpty());
+}
+
 TEST(CommandLine, TheAgentIsASubagentUnlessItIsToldToStandAlone)
 {
     const Outcome outcome = read({});

@@ -25,6 +25,7 @@ SavedState example()
     SavedState state;
     state.applications = {shop, stranger};
     state.notified = {{{1, 97, 1, 98}, 3}};
+    state.mutes = {{{1, 97, 1, 99}, QDateTime(QDate(2026, 1, 31), QTime(14, 0), Qt::UTC)}};
     return state;
 }
 
@@ -48,6 +49,8 @@ TEST(SavedState, ReadsWhatItWrote)
     EXPECT_EQ(read.applications[1].info.identity.user, std::nullopt);
     EXPECT_EQ(read.applications[1].info.state, agent::ApplicationInfo::State::Connected);
     EXPECT_EQ(read.notified, example().notified);
+    EXPECT_EQ(read.mutes, example().mutes);
+    EXPECT_EQ(lines.last(), QStringLiteral("muted 2026-01-31T14:00:00Z 1.97.1.99"));
 }
 
 // One damaged line made the agent drop all others.
@@ -56,7 +59,8 @@ TEST(SavedState, LeavesOutLinesWithoutMeaning)
     for (const char* line :
          {"", "lost", "unknown 1 2", "notified 4 1.97", "notified x", "notified x 1.97", "notified 2 a.b",
           "check 0 1.97.1.98 before%20any%20application", "lost never 1001 4711 127.0.0.1 40112 x",
-          "lost 2026-01-31T12:34:56Z u 1 ::1 1 x"}) {
+          "lost 2026-01-31T12:34:56Z u 1 ::1 1 x", "muted", "muted never 1.97",
+          "muted 2026-01-31T14:00:00Z a.b"}) {
         SavedState state;
         const SavedState::Wrong wrong =
             state.readLines({soundLine, QLatin1String(line), soundLine, QLatin1String(line)});

@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_AGENT_CONTROL_CONTROLSERVER_H
+#define VIGIL_AGENT_CONTROL_CONTROLSERVER_H
+
+#include <QLocalServer>
+#include <QObject>
+#include <QTimer>
+
+#include <deque>
+
+#include "agent/control/ControlConnection.h"
+#include "agent/control/ControlReply.h"
+#include "agent/core/Clock.h"
+#include "agent/core/Error.h"
+#include "agent/http/Turn.h"
+
+namespace agent {
+
+/// Lets this host's operators ask the agent for changes, through a local socket.
+///
+/// Only root and the agent's own user may ask; the kernel tells who a peer is. Connections, the length of a
+/// request and all times are limited. Long replies are made in pieces, so managers never wait for a reader.
+///
+/// Ownership: the clock must outlive it.
+/// Failure: listen() returns why it cannot serve. Later errors end only the connection they came from.
+class ControlServer : public QObject
+{
+    Q_OBJECT
+
+public:
+    static constexpr size_t maxConnections = 8;
+
+    using UserOf = std::function<User(std::intptr_t socket)>; ///< tests have their own
+
+    ControlServer(Clock& clock, ControlHandler handler, UserOf userOf = &platform::localPeerUser);
+
+    /// Makes the socket at this path. Replaces one that an agent has left there.
+    Error listen(const QString& path);
+
+    /// Empty before.
+    QString path() const { return m_server.fullServerName(); }
+
+private:
+    void acceptAll();
+    void accept(QLocalSocket* socket, const User& user);
+    void run();
+
+    Clock& m_clock;
+    const ControlHandler m_handler;
+    const UserOf m_userOf;
+    QLocalServer m_server;
+    std::deque<ControlConnection*> m_connections;
+    Turn m_turn;
+    QTimer m_runs;
+};
+
+} // namespace agent
+
+#endif
