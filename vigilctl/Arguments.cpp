@@ -95,7 +95,7 @@ QString readArguments(const QStringList& arguments, Arguments& read)
     read.controlPath = parser.value(control);
     if (!read.url.isValid() || read.url.scheme() != QLatin1String("http"))
         return QStringLiteral("--url: expected an address as in http://127.0.0.1:43180/");
-    const QString problem = readCommand(parser.positionalArguments(), read);
+    QString problem = readCommand(parser.positionalArguments(), read);
     if (!problem.isEmpty() || !read.isUrlGiven)
         return problem;
     if (read.isControlGiven)
