@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <charconv>
 #include <exception>
 #include <new>
 #include <string>
@@ -42,7 +43,7 @@ std::atomic<bool> isConnectedNow{false}; // for other threads
 constexpr int reconnectIntervalMs = 5000;
 constexpr int restLimitMs = 2000;
 constexpr int restStallMs = 1000;
-constexpr std::size_t usualTextSize = 120;
+constexpr std::size_t maxArcDigits = 10;
 constexpr int stateConnected = 0;
 constexpr int stateDisconnected = 1;
 constexpr unsigned int genErr = 5;     // the callback threw
@@ -56,13 +57,17 @@ const OidArcs enterpriseArcs = enterprisePrefix.toStdVector();
 std::string relativeText(const OidArcs& oid)
 {
     auto arc = std::mismatch(oid.begin(), oid.end(), enterpriseArcs.begin(), enterpriseArcs.end()).first;
-    std::string text;
-    text.reserve(usualTextSize);
+    const auto arcs = static_cast<std::size_t>(oid.end() - arc);
+    std::string text(arcs * (maxArcDigits + 1), '\0');
+    char* const begin = text.data();
+    char* const limit = begin + text.size();
+    char* end = begin;
     for (; arc != oid.end(); ++arc) {
-        if (!text.empty())
-            text += '.';
-        text += std::to_string(*arc); // up to 15 digits need no allocation
+        if (end != begin)
+            *end++ = '.';
+        end = std::to_chars(end, limit, *arc).ptr;
     }
+    text.resize(static_cast<std::size_t>(end - begin));
     return text;
 }
 
