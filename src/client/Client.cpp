@@ -394,11 +394,17 @@ bool Client::send(const OidArcs& oid, const QVariant& value, bool notify)
     }
 }
 
+/// Only what the service does not take at once becomes pending.
 void Client::resendAll()
 {
-    for (const auto& entry : m_valueCache)
-        m_pending.add(entry.first, false);
-    sendPending();
+    auto entry = m_valueCache.begin();
+    if (m_pending.isEmpty()) {
+        while (entry != m_valueCache.end() && !isGivingUp() && send(entry->first, entry->second, false))
+            ++entry;
+    }
+    for (; m_connected && entry != m_valueCache.end(); ++entry)
+        m_pending.add(entry->first, false);
+    reportCatchingUp();
 }
 
 // --- Catching up with what the service did not read
