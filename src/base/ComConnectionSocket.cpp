@@ -26,6 +26,7 @@ constexpr int maxFailedWrites = 10;
 constexpr int partialWriteWaitMs = 20;
 constexpr int yieldIntervalMs = 250;
 constexpr int framesPerReport = 10000;
+constexpr int usualFrameSize = 256; // most frames then take one allocation
 
 std::atomic<int> sentFrameCount{0}; // of all connections of the process
 
@@ -277,21 +278,30 @@ bool ComConnectionSocket::send(const DbBaseType* record, int type, int clientCal
         if (isBacklogged(limit))
             return false;
     }
-    QByteArray payload;
+    QByteArray frame;
+    frame.reserve(usualFrameSize);
+    frame.resize(FrameHeader::size);
     if (record)
-        record->serialize(payload);
-    slot_sendSerializedData(payload, type, clientCallbackId);
+        record->serialize(frame);
+    sendFrame(frame, type, clientCallbackId);
     return m_lastSendOk;
 }
 
 void ComConnectionSocket::slot_sendSerializedData(QByteArray answer, int type, int clientCallbackId)
+{
+    answer.prepend(FrameHeader::size, '\0');
+    sendFrame(answer, type, clientCallbackId);
+}
+
+/// frame has room for the header.
+void ComConnectionSocket::sendFrame(QByteArray frame, int type, int clientCallbackId)
 {
     m_lastSendOk = false;
     if (!m_socket && !reconnect()) {
         logError(QStringLiteral("slot_sendSerializedData::cannot reconnect"));
         return;
     }
-    const QByteArray frame = buildFrame(answer, type, clientCallbackId);
+    writeHeader(frame, type, clientCallbackId);
     if (!isConnected())
         return;
     m_lastSendOk = writeFrame(frame);
@@ -303,7 +313,7 @@ void ComConnectionSocket::slot_sendSerializedData(QByteArray answer, int type, i
         m_socket->flush();
 }
 
-QByteArray ComConnectionSocket::buildFrame(const QByteArray& payload, int type, int clientCallbackId)
+void ComConnectionSocket::writeHeader(QByteArray& frame, int type, int clientCallbackId)
 {
     ++m_sendMessageCounter;
     if (isDebugWanted())
@@ -313,9 +323,7 @@ QByteArray ComConnectionSocket::buildFrame(const QByteArray& payload, int type, 
     header.clientCallbackId = clientCallbackId;
     header.messageCounter = m_sendMessageCounter;
     header.updateMessageCounter = m_sendUpdateMessageCounter;
-    QByteArray frame = header.toBytes(payload.size());
-    frame += payload;
-    return frame;
+    header.write(frame.data(), frame.size() - FrameHeader::size);
 }
 
 bool ComConnectionSocket::writeFrame(const QByteArray& frame)

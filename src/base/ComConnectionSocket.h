@@ -136,7 +136,8 @@ private:
     bool isBacklogged(int limit) const;
     bool isDebugWanted() const;
     bool send(const DbBaseType* record, int type, int clientCallbackId, int limit);
-    QByteArray buildFrame(const QByteArray& payload, int type, int clientCallbackId);
+    void sendFrame(QByteArray frame, int type, int clientCallbackId);
+    void writeHeader(QByteArray& frame, int type, int clientCallbackId);
     bool writeFrame(const QByteArray& frame);
     void countSentFrame();
 

@@ -31,7 +31,7 @@ public:
     /// Resets the record to its defaults.
     virtual void clear() = 0;
 
-    /// Writes the encoding into out, an empty array.
+    /// Appends the encoding to out.
     virtual void serialize(QByteArray& out) const = 0;
 
     // Three getters and two setters: each is a slot of the virtual table and keeps its place.

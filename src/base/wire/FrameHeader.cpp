@@ -19,11 +19,10 @@ Integer integerAt(const QByteArray& bytes, int position)
 }
 
 template <typename Integer>
-void appendInteger(QByteArray& bytes, Integer value)
+void writeInteger(char*& position, Integer value)
 {
-    char encoded[sizeof(value)];
-    qToBigEndian(value, encoded);
-    bytes.append(encoded, sizeof(encoded));
+    qToBigEndian(value, position);
+    position += sizeof(value);
 }
 
 } // namespace
@@ -50,13 +49,19 @@ QByteArray FrameHeader::toBytes(int payloadSize) const
 {
     QByteArray bytes;
     bytes.reserve(size + payloadSize);
-    appendInteger(bytes, magic);
-    appendInteger(bytes, qint64(payloadSize) + remainderSize);
-    appendInteger(bytes, dataType);
-    appendInteger(bytes, clientCallbackId);
-    appendInteger(bytes, messageCounter);
-    appendInteger(bytes, updateMessageCounter);
+    bytes.resize(size);
+    write(bytes.data(), payloadSize);
     return bytes;
+}
+
+void FrameHeader::write(char* bytes, int payloadSize) const
+{
+    writeInteger(bytes, magic);
+    writeInteger(bytes, qint64(payloadSize) + remainderSize);
+    writeInteger(bytes, dataType);
+    writeInteger(bytes, clientCallbackId);
+    writeInteger(bytes, messageCounter);
+    writeInteger(bytes, updateMessageCounter);
 }
 
 } // namespace base

@@ -41,6 +41,9 @@ struct FrameHeader
     /// The whole header for a payload of payloadSize bytes. The payload can be appended without an
     /// allocation.
     QByteArray toBytes(int payloadSize) const;
+
+    /// The same into the 42 bytes at bytes.
+    void write(char* bytes, int payloadSize) const;
 };
 
 } // namespace base

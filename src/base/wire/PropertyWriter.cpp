@@ -16,13 +16,14 @@ constexpr int lengthBytes = 4;
 
 PropertyWriter::PropertyWriter(QByteArray& out) : m_out(out)
 {
-    m_out.reserve(usualRecordSize);
+    m_out.reserve(m_out.size() + usualRecordSize);
 }
 
 int PropertyWriter::beginProperty(int tag)
 {
-    writeValue(qint32(tag));
-    writeValue(qint32(0)); // the length is not known yet
+    char bytes[2 * sizeof(qint32)] = {}; // the length is not known yet
+    qToBigEndian<qint32>(tag, bytes);
+    m_out.append(bytes, sizeof(bytes));
     return m_out.size();
 }
 

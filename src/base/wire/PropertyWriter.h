@@ -20,7 +20,7 @@ namespace base {
 class PropertyWriter
 {
 public:
-    /// out must be empty and outlive the writer.
+    /// Appends to out, which must outlive the writer.
     explicit PropertyWriter(QByteArray& out);
 
     template <typename T>
