@@ -8,15 +8,6 @@
 using vigil::Oid;
 using vigil::OidArcs;
 
-/// FNV-1a, an arc at a time.
-std::size_t QueueOverflow::Hash::operator()(Position position) const
-{
-    quint64 hash = Q_UINT64_C(14695981039346656037);
-    for (const unsigned int arc : position->oid)
-        hash = (hash ^ arc) * Q_UINT64_C(1099511628211);
-    return static_cast<std::size_t>(hash);
-}
-
 void QueueOverflow::set(const Oid& oid, const QVariant& value, bool notify, int bytes)
 {
     if (m_bytesLeft >= 0)

@@ -53,7 +53,7 @@ private:
 
     struct Hash
     {
-        std::size_t operator()(Position position) const;
+        std::size_t operator()(Position position) const { return vigil::hashOf(position->oid); }
     };
     struct HasSameOid
     {

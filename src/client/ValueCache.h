@@ -6,7 +6,9 @@
 
 #include <QVariant>
 
+#include <cstddef>
 #include <map>
+#include <unordered_map>
 
 #include <vigil/Oid.h>
 
@@ -16,11 +18,14 @@
 ///
 /// One entry for each identifier, in the order of the identifiers, which is the order of the replay. An
 /// invalid QVariant means unset; the replay unsets the identifier again. Only removeTree() removes entries.
+///
+/// A published value finds its entry by hash. In the map a look-up takes a fifth of the time of a
+/// publication, because the identifiers of an application begin with the same arcs.
 class ValueCache
 {
 public:
-    /// An invalid value unsets oid.
-    void set(const vigil::OidArcs& oid, const QVariant& value) { m_values[oid] = value; }
+    /// An invalid value unsets oid. If memory runs out, it may be repeated.
+    void set(const vigil::OidArcs& oid, const QVariant& value);
 
     /// Removes tree and its descendants, and returns how many entries these were. If there was a descendant,
     /// tree stays as unset: the replay repeats the removal.
@@ -33,7 +38,14 @@ public:
     auto end() const { return m_values.end(); }
 
 private:
-    std::map<vigil::OidArcs, QVariant> m_values;
+    using Values = std::map<vigil::OidArcs, QVariant>;
+    using Index = std::unordered_multimap<std::size_t, Values::iterator>;
+
+    Index::iterator find(const vigil::OidArcs& oid);
+    Values::iterator erase(Values::iterator entry);
+
+    Values m_values;
+    Index m_index; // by the hash of the identifier
 };
 
 #endif

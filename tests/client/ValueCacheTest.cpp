@@ -87,3 +87,16 @@ TEST(ValueCache, RemovingAnUnknownTreeChangesNothing)
     EXPECT_EQ(cache.removeTree(oid("1.2")), 0);
     EXPECT_THAT(entries(cache), ElementsAreArray({"1.20=1"}));
 }
+
+TEST(ValueCache, ARemovedIdentifierCanBeSetAgain)
+{
+    ValueCache cache;
+    cache.set(arcs("1.2.1"), 1);
+    cache.removeTree(oid("1.2"));
+    cache.set(arcs("1.2.1"), 2);
+    cache.set(arcs("1.2.1"), 3);
+    cache.set(arcs("1.2"), 4);
+    EXPECT_THAT(entries(cache), ElementsAreArray({"1.2=4", "1.2.1=3"}));
+    EXPECT_EQ(cache.removeTree(oid("1.2")), 2);
+    EXPECT_THAT(entries(cache), ElementsAreArray({"1.2 unset"}));
+}
