@@ -154,8 +154,8 @@ bool ScalarMetricImpl::getPerformanceData(PerformanceData& out)
     out.setLabel(getName());
     out.setValue(m_value);
     out.setUnit(getUnit());
-    out.setWarning(m_warningRange.current());
-    out.setCritical(m_criticalRange.current());
+    out.setWarningText(m_warningRange.currentText());
+    out.setCriticalText(m_criticalRange.currentText());
     return true;
 }
 

@@ -18,8 +18,12 @@ public:
     void setLabel(const std::string& label) { m_label = label; }
     void setValue(double value) { m_value = value; }
     void setUnit(const std::string& unit) { m_unit = unit; }
-    void setWarning(const vigil::Range& range) { m_warning = range.toString(); }
-    void setCritical(const vigil::Range& range) { m_critical = range.toString(); }
+    void setWarning(const vigil::Range& range) { setWarningText(range.toString()); }
+    void setCritical(const vigil::Range& range) { setCriticalText(range.toString()); }
+
+    /// The text of a range.
+    void setWarningText(const std::string& range) { m_warning = range; }
+    void setCriticalText(const std::string& range) { m_critical = range; }
 
     std::string getLabel() const { return m_label; }
     double getValue() const { return m_value; }
