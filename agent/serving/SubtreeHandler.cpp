@@ -3,6 +3,8 @@
 
 #include "agent/serving/SubtreeHandler.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include "agent/netsnmp/AgentxLimit.h"
@@ -28,6 +30,15 @@ struct RequestKey
         delete self;
     }
 };
+
+/// Without an allocation, because a walk does this for each cell. CellLimits refuses longer identifiers.
+void setName(netsnmp_variable_list& varbind, const ObjectId& id)
+{
+    std::array<oid, maxArcs> name = {};
+    const size_t length = std::min(id.size(), maxArcs);
+    std::copy_n(id.begin(), length, name.begin());
+    snmp_set_var_objid(&varbind, name.data(), length);
+}
 
 SetCoordinator::Key keyOf(netsnmp_request_info* requests)
 {
@@ -137,8 +148,7 @@ void SubtreeHandler::handleGetNext(netsnmp_request_info* requests) const
             entry = request->inclusive ? m_store.findAtOrNext(asked) : m_store.findNext(asked);
         if (!entry)
             continue; // Net-SNMP goes on after the subtree
-        const std::vector<oid> name(entry->first.begin(), entry->first.end());
-        snmp_set_var_objid(request->requestvb, name.data(), name.size());
+        setName(*request->requestvb, entry->first);
         if (!putCell(request, entry->second, answerSize))
             return;
     }
