@@ -6,7 +6,8 @@
 find_package(Doxygen REQUIRED)
 
 configure_file(${PROJECT_SOURCE_DIR}/docs/Doxyfile.in ${PROJECT_BINARY_DIR}/docs/Doxyfile @ONLY)
-file(GLOB vigil_documented CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/vigil/*.h)
+file(GLOB vigil_documented CONFIGURE_DEPENDS
+  ${PROJECT_SOURCE_DIR}/include/vigil/*.h ${PROJECT_SOURCE_DIR}/include/vigil/testing/*.h)
 add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/docs/html/index.html
   COMMAND ${CMAKE_COMMAND} -E rm -rf ${PROJECT_BINARY_DIR}/docs/html
   COMMAND ${DOXYGEN_EXECUTABLE} ${PROJECT_BINARY_DIR}/docs/Doxyfile

@@ -48,6 +48,9 @@ if(VIGIL_BUILD_STATIC)
   install(EXPORT vigil-static NAMESPACE vigil:: FILE vigil-static-targets.cmake
     DESTINATION ${vigil_package_dir} COMPONENT dev)
 endif()
+install(TARGETS vigil_testing EXPORT vigil-testing ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+install(EXPORT vigil-testing NAMESPACE vigil:: FILE vigil-testing-targets.cmake
+  DESTINATION ${vigil_package_dir} COMPONENT dev)
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/vigilConfig.cmake.in
   ${PROJECT_BINARY_DIR}/vigilConfig.cmake
   INSTALL_DESTINATION ${vigil_package_dir})

@@ -29,6 +29,7 @@ constexpr Room rooms[] = {
     {"src/base/BuildInfo",  ""},
     {"src/base/wire/",      ""},
     {"src/types/",          ""},
+    {"src/testing/",        ""},
     {"src/platform/peer/",  ""},
     {"src/platform/",       ""},
     {"src/base/",           "src/base/BuildInfo src/base/wire/ src/platform/"},

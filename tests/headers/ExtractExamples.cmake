@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 
 # Writes a program to OUTPUT that runs the \code example of each header of HEADERS. Run by the build, see CMakeLists.txt.
-set(program "#include <vigil/raii.h>\n#include <vigil/vigil.h>\n\n#include <atomic>\n#include <iostream>\n")
+set(program "#include <vigil/raii.h>\n#include <vigil/testing/FakeService.h>\n#include <vigil/vigil.h>\n\n#include <atomic>\n#include <iostream>\n")
 set(calls "")
 foreach(name IN LISTS HEADERS)
   file(READ ${INCLUDE_DIR}/${name}.h text)
@@ -19,6 +19,7 @@ foreach(name IN LISTS HEADERS)
   math(EXPR length "${end} - ${begin}")
   string(SUBSTRING "${text}" ${begin} ${length} example)
   string(REGEX REPLACE "(^|\n)/// ?" "\\1" example "${example}")
+  get_filename_component(name ${name} NAME)
   string(APPEND program "\nstatic void example${name}()\n{\n#line ${line} \"${name}.h\"\n${example}}\n")
   string(APPEND calls "    example${name}();\n")
 endforeach()

@@ -70,6 +70,7 @@ check_sbom(${vigil-host-health} vigil-host-health libvigil1)
 # --- An application, and a package of it
 
 build_consumer(${root}/usr -D COMPONENTS=shared,static)
+test_an_application(${root}/usr)
 
 set(tree ${WORK_DIR}/tree/libvigil1)
 file(MAKE_DIRECTORY ${WORK_DIR}/tree)

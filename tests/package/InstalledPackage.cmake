@@ -13,6 +13,7 @@ list(LENGTH headers header_count)
 if(header_count LESS 14)
   message(FATAL_ERROR "Only ${header_count} headers are installed")
 endif()
+file(GLOB_RECURSE headers ${prefix}/include/vigil/*.h)
 foreach(header IN LISTS headers)
   file(STRINGS ${header} qt_lines REGEX "# *include *[<\"](Q[A-Z]|Qt)")
   if(qt_lines)
@@ -32,10 +33,12 @@ expect_files(
   ${documents}/README.md
   ${documents}/building.md
   ${documents}/examples/hello_health.cpp
+  ${documents}/examples/tested-application/OrderQueueTest.cpp
   ${prefix}/share/snmp/mibs/VIGIL-MIB.txt
   ${prefix}/share/snmp/mibs/VIGIL-AGENT-MIB.txt)
 
 build_consumer(${prefix})
+test_an_application(${prefix})
 
 # find_package says what is missing.
 function(expect_refusal components message)
@@ -49,7 +52,7 @@ function(expect_refusal components message)
     message(FATAL_ERROR "find_package with ${components} ended with ${result}:\n${output}")
   endif()
 endfunction()
-expect_refusal(shred "vigil has no component \"shred\"; it has: shared, static")
+expect_refusal(shred "vigil has no component \"shred\"; it has: shared, static, testing")
 file(GLOB static_library ${prefix}/lib/libvigil.a ${prefix}/lib/*/libvigil.a)
 if(NOT static_library)
   expect_refusal(static

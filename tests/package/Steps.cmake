@@ -59,6 +59,21 @@ function(build_consumer prefix)
   endif()
 endfunction()
 
+# test_an_application(PREFIX): builds the example of an application with tests of its own, and runs these.
+function(test_an_application prefix)
+  set(build ${WORK_DIR}/tested)
+  if(GOOGLETEST) # its sources, where none is installed
+    set(modules -D CMAKE_MODULE_PATH=${CMAKE_CURRENT_FUNCTION_LIST_DIR}/modules -D VIGIL_GOOGLETEST_SOURCE=${GOOGLETEST})
+  endif()
+  configure(${CMAKE_CURRENT_FUNCTION_LIST_DIR}/../../examples/tested-application ${build} ${prefix} ${modules})
+  run(${CMAKE_COMMAND} --build ${build} --config ${CONFIG})
+  prepare_environment(${prefix})
+  run(${CMAKE_CTEST_COMMAND} --test-dir ${build} -C ${CONFIG} --output-on-failure)
+  if(NOT output MATCHES "100% tests passed, 0 tests failed out of 1")
+    message(FATAL_ERROR "The application has no test:\n${output}")
+  endif()
+endfunction()
+
 # check_units(DIRECTORY BIN): systemd finds no mistake in the units of DIRECTORY. Their programs are in BIN.
 function(check_units directory bin)
   file(GLOB units ${directory}/vigil-*.service ${directory}/vigil-*.socket)

@@ -8,19 +8,18 @@
 
 #include <condition_variable>
 #include <functional>
-#include <memory>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include "base/wire/FrameHeader.h"
 #include "support/Deadline.h"
+#include "testing/FrameServer.h"
 
 namespace support {
 
-class FakeServiceThread;
-
-/// A scriptable peer of the library: a TCP server on a free port of 127.0.0.1. It records every frame, sends
-/// frames on request and fails on demand.
+/// A scriptable peer of the library: the server of <vigil/testing/FakeService.h>, with Qt's types and a
+/// record of every frame. It sends frames on request and fails on demand.
 ///
 /// Purpose: tests of the library's communication with the agent. It accepts any number of connections;
 /// sending and faults apply to the newest one. A typical test:
@@ -37,7 +36,7 @@ class FakeServiceThread;
 /// carried them out. Waiting blocks the caller, so do not wait on the thread of the client's event loop.
 ///
 /// Failure: the constructor throws std::runtime_error if no port is free. Waiting returns false on time-out.
-class FakeService
+class FakeService final : private vigil::test::FrameListener
 {
 public:
     static constexpr int defaultTimeoutMs = deadlineMs;
@@ -113,8 +112,6 @@ public:
     void acceptConnections();
 
 private:
-    friend class FakeServiceThread;
-
     struct Record
     {
         std::vector<Frame> frames;
@@ -122,6 +119,10 @@ private:
         int connections = 0;
         int disconnections = 0;
     };
+
+    void connected(int connection) override;
+    void disconnected(int connection) override;
+    void received(const std::string& bytes, const std::vector<vigil::test::Frame>& frames) override;
 
     template <typename Predicate>
     bool waitUntil(int timeoutMs, Predicate predicate) const;
@@ -131,7 +132,7 @@ private:
     mutable std::mutex m_mutex; // guards m_record
     mutable std::condition_variable m_changed;
     Record m_record;
-    std::unique_ptr<FakeServiceThread> m_thread;
+    vigil::test::FrameServer m_server; // last: its thread uses all others
 };
 
 } // namespace support

@@ -44,10 +44,16 @@ LibraryTest::~LibraryTest()
 void LibraryTest::start()
 {
     facade.init("test");
-    settle();
+    awaitPublications();
 }
 
 void LibraryTest::settle()
+{
+    validate(markOid, 0); // the SETs before it have been handled, and may have published something
+    awaitPublications();
+}
+
+void LibraryTest::awaitPublications()
 {
     const std::string mark = set(markOid, ++m_mark);
     facade.sendValue(vigil::Oid::fromStdString("1.3.6.1.4.1.32473." + markOid), m_mark, 0);
@@ -110,12 +116,13 @@ void LibraryTest::send(int dataType, const QByteArray& payload, int callbackId)
 std::string LibraryTest::awaitAnswer()
 {
     std::string answer;
-    service.waitForFrame([&](const auto& frame) {
+    const auto isAnswer = [&](const auto& frame) {
         if (requestNumber(frame) != m_request)
             return false;
         answer = describe(frame);
         return true;
-    });
+    };
+    service.waitForFrame(isAnswer, FakeService::defaultTimeoutMs, m_reported);
     return answer;
 }
 

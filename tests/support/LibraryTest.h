@@ -55,10 +55,11 @@ protected:
 private:
     void send(int dataType, const QByteArray& payload, int callbackId);
     std::string awaitAnswer();
+    void awaitPublications();
 
     std::size_t m_reported = 0; // frames already returned by publications()
     int m_mark = 0;
-    int m_request = 0;
+    int m_request = 1'000'000; // apart from the numbers in the tests themselves
 };
 
 } // namespace support
