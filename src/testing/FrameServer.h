@@ -42,7 +42,7 @@ protected:
 ///
 /// Ownership: the listener must live longer.
 ///
-/// Failure: the constructor and acceptConnections() throw std::runtime_error or std::system_error.
+/// Failure: the constructor and acceptConnections() throw std::system_error.
 class FrameServer
 {
 public:

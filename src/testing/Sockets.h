@@ -11,7 +11,7 @@
 
 /// The system's sockets on 127.0.0.1, as far as FrameServer needs them: SocketsPosix.cpp, SocketsWindows.cpp.
 ///
-/// Failure: functions that make a socket throw std::runtime_error.
+/// Failure: functions that make a socket throw std::system_error.
 namespace vigil::test::sockets {
 
 using Handle = std::intptr_t;

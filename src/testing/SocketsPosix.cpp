@@ -12,9 +12,7 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
-#include <stdexcept>
-#include <string>
+#include <system_error>
 
 namespace vigil::test::sockets {
 
@@ -30,7 +28,7 @@ int descriptor(const Socket& socket)
 void check(int result, const char* what)
 {
     if (result == -1)
-        throw std::runtime_error(std::string("the fake service: ") + what + ": " + std::strerror(errno));
+        throw std::system_error(errno, std::generic_category(), what);
 }
 
 void prepare(int socket)
@@ -167,9 +165,9 @@ void wait(std::vector<Interest>& interests, int milliseconds)
 void setEnvironmentVariable(const char* name, const char* value)
 {
     if (value)
-        setenv(name, value, 1);
+        setenv(name, value, 1); // NOLINT(concurrency-mt-unsafe): see FakeService
     else
-        unsetenv(name);
+        unsetenv(name); // NOLINT(concurrency-mt-unsafe)
 }
 
 } // namespace vigil::test::sockets

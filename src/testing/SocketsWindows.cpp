@@ -7,8 +7,7 @@
 #include <ws2tcpip.h>
 
 #include <cstdlib>
-#include <stdexcept>
-#include <string>
+#include <system_error>
 
 namespace vigil::test::sockets {
 
@@ -19,8 +18,7 @@ constexpr int backlog = 50;
 void check(int result, const char* what)
 {
     if (result != 0)
-        throw std::runtime_error(std::string("the fake service: ") + what + " fails with error " +
-                                 std::to_string(WSAGetLastError()));
+        throw std::system_error(WSAGetLastError(), std::system_category(), what);
 }
 
 SOCKET descriptor(const Socket& socket)

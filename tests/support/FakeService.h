@@ -35,7 +35,7 @@ namespace support {
 /// the program under test may not have one yet. Any thread may call it; calls return once the service has
 /// carried them out. Waiting blocks the caller, so do not wait on the thread of the client's event loop.
 ///
-/// Failure: the constructor throws std::runtime_error if no port is free. Waiting returns false on time-out.
+/// Failure: the constructor throws std::system_error if no port is free. Waiting returns false on time-out.
 class FakeService final : private vigil::test::FrameListener
 {
 public:

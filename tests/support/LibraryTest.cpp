@@ -49,6 +49,7 @@ void LibraryTest::start()
 
 void LibraryTest::settle()
 {
+    awaitPublications();  // needs the connection, so a request finds it
     validate(markOid, 0); // the SETs before it have been handled, and may have published something
     awaitPublications();
 }

@@ -62,7 +62,7 @@ std::ostream& operator<<(std::ostream& out, SetResult result);
 ///
 /// Ownership: may be destroyed before and after the application's checks.
 ///
-/// Failure: the constructor throws std::runtime_error if the system has no port, descriptor or thread left.
+/// Failure: the constructor throws std::system_error if the system has no port, descriptor or thread left.
 /// Waits end after timeout() and say so in their result.
 class FakeService
 {
