@@ -64,9 +64,9 @@ private:
     void reloadChecked(const QString& problem);
 
     const Options m_options;
-    ConfigCheck m_configCheck;
     SystemClock m_clock;
     const qint64 m_startMs = m_clock.elapsedMs();
+    ConfigCheck m_configCheck{m_clock};
     UserLines m_userLines{m_clock};
     CellStore m_store;
     ServedCells m_cells;

@@ -43,7 +43,8 @@ int serve(const agent::Options& options)
 {
     agent::Signals signalWatch;
     QObject::connect(&signalWatch, &agent::Signals::endRequested, qApp, &QCoreApplication::quit);
-    agent::ServiceManager serviceManager;
+    agent::SystemClock clock;
+    agent::ServiceManager serviceManager(clock);
     agent::Agent agent(options);
     if (const agent::Error error = agent.start()) {
         agent::log::error(error.text());

@@ -11,11 +11,13 @@ namespace agent {
 
 namespace {
 
-constexpr int deadlineMs = 30'000;
+constexpr qint64 deadlineMs = 30'000;
 
 } // namespace
 
-ConfigCheck::ConfigCheck()
+ConfigCheck::ConfigCheck(Clock& clock, QString program)
+    : m_programFile(program.isEmpty() ? QCoreApplication::applicationFilePath() : std::move(program)),
+      m_deadline(clock, [this] { m_program.kill(); })
 {
     connect(&m_program, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             [this](int exitCode, QProcess::ExitStatus status) { handleEnd(problemOf(exitCode, status)); });
@@ -24,9 +26,6 @@ ConfigCheck::ConfigCheck()
             handleEnd(QStringLiteral("the check of the configuration cannot be run: %1")
                           .arg(m_program.errorString()));
     });
-    m_deadline.setSingleShot(true);
-    m_deadline.setInterval(deadlineMs);
-    connect(&m_deadline, &QTimer::timeout, &m_program, &QProcess::kill);
 }
 
 void ConfigCheck::start(const QString& configFile)
@@ -40,8 +39,8 @@ void ConfigCheck::start(const QString& configFile)
 
 void ConfigCheck::run()
 {
-    m_deadline.start();
-    m_program.start(QCoreApplication::applicationFilePath(),
+    m_deadline.startOnce(deadlineMs);
+    m_program.start(m_programFile,
                     {QStringLiteral("--check-config"), QStringLiteral("--config"), m_configFile});
 }
 

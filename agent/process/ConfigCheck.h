@@ -7,7 +7,9 @@
 #include <QObject>
 #include <QProcess>
 #include <QString>
-#include <QTimer>
+
+#include "agent/core/Clock.h"
+#include "agent/core/Timer.h"
 
 namespace agent {
 
@@ -20,7 +22,8 @@ class ConfigCheck : public QObject
     Q_OBJECT
 
 public:
-    ConfigCheck();
+    /// program: runs the checks; by default this program.
+    explicit ConfigCheck(Clock& clock, QString program = {});
 
     /// finished() follows. A check that is still running is followed by another one.
     void start(const QString& configFile);
@@ -35,8 +38,9 @@ private:
     QString problemOf(int exitCode, QProcess::ExitStatus status);
 
     QString m_configFile;
+    const QString m_programFile;
     QProcess m_program;
-    QTimer m_deadline;
+    Timer m_deadline;
     bool m_isWantedAgain = false;
 };
 

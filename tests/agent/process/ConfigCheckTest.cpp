@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "agent/process/ConfigCheck.h"
+#include "support/ManualClock.h"
+#include "support/QtPrinters.h"
+#include "support/RunUntil.h"
+
+namespace {
+
+/// Checks by a shell script in place of the agent.
+class ConfigCheckTest : public testing::Test
+{
+protected:
+    QString programThat(const QByteArray& script)
+    {
+        QFile file(directory.filePath(QStringLiteral("program")));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("#!/bin/sh\n" + script);
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        return file.fileName();
+    }
+
+    void start(agent::ConfigCheck& check)
+    {
+        QObject::connect(&check, &agent::ConfigCheck::finished, &check,
+                         [this](const QString& problem) { problems.append(problem); });
+        check.start(directory.filePath(QStringLiteral("file.conf")));
+    }
+
+    QTemporaryDir directory;
+    support::ManualClock clock;
+    QStringList problems;
+};
+
+} // namespace
+
+TEST_F(ConfigCheckTest, TellsTheLastErrorOfTheProgram)
+{
+    agent::ConfigCheck check(
+        clock, programThat("echo 'vigil-agent: error: line 3 is wrong' >&2\ntest \"$1\" = --wrong\n"));
+    start(check);
+    ASSERT_TRUE(support::runUntil([this] { return !problems.isEmpty(); }));
+    EXPECT_EQ(problems, QStringList(QStringLiteral("line 3 is wrong")));
+    EXPECT_EQ(clock.liveCalls(), 0U) << "the deadline is off";
+}
+
+TEST_F(ConfigCheckTest, ACorrectFileIsNoProblem)
+{
+    agent::ConfigCheck check(clock, programThat("exit 0\n"));
+    start(check);
+    ASSERT_TRUE(support::runUntil([this] { return !problems.isEmpty(); }));
+    EXPECT_EQ(problems, QStringList(QString()));
+}
+
+TEST_F(ConfigCheckTest, AProgramThatHangsIsEndedAfterHalfAMinute)
+{
+    agent::ConfigCheck check(clock, programThat("exec sleep 1000\n"));
+    start(check);
+    clock.advance(29'999);
+    EXPECT_FALSE(support::runUntil([this] { return !problems.isEmpty(); }, 50));
+    clock.advance(1);
+    ASSERT_TRUE(support::runUntil([this] { return !problems.isEmpty(); }));
+    EXPECT_EQ(problems,
+              QStringList(QStringLiteral("the check of the configuration has crashed or took too long")));
+}
