@@ -4,12 +4,15 @@
 #include <QCoreApplication>
 
 #include <cstdlib>
+#include <exception>
+#include <memory>
 
 #include "agent/Agent.h"
 #include "agent/core/Log.h"
 #include "agent/core/StandardError.h"
 #include "agent/netsnmp/HostLookup.h"
 #include "agent/process/CommandLine.h"
+#include "agent/process/ServiceInstallation.h"
 #include "agent/process/ServiceManager.h"
 #include "agent/process/Signals.h"
 
@@ -27,30 +30,70 @@ QString controlPath()
     return directory.isEmpty() ? QString() : directory + QStringLiteral("/control");
 }
 
-int checkConfig(const agent::Options& options)
+/// The exit codes, for the operator's scripts; serviceInstallation::Outcome has more.
+constexpr int cannotServe = 1;
+constexpr int wrongOption = 2;
+
+int failed(const QString& text, int exitCode)
+{
+    agent::log::error(text);
+    return exitCode;
+}
+
+agent::Error configError(const agent::Options& options)
 {
     agent::SystemClock clock;
     agent::SnmpEngine engine({QStringLiteral("none"), options.configFile, {}, options.subtree}, clock);
-    if (const agent::Error error = engine.check()) {
-        agent::log::error(error.text());
-        return 1;
-    }
+    return engine.check();
+}
+
+int checkConfig(const agent::Options& options)
+{
+    if (const agent::Error error = configError(options))
+        return failed(error.text(), cannotServe);
     agent::standardOutput::print(QStringLiteral("%1: correct\n").arg(options.configFile));
     return 0;
 }
 
-int serve(const agent::Options& options)
+int reported(const agent::serviceInstallation::Outcome& outcome)
 {
-    agent::Signals signalWatch;
-    QObject::connect(&signalWatch, &agent::Signals::endRequested, qApp, &QCoreApplication::quit);
-    agent::SystemClock clock;
-    agent::ServiceManager serviceManager(clock);
-    agent::Agent agent(options);
-    if (const agent::Error error = agent.start()) {
-        agent::log::error(error.text());
-        return 1;
+    if (outcome.exitCode != 0)
+        return failed(outcome.text, outcome.exitCode);
+    agent::standardOutput::print(outcome.text + QLatin1Char('\n'));
+    return 0;
+}
+
+int installService(const agent::Options& options)
+{
+    if (!options.configFile.isEmpty()) {
+        if (const agent::Error error = configError(options))
+            return failed(error.text(), cannotServe);
     }
-    QObject::connect(&signalWatch, &agent::Signals::reloadRequested, qApp, [&] { agent.reload(); });
+    return reported(agent::serviceInstallation::install(options));
+}
+
+/// Windows tells a service of each user who logs off, too, so its manager alone asks it to end.
+std::unique_ptr<agent::Signals> watchSignals(const agent::Options& options,
+                                             agent::ServiceManager& serviceManager)
+{
+    if (options.isService)
+        return nullptr;
+    auto signalWatch = std::make_unique<agent::Signals>();
+    QObject::connect(signalWatch.get(), &agent::Signals::endRequested, &serviceManager,
+                     &agent::ServiceManager::endRequested);
+    QObject::connect(signalWatch.get(), &agent::Signals::reloadRequested, &serviceManager,
+                     &agent::ServiceManager::reloadRequested);
+    return signalWatch;
+}
+
+int serve(const agent::Options& options, agent::ServiceManager& serviceManager)
+{
+    const auto signalWatch = watchSignals(options, serviceManager);
+    QObject::connect(&serviceManager, &agent::ServiceManager::endRequested, qApp, &QCoreApplication::quit);
+    agent::Agent agent(options);
+    if (const agent::Error error = agent.start())
+        return failed(error.text(), cannotServe);
+    QObject::connect(&serviceManager, &agent::ServiceManager::reloadRequested, qApp, [&] { agent.reload(); });
     agent.setStatusListener([&](const QString& status) { serviceManager.tellStatus(status); });
     serviceManager.tellReady();
     const int exitCode = QCoreApplication::exec();
@@ -58,6 +101,54 @@ int serve(const agent::Options& options)
     serviceManager.tellStopping();
     agent::log::info(QStringLiteral("ending"));
     return exitCode;
+}
+
+agent::Options systemDefaults()
+{
+    agent::Options options;
+    options.agentxAddress = agent::SnmpEngine::defaultAgentxAddress();
+    options.canJoinMaster = !options.agentxAddress.isEmpty();
+    options.canBeService = agent::serviceInstallation::isSupported();
+    options.stateDirectory = directoryIn("STATE_DIRECTORY");
+    options.controlPath = controlPath();
+    return options;
+}
+
+int run(agent::Options& options, agent::ServiceManager& serviceManager)
+{
+    agent::log::setVerbose(options.isVerbose);
+    switch (options.task) {
+    case agent::Options::Task::CheckConfig:
+        return checkConfig(options);
+    case agent::Options::Task::InstallService:
+        return installService(options);
+    case agent::Options::Task::UninstallService:
+        return reported(agent::serviceInstallation::uninstall());
+    case agent::Options::Task::Serve:
+        break;
+    }
+    if (const agent::Error error = agent::takePassedSocket(options.passedSocket))
+        return failed(error.text(), cannotServe);
+    return serve(options, serviceManager);
+}
+
+/// The whole life of the process. Each end before it serves leaves a line.
+int live(agent::ServiceManager& serviceManager)
+{
+    agent::Options options = systemDefaults();
+    QString output;
+    const agent::Error error = agent::readCommandLine(QCoreApplication::arguments(), options, output);
+    if (options.isService) {
+        if (const agent::Error problem = serviceManager.attach())
+            return failed(problem.text(), cannotServe);
+    }
+    if (error)
+        return failed(error.text(), wrongOption);
+    if (!output.isEmpty()) {
+        agent::standardOutput::print(output);
+        return 0;
+    }
+    return run(options, serviceManager);
 }
 
 /// Does not return if the system is looking up a name: Qt would wait for a silent name server.
@@ -75,28 +166,15 @@ int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("vigil-agent"));
-
-    agent::Options options;
-    options.agentxAddress = agent::SnmpEngine::defaultAgentxAddress();
-    options.canJoinMaster = !options.agentxAddress.isEmpty();
-    options.stateDirectory = directoryIn("STATE_DIRECTORY");
-    options.controlPath = controlPath();
-    QString output;
-    if (const agent::Error error = agent::readCommandLine(QCoreApplication::arguments(), options, output)) {
-        agent::log::error(error.text());
-        return 2;
+    agent::SystemClock clock;
+    agent::ServiceManager serviceManager(clock);
+    int exitCode = cannotServe;
+    try {
+        exitCode = live(serviceManager);
+    } catch (const std::exception& exception) {
+        agent::log::error(
+            QStringLiteral("the agent has to end: %1").arg(QString::fromLocal8Bit(exception.what())));
     }
-    if (!output.isEmpty()) {
-        agent::standardOutput::print(output);
-        return 0;
-    }
-    agent::log::setVerbose(options.isVerbose);
-    if (options.isConfigCheck)
-        return ended(checkConfig(options));
-    if (const agent::Error error = agent::takePassedSocket(options.passedSocket)) {
-        agent::log::error(error.text());
-        return 1;
-    }
-
-    return ended(serve(options));
+    serviceManager.tellStopped(exitCode);
+    return ended(exitCode);
 }

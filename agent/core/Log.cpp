@@ -13,18 +13,20 @@ namespace {
 
 struct Level
 {
+    Severity severity;
     const char* priority; ///< for the journal
     const char* word;
 };
 
-constexpr Level errorLevel = {"<3>", "error: "};
-constexpr Level warningLevel = {"<4>", "warning: "};
-constexpr Level infoLevel = {"<6>", ""};
-constexpr Level debugLevel = {"<7>", ""};
+constexpr Level errorLevel = {Severity::Error, "<3>", "error: "};
+constexpr Level warningLevel = {Severity::Warning, "<4>", "warning: "};
+constexpr Level infoLevel = {Severity::Info, "<6>", ""};
+constexpr Level debugLevel = {Severity::Debug, "<7>", ""};
 
 bool isVerboseLog = false;
 quint64 lostLines = 0;
 Gate gateOfUsers;
+Sink otherSink;
 
 /// Texts from applications and managers appear in messages. They must not be able to forge a line.
 QByteArray onOneLine(const QString& message)
@@ -39,6 +41,8 @@ QByteArray onOneLine(const QString& message)
 
 bool tryWrite(const Level& level, const QString& message)
 {
+    if (otherSink)
+        return otherSink(level.severity, QString::fromUtf8(onOneLine(message).left(standardError::maxLine)));
     static const bool isJournal = standardError::isJournal();
     const QByteArray line =
         QByteArray(isJournal ? level.priority : "") + "vigil-agent: " + level.word + onOneLine(message);
@@ -61,6 +65,11 @@ bool isOpenFor(const User& user)
 }
 
 } // namespace
+
+void setSink(Sink sink)
+{
+    otherSink = std::move(sink);
+}
 
 void setVerbose(bool isVerbose)
 {

@@ -10,11 +10,17 @@
 
 #include "agent/core/User.h"
 
-/// The agent's messages. Each event is one line on standard error, even if its text has line breaks. Long
-/// lines are cut. In the journal the lines have priorities.
+/// The agent's messages. Each event is one line, even if its text has line breaks. Long lines are cut. They
+/// go to standard error, with priorities if that is the journal, or to a sink.
 ///
 /// Failure: a line that cannot be written at once is lost. The next one that can says how many were lost.
 namespace agent::log {
+
+enum class Severity { Error, Warning, Info, Debug };
+
+/// Takes the messages in place of standard error. False if one is lost. Null restores standard error.
+using Sink = std::function<bool(Severity, const QString&)>;
+void setSink(Sink sink);
 
 /// Turns the lines of detail() on. They are off at the start.
 void setVerbose(bool isVerbose);

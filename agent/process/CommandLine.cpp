@@ -4,6 +4,7 @@
 #include "agent/process/CommandLine.h"
 
 #include <QCommandLineParser>
+#include <QDir>
 
 #include "agent/core/User.h"
 #include "base/BuildInfo.h"
@@ -21,6 +22,9 @@ constexpr int mostCells = 10'000'000;
 constexpr int leastFrameBytes = 1024;
 constexpr int leastMegabytes = 8;
 constexpr int mostMegabytes = 1'000'000;
+
+/// Of a service that is installed without --standalone: where managers look for SNMP.
+constexpr char serviceAddress[] = "udp:161,tcp:161";
 
 const Limits mostBytes; // the byte limits cannot be raised above their defaults
 
@@ -53,6 +57,8 @@ public:
 
 private:
     Error readOptions();
+    Error readTask();
+    Error readServiceTask();
     Error readRole();
     Error readAgentx();
     Error readStandalone();
@@ -67,6 +73,8 @@ private:
     Error readUsers();
     Error checkText();
     Error readNumber(const Number& number);
+    QStringList serviceArguments() const;
+    bool isTask(Options::Task task) const { return m_options.task == task; }
 
     bool isSet(const QCommandLineOption& option) const { return m_parser.isSet(option); }
     QString value(const QCommandLineOption& option) const { return m_parser.value(option); }
@@ -106,6 +114,20 @@ private:
         QCommandLineOption(QStringLiteral("check-config"),
                            QStringLiteral("Check the file of --config and exit: with status 0 if "
                                           "it is correct, else with 1 and the wrong lines."));
+    const QCommandLineOption m_installService = QCommandLineOption(
+        QStringLiteral("install-service"),
+        QStringLiteral("Windows: install the agent as a service with the other options of this command "
+                       "line, and exit. Without --standalone it serves %1. Without --config a commented "
+                       "configuration is made. Start it with: sc start vigil-agent.")
+            .arg(QLatin1String(serviceAddress)));
+    const QCommandLineOption m_uninstallService =
+        QCommandLineOption(QStringLiteral("uninstall-service"),
+                           QStringLiteral("Windows: stop the service, remove it, and exit. Its "
+                                          "configuration and its state stay."));
+    const QCommandLineOption m_service =
+        QCommandLineOption(QStringLiteral("service"),
+                           QStringLiteral("Windows: run as the service. --install-service adds this option "
+                                          "to the service's command line."));
     const QCommandLineOption m_listen = QCommandLineOption(
         QStringLiteral("listen"),
         QStringLiteral("Accept applications on <host:port>, a loopback address. Port 0 picks a free port. "
@@ -205,6 +227,9 @@ Reader::Reader(Options& options) : m_options(options)
                          m_subtree,
                          m_config,
                          m_checkConfig,
+                         m_installService,
+                         m_uninstallService,
+                         m_service,
                          m_listen,
                          m_http,
                          m_control,
@@ -225,7 +250,10 @@ Reader::Reader(Options& options) : m_options(options)
 
 Error Reader::read(const QStringList& arguments, QString& output)
 {
-    if (!m_parser.parse(arguments))
+    const bool isParsed = m_parser.parse(arguments);
+    m_options.isService =
+        isSet(m_service); // known even with a wrong option: the service manager must hear of it
+    if (!isParsed)
         return Error(m_parser.errorText());
     if (isSet(m_help)) {
         output = m_parser.helpText();
@@ -247,7 +275,7 @@ Error Reader::readOptions()
     if (isSet(m_stateDirectory))
         m_options.stateDirectory = value(m_stateDirectory);
     for (const auto readPart :
-         {&Reader::readRole, &Reader::readSubtree, &Reader::readListen, &Reader::readHttp,
+         {&Reader::readTask, &Reader::readRole, &Reader::readSubtree, &Reader::readListen, &Reader::readHttp,
           &Reader::readControl, &Reader::readUsers, &Reader::readSetTimeout, &Reader::readStaleAfter}) {
         if (Error error = (this->*readPart)())
             return error;
@@ -257,7 +285,60 @@ Error Reader::readOptions()
         if (Error error = readNumber(*number))
             return error;
     }
+    if (isTask(Options::Task::InstallService))
+        m_options.serviceArguments = serviceArguments();
     return checkText();
+}
+
+Error Reader::readTask()
+{
+    if (isSet(m_checkConfig))
+        m_options.task = Options::Task::CheckConfig;
+    for (const QCommandLineOption* option : {&m_installService, &m_uninstallService, &m_service}) {
+        if (isSet(*option) && !m_options.canBeService)
+            return Error(QStringLiteral("--%1 is for Windows. Here systemd runs the agent: systemctl enable "
+                                        "--now vigil-agent.socket vigil-agent")
+                             .arg(option->names().constFirst()));
+    }
+    return readServiceTask();
+}
+
+Error Reader::readServiceTask()
+{
+    if (isSet(m_uninstallService)) {
+        m_options.task = Options::Task::UninstallService;
+        return m_parser.optionNames().size() == 1
+                   ? Error()
+                   : Error(QStringLiteral("--uninstall-service takes no other option"));
+    }
+    if (!isSet(m_installService))
+        return {};
+    if (isSet(m_checkConfig) || isSet(m_service))
+        return Error(QStringLiteral("--install-service, --check-config and --service exclude each other"));
+    m_options.task = Options::Task::InstallService;
+    m_options.standaloneAddress = QLatin1String(serviceAddress);
+    return {};
+}
+
+/// All options of this command line, for another one: the service runs in another folder.
+QStringList Reader::serviceArguments() const
+{
+    QStringList arguments{QStringLiteral("--service")};
+    if (!isSet(m_standalone))
+        arguments << QStringLiteral("--standalone") << m_options.standaloneAddress;
+    QStringList names = m_parser.optionNames();
+    names.removeDuplicates();
+    names.removeAll(m_installService.names().constFirst());
+    for (const QString& name : names) {
+        arguments << QStringLiteral("--") + name;
+        const QString value = m_parser.value(name);
+        const bool isPath = m_config.names().contains(name) || m_stateDirectory.names().contains(name);
+        if (isPath)
+            arguments << QDir::toNativeSeparators(QDir().absoluteFilePath(value));
+        else if (!value.isEmpty())
+            arguments << value;
+    }
+    return arguments;
 }
 
 Error Reader::readRole()
@@ -271,7 +352,8 @@ Error Reader::readRole()
         return error;
     if (Error error = readConfig())
         return error;
-    if (m_options.canJoinMaster || m_options.isStandalone() || m_options.isConfigCheck)
+    const bool isServing = isTask(Options::Task::Serve);
+    if (m_options.canJoinMaster || m_options.isStandalone() || !isServing)
         return {};
     return Error(QStringLiteral("--standalone is needed: on this system the agent cannot join a master"));
 }
@@ -303,11 +385,10 @@ Error Reader::readStandalone()
 
 Error Reader::readConfig()
 {
-    m_options.isConfigCheck = isSet(m_checkConfig);
+    const bool isCheck = isTask(Options::Task::CheckConfig);
     if (!isSet(m_config))
-        return m_options.isConfigCheck ? Error(QStringLiteral("--check-config: name the file with --config"))
-                                       : Error();
-    if (!isSet(m_standalone) && !m_options.isConfigCheck)
+        return isCheck ? Error(QStringLiteral("--check-config: name the file with --config")) : Error();
+    if (!m_options.isStandalone() && !isCheck)
         return Error(QStringLiteral(
             "--config needs --standalone; behind snmpd, snmpd's own configuration controls access"));
     if (value(m_config).isEmpty())

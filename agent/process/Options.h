@@ -6,6 +6,7 @@
 
 #include <QHostAddress>
 #include <QString>
+#include <QStringList>
 
 #include "agent/applications/Limits.h"
 #include "agent/core/ObjectId.h"
@@ -19,13 +20,19 @@ struct Options
 {
     static constexpr int learned = -1; ///< as staleAfterSeconds: each check has its own rhythm
 
+    /// What to do: serve, or one of the operator's commands.
+    enum class Task { Serve, CheckConfig, InstallService, UninstallService };
+
     bool isStandalone() const { return !standaloneAddress.isEmpty(); }
 
-    QString standaloneAddress;  ///< listening addresses as Net-SNMP writes them; empty: subagent of snmpd
-    QString agentxAddress;      ///< where snmpd listens for subagents; the default is Net-SNMP's
-    bool canJoinMaster = true;  ///< false on a system without AgentX: standalone is the only way
-    QString configFile;         ///< empty for none
-    bool isConfigCheck = false; ///< check configFile and end
+    Task task = Task::Serve;
+    bool canBeService = false;    ///< false on a system where packages make the service
+    bool isService = false;       ///< the service manager has started this process as a service
+    QStringList serviceArguments; ///< of the service to install
+    QString standaloneAddress;    ///< listening addresses as Net-SNMP writes them; empty: subagent of snmpd
+    QString agentxAddress;        ///< where snmpd listens for subagents; the default is Net-SNMP's
+    bool canJoinMaster = true;    ///< false on a system without AgentX: standalone is the only way
+    QString configFile;           ///< empty for none
     ObjectId subtree = enterpriseRoot(); ///< to serve: the root or a part of it
     QHostAddress listenHost = QHostAddress(QLatin1String(base::defaultServiceHost));
     quint16 listenPort = base::defaultServicePort; ///< 0 for any free port

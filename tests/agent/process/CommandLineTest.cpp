@@ -3,8 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
+
 #include "agent/core/User.h"
 #include "agent/process/CommandLine.h"
+#include "support/QtPrinters.h"
 
 using agent::Error;
 using agent::Options;
@@ -243,8 +246,76 @@ TEST(CommandLine, CheckConfigNeedsAFileButNoAddress)
     EXPECT_FALSE(read(QStringList{check}).error.isEmpty());
     const Outcome outcome = read({check, QStringLiteral("--config"), QStringLiteral("/a/file")});
     EXPECT_TRUE(outcome.error.isEmpty()) << qPrintable(outcome.error);
-    EXPECT_TRUE(outcome.options.isConfigCheck);
+    EXPECT_EQ(outcome.options.task, Options::Task::CheckConfig);
     EXPECT_EQ(outcome.options.configFile, QStringLiteral("/a/file"));
+}
+
+namespace {
+
+/// On a system with services of its own and without AgentX.
+Outcome readOnWindows(const QStringList& arguments)
+{
+    Outcome outcome;
+    outcome.options.canBeService = true;
+    outcome.options.canJoinMaster = false;
+    outcome.error =
+        agent::readCommandLine(QStringList{program} + arguments, outcome.options, outcome.output).text();
+    return outcome;
+}
+
+} // namespace
+
+TEST(CommandLine, TheServiceGetsAllOtherOptionsWithWholePaths)
+{
+    const Outcome outcome =
+        readOnWindows({QStringLiteral("--grace"), QStringLiteral("5"), QStringLiteral("--install-service"),
+                       QStringLiteral("--config"), QStringLiteral("my.conf"), QStringLiteral("--verbose"),
+                       QStringLiteral("--standalone=udp:127.0.0.1:1161")});
+    ASSERT_EQ(outcome.error, QString());
+    EXPECT_EQ(outcome.options.task, Options::Task::InstallService);
+    const QString path = QDir::toNativeSeparators(QDir().absoluteFilePath(QStringLiteral("my.conf")));
+    EXPECT_EQ(outcome.options.serviceArguments,
+              QStringList({QStringLiteral("--service"), QStringLiteral("--grace"), QStringLiteral("5"),
+                           QStringLiteral("--config"), path, QStringLiteral("--verbose"),
+                           QStringLiteral("--standalone"), QStringLiteral("udp:127.0.0.1:1161")}));
+}
+
+TEST(CommandLine, AServiceWithoutAnAddressServesThePortOfSnmp)
+{
+    const Outcome outcome = readOnWindows({QStringLiteral("--install-service")});
+    ASSERT_EQ(outcome.error, QString());
+    EXPECT_EQ(outcome.options.serviceArguments,
+              QStringList({QStringLiteral("--service"), QStringLiteral("--standalone"),
+                           QStringLiteral("udp:161,tcp:161")}));
+}
+
+TEST(CommandLine, WrongOptionsOfAServiceAreRefusedBeforeItIsInstalled)
+{
+    EXPECT_FALSE(readOnWindows(
+                     {QStringLiteral("--install-service"), QStringLiteral("--grace"), QStringLiteral("soon")})
+                     .error.isEmpty());
+    EXPECT_FALSE(
+        readOnWindows({QStringLiteral("--install-service"), QStringLiteral("--service")}).error.isEmpty());
+    EXPECT_FALSE(
+        readOnWindows({QStringLiteral("--uninstall-service"), QStringLiteral("--verbose")}).error.isEmpty());
+    EXPECT_EQ(readOnWindows({QStringLiteral("--uninstall-service")}).options.task,
+              Options::Task::UninstallService);
+}
+
+TEST(CommandLine, TheServiceManagerHearsOfAWrongOption)
+{
+    const Outcome outcome = readOnWindows({QStringLiteral("--service"), QStringLiteral("--no-such-option")});
+    EXPECT_FALSE(outcome.error.isEmpty());
+    EXPECT_TRUE(outcome.options.isService);
+}
+
+TEST(CommandLine, ElsewhereTheOptionsOfTheServiceNameSystemd)
+{
+    for (const char* option : {"--install-service", "--uninstall-service", "--service"}) {
+        const QString error = read({QLatin1String(option)}).error;
+        EXPECT_TRUE(error.startsWith(QLatin1String(option))) << qPrintable(error);
+        EXPECT_TRUE(error.contains(QLatin1String("systemctl enable"))) << qPrintable(error);
+    }
 }
 
 TEST(CommandLine, HelpDescribesEveryOption)
