@@ -47,10 +47,11 @@ FrameHeader FrameHeader::readRemainder(const QByteArray& bytes, int position)
 
 QByteArray FrameHeader::toBytes(int payloadSize) const
 {
+    char header[size];
+    write(header, payloadSize);
     QByteArray bytes;
     bytes.reserve(size + payloadSize);
-    bytes.resize(size);
-    write(bytes.data(), payloadSize);
+    bytes.append(header, size);
     return bytes;
 }
 
