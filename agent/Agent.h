@@ -78,7 +78,8 @@ private:
     SetCoordinator m_coordinator;
     SubtreeHandler m_handler{m_store, m_coordinator};
     AgentMib m_agentMib{m_clock, m_store, m_checks, m_applications, m_coordinator, m_notifications, m_engine};
-    History m_history{m_checks, m_clock};
+    History m_history{m_checks, m_clock,
+                      [this](ApplicationId application) { return m_applications.userOf(application); }};
     HttpPages m_pages{{m_checks, m_store, m_applications, m_clock}, m_history, [this] { return figures(); }};
     SnmpEngine m_engine; // Net-SNMP holds pointers to the others, so it is destroyed before them
     ControlCommands m_commands{{m_checks, m_store, m_applications, m_clock}, m_mutes, m_cells};

@@ -53,6 +53,19 @@ std::vector<ApplicationInfo> ApplicationList::all() const
     return list;
 }
 
+std::optional<ApplicationInfo> ApplicationList::next(ApplicationId application) const
+{
+    const auto connected = m_connections.upper_bound(application);
+    const auto lost = m_lost.upper_bound(application);
+    if (connected == m_connections.end() && lost == m_lost.end())
+        return std::nullopt;
+    const bool isLost =
+        connected == m_connections.end() || (lost != m_lost.end() && lost->first < connected->first);
+    ApplicationInfo info = isLost ? lost->second : connected->second->info();
+    info.cells = m_cells.countOf(info.number);
+    return info;
+}
+
 ApplicationConnection* ApplicationList::connection(ApplicationId application) const
 {
     const auto connection = m_connections.find(application);

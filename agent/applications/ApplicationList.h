@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <vector>
 
 #include "agent/applications/ApplicationInfo.h"
@@ -48,6 +49,9 @@ public:
 
     /// The connected and the lost applications, in the order of their numbers.
     std::vector<ApplicationInfo> all() const;
+
+    /// The first with a larger number, or nothing.
+    std::optional<ApplicationInfo> next(ApplicationId application) const;
 
     /// Null if the application is not connected.
     ApplicationConnection* connection(ApplicationId application) const;

@@ -49,6 +49,15 @@ public:
     /// The connected applications, and the lost ones with cells, in the order of their numbers.
     std::vector<ApplicationInfo> applications() const { return m_applications.all(); }
 
+    /// The first of them with a larger number, or nothing.
+    std::optional<ApplicationInfo> next(ApplicationId application) const
+    {
+        return m_applications.next(application);
+    }
+
+    /// Nothing if the application is neither connected nor lost, or its user is not known.
+    User userOf(ApplicationId application) const { return m_applications.ownerOf(application).user; }
+
     bool isConnected(ApplicationId application) const override
     {
         return m_applications.connection(application) != nullptr;

@@ -15,7 +15,9 @@ using healthTable::Column;
 
 namespace {
 
-constexpr size_t maxText = 65'535;
+// Views cut longer texts, so that showing a check or metric takes a bounded time.
+constexpr size_t maxSummary = 4096;
+constexpr size_t maxText = 1024; // of a value, a unit or a range
 
 // Tables and columns of VIGIL-MIB.
 constexpr unsigned int entryArc = 1;
@@ -106,6 +108,16 @@ std::vector<Metric> CheckList::metricsOf(unsigned int check) const
     return metrics;
 }
 
+CheckList::Sample CheckList::sampleOf(const MetricKey& key) const
+{
+    const auto found = m_metrics.find(key);
+    if (found == m_metrics.end())
+        return {};
+    const Cell* cell = m_store.find(cellIn(perfDataTable, perfDataValue, *found->second));
+    const std::string* text = cell ? std::get_if<std::string>(&cell->served()) : nullptr;
+    return {text ? readableText(*text, maxText) : std::string(), cell ? cell->owner : 0};
+}
+
 int CheckList::worstStatus() const
 {
     const auto worst = std::find_if(status::bySeverity.rbegin(), status::bySeverity.rend(),
@@ -126,7 +138,7 @@ Check CheckList::describe(const Entries::value_type& check) const
     described.secondKey = keys.size() < 2 ? std::string() : keys[1];
     described.name = nameOf(keys);
     described.status = entry.status;
-    described.summary = text(healthTable::cellOf(Column::Summary, id));
+    described.summary = text(healthTable::cellOf(Column::Summary, id), maxSummary);
     described.since = entry.since;
     described.lastUpdate = entry.lastUpdate;
     described.ageMs = entry.updates > 0 ? m_clock.elapsedMs() - entry.lastUpdateMs : -1;
@@ -148,12 +160,12 @@ Metric CheckList::describe(const MetricKey& key, const ObjectId& metric) const
     described.name = texts.empty() ? std::string() : texts.back();
     described.fullName = nameOf(texts);
     described.status = number ? *number : status::unknown;
-    described.summary = text(resultTable().cellOf(Column::Summary, metric));
-    described.value = text(cellIn(perfDataTable, perfDataValue, metric));
+    described.summary = text(resultTable().cellOf(Column::Summary, metric), maxSummary);
+    described.value = text(cellIn(perfDataTable, perfDataValue, metric), maxText);
     const UnitAndRanges& columns = described.value.empty() ? present : ofLastUpdate;
-    described.unit = trimmed(text(cellIn(columns.table, columns.unit, metric)));
-    described.warningRange = text(cellIn(columns.table, columns.warning, metric));
-    described.criticalRange = text(cellIn(columns.table, columns.critical, metric));
+    described.unit = trimmed(text(cellIn(columns.table, columns.unit, metric), maxText));
+    described.warningRange = text(cellIn(columns.table, columns.warning, metric), maxText);
+    described.criticalRange = text(cellIn(columns.table, columns.critical, metric), maxText);
     return described;
 }
 
@@ -164,11 +176,11 @@ int CheckList::servedStatus(const ObjectId& check) const
     return number ? *number : status::unknown;
 }
 
-std::string CheckList::text(const ObjectId& cell) const
+std::string CheckList::text(const ObjectId& cell, size_t maxBytes) const
 {
     const Cell* found = m_store.find(cell);
     const std::string* text = found ? std::get_if<std::string>(&found->served()) : nullptr;
-    return text ? readableText(*text, maxText) : std::string();
+    return text ? readableText(*text, maxBytes) : std::string();
 }
 
 // --- What happens to checks

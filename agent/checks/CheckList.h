@@ -61,6 +61,14 @@ public:
 
     std::vector<Metric> metricsOf(unsigned int check) const;
 
+    /// The last value of a metric as text, and its owner, without the cost of everything else.
+    struct Sample
+    {
+        std::string value; ///< empty for a metric without a number
+        ApplicationId application = 0;
+    };
+    Sample sampleOf(const MetricKey& key) const;
+
     /// The number of all checks, and of those that read this status.
     size_t size() const { return m_byNumber.size(); }
     size_t count(int status) const { return m_counts.at(static_cast<size_t>(status)); }
@@ -115,7 +123,7 @@ private:
     Check describe(const Entries::value_type& check) const;
     Metric describe(const MetricKey& key, const ObjectId& metric) const;
     int servedStatus(const ObjectId& check) const;
-    std::string text(const ObjectId& cell) const;
+    std::string text(const ObjectId& cell, size_t maxBytes) const;
 
     const CellStore& m_store;
     const Mutes& m_mutes;

@@ -24,6 +24,9 @@ bool isPlain(const std::string& bytes)
 
 std::string readableText(const std::string& bytes, std::size_t maxBytes)
 {
+    constexpr size_t longestCharacter = 4;
+    if (bytes.size() > maxBytes + longestCharacter) // the rest would only take time
+        return readableText(bytes.substr(0, maxBytes + longestCharacter), maxBytes);
     if (isPlain(bytes))
         return bytes.substr(0, maxBytes);
     QString text = QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size()));

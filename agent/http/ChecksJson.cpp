@@ -93,7 +93,9 @@ bool ChecksJson::appendTo(QByteArray& text)
         text += nextMetric();
         return true;
     case Part::Applications:
-        text += applications();
+        text += nextApplication();
+        return m_part != Part::End;
+    case Part::End:
         break;
     }
     return false;
@@ -112,7 +114,7 @@ QByteArray ChecksJson::nextCheck()
     const std::optional<Check> check = m_sources.checks.next(m_check);
     if (!check) {
         m_part = Part::Applications;
-        return "],";
+        return "],\n\"applications\":[";
     }
     const QByteArray separator = m_check == 0 ? "\n" : ",\n";
     m_part = Part::Metrics;
@@ -149,15 +151,16 @@ QByteArray ChecksJson::nextMetric()
                   member("critical", rangeObject(metric->criticalRange)));
 }
 
-QByteArray ChecksJson::applications() const
+QByteArray ChecksJson::nextApplication()
 {
-    QByteArray text = "\n\"applications\":[";
-    const char* separator = "\n";
-    for (const ApplicationInfo& application : m_sources.applications.applications()) {
-        text += separator + applicationObject(application, m_silent.count(application.number) > 0);
-        separator = ",\n";
+    const std::optional<ApplicationInfo> application = m_sources.applications.next(m_application);
+    if (!application) {
+        m_part = Part::End;
+        return "]}\n";
     }
-    return text + "]}\n";
+    const QByteArray separator = m_application == 0 ? "\n" : ",\n";
+    m_application = application->number;
+    return separator + applicationObject(*application, m_silent.count(application->number) > 0);
 }
 
 bool ChecksJson::isStale(const Check& check) const

@@ -35,18 +35,19 @@ public:
     bool appendTo(QByteArray& text) override;
 
 private:
-    enum class Part { Start, Checks, Metrics, Applications };
+    enum class Part { Start, Checks, Metrics, Applications, End };
 
     QByteArray start() const;
     QByteArray nextCheck();
     QByteArray nextMetric();
-    QByteArray applications() const;
+    QByteArray nextApplication();
     bool isStale(const Check& check) const;
 
     const Sources m_sources;
     Part m_part = Part::Start;
     unsigned int m_check = 0;         // the last one written
     unsigned int m_metric = 0;        // the last one written of this check
+    ApplicationId m_application = 0;  // the last one written
     std::set<ApplicationId> m_silent; // the owners of stale checks
 };
 

@@ -3,7 +3,9 @@
 
 #include "agent/http/History.h"
 
+#include <cmath>
 #include <limits>
+#include <utility>
 
 namespace agent {
 
@@ -14,10 +16,10 @@ constexpr qint64 pauseMs = 5;
 
 constexpr float noValue = std::numeric_limits<float>::quiet_NaN();
 
-float valueOf(const Metric& metric)
+float numberIn(const std::string& text)
 {
     bool isNumber = false;
-    const float value = QByteArray::fromStdString(metric.value).toFloat(&isNumber);
+    const float value = QByteArray::fromStdString(text).toFloat(&isNumber);
     return isNumber ? value : noValue;
 }
 
@@ -28,8 +30,11 @@ size_t placeOf(qint64 round)
 
 } // namespace
 
-History::History(const CheckList& checks, Clock& clock)
-    : m_checks(checks), m_rounds(clock, [this] { startRound(); }), m_steps(clock, [this] { step(); })
+History::History(const CheckList& checks, Clock& clock, UserOf userOf)
+    : m_checks(checks),
+      m_userOf(std::move(userOf)),
+      m_rounds(clock, [this] { startRound(); }),
+      m_steps(clock, [this] { step(); })
 {}
 
 void History::start()
@@ -38,12 +43,9 @@ void History::start()
     startRound();
 }
 
-/// A round that is not complete yet ends here: the machine is overloaded.
 void History::startRound()
 {
     ++m_round;
-    m_visited = 0;
-    m_last = {0, 0};
     dropOld();
     m_steps.startOnce(0);
 }
@@ -51,37 +53,64 @@ void History::startRound()
 void History::step()
 {
     for (int count = 0; count < metricsInStep; ++count) {
-        const std::optional<Metric> metric =
-            m_visited < maxSeries ? m_checks.nextMetric(m_last) : std::nullopt;
-        if (!metric)
+        const std::optional<CheckList::MetricKey> key = m_checks.metricAfter(m_last);
+        m_last = key.value_or(CheckList::MetricKey(0, 0));
+        if (!key)
             return;
-        ++m_visited;
-        m_last = {metric->check, metric->number};
-        add(*metric);
+        add(*key);
     }
     m_steps.startOnce(pauseMs);
 }
 
-void History::add(const Metric& metric)
+void History::add(const CheckList::MetricKey& key)
 {
-    const float value = valueOf(metric);
-    const auto found = m_series.find({metric.check, metric.number});
-    if (value != value && found == m_series.end())
+    const CheckList::Sample sample = m_checks.sampleOf(key);
+    const float value = numberIn(sample.value);
+    if (std::isnan(value) && m_series.count(key) == 0)
         return; // a metric without numbers
-    if (found == m_series.end() && m_series.size() >= maxSeries)
+    Series* series = seriesFor(key, {m_userOf(sample.application), sample.application});
+    if (!series)
         return;
-    Series& series = found == m_series.end() ? m_series[{metric.check, metric.number}] : found->second;
+    while (++series->lastRound < m_round)
+        series->values[placeOf(series->lastRound)] = noValue;
+    series->lastRound = m_round; // also if a long round visits it twice
+    series->values[placeOf(m_round)] = value;
+}
+
+/// Null if there is no room. The application of a metric changes when it restarts.
+History::Series* History::seriesFor(const CheckList::MetricKey& key, const SeriesShares::Holder& holder)
+{
+    const auto found = m_series.find(key);
+    if (found == m_series.end() && m_series.size() >= maxSeries && !makeRoomFor(holder))
+        return nullptr;
+    if (found != m_series.end())
+        m_shares.remove(key, found->second.holder);
+    Series& series = m_series[key];
     if (series.values.empty())
-        series = {std::vector<float>(samples, noValue), m_round - 1};
-    while (++series.lastRound < m_round)
-        series.values[placeOf(series.lastRound)] = noValue;
-    series.values[placeOf(m_round)] = value;
+        series = {std::vector<float>(samples, noValue), m_round - 1, holder};
+    series.holder = holder;
+    m_shares.add(key, holder);
+    return &series;
+}
+
+bool History::makeRoomFor(const SeriesShares::Holder& holder)
+{
+    const std::optional<CheckList::MetricKey> victim = m_shares.victimFor(holder);
+    if (victim)
+        drop(m_series.find(*victim));
+    return victim.has_value();
+}
+
+History::AllSeries::iterator History::drop(AllSeries::iterator series)
+{
+    m_shares.remove(series->first, series->second.holder);
+    return m_series.erase(series);
 }
 
 void History::dropOld()
 {
     for (auto it = m_series.begin(); it != m_series.end();)
-        it = m_round - it->second.lastRound > samples ? m_series.erase(it) : std::next(it);
+        it = m_round - it->second.lastRound > samples ? drop(it) : std::next(it);
 }
 
 std::vector<float> History::valuesOf(const CheckList::MetricKey& key) const

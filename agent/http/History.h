@@ -4,19 +4,23 @@
 #ifndef VIGIL_AGENT_HTTP_HISTORY_H
 #define VIGIL_AGENT_HTTP_HISTORY_H
 
+#include <functional>
 #include <map>
 #include <vector>
 
 #include "agent/checks/CheckList.h"
 #include "agent/core/Clock.h"
 #include "agent/core/Timer.h"
+#include "agent/core/User.h"
+#include "agent/http/SeriesShares.h"
 
 namespace agent {
 
 /// The values of metrics during the last hour, in memory: one sample of each metric every 20 seconds.
 ///
-/// Of more than maxSeries metrics the first in the order of their numbers have a history. All samples
-/// together take at most 8 MB. A round of samples is taken in small steps, so managers do not wait for it.
+/// There is room for maxSeries metrics, which users and applications share fairly (SeriesShares). All samples
+/// together take at most 8 MB. A round of samples is taken in small steps, so managers do not wait for it. If
+/// there are too many metrics for one round, it goes on in the next.
 ///
 /// Ownership: checks and clock must outlive it.
 class History
@@ -26,7 +30,9 @@ public:
     static constexpr int samples = 180;
     static constexpr size_t maxSeries = 10'000;
 
-    History(const CheckList& checks, Clock& clock);
+    using UserOf = std::function<User(ApplicationId application)>;
+
+    History(const CheckList& checks, Clock& clock, UserOf userOf);
 
     /// Takes samples from now on.
     void start();
@@ -41,18 +47,24 @@ private:
     {
         std::vector<float> values; // a ring: the sample of round n is at n modulo samples
         qint64 lastRound = 0;
+        SeriesShares::Holder holder;
     };
+    using AllSeries = std::map<CheckList::MetricKey, Series>;
 
     void startRound();
     void step();
-    void add(const Metric& metric);
+    void add(const CheckList::MetricKey& key);
+    Series* seriesFor(const CheckList::MetricKey& key, const SeriesShares::Holder& holder);
+    bool makeRoomFor(const SeriesShares::Holder& holder);
+    AllSeries::iterator drop(AllSeries::iterator series);
     void dropOld();
 
     const CheckList& m_checks;
-    std::map<CheckList::MetricKey, Series> m_series;
+    const UserOf m_userOf;
+    AllSeries m_series;
+    SeriesShares m_shares;
     qint64 m_round = 0;
-    size_t m_visited = 0; // metrics in this round
-    CheckList::MetricKey m_last = {0, 0};
+    CheckList::MetricKey m_last = {0, 0}; // the last one visited
     Timer m_rounds;
     Timer m_steps;
 };

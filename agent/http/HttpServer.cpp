@@ -3,7 +3,6 @@
 
 #include "agent/http/HttpServer.h"
 
-#include <QElapsedTimer>
 #include <QSocketNotifier>
 #include <QSysInfo>
 #include <QTcpServer>
@@ -21,6 +20,7 @@
 #include "agent/core/Descriptors.h"
 #include "agent/core/User.h"
 #include "agent/http/TrustedHost.h"
+#include "agent/http/Turn.h"
 
 namespace agent {
 
@@ -63,28 +63,17 @@ bool hasBody(MHD_Connection* connection)
            !headerOf(connection, MHD_HTTP_HEADER_TRANSFER_ENCODING).isEmpty();
 }
 
-/// The time left for making replies in this turn of the event loop.
-class Turn
-{
-public:
-    void start() { m_since.start(); }
-    bool isOver() const { return m_since.hasExpired(HttpServer::turnMs); }
-
-private:
-    QElapsedTimer m_since;
-};
-
 /// Makes a reply as its reader takes it.
 class Body
 {
 public:
-    Body(std::unique_ptr<TextPieces> pieces, const Turn& turn) : m_pieces(std::move(pieces)), m_turn(turn) {}
+    Body(std::unique_ptr<TextPieces> pieces, Turn& turn) : m_pieces(std::move(pieces)), m_turn(turn) {}
 
     /// 0 if the rest has to wait for the next turn.
     ssize_t read(char* to, size_t size)
     {
         while (!m_isComplete && m_text.size() < static_cast<int>(size) && !m_turn.isOver())
-            m_isComplete = !m_pieces->appendTo(m_text);
+            makePiece();
         if (m_text.isEmpty())
             return m_isComplete ? MHD_CONTENT_READER_END_OF_STREAM : 0;
         const int count = std::min(m_text.size(), static_cast<int>(size));
@@ -94,8 +83,15 @@ public:
     }
 
 private:
+    void makePiece()
+    {
+        const int before = m_text.size();
+        m_isComplete = !m_pieces->appendTo(m_text);
+        m_turn.count(m_text.size() - before);
+    }
+
     const std::unique_ptr<TextPieces> m_pieces;
-    const Turn& m_turn;
+    Turn& m_turn;
     QByteArray m_text;
     bool m_isComplete = false;
 };
@@ -110,7 +106,7 @@ void freeBody(void* body)
     delete static_cast<Body*>(body);
 }
 
-MHD_Response* responseOf(HttpReply reply, const Turn& turn)
+MHD_Response* responseOf(HttpReply reply, Turn& turn)
 {
     if (reply.pieces) {
         auto* body = new Body(std::move(reply.pieces), turn);

@@ -34,7 +34,6 @@ public:
     static constexpr size_t maxUserConnections = 24;       ///< of a user other than root, or of another host
     static constexpr size_t maxHeader = size_t{16} * 1024; ///< bytes of a request
     static constexpr qint64 requestMs = 20'000;
-    static constexpr qint64 turnMs = 2; ///< for making replies, in a turn of the event loop
 
     using Handler = std::function<HttpReply(const HttpRequest& request)>;
 

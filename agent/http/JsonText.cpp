@@ -18,6 +18,15 @@ bool isPlain(char byte)
     return code >= ' ' && code != 0x7f && !std::strchr("\"\\<>&", byte);
 }
 
+/// Hostile texts consist of nothing else, so it makes no temporary text.
+void appendEscaped(QByteArray& text, unsigned char byte)
+{
+    constexpr const char* digits = "0123456789abcdef";
+    text += "\\u00";
+    text += digits[byte / 16];
+    text += digits[byte % 16];
+}
+
 } // namespace
 
 QByteArray quoted(const std::string& text)
@@ -29,7 +38,7 @@ QByteArray quoted(const std::string& text)
         if (isPlain(byte))
             quoted += byte;
         else
-            quoted += "\\u00" + QByteArray(1, byte).toHex();
+            appendEscaped(quoted, static_cast<unsigned char>(byte));
     }
     return quoted += '"';
 }

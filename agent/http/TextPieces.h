@@ -14,7 +14,10 @@ class TextPieces
 public:
     virtual ~TextPieces() = default;
 
-    /// Appends the next piece, a few kilobytes. False once there is none left.
+    /// What one piece has at most, in bytes: that of a metric with the longest texts.
+    static constexpr int maxPiece = 64 * 1024;
+
+    /// Appends the next piece. False once there is none left.
     virtual bool appendTo(QByteArray& text) = 0;
 };
 

@@ -15,7 +15,7 @@ namespace agent {
 class Turn
 {
 public:
-    static constexpr qint64 maxMs = 2;
+    static constexpr qint64 maxNs = 2'000'000;
     static constexpr int maxPieces = 100;
     static constexpr int maxBytes = 128 * 1024; ///< the last piece may exceed it
 
@@ -33,7 +33,10 @@ public:
         m_bytes += bytes;
     }
 
-    bool isOver() const { return m_pieces >= maxPieces || m_bytes >= maxBytes || m_since.hasExpired(maxMs); }
+    bool isOver() const
+    {
+        return m_pieces >= maxPieces || m_bytes >= maxBytes || m_since.nsecsElapsed() >= maxNs;
+    }
 
 private:
     QElapsedTimer m_since;

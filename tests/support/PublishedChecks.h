@@ -58,6 +58,7 @@ public:
                 cells.unset(1, cell(table, column, indexOf(keys)));
     }
 
+    agent::ApplicationId application = 1; ///< that publishes
     ManualClock clock;
     agent::CellStore store;
     agent::ServedCells cells{store, clock, {{10'000, 60'000, 3, 1000}, staleMs}};
@@ -75,7 +76,7 @@ private:
     void set(unsigned int table, unsigned int column, const agent::ObjectId& row,
              const agent::CellValue& value)
     {
-        cells.publish(1, cell(table, column, row), value);
+        cells.publish(application, cell(table, column, row), value);
     }
 };
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 #include "agent/http/History.h"
 #include "support/PublishedChecks.h"
@@ -23,7 +24,8 @@ protected:
     void nextRound() { m_checks.clock.advance(History::intervalMs); }
 
     support::PublishedChecks m_checks;
-    History m_history{m_checks.list, m_checks.clock};
+    History m_history{m_checks.list, m_checks.clock,
+                      [](agent::ApplicationId application) { return agent::User(application % 10); }};
 };
 
 TEST_F(HistoryTest, TakesAValueEachInterval)
@@ -98,6 +100,40 @@ TEST_F(HistoryTest, TheNumberOfMetricsIsLimited)
     for (size_t number = 0; number < History::maxSeries + 10; ++number)
         m_checks.publishMetric({"a", "b", std::to_string(number)}, 0, "1");
     m_history.start();
-    m_checks.clock.advance(History::intervalMs);
+    m_checks.clock.advance(2 * History::intervalMs);
     EXPECT_EQ(m_history.size(), History::maxSeries);
+}
+
+// The first application with many metrics left no history to the others.
+TEST_F(HistoryTest, ALateApplicationGetsItsShare)
+{
+    for (size_t number = 0; number < History::maxSeries + 10; ++number)
+        m_checks.publishMetric({"a", "greedy", std::to_string(number)}, 0, "1");
+    m_history.start();
+    m_checks.clock.advance(2 * History::intervalMs);
+    m_checks.application = 2;
+    m_checks.publishMetric({"b", "modest", "m"}, 0, "7");
+    m_checks.clock.advance(3 * History::intervalMs / 2); // to the end of a round, and not to the start of one
+    const auto modest = m_checks.list.metricAfter({1, std::numeric_limits<unsigned int>::max()});
+    ASSERT_TRUE(modest);
+    const std::vector<float> taken = m_history.valuesOf(*modest);
+    ASSERT_FALSE(taken.empty());
+    EXPECT_EQ(taken.back(), 7.0F);
+    EXPECT_EQ(m_history.size(), History::maxSeries);
+}
+
+// The application of a metric changes when it restarts.
+TEST_F(HistoryTest, ARestartedApplicationKeepsItsHistory)
+{
+    publish("1");
+    m_history.start();
+    m_checks.clock.advance(100);
+    m_checks.application = 2;
+    publish("2");
+    nextRound();
+    m_checks.clock.advance(100);
+    const std::vector<float> taken = values();
+    EXPECT_EQ(taken[taken.size() - 1], 2.0F);
+    EXPECT_EQ(taken[taken.size() - 2], 1.0F);
+    EXPECT_EQ(m_history.size(), 1U);
 }

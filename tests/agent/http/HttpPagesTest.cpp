@@ -54,7 +54,8 @@ protected:
 
     support::PublishedChecks m_checks;
     agent::ApplicationServer m_applications{m_checks.cells, m_checks.clock, {}};
-    agent::History m_history{m_checks.list, m_checks.clock};
+    agent::History m_history{m_checks.list, m_checks.clock,
+                             [](agent::ApplicationId) { return agent::User(); }};
     HttpPages m_pages{{m_checks.list, m_checks.store, m_applications, m_checks.clock}, m_history, [] {
                           return std::vector<agent::AgentFigure>{{"cells", "Published cells.", false, 7},
                                                                  {"rejoins", "Rejoins.", true, 2}};

@@ -12,6 +12,7 @@
 
 #include "agent/core/User.h"
 #include "agent/http/HttpServer.h"
+#include "agent/http/Turn.h"
 #include "support/HttpClient.h"
 #include "support/ManualClock.h"
 #include "support/RunUntil.h"
@@ -44,6 +45,24 @@ private:
     const qint64 m_pieceMs;
 };
 
+/// Short pieces; counts all that were made.
+class CountedPieces : public agent::TextPieces
+{
+public:
+    static constexpr int all = 20'000;
+    inline static int made = 0;
+
+    bool appendTo(QByteArray& text) override
+    {
+        ++made;
+        text += "0123456789";
+        return ++m_made < all;
+    }
+
+private:
+    int m_made = 0;
+};
+
 } // namespace
 
 class HttpServerTest : public ::testing::Test
@@ -63,6 +82,8 @@ protected:
             reply.pieces = std::make_unique<SlowPieces>(100, 0);
         else if (request.path == "/slow")
             reply.pieces = std::make_unique<SlowPieces>(200, 1);
+        else if (request.path == "/counted")
+            reply.pieces = std::make_unique<CountedPieces>();
         else if (request.path == "/missing")
             reply.status = 404;
         else
@@ -211,6 +232,29 @@ TEST_F(HttpServerTest, MakingALongReplyLetsOthersHaveTheirTurn)
     EXPECT_GE(client.received().count('x'), 200'000);
     // 200 ms of work in turns of 2 ms; one more piece may follow the last look at the clock.
     EXPECT_GE(turns, 50);
+}
+
+// The time alone bounded a turn, so no test could tell on a busy machine.
+TEST_F(HttpServerTest, ATurnMakesTheSameHoweverManyReadersThereAre)
+{
+    std::vector<std::unique_ptr<HttpClient>> readers;
+    for (int i = 0; i < 4; ++i) {
+        readers.push_back(std::make_unique<HttpClient>(m_port));
+        readers.back()->send("GET /counted HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n");
+    }
+    int last = CountedPieces::made;
+    int most = 0;
+    QTimer turns; // as often as the server's
+    QObject::connect(&turns, &QTimer::timeout, [&] {
+        most = std::max(most, CountedPieces::made - last);
+        last = CountedPieces::made;
+    });
+    turns.start(0);
+    for (const auto& reader : readers)
+        ASSERT_TRUE(reader->waitForEnd());
+    EXPECT_EQ(CountedPieces::made, 4 * CountedPieces::all);
+    EXPECT_GT(most, 0);
+    EXPECT_LE(most, 3 * agent::Turn::maxPieces) << "the server runs for its socket and for its timer";
 }
 
 TEST_F(HttpServerTest, OneUserCannotTakeAllConnections)
