@@ -7,10 +7,14 @@
 
 #include <QDir>
 #include <QFile>
+#include <QLocalSocket>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTcpSocket>
 #include <QTemporaryDir>
+
+#include <memory>
 
 #include "support/AgentProcess.h"
 #include "support/EnterpriseId.h"
@@ -291,8 +295,161 @@ TEST_F(Interop, PromtoolAcceptsTheAlertRules)
     const QString folder = integrations + QStringLiteral("/prometheus");
     for (const QStringList& arguments :
          {QStringList{QStringLiteral("check"), QStringLiteral("config"), QStringLiteral("prometheus.yml")},
+          QStringList{QStringLiteral("check"), QStringLiteral("config"), QStringLiteral("direct.yml")},
           QStringList{QStringLiteral("test"), QStringLiteral("rules"), QStringLiteral("rules-test.yml")}}) {
         const Outcome outcome = run(pathOf("promtool"), arguments, folder, environment);
         EXPECT_EQ(outcome.exitCode, 0) << qPrintable(outcome.out);
     }
+}
+
+// --- Prometheus, directly
+
+namespace {
+
+/// An agent with HTTP, and a Prometheus that scrapes it as integrations/prometheus says, but every second.
+class DirectScrape : public Interop
+{
+protected:
+    void TearDown() override
+    {
+        m_prometheus.kill();
+        m_prometheus.waitForFinished();
+    }
+
+    void start()
+    {
+        ASSERT_TRUE(m_agent.start()) << m_agent.log().constData();
+        application = std::make_unique<FakeApplication>(m_agent.applicationPort());
+        writeConfiguration();
+        m_prometheus.setProcessChannelMode(QProcess::MergedChannels);
+        m_prometheus.start(pathOf("prometheus"),
+                           {QStringLiteral("--config.file=") + inFolder("prometheus.yml"),
+                            QStringLiteral("--storage.tsdb.path=") + inFolder("data"),
+                            QStringLiteral("--web.listen-address=127.0.0.1:%1").arg(m_port)});
+        ASSERT_TRUE(m_prometheus.waitForStarted());
+    }
+
+    QByteArray alerts() const { return page(m_port, "/api/v1/alerts"); }
+
+    QString control() const { return inFolder("control"); }
+
+private:
+    QString inFolder(const char* name) const { return directory.filePath(QLatin1String(name)); }
+
+    void writeConfiguration() const
+    {
+        const QString folder = integrations + QStringLiteral("/prometheus/");
+        ASSERT_TRUE(QFile::copy(folder + QStringLiteral("direct-rules.yml"), inFolder("direct-rules.yml")));
+        QFile stored(folder + QStringLiteral("direct.yml"));
+        QFile file(inFolder("prometheus.yml"));
+        ASSERT_TRUE(stored.open(QIODevice::ReadOnly) && file.open(QIODevice::WriteOnly));
+        QByteArray text = stored.readAll();
+        ASSERT_TRUE(text.contains("127.0.0.1:43180"));
+        text.replace("127.0.0.1:43180", "127.0.0.1:" + QByteArray::number(m_httpPort));
+        file.write("global: {scrape_interval: 1s, evaluation_interval: 1s}\n" + text);
+    }
+
+    const quint16 m_port = AgentProcess::freePort();
+    const quint16 m_httpPort = AgentProcess::freePort();
+    AgentProcess m_agent{{QStringLiteral("--http"), QStringLiteral("127.0.0.1:%1").arg(m_httpPort),
+                          QStringLiteral("--control"), control()}};
+    QProcess m_prometheus;
+};
+
+} // namespace
+
+TEST_F(DirectScrape, PrometheusRaisesAnAlertUnlessTheCheckIsMuted)
+{
+    SKIP_WITHOUT("prometheus");
+    start();
+    publishCheck(disk, 2, "full");
+    const auto isRaised = [this] {
+        const QByteArray active = alerts();
+        return active.contains("\"alertname\":\"VigilCheckCritical\"") &&
+               active.contains("\"state\":\"firing\"") && active.contains("app/disk on 127.0.0.1:");
+    };
+    ASSERT_TRUE(support::askUntil(isRaised)) << alerts().constData();
+    QLocalSocket operators;
+    operators.connectToServer(control());
+    operators.write("{\"command\":\"mute\",\"check\":1,\"name\":\"app/disk\",\"seconds\":3600}\n");
+    ASSERT_TRUE(support::runUntil([&] { return operators.state() == QLocalSocket::UnconnectedState; }));
+    EXPECT_TRUE(support::askUntil([this] { return alerts().contains("\"alerts\":[]"); }))
+        << alerts().constData();
+}
+
+// --- Configurations with object identifiers
+
+TEST_F(Interop, EveryIdentifierIsAnObjectOfTheMib)
+{
+    static const QRegularExpression identifier(
+        QStringLiteral("1\\.3\\.6\\.1\\.4\\.1\\.32473\\.127\\.3\\.1\\.200\\.5[0-9.]*[0-9]"));
+    int found = 0;
+    for (const char* file : {"zabbix/vigil.yaml", "collectd/vigil.conf", "telegraf/vigil.conf"}) {
+        QFile configuration(integrations + QLatin1Char('/') + QLatin1String(file));
+        ASSERT_TRUE(configuration.open(QIODevice::ReadOnly)) << file;
+        auto match = identifier.globalMatch(QString::fromUtf8(configuration.readAll()));
+        for (; match.hasNext(); ++found) {
+            const QString oid = match.next().captured();
+            const Outcome name = run(QStringLiteral("snmptranslate"),
+                                     {QStringLiteral("-m"), QStringLiteral("VIGIL-AGENT-MIB"), oid},
+                                     directory.path(), environment);
+            static const QRegularExpression object(
+                QStringLiteral("^VIGIL-AGENT-MIB::vigilAgent(Check|Metric)[A-Z][A-Za-z]+$|"
+                               "^VIGIL-AGENT-MIB::vigilAgent[A-Za-z]+\\.0$"));
+            EXPECT_TRUE(object.match(name.out.trimmed().section(QLatin1Char('\n'), -1)).hasMatch())
+                << file << ": " << qPrintable(oid + name.out);
+        }
+    }
+    EXPECT_GT(found, 20);
+}
+
+TEST_F(Interop, TheZabbixTemplateIsSound)
+{
+    SKIP_WITHOUT("python3");
+    const Outcome outcome = run(pathOf("python3"),
+                                {QStringLiteral(VIGIL_INTEROP_TESTS "/check_zabbix_template.py"),
+                                 integrations + QStringLiteral("/zabbix/vigil.yaml")},
+                                directory.path(), environment);
+    if (outcome.out.contains(QStringLiteral("No module named 'yaml'")))
+        GTEST_SKIP() << "python3-yaml is not installed";
+    EXPECT_EQ(outcome.exitCode, 0) << qPrintable(outcome.out);
+}
+
+TEST_F(Interop, CollectdReadsSeveritiesAndValues)
+{
+    SKIP_WITHOUT("collectd");
+    startAgent();
+    publishHealth(1);
+    QFile stored(integrations + QStringLiteral("/collectd/vigil.conf"));
+    ASSERT_TRUE(stored.open(QIODevice::ReadOnly));
+    QByteArray text = stored.readAll();
+    text.replace("127.0.0.1:161", "127.0.0.1:" + QByteArray::number(agent.snmpPort()));
+    text.replace("Interval 60", "Interval 1");
+    QFile file(directory.filePath(QStringLiteral("collectd.conf")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const QByteArray folder = directory.path().toUtf8();
+    file.write("BaseDir \"" + folder + "\"\nPIDFile \"" + folder +
+               "/pid\"\nInterval 1\nLoadPlugin csv\n<Plugin csv>\n  DataDir \"" + folder +
+               "/csv\"\n</Plugin>\n" + text);
+    file.close();
+    QProcess collectd;
+    collectd.setProcessChannelMode(QProcess::MergedChannels);
+    collectd.setProcessEnvironment(environment);
+    collectd.start(pathOf("collectd"), {QStringLiteral("-f"), QStringLiteral("-C"), file.fileName()});
+    ASSERT_TRUE(collectd.waitForStarted());
+    const auto lastValue = [this](const QString& name) {
+        const QDir values(directory.filePath(QStringLiteral("csv/localhost/snmp")));
+        for (const QString& entry : values.entryList({name}, QDir::Files)) {
+            QFile csv(values.filePath(entry));
+            csv.open(QIODevice::ReadOnly);
+            return csv.readAll().trimmed().split('\n').last().split(',').value(1).toDouble();
+        }
+        return -1.0;
+    };
+    EXPECT_TRUE(support::askUntil([&] {
+        return lastValue(QStringLiteral("gauge-vigil_severity-app_disk-*")) == 2 &&
+               lastValue(QStringLiteral("gauge-vigil_value-app_disk_u-*")) == 72.5;
+    })) << collectd.readAll().constData();
+    collectd.terminate();
+    collectd.waitForFinished();
 }
