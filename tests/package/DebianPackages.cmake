@@ -12,7 +12,7 @@ include(${CMAKE_CURRENT_LIST_DIR}/Steps.cmake)
 
 set(root ${WORK_DIR}/root)
 file(MAKE_DIRECTORY ${root})
-foreach(name libvigil1 libvigil-dev vigil-agent vigil-host-health)
+foreach(name libvigil1 libvigil-dev vigil-agent vigil-host-health monitoring-plugins-vigil)
   file(GLOB file ${PACKAGES}/${name}_1.0.0_*.deb)
   set(${name} ${file})
   run(dpkg-deb --extract ${file} ${root})
@@ -30,6 +30,9 @@ expect_files(
   ${root}/usr/share/doc/libvigil-dev/html/index.html
   ${root}/usr/share/doc/libvigil-dev/html/group__checks.html
   ${root}/usr/share/doc/vigil-agent/operations.md
+  ${root}/usr/lib/nagios/plugins/check_vigil
+  ${root}/usr/share/doc/monitoring-plugins-vigil/examples/icinga/vigil.conf
+  ${root}/usr/share/man/man1/check_vigil.1.gz
   ${root}/usr/share/snmp/mibs/VIGIL-AGENT-MIB.txt
   ${root}/usr/share/snmp/mibs/VIGIL-MIB.txt)
 file(GLOB programs ${root}/usr/bin/*)
@@ -61,6 +64,7 @@ endfunction()
 expect_dependency(libvigil1 "libqt5core5a.*libqt5network5")
 expect_dependency(libvigil-dev "libvigil1 \\(= 1\\.0\\.0\\)")
 expect_dependency(vigil-agent "libsnmp")
+expect_dependency(monitoring-plugins-vigil "python3, snmp")
 expect_dependency(vigil-host-health "libvigil1 \\(>= 1\\.0\\.0\\)")
 check_sbom(${libvigil1} libvigil1 libqt5core5a libqt5network5)
 check_sbom(${libvigil-dev} libvigil-dev libvigil1)
