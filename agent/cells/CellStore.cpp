@@ -80,8 +80,8 @@ void CellStore::disown(ApplicationId application, const ObjectId& id, size_t mem
 {
     account(application, memory, 0);
     const auto owned = m_owned.find(application);
-    owned->second.ids.erase(&id);
-    if (owned->second.ids.empty())
+    owned->second.ids.erase(id);
+    if (owned->second.ids.size() == 0)
         m_owned.erase(owned);
 }
 
@@ -125,7 +125,7 @@ void CellStore::dropCommitted(ApplicationId application)
     const auto owned = m_owned.find(application);
     if (owned == m_owned.end())
         return;
-    for (const ObjectId* id : owned->second.ids) {
+    for (const ObjectId* id : owned->second.ids.within(ObjectId())) {
         Entry& entry = *m_cells.find(*id);
         if (entry.second.cover && entry.second.cover->reason == Cover::Reason::Committed)
             setCover(entry, nullptr);
@@ -140,14 +140,15 @@ std::vector<ObjectId> CellStore::unsetTree(const ObjectId& tree, ApplicationId a
         return removed;
     m_found = m_cells.end();
     OwnedIds& ids = owned->second.ids;
-    auto position = ids.lower_bound(tree);
-    while (position != ids.end() && isInTree(tree, **position)) {
-        const auto cell = m_cells.find(**position);
+    const std::vector<const ObjectId*> found = ids.within(tree);
+    removed.reserve(found.size());
+    for (const ObjectId* id : found) {
+        const auto cell = m_cells.find(*id);
         account(application, memoryOf(*cell), 0);
-        position = ids.erase(position);
+        ids.erase(*id);
         removed.push_back(std::move(m_cells.extract(cell).key()));
     }
-    if (ids.empty())
+    if (ids.size() == 0)
         m_owned.erase(owned);
     return removed;
 }
@@ -163,9 +164,8 @@ std::vector<ObjectId> CellStore::idsOf(ApplicationId application, const ObjectId
     const auto owned = m_owned.find(application);
     if (owned == m_owned.end())
         return found;
-    const OwnedIds& ids = owned->second.ids;
-    for (auto id = ids.lower_bound(tree); id != ids.end() && isInTree(tree, **id); ++id)
-        found.push_back(**id);
+    for (const ObjectId* id : owned->second.ids.within(tree))
+        found.push_back(*id);
     return found;
 }
 

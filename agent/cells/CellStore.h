@@ -7,11 +7,11 @@
 #include <cstddef>
 #include <map>
 #include <optional>
-#include <set>
 #include <utility>
 #include <vector>
 
 #include "agent/cells/Cell.h"
+#include "agent/cells/OwnedIds.h"
 #include "agent/core/ObjectId.h"
 
 namespace agent {
@@ -76,15 +76,6 @@ public:
     size_t memoryOf(ApplicationId application) const;
 
 private:
-    struct ByTarget
-    {
-        using is_transparent = void;
-        bool operator()(const ObjectId* left, const ObjectId* right) const { return *left < *right; }
-        bool operator()(const ObjectId* left, const ObjectId& right) const { return *left < right; }
-        bool operator()(const ObjectId& left, const ObjectId* right) const { return left < *right; }
-    };
-    using OwnedIds = std::set<const ObjectId*, ByTarget>;
-
     struct Owned
     {
         OwnedIds ids;

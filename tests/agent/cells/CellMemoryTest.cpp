@@ -258,3 +258,21 @@ TEST_F(CellMemory, TheEstimateCoversWhatACellTakes)
         },
         std::string(2'000, 'x'));
 }
+
+TEST_F(CellMemory, AUsualCellTakesAtMost150BytesBesideItsIdentifierAndText)
+{
+    constexpr unsigned int count = 10'000;
+    const std::string text = "12345.6";
+    const auto id = [](unsigned int i) {
+        ObjectId arcs = agent::below(agent::vigilMibRoot(), {3, 1, 5});
+        arcs.resize(28, 97);
+        arcs.push_back(i * 7919 % count); // in no order
+        arcs.push_back(0);
+        return arcs;
+    };
+    const size_t before = heap();
+    for (unsigned int i = 0; i < count; ++i)
+        parts.cells.publish(1, id(i), text);
+    const size_t taken = (heap() - before) / count;
+    EXPECT_TRUE(!isHeapMeasured || taken <= id(0).size() * sizeof(unsigned int) + text.size() + 150) << taken;
+}
