@@ -9,6 +9,8 @@
 #include <limits>
 #include <utility>
 
+#include "agent/core/MonotonicTime.h"
+
 namespace agent {
 
 namespace {
@@ -18,14 +20,11 @@ constexpr qint64 longestTimerMs = std::numeric_limits<int>::max();
 
 } // namespace
 
-SystemClock::SystemClock()
-{
-    m_sinceStart.start();
-}
+SystemClock::SystemClock() : m_startMs(monotonicMs()) {}
 
 qint64 SystemClock::elapsedMs() const
 {
-    return m_sinceStart.elapsed();
+    return monotonicMs() - m_startMs;
 }
 
 QDateTime SystemClock::nowUtc() const

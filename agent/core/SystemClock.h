@@ -4,13 +4,11 @@
 #ifndef VIGIL_AGENT_CORE_SYSTEMCLOCK_H
 #define VIGIL_AGENT_CORE_SYSTEMCLOCK_H
 
-#include <QElapsedTimer>
-
 #include "agent/core/Clock.h"
 
 namespace agent {
 
-/// The clock and the timers of the running system.
+/// The clock and the timers of the running system. Time in suspend does not count.
 class SystemClock : public Clock
 {
 public:
@@ -23,7 +21,7 @@ protected:
     void wait(qint64 delayMs, QObject* context, std::function<void()> call) override;
 
 private:
-    QElapsedTimer m_sinceStart;
+    const qint64 m_startMs;
 };
 
 } // namespace agent

@@ -16,6 +16,9 @@ namespace agent {
 /// Runs the Net-SNMP library in Qt's event loop. All glue between the two is here: descriptors, time-outs and
 /// alarms, outstanding requests, the log.
 ///
+/// Net-SNMP waits on its own clock. The loop asks it before each wait how long that is, so a timer that is
+/// early or late only makes it ask again.
+///
 /// Threads: Net-SNMP is not thread-safe; everything stays on the thread of the event loop.
 /// Ownership: Net-SNMP's state is global, so one object per process. It watches Net-SNMP's descriptors: call
 /// stop() before Net-SNMP is shut down.

@@ -193,7 +193,7 @@ TEST_F(AgentNotifications, AFloodIsCountedAsSentAndDropped)
     startAgent(QStringLiteral("trap2sink ") + receiver.address());
     const SnmpTool tool(agent->udpAddress());
     FakeApplication application(agent->applicationPort());
-    constexpr int flood = 5000; // 300 a second are sent
+    constexpr int flood = 5000; // 555 a second are sent
     for (int value = 1; value <= flood; ++value)
         application.publishAndNotify("5.1", value);
     ASSERT_TRUE(tool.waitFor(support::full("5.1"), QString::number(flood)));

@@ -19,7 +19,7 @@ namespace support {
 class ManualClock : public agent::Clock
 {
 public:
-    /// Timers fire earlyMs before their time, as those of a system may do.
+    /// Timers fire earlyMs before their time, as those of a system may do, or after it if it is negative.
     explicit ManualClock(qint64 earlyMs = 0) : m_earlyMs(earlyMs) {}
 
     qint64 elapsedMs() const override { return m_elapsedMs; }
@@ -47,6 +47,14 @@ public:
                 call.run();
         }
         m_elapsedMs = end;
+    }
+
+    /// Time passes in one step, as on a machine that is too busy to run timers. All calls that became due are
+    /// late.
+    void jump(qint64 ms)
+    {
+        m_elapsedMs += ms;
+        advance(0);
     }
 
     /// As an operator or a time server may do.

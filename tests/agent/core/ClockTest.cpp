@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+
+#include <vector>
 
 #include "support/ManualClock.h"
 
@@ -38,4 +40,28 @@ TEST(Clock, WaitsForTheRestWhenATimerFiresEarly)
     clock.callAfter(100, &context, [&] { calledAt = clock.elapsedMs(); });
     clock.advance(1000);
     EXPECT_EQ(calledAt, 100);
+}
+
+TEST(Clock, ALateTimerCallsOnceAndNeverBeforeItsTime)
+{
+    support::ManualClock clock(-30);
+    QObject context;
+    std::vector<qint64> calls;
+    clock.callAfter(100, &context, [&] { calls.push_back(clock.elapsedMs()); });
+    clock.advance(1000);
+    EXPECT_THAT(calls, testing::ElementsAre(130));
+}
+
+TEST(Clock, AfterAJumpEachCallComesOnceInOrder)
+{
+    support::ManualClock clock;
+    QObject context;
+    std::vector<int> calls;
+    clock.callAfter(200, &context, [&] { calls.push_back(2); });
+    clock.callAfter(100, &context, [&] { calls.push_back(1); });
+    clock.callAfter(5000, &context, [&] { calls.push_back(3); });
+    clock.jump(1000);
+    EXPECT_THAT(calls, testing::ElementsAre(1, 2));
+    clock.advance(4000);
+    EXPECT_THAT(calls, testing::ElementsAre(1, 2, 3));
 }

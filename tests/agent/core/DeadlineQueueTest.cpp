@@ -66,3 +66,13 @@ TEST_F(DeadlineQueueTest, NeedsOneTimerHoweverOftenKeysAreRestarted)
     }
     EXPECT_LE(clock.liveCalls(), 1u);
 }
+
+TEST_F(DeadlineQueueTest, AfterAJumpAllThatIsDueExpiresInOrder)
+{
+    queue.restart(1, 1000);
+    queue.restart(2, 100);
+    queue.restart(3, 9000);
+    clock.jump(2000);
+    EXPECT_THAT(expired, ElementsAre(Pair(2, 2000), Pair(1, 2000)));
+    EXPECT_EQ(queue.size(), 1u);
+}

@@ -113,3 +113,16 @@ TEST_F(DelayQueueTest, NothingExpiresAfterTheQueueIsDestroyed)
     clock.advance(100);
     EXPECT_THAT(expired, IsEmpty());
 }
+
+TEST_F(DelayQueueTest, AfterAJumpAllThatIsDueExpiresOnce)
+{
+    Queue queue = queueOf(100);
+    queue.restart(1);
+    clock.advance(50);
+    queue.restart(2);
+    clock.jump(1000);
+    EXPECT_THAT(expired, ElementsAre(Pair(1, 1050), Pair(2, 1000)));
+    queue.restart(3);
+    clock.advance(100);
+    EXPECT_THAT(expired, ElementsAre(Pair(1, 1050), Pair(2, 1000), Pair(3, 100)));
+}

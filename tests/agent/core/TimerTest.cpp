@@ -95,3 +95,12 @@ TEST_F(TimerTest, DestroyedDoesNotCall)
     clock.advance(1000);
     EXPECT_THAT(calls, IsEmpty());
 }
+
+TEST_F(TimerTest, AfterAJumpThereIsOneCallForAllMissedIntervals)
+{
+    timer.startRepeating(100);
+    clock.jump(350);
+    EXPECT_THAT(calls, ElementsAre(350));
+    clock.advance(100);
+    EXPECT_THAT(calls, ElementsAre(350, 450));
+}
