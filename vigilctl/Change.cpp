@@ -77,7 +77,7 @@ QString Change::makeRequest(const QJsonObject& document, QJsonObject& request) c
             return QStringLiteral("application %1 is connected; only a lost one can be forgotten")
                 .arg(target);
     }
-    const QString problem =
+    QString problem =
         problemWith(found, isForget ? QStringLiteral("application") : QStringLiteral("check"), target);
     if (!problem.isEmpty())
         return problem;

@@ -10,7 +10,6 @@
 #include "support/PublishedChecks.h"
 
 using agent::ControlReply;
-using agent::Mutes;
 
 namespace {
 
