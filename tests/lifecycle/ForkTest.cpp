@@ -23,3 +23,12 @@ TEST(Fork, ADaemonMayStartTheLibraryInItsChild)
     EXPECT_EQ(host.exitCode(), 0);
     EXPECT_TRUE(service.waitForText("published by the daemon"));
 }
+
+TEST(Fork, TheChildrenMayUseAndEndHandlesAndTheParentStillPublishes)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(FORKING_HOST), {QStringLiteral("handles")}, service.port());
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_TRUE(service.waitForText("handles after the fork"));
+    EXPECT_TRUE(service.waitForText("C after the fork"));
+}

@@ -3,18 +3,24 @@
 
 // Forks while the library runs. A child has no library threads; its calls must do nothing and return. The
 // parent must still be connected. With the argument "daemon" it forks after its last check was destroyed, and
-// the child starts the library.
+// the child starts the library. With "handles" the parent has handles, a timer and a check of the C
+// interface.
 
+#include <vigil/raii.h>
 #include <vigil/vigil.h>
+#include <vigil/vigil_c.h>
 
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <iostream>
+#include <memory>
+#include <string>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -86,6 +92,66 @@ int forkBesideAThread()
     return ended == children ? 0 : 1;
 }
 
+/// A timer updates the check all the time, so that forks meet its locks held.
+struct Handles
+{
+    vigil::CheckHandle check{"host", "handles"};
+    vigil::ScalarHandle metric{check, "metric"};
+    vigil::Updater updater{std::chrono::milliseconds(0)};
+    vigil_check* checkOfC = nullptr;
+    vigil_metric* metricOfC = nullptr;
+
+    Handles()
+    {
+        vigil_check_create("host", "c", &checkOfC);
+        vigil_scalar_create(checkOfC, "metric", &metricOfC);
+        updater.add(metric, [this] {
+            vigil_check_update(checkOfC);
+            return 1;
+        });
+        updater.start();
+    }
+};
+
+/// Every call returns. The functions of C say why they do nothing.
+int useHandlesInTheChild(std::unique_ptr<Handles> handles)
+{
+    handles->metric.setValue(2);
+    handles->metric.setUnit("from the child");
+    handles->check.update();
+    const bool isRefused = vigil_scalar_set_value(handles->metricOfC, 2) == VIGIL_FORKED &&
+                           vigil_check_update(handles->checkOfC) == VIGIL_FORKED &&
+                           vigil_check_free(handles->checkOfC) == VIGIL_FORKED;
+    handles.reset();
+    vigil::CheckHandle("host", "of the child").update();
+    return isRefused ? childResult : 1;
+}
+
+int forkBesideHandles()
+{
+    auto handles = std::make_unique<Handles>();
+    int ended = 0;
+    for (int i = 0; i < children; ++i) {
+        const pid_t child = fork();
+        if (child == 0) {
+            alarm(childLimitSeconds);
+            std::exit(useHandlesInTheChild(std::move(handles)));
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        ended += WIFEXITED(status) && WEXITSTATUS(status) == childResult ? 1 : 0;
+    }
+    handles->check.setDescription("handles after the fork");
+    handles->check.update();
+    vigil_check_set_description(handles->checkOfC, "C after the fork");
+    vigil_check_update(handles->checkOfC);
+    std::cout << "leaving" << std::endl;
+    vigil_check* const checkOfC = handles->checkOfC;
+    handles.reset();
+    vigil_check_free(checkOfC);
+    return ended == children ? 0 : 1;
+}
+
 int becomeDaemon()
 {
     vigil::createHealthCheck("host", "before")->destroy();
@@ -107,5 +173,8 @@ int becomeDaemon()
 
 int main(int count, char** arguments)
 {
-    return count > 1 && std::strcmp(arguments[1], "daemon") == 0 ? becomeDaemon() : forkBesideAThread();
+    const std::string way = count > 1 ? arguments[1] : "";
+    if (way == "daemon")
+        return becomeDaemon();
+    return way == "handles" ? forkBesideHandles() : forkBesideAThread();
 }

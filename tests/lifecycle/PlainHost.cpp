@@ -3,7 +3,9 @@
 
 // A host without Qt. Its first argument says how it ends; it prints "leaving" first.
 
+#include <vigil/raii.h>
 #include <vigil/vigil.h>
+#include <vigil/vigil_c.h>
 
 #include <atomic>
 #include <chrono>
@@ -13,6 +15,7 @@
 #include <functional>
 #include <iostream>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -108,6 +111,43 @@ struct LateOwner
 };
 
 LateOwner lateOwner;
+
+/// The same with handles and a timer.
+struct LateHandles
+{
+    vigil::CheckHandle check;
+    vigil::ScalarHandle metric;
+    std::unique_ptr<vigil::Updater> updater;
+    ~LateHandles()
+    {
+        if (!updater)
+            return;
+        metric.setUnit("late");
+        check.update();
+        updater->updateNow();
+        vigil::CheckHandle("too", "late").update();
+    }
+};
+
+LateHandles lateHandles;
+
+/// The same in C.
+struct LateCHandles
+{
+    vigil_check* check = nullptr;
+    vigil_metric* metric = nullptr;
+    ~LateCHandles()
+    {
+        if (!check)
+            return;
+        vigil_scalar_set_value(metric, 1);
+        vigil_check_update(check);
+        vigil_metric_free(metric);
+        vigil_check_free(check);
+    }
+};
+
+LateCHandles lateCHandles;
 
 int returnWithLiveChecks()
 {
@@ -225,6 +265,25 @@ int destroyInAStaticDestructor()
     return 0;
 }
 
+int endHandlesInAStaticDestructor()
+{
+    lateHandles.check = vigil::CheckHandle("host", "late");
+    lateHandles.metric = vigil::ScalarHandle(lateHandles.check, "metric");
+    lateHandles.updater = std::make_unique<vigil::Updater>(std::chrono::milliseconds(1));
+    lateHandles.updater->add(lateHandles.metric, [] { return 1; });
+    lateHandles.updater->start();
+    sayLeaving();
+    return 0;
+}
+
+int freeInAStaticDestructor()
+{
+    vigil_check_create("host", "late", &lateCHandles.check);
+    vigil_scalar_create(lateCHandles.check, "metric", &lateCHandles.metric);
+    sayLeaving();
+    return lateCHandles.metric ? 0 : 1;
+}
+
 int destroyAtOnceManyTimes()
 {
     for (int i = 0; i < 30; ++i)
@@ -290,6 +349,8 @@ int main(int, char** arguments)
         {"exit-during-replay", exitDuringAReplay},
         {"exit-beside-busy-threads", exitBesideBusyThreads},
         {"static-destructor", destroyInAStaticDestructor},
+        {"static-destructor-of-handles", endHandlesInAStaticDestructor},
+        {"static-destructor-in-c", freeInAStaticDestructor},
         {"destroy-at-once", destroyAtOnceManyTimes},
         {"destroy-with-much-to-do", destroyWithMuchToDo},
         {"keep-locale", keepTheLocale},

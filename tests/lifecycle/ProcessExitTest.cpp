@@ -140,6 +140,18 @@ TEST(ProcessExit, StaticsMayUseAndDestroyChecksAfterTheLibraryHasStopped)
     expectCleanShutdown(QStringLiteral("static-destructor"), service.port());
 }
 
+TEST(ProcessExit, StaticHandlesMayEndAfterTheLibraryHasStopped)
+{
+    const ReadingService service;
+    expectCleanShutdown(QStringLiteral("static-destructor-of-handles"), service.port());
+}
+
+TEST(ProcessExit, StaticsMayFreeHandlesOfCAfterTheLibraryHasStopped)
+{
+    const ReadingService service;
+    expectCleanShutdown(QStringLiteral("static-destructor-in-c"), service.port());
+}
+
 // --- Clean shutdown
 
 TEST(CleanShutdown, TheLastCheckWithdrawsItsCellsAndCloses)
