@@ -269,7 +269,7 @@ int endHandlesInAStaticDestructor()
 {
     lateHandles.check = vigil::CheckHandle("host", "late");
     lateHandles.metric = vigil::ScalarHandle(lateHandles.check, "metric");
-    lateHandles.updater = std::make_unique<vigil::Updater>(std::chrono::milliseconds(1));
+    lateHandles.updater = std::make_unique<vigil::Updater>(std::chrono::hours(1));
     lateHandles.updater->add(lateHandles.metric, [] { return 1; });
     lateHandles.updater->start();
     sayLeaving();
