@@ -188,12 +188,14 @@ void FrameServer::closeIfDue(Connection& connection) const
 
 void FrameServer::forgetEnded()
 {
-    const auto ended = std::stable_partition(m_connections.begin(), m_connections.end(),
-                                             [](const Connection& each) { return each.socket.isOpen(); });
+    const auto hasEnded = [](const Connection& each) { return !each.socket.isOpen(); };
     std::vector<int> numbers;
-    for (auto each = ended; each != m_connections.end(); ++each)
-        numbers.push_back(each->number);
-    m_connections.erase(ended, m_connections.end());
+    for (const Connection& connection : m_connections) {
+        if (hasEnded(connection))
+            numbers.push_back(connection.number);
+    }
+    m_connections.erase(std::remove_if(m_connections.begin(), m_connections.end(), hasEnded),
+                        m_connections.end());
     for (const int number : numbers)
         m_listener.disconnected(number);
 }
