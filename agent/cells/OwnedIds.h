@@ -13,7 +13,7 @@ namespace agent {
 
 /// Pointers to the identifiers of an application's cells, in the order of the identifiers.
 ///
-/// They are kept in sorted blocks: a pointer takes about 12 bytes, where a node of a set takes 48. A change
+/// They are kept in sorted blocks: a pointer takes about 14 bytes, where a node of a set takes 48. A change
 /// moves the pointers of one block, however many cells there are.
 ///
 /// Ownership: the identifiers must outlive their pointers here.
