@@ -79,7 +79,7 @@ bool ApplicationListener::isFull() const
 size_t ApplicationListener::mostFor(const User& user) const
 {
     const auto all = static_cast<size_t>(m_limits.connections);
-    return user == platform::rootUser ? all : all - all / 8;
+    return user == platform::rootUser() ? all : all - all / 8;
 }
 
 bool ApplicationListener::isShareUsed(const User& user) const

@@ -197,7 +197,7 @@ Error ApplicationServer::checkUserCount(ApplicationId application, const ObjectI
 {
     const auto most = static_cast<size_t>(m_limits.userCells);
     const User& user = m_applications.find(application)->identity.user;
-    if (m_cells.store().size() < most || user == platform::rootUser)
+    if (m_cells.store().size() < most || user == platform::rootUser())
         return {};
     const Cell* cell = m_cells.store().find(id);
     if ((cell && cell->owner == application) || m_applications.cellsOf(user) < most)

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <set>
+#include <string>
 
 #include "base/wire/FrameHeader.h"
 
@@ -25,7 +26,7 @@ struct Limits
     int textBytes = 65'535;    ///< of one value; the limit of SNMP
     int frameBytes = maxFrame; ///< of one frame after its length field
 
-    std::set<std::uint32_t> users; ///< who may publish; empty: every user, also an unknown one
+    std::set<std::string> users; ///< who may publish; empty: every user, also an unknown one
 
     std::size_t memory() const { return static_cast<std::size_t>(megabytes) * 1024 * 1024; }
 

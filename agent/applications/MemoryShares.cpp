@@ -9,7 +9,7 @@ namespace {
 
 bool isFair(const User& user, size_t ofUser, size_t ofAll, size_t limit)
 {
-    return ofAll <= limit && (user == platform::rootUser || ofUser <= limit - ofAll);
+    return ofAll <= limit && (user == platform::rootUser() || ofUser <= limit - ofAll);
 }
 
 } // namespace

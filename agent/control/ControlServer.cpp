@@ -18,7 +18,7 @@ constexpr int probeMs = 200;
 
 bool mayControl(const User& user)
 {
-    return user && (user == platform::rootUser || user == platform::ownUser());
+    return user && (user == platform::rootUser() || user == platform::ownUser());
 }
 
 bool isServed(const QString& path)

@@ -13,16 +13,19 @@ namespace agent {
 /// The user an application runs as. Applications whose user the system cannot tell have one user together.
 using User = platform::User;
 
-/// As messages name a user.
+/// As messages name a user: "uid 1001" or, on Windows, "user S-1-5-18".
 inline QString userText(const User& user)
 {
-    return user ? QStringLiteral("uid %1").arg(*user) : QStringLiteral("unknown user");
+    if (!user)
+        return QStringLiteral("unknown user");
+    const QString id = QString::fromStdString(*user);
+    return (id[0].isDigit() ? QStringLiteral("uid %1") : QStringLiteral("user %1")).arg(id);
 }
 
 /// True if an application of this user may change what one of owner has published.
 inline bool mayChange(const User& user, const User& owner)
 {
-    return user == owner || user == platform::rootUser;
+    return user == owner || user == platform::rootUser();
 }
 
 } // namespace agent

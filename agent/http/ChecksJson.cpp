@@ -49,6 +49,17 @@ QByteArray rangeObject(const std::string& range)
                   member("upper", json::number(bounds.upper)) + flagMember("inverse", bounds.isInverse));
 }
 
+/// A number where the system's identifiers of users are numbers.
+QByteArray userValue(const User& user)
+{
+    if (!user)
+        return "null";
+    bool isNumber = false;
+    const QString text = QString::fromStdString(*user);
+    text.toUInt(&isNumber);
+    return isNumber ? text.toLatin1() : json::quoted(text);
+}
+
 QByteArray applicationObject(const ApplicationInfo& application, bool isSilent)
 {
     const bool isConnected = application.state == ApplicationInfo::State::Connected;
@@ -57,8 +68,7 @@ QByteArray applicationObject(const ApplicationInfo& application, bool isSilent)
     return object(
         member("number", QByteArray::number(application.number)) +
         member("program", json::quoted(identity.program)) +
-        member("process", QByteArray::number(identity.process)) +
-        member("user", identity.user ? QByteArray::number(*identity.user) : "null") +
+        member("process", QByteArray::number(identity.process)) + member("user", userValue(identity.user)) +
         member(
             "address",
             json::quoted(QStringLiteral("%1:%2").arg(application.address.toString()).arg(application.port))) +

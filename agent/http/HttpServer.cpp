@@ -253,7 +253,7 @@ void HttpServer::Daemon::add(MHD_Connection* connection)
 
 bool HttpServer::Daemon::hasRoomFor(const QByteArray& peer) const
 {
-    static const QByteArray root = userText(User(platform::rootUser)).toLatin1();
+    static const QByteArray root = userText(platform::rootUser()).toLatin1();
     if (peer == root)
         return true;
     const auto count = std::count_if(m_peers.begin(), m_peers.end(),

@@ -144,7 +144,7 @@ private:
         QStringLiteral("host:port"));
     const QCommandLineOption m_control = QCommandLineOption(
         QStringLiteral("control"),
-        platform::ownUser()
+        platform::knowsLocalPeers()
             ? QStringLiteral(
                   "Let root and the agent's user control the agent with vigilctl, through the local "
                   "socket <path>. Without it, the file \"control\" in the directory of the "
@@ -457,7 +457,7 @@ Error Reader::readControl()
 {
     if (!isSet(m_control))
         return {};
-    if (!platform::ownUser())
+    if (!platform::knowsLocalPeers())
         return Error(QStringLiteral("--control is not available on this system"));
     if (!value(m_control).startsWith(QLatin1Char('/')))
         return Error(QStringLiteral("--control %1: expected a path from the root").arg(value(m_control)));

@@ -49,29 +49,27 @@ QString applicationLine(const ApplicationInfo& info)
     const Identity& identity = info.identity;
     const bool isLost = info.state == ApplicationInfo::State::Lost;
     return lineOf({isLost ? lostWord : connectedWord, info.since.toString(Qt::ISODate),
-                   identity.user ? QString::number(*identity.user) : unknownUser,
+                   identity.user ? QString::fromStdString(*identity.user) : unknownUser,
                    QString::number(identity.process), info.address.toString(), QString::number(info.port),
                    word(identity.program.toUtf8())});
 }
 
 std::optional<SavedApplication> parsed(const QStringList& words)
 {
-    bool isUser = false;
     bool isProcess = false;
     bool isPort = false;
     SavedApplication saved;
     ApplicationInfo& info = saved.info;
     info.state = words[0] == lostWord ? ApplicationInfo::State::Lost : ApplicationInfo::State::Connected;
     info.since = QDateTime::fromString(words[1], Qt::ISODate);
-    const uint user = words[2].toUInt(&isUser);
-    if (isUser)
-        info.identity.user = user;
+    if (platform::isUserId(words[2].toStdString()))
+        info.identity.user = words[2].toStdString();
     info.identity.process = words[3].toUInt(&isProcess);
     info.address = QHostAddress(words[4]);
     info.port = words[5].toUShort(&isPort);
     info.identity.program = QString::fromUtf8(textOf(words[6]));
-    const bool isValid = info.since.isValid() && (isUser || words[2] == unknownUser) && isProcess && isPort &&
-                         !info.address.isNull();
+    const bool isValid = info.since.isValid() && (info.identity.user || words[2] == unknownUser) &&
+                         isProcess && isPort && !info.address.isNull();
     return isValid ? std::optional(saved) : std::nullopt;
 }
 

@@ -51,8 +51,7 @@ void putColumn(netsnmp_variable_list* varbind, unsigned int column, const Applic
     case ConnectionLastFrame:
         return putTime(varbind, application.lastFrame);
     case ConnectionUser:
-        return putText(varbind, application.identity.user ? QByteArray::number(*application.identity.user)
-                                                          : QByteArrayLiteral("unknown"));
+        return putText(varbind, QByteArray::fromStdString(application.identity.user.value_or("unknown")));
     case ConnectionProcess:
         return putNumber(varbind, ASN_UNSIGNED, application.identity.process);
     case ConnectionProgram:

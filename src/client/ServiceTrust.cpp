@@ -13,7 +13,6 @@
 namespace {
 
 constexpr const char* userVariable = "VIGIL_SERVICE_USER";
-constexpr const char* serviceUser = "vigil-agent";
 constexpr qint64 reportIntervalMs = 60'000;
 
 platform::User addedUser()
@@ -23,9 +22,8 @@ platform::User addedUser()
         return std::nullopt;
     const platform::User user = platform::userNamed(name.toStdString());
     if (!user)
-        base::writeLog(
-            QStringLiteral("___ERROR___ %1 is \"%2\", not the name or the number of a user. It adds no one.")
-                .arg(QLatin1String(userVariable), base::printable(name)));
+        base::writeLog(QStringLiteral("___ERROR___ %1 is \"%2\", which names no user. It adds no one.")
+                           .arg(QLatin1String(userVariable), base::printable(name)));
     return user;
 }
 
@@ -44,8 +42,8 @@ bool ServiceTrust::isTrusted(const QTcpSocket& socket)
 
 bool ServiceTrust::mayServe(const platform::User& user) const
 {
-    return !user || user == platform::rootUser || user == platform::ownUser() || user == m_addedUser ||
-           user == platform::userNamed(serviceUser); // last: it may ask a directory service
+    return !user || user == platform::rootUser() || user == platform::ownUser() || user == m_addedUser ||
+           user == platform::userNamed(platform::agentAccount()); // last: it may ask a directory service
 }
 
 void ServiceTrust::report(const QTcpSocket& socket, const platform::User& user)
@@ -58,6 +56,6 @@ void ServiceTrust::report(const QTcpSocket& socket, const platform::User& user)
                        "\"%4\" or to %5. Not connecting.")
             .arg(socket.peerAddress().toString())
             .arg(socket.peerPort())
-            .arg(user.value_or(0))
-            .arg(QLatin1String(serviceUser), QLatin1String(userVariable)));
+            .arg(QString::fromStdString(user.value_or(std::string())))
+            .arg(QLatin1String(platform::agentAccount()), QLatin1String(userVariable)));
 }

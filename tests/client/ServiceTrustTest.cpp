@@ -84,8 +84,9 @@ TEST_F(ServiceTrustTest, ABadVariableIsLoggedAndAddsNoOne)
     support::FakeService service;
     const EnvironmentVariable user("VIGIL_SERVICE_USER", "no-such-user");
     connectTo(service.port());
-    EXPECT_TRUE(log.contains("___ERROR___ VIGIL_SERVICE_USER is \"no-such-user\", not the name or the number "
-                             "of a user. It adds no one."));
+    EXPECT_TRUE(
+        log.contains("___ERROR___ VIGIL_SERVICE_USER is \"no-such-user\", which names no user. It adds "
+                     "no one."));
     EXPECT_TRUE(log.contains(connectedText)) << "the service is of this user";
 }
 

@@ -73,12 +73,12 @@ TEST_F(PeerTest, BothEndsKnowEachOther)
         accept();
         for (const QTcpSocket* socket : {&client, accepted.get()}) {
             const Peer peer = platform::peerOf(socket->socketDescriptor());
-            EXPECT_EQ(peer.user, geteuid()) << qPrintable(host.toString());
+            EXPECT_EQ(peer.user, platform::ownUser()) << qPrintable(host.toString());
             EXPECT_EQ(platform::processOf(peer).id, static_cast<std::uint32_t>(getpid()));
             EXPECT_EQ(platform::processOf(peer).name, "platform_test");
         }
-        EXPECT_NE(platform::peerOf(client.socketDescriptor()).socket,
-                  platform::peerOf(accepted->socketDescriptor()).socket);
+        EXPECT_NE(platform::peerOf(client.socketDescriptor()).key,
+                  platform::peerOf(accepted->socketDescriptor()).key);
         client.abort();
         server.close();
     }
@@ -90,8 +90,8 @@ TEST_F(PeerTest, AnIPv6SocketMayUseAnIPv4Connection)
     client.connectToHost(QHostAddress(QStringLiteral("::ffff:127.0.0.1")), server.serverPort());
     ASSERT_TRUE(client.waitForConnected(support::deadlineMs));
     accept();
-    EXPECT_EQ(platform::peerOf(client.socketDescriptor()).user, geteuid());
-    EXPECT_EQ(platform::peerOf(accepted->socketDescriptor()).user, geteuid());
+    EXPECT_EQ(platform::peerOf(client.socketDescriptor()).user, platform::ownUser());
+    EXPECT_EQ(platform::peerOf(accepted->socketDescriptor()).user, platform::ownUser());
 }
 
 TEST_F(PeerTest, AnotherUserIsFound)
@@ -106,9 +106,9 @@ TEST_F(PeerTest, AnotherUserIsFound)
     }
     accept();
     const Peer peer = platform::peerOf(accepted->socketDescriptor());
-    EXPECT_EQ(peer.user, firstUser);
+    EXPECT_EQ(peer.user, std::to_string(firstUser));
     EXPECT_EQ(platform::processOf(peer).id, 0U) << "that user has no process with this socket";
-    EXPECT_EQ(platform::peerOf(client.socketDescriptor()).user, platform::rootUser);
+    EXPECT_EQ(platform::peerOf(client.socketDescriptor()).user, platform::rootUser());
 }
 
 TEST_F(PeerTest, BeforeTheConnectionIsAcceptedTheListenerCounts)
@@ -122,7 +122,7 @@ TEST_F(PeerTest, BeforeTheConnectionIsAcceptedTheListenerCounts)
         }
         client.connectToHost(QHostAddress::LocalHost, server.serverPort());
         ASSERT_TRUE(client.waitForConnected(support::deadlineMs));
-        EXPECT_EQ(platform::peerOf(client.socketDescriptor()).user, firstUser) << host;
+        EXPECT_EQ(platform::peerOf(client.socketDescriptor()).user, std::to_string(firstUser)) << host;
         const platform::Endpoint there = endpoint(server.serverPort());
         for (const auto& lookUp : {&platform::lookUpByNetlink, &platform::lookUpInProc})
             EXPECT_EQ(lookUp(there, platform::Endpoint()).socket.value().user, firstUser) << host;
@@ -223,13 +223,13 @@ void actAs(uid_t user)
 
 TEST(LocalPeer, IsTheUserThatConnected)
 {
-    EXPECT_EQ(platform::localPeerUser(LocalPair().end()), geteuid());
+    EXPECT_EQ(platform::localPeerUser(LocalPair().end()), platform::ownUser());
     if (!support::canActForUsers())
         GTEST_SKIP() << "only root can act for other users";
     actAs(firstUser);
     const LocalPair pair;
     actAs(0);
-    EXPECT_EQ(platform::localPeerUser(pair.end()), firstUser);
+    EXPECT_EQ(platform::localPeerUser(pair.end()), std::to_string(firstUser));
 }
 
 TEST_F(PeerTest, ANetworkSocketHasNoLocalPeer)
@@ -240,13 +240,21 @@ TEST_F(PeerTest, ANetworkSocketHasNoLocalPeer)
     EXPECT_FALSE(platform::localPeerUser(-1));
 }
 
+TEST(Users, OnlyANumberIsAnIdentifier)
+{
+    EXPECT_TRUE(platform::isUserId("4711"));
+    for (const char* text : {"", "root", "unknown", "-1", "4294967295", "47 11"})
+        EXPECT_FALSE(platform::isUserId(text)) << text;
+}
+
 TEST(Users, HaveNamesAndNumbers)
 {
-    EXPECT_EQ(platform::userNamed("root"), 0U);
-    EXPECT_EQ(platform::userNamed("4711"), 4711U) << "without a name";
-    EXPECT_EQ(platform::userNamed("4294967294"), 4294967294U);
+    EXPECT_EQ(platform::userNamed("root"), platform::rootUser());
+    EXPECT_EQ(platform::userNamed("4711"), "4711") << "without a name";
+    EXPECT_EQ(platform::userNamed("004711"), "4711");
+    EXPECT_EQ(platform::userNamed("4294967294"), "4294967294");
     for (const char* text :
          {"", " ", "no-such-user", "-1", "+1", "0x1", "4294967295", "99999999999999999999"})
         EXPECT_FALSE(platform::userNamed(text)) << text;
-    EXPECT_EQ(platform::ownUser(), geteuid());
+    EXPECT_EQ(platform::ownUser(), std::to_string(geteuid()));
 }

@@ -12,16 +12,18 @@
 /// build. All functions may be called from any thread; none throws.
 namespace platform {
 
-/// A user's number. Nothing: the system cannot tell.
-using User = std::optional<std::uint32_t>;
+/// The system's own identifier of a user, as text: the number on Linux, such as "1001"; the security
+/// identifier on Windows, such as "S-1-5-18". Nothing: the system cannot tell.
+using User = std::optional<std::string>;
 
-constexpr std::uint32_t rootUser = 0;
+/// The user with all rights: root, on Windows Local System.
+const User& rootUser();
 
 /// The owner of a socket.
 struct Peer
 {
     User user;
-    std::uint64_t socket = 0; ///< the system's number of the socket; 0 if the user is not known
+    std::uint64_t key = 0; ///< for processOf(); 0: not known. The socket's number on Linux, else the process
 };
 
 /// The owner of the other end of a connected loopback socket. If no process has accepted the connection yet,
@@ -29,7 +31,7 @@ struct Peer
 ///
 /// The kernel answers, so the peer cannot lie. The user is the one who created the socket.
 /// Failure: no user if the peer has closed the connection, or is in another network or user namespace. On
-/// Windows there is never a user: the system knows the process, but nothing asks it yet.
+/// Windows no user if this process has no right to ask the other one.
 Peer peerOf(std::intptr_t socket);
 
 /// The user of the process at the other end of a connected local (Unix) socket, when it connected.
@@ -37,6 +39,9 @@ Peer peerOf(std::intptr_t socket);
 /// The kernel answers, so the peer cannot lie. Failure: no user outside of this user namespace, nor ever on
 /// Windows.
 User localPeerUser(std::intptr_t socket);
+
+/// False if localPeerUser() never knows a user on this system.
+bool knowsLocalPeers();
 
 struct Process
 {
@@ -46,16 +51,22 @@ struct Process
 
 /// The process that has the peer's socket open.
 ///
-/// Failure: a program without privileges finds only processes of its own user. The search ends after 2000
-/// open files, of root after 100 000.
+/// Failure: on Linux a program without privileges finds only processes of its own user. The search ends after
+/// 2000 open files, of root after 100 000.
 Process processOf(const Peer& peer);
 
-/// The user with this name or number. Nothing for a name that does not exist; a number need not have a name.
-/// A host with its users in a directory service may ask that service, and wait for it.
-User userNamed(const std::string& nameOrNumber);
+/// True if the text can be the identifier of a user on this system.
+bool isUserId(const std::string& text);
+
+/// The user with this name or identifier. Nothing for a name that does not exist; an identifier need not have
+/// a name. A host with its users in a directory service may ask that service, and wait for it.
+User userNamed(const std::string& nameOrId);
 
 /// The user whose rights this process has.
 User ownUser();
+
+/// The account an installed agent runs under: "vigil-agent", on Windows that of the service with this name.
+const char* agentAccount();
 
 } // namespace platform
 

@@ -108,7 +108,7 @@ Peer ownerOf(const std::optional<FoundSocket>& socket)
 {
     if (!isOwned(socket) || !isKnown(socket->user))
         return {};
-    return {socket->user, socket->inode};
+    return {std::to_string(socket->user), socket->inode};
 }
 
 // --- The process
@@ -151,7 +151,7 @@ bool hasOpen(const std::string& process, const std::string& file, int& left)
 bool isOf(const std::string& process, const User& user)
 {
     struct stat info = {};
-    return stat(("/proc/" + process).c_str(), &info) == 0 && info.st_uid == user;
+    return stat(("/proc/" + process).c_str(), &info) == 0 && std::to_string(info.st_uid) == user;
 }
 
 /// The name comes from the process: it must not look like a part of the message around it.
@@ -174,6 +174,12 @@ std::string nameOf(const std::string& process)
 }
 
 } // namespace
+
+const User& rootUser()
+{
+    static const User user = "0";
+    return user;
+}
 
 Peer peerOf(std::intptr_t socket)
 {
@@ -199,18 +205,23 @@ User localPeerUser(std::intptr_t socket)
     if (getsockopt(static_cast<int>(socket), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 ||
         size != sizeof peer)
         return std::nullopt;
-    return isKnown(peer.uid) ? User(peer.uid) : std::nullopt;
+    return isKnown(peer.uid) ? User(std::to_string(peer.uid)) : std::nullopt;
+}
+
+bool knowsLocalPeers()
+{
+    return true;
 }
 
 Process processOf(const Peer& peer)
 {
-    if (!peer.user || peer.socket == 0)
+    if (!peer.user || peer.key == 0)
         return {};
     const Directory processes(opendir("/proc"));
     if (!processes)
         return {};
-    const std::string socket = "socket:[" + std::to_string(peer.socket) + "]";
-    int left = peer.user == rootUser ? maxFilesOfRoot : maxFilesOfUser;
+    const std::string socket = "socket:[" + std::to_string(peer.key) + "]";
+    int left = peer.user == rootUser() ? maxFilesOfRoot : maxFilesOfUser;
     while (const dirent* entry = left > 0 ? nextIn(processes) : nullptr) {
         const std::string process = entry->d_name;
         if (isNumber(process) && isOf(process, peer.user) && hasOpen(process, socket, left))
@@ -219,23 +230,32 @@ Process processOf(const Peer& peer)
     return {};
 }
 
-User userNamed(const std::string& nameOrNumber)
+bool isUserId(const std::string& text)
 {
-    if (isNumber(nameOrNumber)) {
-        const unsigned long long number = std::strtoull(nameOrNumber.c_str(), nullptr, 10);
-        return number < noUser ? User(static_cast<std::uint32_t>(number)) : std::nullopt;
-    }
+    return isNumber(text) && std::strtoull(text.c_str(), nullptr, 10) < noUser;
+}
+
+User userNamed(const std::string& nameOrId)
+{
+    if (isNumber(nameOrId))
+        return isUserId(nameOrId) ? User(std::to_string(std::strtoul(nameOrId.c_str(), nullptr, 10)))
+                                  : std::nullopt;
     std::vector<char> buffer(16'384);
     passwd entry = {};
     passwd* found = nullptr;
-    if (getpwnam_r(nameOrNumber.c_str(), &entry, buffer.data(), buffer.size(), &found) != 0 || !found)
+    if (getpwnam_r(nameOrId.c_str(), &entry, buffer.data(), buffer.size(), &found) != 0 || !found)
         return std::nullopt;
-    return found->pw_uid;
+    return std::to_string(found->pw_uid);
 }
 
 User ownUser()
 {
-    return geteuid();
+    return std::to_string(geteuid());
+}
+
+const char* agentAccount()
+{
+    return "vigil-agent";
 }
 
 } // namespace platform

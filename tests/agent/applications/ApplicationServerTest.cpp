@@ -44,7 +44,7 @@ protected:
     agent::CellStore store;
     support::ManualClock clock;
     agent::ServedCells cells{store, clock, {{10'000, 60'000, 3, 100}, 60'000}};
-    agent::Identity nextIdentity{1001, 4711, QStringLiteral("shop-server")}; ///< of the next application
+    agent::Identity nextIdentity{"1001", 4711, QStringLiteral("shop-server")}; ///< of the next application
     ApplicationServer server{cells, clock, limits(), [this](std::intptr_t) { return nextIdentity; }};
 
     /// Connects an application of this user.
@@ -88,7 +88,7 @@ TEST_F(ApplicationServerTest, ReportsAConnectedApplication)
     EXPECT_EQ(info.number, 1u);
     EXPECT_EQ(info.address, QHostAddress(QHostAddress::LocalHost));
     EXPECT_EQ(info.port, application.localPort());
-    EXPECT_EQ(info.identity.user, 1001U);
+    EXPECT_EQ(info.identity.user, "1001");
     EXPECT_EQ(info.identity.process, 4711U);
     EXPECT_EQ(info.identity.program, QStringLiteral("shop-server"));
     EXPECT_EQ(server.nameOf(1),
@@ -221,10 +221,10 @@ TEST_F(ApplicationServerTest, SignalsAValueWithANotification)
 
 TEST_F(ApplicationServerTest, AnotherUserCannotTakeOverACell)
 {
-    const auto application = connectAs(1001);
+    const auto application = connectAs("1001");
     application->publish("5.1", 1);
     ASSERT_TRUE(waitForCells(1));
-    const auto other = connectAs(1002);
+    const auto other = connectAs("1002");
     other->publish("5.1", 2);
     other->unset("5.1");
     ASSERT_TRUE(settle(*other));
@@ -237,13 +237,13 @@ TEST_F(ApplicationServerTest, AnotherUserCannotTakeOverACell)
 
 TEST_F(ApplicationServerTest, TheSameUserAndRootTakeOverACell)
 {
-    const auto application = connectAs(1001);
+    const auto application = connectAs("1001");
     application->publish("5.1", 1);
     ASSERT_TRUE(waitForCells(1));
-    const auto same = connectAs(1001);
+    const auto same = connectAs("1001");
     same->publish("5.1", 2);
     EXPECT_TRUE(runUntil([&] { return valueOf(firstCell) == 2; }));
-    const auto root = connectAs(0);
+    const auto root = connectAs("0");
     root->publish("5.1", 3);
     EXPECT_TRUE(runUntil([&] { return valueOf(firstCell) == 3; }));
     same->publish("5.1", 4);
@@ -257,7 +257,7 @@ TEST_F(ApplicationServerTest, UnknownUsersAreOneOwner)
     const auto unknown = connectAs({});
     unknown->publish("5.1", 1);
     ASSERT_TRUE(waitForCells(1));
-    const auto known = connectAs(1001);
+    const auto known = connectAs("1001");
     known->publish("5.1", 2);
     ASSERT_TRUE(settle(*known));
     EXPECT_EQ(valueOf(firstCell), 1);
@@ -272,17 +272,17 @@ TEST_F(ApplicationServerTest, UnknownUsersAreOneOwner)
 
 TEST_F(ApplicationServerTest, ACellOfALostApplicationStaysItsUsers)
 {
-    auto application = connectAs(1001);
+    auto application = connectAs("1001");
     application->publish("5.1", 1);
     ASSERT_TRUE(waitForCells(1));
     application->close();
     ASSERT_TRUE(runUntil([&] { return server.applications()[0].state == ApplicationInfo::State::Lost; }));
     EXPECT_TRUE(server.nameOf(1).contains(QStringLiteral("uid 1001")));
-    const auto other = connectAs(1002);
+    const auto other = connectAs("1002");
     other->publish("5.1", 2);
     ASSERT_TRUE(settle(*other));
     EXPECT_EQ(valueOf(firstCell), 1);
-    const auto again = connectAs(1001);
+    const auto again = connectAs("1001");
     again->publish("5.1", 3);
     EXPECT_TRUE(runUntil([&] { return valueOf(firstCell) == 3; }));
 }
@@ -294,7 +294,7 @@ TEST_F(ApplicationServerTest, EveryUserMayTakeOverTheCellsOfALostUnknownOne)
     ASSERT_TRUE(waitForCells(1));
     unknown->close();
     ASSERT_TRUE(runUntil([&] { return server.applications()[0].state == ApplicationInfo::State::Lost; }));
-    const auto again = connectAs(1001);
+    const auto again = connectAs("1001");
     again->publish("5.1", 2);
     EXPECT_TRUE(runUntil([&] { return valueOf(firstCell) == 2; }));
     EXPECT_EQ(server.counts().takeoversRefused, 0U);
@@ -302,11 +302,11 @@ TEST_F(ApplicationServerTest, EveryUserMayTakeOverTheCellsOfALostUnknownOne)
 
 TEST_F(ApplicationServerTest, AFreedCellIsForEveryUser)
 {
-    const auto application = connectAs(1001);
+    const auto application = connectAs("1001");
     application->publish("5.1", 1);
     application->unset("5.1");
     ASSERT_TRUE(settle(*application));
-    const auto other = connectAs(1002);
+    const auto other = connectAs("1002");
     other->publish("5.1", 2);
     EXPECT_TRUE(runUntil([&] { return store.find(firstCell) != nullptr; }));
     EXPECT_EQ(server.counts().takeoversRefused, 0U);
@@ -315,16 +315,16 @@ TEST_F(ApplicationServerTest, AFreedCellIsForEveryUser)
 TEST_F(ApplicationServerTest, TurnsAwayUsersWhoMayNotPublish)
 {
     agent::Limits someUsers = limits();
-    someUsers.users = {1001};
+    someUsers.users = {"1001"};
     ApplicationServer strict(cells, clock, someUsers, [this](std::intptr_t) { return nextIdentity; });
     ASSERT_FALSE(strict.listen(QHostAddress::LocalHost, 0));
     const quint16 strictPort = strict.address().section(QLatin1Char(':'), -1).toUShort();
-    for (const agent::User& user : {agent::User(1002), agent::User(0), agent::User()}) {
+    for (const agent::User& user : {agent::User("1002"), agent::User("0"), agent::User()}) {
         nextIdentity = {user, 0, QString()};
         FakeApplication application(strictPort);
         EXPECT_TRUE(application.waitForDisconnect());
     }
-    nextIdentity = {1001, 0, QString()};
+    nextIdentity = {"1001", 0, QString()};
     FakeApplication application(strictPort);
     application.publish("5.1", 1);
     EXPECT_TRUE(waitForCells(1));
@@ -349,7 +349,7 @@ TEST_F(ApplicationServerTest, OneUserLeavesConnectionsToOthers)
     }));
     FakeApplication tooMany(largePort);
     EXPECT_TRUE(tooMany.waitForDisconnect());
-    for (const agent::User& user : {agent::User(1002), agent::User(0)}) {
+    for (const agent::User& user : {agent::User("1002"), agent::User("0")}) {
         nextIdentity = {user, 0, QString()};
         applications.push_back(std::make_unique<FakeApplication>(largePort));
         const size_t expected = applications.size();
@@ -361,7 +361,7 @@ TEST_F(ApplicationServerTest, RootMayHaveAllConnections)
 {
     agent::Limits sixteen = limits();
     sixteen.connections = 16;
-    nextIdentity = {0, 0, QString()};
+    nextIdentity = {"0", 0, QString()};
     ApplicationServer large(cells, clock, sixteen, [this](std::intptr_t) { return nextIdentity; });
     ASSERT_FALSE(large.listen(QHostAddress::LocalHost, 0));
     const quint16 largePort = large.address().section(QLatin1Char(':'), -1).toUShort();
@@ -373,12 +373,12 @@ TEST_F(ApplicationServerTest, RootMayHaveAllConnections)
 
 TEST_F(ApplicationServerTest, TheOldestSilentConnectionMakesRoom)
 {
-    const auto active = connectAs(1001);
+    const auto active = connectAs("1001");
     active->publish("5.1", 1);
     ASSERT_TRUE(waitForCells(1));
-    const auto silent = connectAs(1001);
-    const auto newest = connectAs(1003);
-    nextIdentity = {1002, 0, QString()};
+    const auto silent = connectAs("1001");
+    const auto newest = connectAs("1003");
+    nextIdentity = {"1002", 0, QString()};
     FakeApplication other(port());
     EXPECT_TRUE(silent->waitForDisconnect());
     EXPECT_TRUE(newest->isConnected());
@@ -404,10 +404,10 @@ TEST_F(ApplicationServerTest, AUserWithoutAPlaceLeftGivesUpItsOwnSilentOne)
     ApplicationServer large(cells, clock, eight, [this](std::intptr_t) { return nextIdentity; });
     ASSERT_FALSE(large.listen(QHostAddress::LocalHost, 0));
     const quint16 largePort = large.address().section(QLatin1Char(':'), -1).toUShort();
-    nextIdentity = {1002, 0, QString()};
+    nextIdentity = {"1002", 0, QString()};
     FakeApplication silentOfAnother(largePort);
     ASSERT_TRUE(runUntil([&] { return large.applications().size() == 1; }));
-    nextIdentity = {1001, 0, QString()};
+    nextIdentity = {"1001", 0, QString()};
     std::vector<std::unique_ptr<FakeApplication>> applications;
     for (int i = 0; i < 7; ++i)
         applications.push_back(std::make_unique<FakeApplication>(largePort));
@@ -421,8 +421,8 @@ TEST_F(ApplicationServerTest, AUserWithoutAPlaceLeftGivesUpItsOwnSilentOne)
 
 TEST_F(ApplicationServerTest, DisconnectsASilentApplicationAfterAMinute)
 {
-    const auto silent = connectAs(1001);
-    const auto active = connectAs(1001);
+    const auto silent = connectAs("1001");
+    const auto active = connectAs("1001");
     active->publish("5.1", 1);
     ASSERT_TRUE(waitForCells(1));
     clock.advance(agent::Limits::frameMs - 1);
@@ -457,7 +457,7 @@ TEST_F(ApplicationServerTest, LimitsTheCellsOfAllApplicationsOfAUser)
         return valueOf({1, 3, 6, 1, 4, 1, 32473, 5, 5}) == 2;
     })) << "its own may change";
 
-    nextIdentity = {1002, 0, QString()};
+    nextIdentity = {"1002", 0, QString()};
     FakeApplication other(strictPort);
     other.publish("5.8", 1);
     EXPECT_TRUE(waitForCells(6));
@@ -518,9 +518,9 @@ protected:
 
 TEST_F(MemoryShares, AUserLeavesAsMuchToOthersAsItTakes)
 {
-    const auto first = connectScarce(1001);
+    const auto first = connectScarce("1001");
     EXPECT_NEAR(static_cast<double>(publishMuch(*first, "5")), all / 2.0, 11'000);
-    const auto second = connectScarce(1002);
+    const auto second = connectScarce("1002");
     EXPECT_NEAR(static_cast<double>(publishMuch(*second, "6")), all / 4.0, 11'000);
     EXPECT_EQ(publishMuch(*first, "7"), 0U);
     EXPECT_GT(scarce.applications().front().recordsRefused, 200U);
@@ -528,21 +528,21 @@ TEST_F(MemoryShares, AUserLeavesAsMuchToOthersAsItTakes)
 
 TEST_F(MemoryShares, AllApplicationsOfAUserHaveOneShare)
 {
-    const auto first = connectScarce(1001);
+    const auto first = connectScarce("1001");
     publishMuch(*first, "5");
-    const auto second = connectScarce(1001);
+    const auto second = connectScarce("1001");
     EXPECT_EQ(publishMuch(*second, "6"), 0U);
 }
 
 TEST_F(MemoryShares, RootMayTakeAll)
 {
-    const auto root = connectScarce(0);
+    const auto root = connectScarce("0");
     EXPECT_NEAR(static_cast<double>(publishMuch(*root, "5")), static_cast<double>(all), 11'000);
 }
 
 TEST_F(MemoryShares, ACellThatCannotGrowIsRemovedAndOthersMayChange)
 {
-    const auto application = connectScarce(1001);
+    const auto application = connectScarce("1001");
     application->publish("4.1", 1);
     application->publish("4.2", std::string("short"));
     ASSERT_TRUE(waitForCells(2));
@@ -556,14 +556,14 @@ TEST_F(MemoryShares, ACellThatCannotGrowIsRemovedAndOthersMayChange)
 
 TEST_F(MemoryShares, LostApplicationsOfTheUserMakeRoom)
 {
-    auto first = connectScarce(1001);
+    auto first = connectScarce("1001");
     publishMuch(*first, "5");
     first.reset();
     const auto isLost = [](const ApplicationInfo& info) {
         return info.state == ApplicationInfo::State::Lost;
     };
     ASSERT_TRUE(runUntil([&] { return isLost(scarce.applications().front()); }));
-    const auto second = connectScarce(1001);
+    const auto second = connectScarce("1001");
     publishMuch(*second, "6");
     EXPECT_EQ(scarce.applications().size(), 1U) << "the lost one is gone";
     EXPECT_NEAR(static_cast<double>(store.memory()), all / 2.0, 11'000);
@@ -572,8 +572,8 @@ TEST_F(MemoryShares, LostApplicationsOfTheUserMakeRoom)
 // All lost applications went, and the value was refused all the same.
 TEST_F(MemoryShares, LostApplicationsStayIfTheValueDoesNotFitWithoutThem)
 {
-    const auto living = connectScarce(1001);
-    auto lost = connectScarce(1001);
+    const auto living = connectScarce("1001");
+    auto lost = connectScarce("1001");
     lost->publish("5.1", std::string(10'000, 'x'));
     ASSERT_TRUE(waitForCells(1));
     lost.reset();
@@ -588,13 +588,13 @@ TEST_F(MemoryShares, LostApplicationsStayIfTheValueDoesNotFitWithoutThem)
 
 TEST_F(MemoryShares, UnfinishedFramesCount)
 {
-    const auto victim = connectScarce(1002);
+    const auto victim = connectScarce("1002");
     victim->publish("6.1", 1);
-    const auto application = connectScarce(1001);
+    const auto application = connectScarce("1001");
     const QByteArray half = QByteArray::fromHex("abba08154711f0070000000003000000") + QByteArray(50'000, 'x');
     application->sendBytes(half);
     EXPECT_TRUE(runUntil([&] { return scarce.memory() >= 50'000; }));
-    const auto next = connectScarce(1001);
+    const auto next = connectScarce("1001");
     next->sendBytes(half);
     EXPECT_TRUE(next->waitForDisconnect());
     EXPECT_TRUE(application->isConnected());
@@ -608,8 +608,8 @@ TEST_F(MemoryShares, UnfinishedFramesCount)
 TEST(Identity, IsTextForMessages)
 {
     using agent::identityText;
-    EXPECT_EQ(identityText({1001, 4711, QStringLiteral("shop-server")}),
+    EXPECT_EQ(identityText({"1001", 4711, QStringLiteral("shop-server")}),
               QStringLiteral("shop-server, uid 1001, pid 4711"));
-    EXPECT_EQ(identityText({1001, 0, QString()}), QStringLiteral("uid 1001"));
+    EXPECT_EQ(identityText({"1001", 0, QString()}), QStringLiteral("uid 1001"));
     EXPECT_EQ(identityText({}), QStringLiteral("unknown user"));
 }

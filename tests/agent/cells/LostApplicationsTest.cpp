@@ -232,11 +232,11 @@ TEST_F(LostApplicationsTest, TheOldestLossMakesRoomIfThereAreTooManyCells)
 TEST_F(LostApplicationsTest, NoUserPushesOutALossOfAnother)
 {
     publish(1, {1});
-    applications.add({1, 1001, QString()});
+    applications.add({1, "1001", QString()});
     for (ApplicationId application = 2; application < 300; ++application) {
         clock.advance(1);
         publish(application, {static_cast<unsigned int>(application)});
-        applications.add({application, 1002, QString()});
+        applications.add({application, "1002", QString()});
     }
     EXPECT_TRUE(applications.contains(1));
     EXPECT_TRUE(applications.contains(299));
@@ -246,13 +246,13 @@ TEST_F(LostApplicationsTest, NoUserPushesOutALossOfAnother)
 TEST_F(LostApplicationsTest, NoUserPushesOutALossOfAnotherByItsCells)
 {
     publish(1, {1, 2, 3});
-    applications.add({1, 1001, QString()});
+    applications.add({1, "1001", QString()});
     clock.advance(1);
     publish(2, {4, 5, 6, 7});
-    applications.add({2, 1002, QString()});
+    applications.add({2, "1002", QString()});
     clock.advance(1);
     publish(3, {8, 9, 10});
-    applications.add({3, 1002, QString()});
+    applications.add({3, "1002", QString()});
     EXPECT_THAT(actions, ElementsAre("remove 2", "end 2"));
 }
 

@@ -20,7 +20,7 @@ protected:
 
     QJsonObject ask(const QByteArray& request)
     {
-        const ControlReply reply = commands.replyTo(request, platform::rootUser);
+        const ControlReply reply = commands.replyTo(request, platform::rootUser());
         EXPECT_EQ(reply.text.count('\n'), 1) << reply.text.constData();
         EXPECT_TRUE(reply.text.endsWith('\n'));
         EXPECT_FALSE(reply.pieces);
@@ -74,7 +74,7 @@ TEST_F(ControlCommandsTest, ForgetsALostApplication)
 
 TEST_F(ControlCommandsTest, ChecksAreTheDocument)
 {
-    const ControlReply reply = commands.replyTo("{\"command\":\"checks\"}", platform::rootUser);
+    const ControlReply reply = commands.replyTo("{\"command\":\"checks\"}", platform::rootUser());
     QByteArray text = reply.text;
     ASSERT_TRUE(reply.pieces);
     while (reply.pieces->appendTo(text)) {

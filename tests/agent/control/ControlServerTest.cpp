@@ -83,7 +83,7 @@ protected:
         requests.push_back(line);
         if (line == "long")
             return {"start ", std::make_unique<CountedPieces>(pieces, made)};
-        return {"user " + QByteArray::number(user.value_or(0)) + '\n', nullptr};
+        return {"user " + QByteArray::fromStdString(user.value_or(std::string())) + '\n', nullptr};
     }
 
     const QTemporaryDir directory;
@@ -101,7 +101,7 @@ protected:
 
 TEST_F(ControlServerTest, AnswersALineAndCloses)
 {
-    EXPECT_EQ(ask("what\nmore\n"), "user " + QByteArray::number(*platform::ownUser()) + '\n');
+    EXPECT_EQ(ask("what\nmore\n"), "user " + QByteArray::fromStdString(*platform::ownUser()) + '\n');
     EXPECT_EQ(requests, std::vector<QByteArray>{"what"});
 }
 
@@ -119,12 +119,12 @@ TEST_F(ControlServerTest, ALineMayComeInParts)
 
 TEST_F(ControlServerTest, OnlyRootAndTheAgentsUserMayAsk)
 {
-    for (const User& user : {User(51001), User()}) {
+    for (const User& user : {User("51001"), User()}) {
         peer = user;
         EXPECT_EQ(ask("what\n"), "");
     }
     EXPECT_TRUE(requests.empty());
-    peer = platform::rootUser;
+    peer = platform::rootUser();
     EXPECT_EQ(ask("what\n"), "user 0\n");
 }
 
@@ -212,7 +212,7 @@ TEST_F(ControlServerTest, TwoAgentsCannotHaveOnePath)
 {
     ControlServer second(clock, [](const QByteArray&, const User&) { return ControlReply{}; });
     EXPECT_EQ(second.listen(path()).text(), QStringLiteral("another agent listens there"));
-    EXPECT_EQ(ask("what\n"), "user " + QByteArray::number(*platform::ownUser()) + '\n');
+    EXPECT_EQ(ask("what\n"), "user " + QByteArray::fromStdString(*platform::ownUser()) + '\n');
 }
 
 TEST_F(ControlServerTest, AFileIsNotReplaced)

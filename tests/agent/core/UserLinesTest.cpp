@@ -40,13 +40,13 @@ protected:
 
 TEST_F(UserLinesTest, AUserHasAHundredLinesASecond)
 {
-    warn(1001, 58'000);
+    warn("1001", 58'000);
     EXPECT_EQ(lines().size(), UserLines::maxPerSecond);
     clock.advance(1000);
     EXPECT_EQ(lines(),
               QStringList{QStringLiteral("vigil-agent: warning: 57900 more lines about applications of "
                                          "uid 1001 are left out of this second")});
-    warn(1001, 5);
+    warn("1001", 5);
     EXPECT_EQ(lines().size(), 5);
     clock.advance(1000);
     EXPECT_TRUE(lines().isEmpty());
@@ -54,15 +54,15 @@ TEST_F(UserLinesTest, AUserHasAHundredLinesASecond)
 
 TEST_F(UserLinesTest, OtherUsersHaveTheirOwn)
 {
-    warn(1001, 200);
-    warn(0, 10);
+    warn("1001", 200);
+    warn("0", 10);
     warn({}, 10);
     EXPECT_EQ(lines().size(), UserLines::maxPerSecond + 20);
 }
 
 TEST_F(UserLinesTest, LinesOfTheAgentItselfAlwaysPass)
 {
-    warn(1001, 200);
+    warn("1001", 200);
     lines();
     for (int i = 0; i < 200; ++i)
         agent::log::warning(QStringLiteral("text"));
@@ -73,7 +73,7 @@ TEST_F(UserLinesTest, DetailsCountToo)
 {
     agent::log::setVerbose(true);
     for (int i = 0; i < 200; ++i)
-        agent::log::detail(agent::User(1001), [] { return QStringLiteral("text"); });
+        agent::log::detail(agent::User("1001"), [] { return QStringLiteral("text"); });
     agent::log::setVerbose(false);
     EXPECT_EQ(lines().size(), UserLines::maxPerSecond);
 }

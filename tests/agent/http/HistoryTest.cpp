@@ -24,8 +24,9 @@ protected:
     void nextRound() { m_checks.clock.advance(History::intervalMs); }
 
     support::PublishedChecks m_checks;
-    History m_history{m_checks.list, m_checks.clock,
-                      [](agent::ApplicationId application) { return agent::User(application % 10); }};
+    History m_history{m_checks.list, m_checks.clock, [](agent::ApplicationId application) {
+                          return agent::User(std::to_string(application % 10));
+                      }};
 };
 
 TEST_F(HistoryTest, TakesAValueEachInterval)

@@ -268,7 +268,7 @@ TEST_F(HttpServerTest, OneUserCannotTakeAllConnections)
         return static_cast<size_t>(std::count_if(clients.begin(), clients.end(),
                                                  [](const auto& each) { return each->isConnected(); }));
     };
-    if (platform::ownUser() == platform::rootUser) {
+    if (platform::ownUser() == platform::rootUser()) {
         EXPECT_EQ(statusLine(get("/")), "HTTP/1.1 200 OK");
         EXPECT_EQ(connected(), clients.size());
     } else {
@@ -278,7 +278,7 @@ TEST_F(HttpServerTest, OneUserCannotTakeAllConnections)
 
 TEST_F(HttpServerTest, AConnectionWaitsWhileAllAreTaken)
 {
-    if (platform::ownUser() != platform::rootUser)
+    if (platform::ownUser() != platform::rootUser())
         GTEST_SKIP() << "only root may take all";
     std::vector<std::unique_ptr<HttpClient>> clients;
     for (unsigned int number = 0; number < HttpServer::maxConnections; ++number) {

@@ -18,7 +18,10 @@ class SeriesSharesTest : public testing::Test
 protected:
     static constexpr size_t room = 12;
 
-    static Holder holder(unsigned int user, agent::ApplicationId application) { return {user, application}; }
+    static Holder holder(unsigned int user, agent::ApplicationId application)
+    {
+        return {std::to_string(user), application};
+    }
 
     /// False if the holder has its share already.
     bool want(const Holder& holder)

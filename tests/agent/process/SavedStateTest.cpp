@@ -16,7 +16,7 @@ SavedState example()
     shop.info.since = QDateTime(QDate(2026, 1, 31), QTime(12, 34, 56), Qt::UTC);
     shop.info.address = QHostAddress(QHostAddress::LocalHost);
     shop.info.port = 40112;
-    shop.info.identity = {1001, 4711, QStringLiteral("shop server")};
+    shop.info.identity = {"1001", 4711, QStringLiteral("shop server")};
     shop.checks = {{{1, 97, 1, 98}, 0, "all is\nwell, 100 % ü"}, {{0, 0}, 2, ""}};
     SavedApplication stranger;
     stranger.info = shop.info;
@@ -42,7 +42,7 @@ TEST(SavedState, ReadsWhatItWrote)
     ASSERT_EQ(read.readLines(lines).lines, 0) << qPrintable(lines.join(QLatin1Char('\n')));
     EXPECT_EQ(read.toLines(), lines);
     ASSERT_EQ(read.applications.size(), 2u);
-    EXPECT_EQ(read.applications[0].info.identity.user, 1001u);
+    EXPECT_EQ(read.applications[0].info.identity.user, "1001");
     EXPECT_EQ(read.applications[0].info.state, agent::ApplicationInfo::State::Lost);
     ASSERT_EQ(read.applications[0].checks.size(), 2u);
     EXPECT_EQ(read.applications[0].checks[0].summary, "all is\nwell, 100 % ü");
