@@ -14,6 +14,10 @@
 /// What differs between systems about Net-SNMP's sockets to managers. One source file for each system.
 namespace agent::managerSocket {
 
+/// How long a manager may leave an answer over TCP where it is. The agent waits meanwhile; then it ends the
+/// connection.
+constexpr int longestStandstillMs = 1000;
+
 /// The sockets in a set. Net-SNMP says that their numbers are below count.
 std::vector<int> listOf(netsnmp_large_fd_set& set, int count);
 
@@ -22,8 +26,9 @@ QHostAddress peerOf(int socket);
 
 void close(int socket);
 
-/// Makes a socket that listens ready for use: no other program can take its port over, and a manager that
-/// reads slowly gets whole answers. False if another program has the port.
+/// Makes a socket that listens ready for use: no other program can take its port over. A manager that reads
+/// slowly gets whole answers, and one that reads nothing is disconnected. False if another program has the
+/// port.
 bool prepare(netsnmp_transport& listener);
 
 /// Why an address that cannot be used may be taken, if the system knows better than the general message; else

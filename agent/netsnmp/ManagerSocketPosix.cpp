@@ -3,10 +3,40 @@
 
 #include "agent/netsnmp/ManagerSocket.h"
 
+#include <cerrno>
+
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace agent::managerSocket {
+
+namespace {
+
+bool waitUntilWritable(int socket)
+{
+    pollfd watched = {socket, POLLOUT, 0};
+    return poll(&watched, 1, longestStandstillMs) > 0;
+}
+
+/// Net-SNMP's own one waits for ever for a manager that reads nothing, and with it the agent.
+int sendWhole(netsnmp_transport* transport, const void* data, int size, void**, int*)
+{
+    int sent = 0;
+    while (sent < size) {
+        const ssize_t step = send(transport->sock, static_cast<const char*>(data) + sent,
+                                  static_cast<size_t>(size - sent), MSG_DONTWAIT | MSG_NOSIGNAL);
+        if (step > 0) {
+            sent += static_cast<int>(step);
+        } else if ((errno != EAGAIN && errno != EINTR) || !waitUntilWritable(transport->sock)) {
+            shutdown(transport->sock, SHUT_RDWR); // no other answer can follow a part of one
+            return -1;
+        }
+    }
+    return size;
+}
+
+} // namespace
 
 std::vector<int> listOf(netsnmp_large_fd_set& set, int count)
 {
@@ -32,8 +62,10 @@ void close(int socket)
     ::close(socket);
 }
 
-bool prepare(netsnmp_transport&)
+bool prepare(netsnmp_transport& listener)
 {
+    if (listener.flags & NETSNMP_TRANSPORT_FLAG_STREAM)
+        listener.f_send = &sendWhole; // connections inherit it
     return true;
 }
 

@@ -18,8 +18,6 @@ namespace agent::managerSocket {
 
 namespace {
 
-constexpr int longestStandstillMs = 1000; // of a manager's connection; the agent waits meanwhile
-
 /// Net-SNMP keeps sockets as int; the system's handles fit.
 SOCKET toSocket(int socket)
 {
@@ -88,10 +86,12 @@ bool waitUntilWritable(SOCKET socket)
     return WSAPoll(&watched, 1, longestStandstillMs) > 0;
 }
 
-/// Qt makes the sockets it watches non-blocking, so the system may take a part of an answer only.
+/// A socket may be blocking until Qt watches it. Afterwards the system may take a part of an answer only.
 int sendWhole(netsnmp_transport* transport, const void* data, int size, void**, int*)
 {
     const SOCKET socket = toSocket(transport->sock);
+    u_long on = 1;
+    ioctlsocket(socket, FIONBIO, &on);
     int sent = 0;
     while (sent < size) {
         const int step = send(socket, static_cast<const char*>(data) + sent, size - sent, 0);
