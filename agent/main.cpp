@@ -11,10 +11,12 @@
 #include "agent/core/Log.h"
 #include "agent/core/StandardError.h"
 #include "agent/netsnmp/HostLookup.h"
+#include "agent/netsnmp/SnmpReader.h"
 #include "agent/process/CommandLine.h"
 #include "agent/process/ServiceInstallation.h"
 #include "agent/process/ServiceManager.h"
 #include "agent/process/Signals.h"
+#include "agent/show/HealthReport.h"
 
 namespace {
 
@@ -52,6 +54,25 @@ int checkConfig(const agent::Options& options)
     if (const agent::Error error = configError(options))
         return failed(error.text(), cannotServe);
     agent::standardOutput::print(QStringLiteral("%1: correct\n").arg(options.configFile));
+    return 0;
+}
+
+int show(const agent::Options& options)
+{
+    agent::SnmpReader reader;
+    agent::ServedObjects objects;
+    agent::Error error = reader.open(options.showAddress, options.community);
+    if (!error)
+        error = reader.walk(agent::agentMibRoot(), objects);
+    if (!error && objects.empty())
+        error = agent::Error(
+            QStringLiteral(
+                "the SNMP service at %1 answers, but serves nothing of vigil-agent to this community. "
+                "Check the access in its configuration")
+                .arg(options.showAddress));
+    if (error)
+        return failed(error.text(), cannotServe);
+    agent::standardOutput::print(agent::healthReport(objects));
     return 0;
 }
 
@@ -120,6 +141,8 @@ int run(agent::Options& options, agent::ServiceManager& serviceManager)
     switch (options.task) {
     case agent::Options::Task::CheckConfig:
         return checkConfig(options);
+    case agent::Options::Task::Show:
+        return show(options);
     case agent::Options::Task::InstallService:
         return installService(options);
     case agent::Options::Task::UninstallService:

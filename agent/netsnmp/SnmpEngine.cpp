@@ -14,6 +14,7 @@
 #include "agent/netsnmp/ManagerSocket.h"
 #include "agent/netsnmp/NetSnmp.h"
 #include "agent/netsnmp/NotificationReceiverFilter.h"
+#include "agent/netsnmp/OwnFiles.h"
 #include "agent/netsnmp/SnmpListener.h"
 
 // Parts of the agent library; no installed header declares them.
@@ -33,21 +34,6 @@ constexpr char applicationName[] = "vigil-agent";
 const char* const defaultAccess[] = {
     "view served included .1.3.6.1.2.1.1", "view served included .1.3.6.1.2.1.11",
     "rocommunity public 127.0.0.0/8 -V served", "rocommunity6 public ::1/128 -V served"};
-
-/// Keeps Net-SNMP from the host's files. Some it reads or writes without a switch; directory takes these.
-void keepToItself(const QByteArray& directory)
-{
-    for (const int setting : {NETSNMP_DS_LIB_PERSISTENT_DIR, NETSNMP_DS_LIB_CONFIGURATION_DIR})
-        netsnmp_ds_set_string(NETSNMP_DS_LIBRARY_ID, setting, directory.constData());
-    for (const int setting : {NETSNMP_DS_LIB_DONT_READ_CONFIGS, NETSNMP_DS_LIB_DONT_LOAD_HOST_FILES,
-                              NETSNMP_DS_LIB_DONT_PERSIST_STATE, NETSNMP_DS_LIB_DISABLE_PERSISTENT_LOAD,
-                              NETSNMP_DS_LIB_DISABLE_PERSISTENT_SAVE, NETSNMP_DS_LIB_ALARM_DONT_USE_SIG})
-        netsnmp_ds_set_boolean(NETSNMP_DS_LIBRARY_ID, setting, 1);
-    // The agent prints no names. Reading the host's MIB modules would only log the missing ones.
-    qputenv("MIBS", "");
-    qputenv("MIBDIRS", "");
-    qputenv("SNMP_IGNORE_WINDOWS_REGISTRY", "1"); // it would replace folders set here
-}
 
 /// Net-SNMP calls it when it would read its own configuration files.
 int readOurConfiguration(int, int, void*, void* configFile)
@@ -156,7 +142,7 @@ Error SnmpEngine::initialise()
         return Error(QStringLiteral("cannot create a temporary directory: %1. Free some space, or set TMPDIR")
                          .arg(m_directory.errorString()));
     NetSnmpEventLoop::bridgeLog();
-    keepToItself(QFile::encodeName(m_directory.path()));
+    keepToOwnFiles(QFile::encodeName(m_directory.path()));
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_ROLE, isStandalone() ? 0 : 1);
     netsnmp_ds_set_boolean(NETSNMP_DS_APPLICATION_ID, NETSNMP_DS_AGENT_DONT_LOG_TCPWRAPPERS_CONNECTS, 1);
     add_to_init_list(QByteArray("!smux").data()); // it would listen on a port of its own

@@ -13,6 +13,7 @@ namespace agent {
 
 namespace {
 
+constexpr char snmpAddress[] = "udp:127.0.0.1:161"; // where snmpd serves by default
 constexpr int longestSeconds = 365 * 86400;
 constexpr int longestSetTimeoutMs = 60'000;
 // snmpd drops a subagent after a second without a reply. An accepted SET settles for another 20 ms.
@@ -60,6 +61,7 @@ private:
     Error readTask();
     Error readServiceTask();
     Error readRole();
+    Error readShow();
     Error readAgentx();
     Error readStandalone();
     Error readConfig();
@@ -128,6 +130,16 @@ private:
         QCommandLineOption(QStringLiteral("service"),
                            QStringLiteral("Windows: run as the service. --install-service adds this option "
                                           "to the service's command line."));
+    const QCommandLineOption m_show = QCommandLineOption(
+        QStringLiteral("show"),
+        QStringLiteral(
+            "Print the health checks and applications of the agent that runs on the first address of "
+            "--standalone, or on %1, and exit: with status 1 if it does not answer.")
+            .arg(QLatin1String(snmpAddress)));
+    const QCommandLineOption m_community = QCommandLineOption(
+        QStringLiteral("community"),
+        QStringLiteral("With --show: ask with this SNMPv2c community. Default: %1.").arg(m_options.community),
+        QStringLiteral("name"));
     const QCommandLineOption m_listen = QCommandLineOption(
         QStringLiteral("listen"),
         QStringLiteral("Accept applications on <host:port>, a loopback address. Port 0 picks a free port. "
@@ -230,6 +242,8 @@ Reader::Reader(Options& options) : m_options(options)
                          m_installService,
                          m_uninstallService,
                          m_service,
+                         m_show,
+                         m_community,
                          m_listen,
                          m_http,
                          m_control,
@@ -294,6 +308,8 @@ Error Reader::readTask()
 {
     if (isSet(m_checkConfig))
         m_options.task = Options::Task::CheckConfig;
+    if (isSet(m_show))
+        m_options.task = Options::Task::Show;
     for (const QCommandLineOption* option : {&m_installService, &m_uninstallService, &m_service}) {
         if (isSet(*option) && !m_options.canBeService)
             return Error(QStringLiteral("--%1 is for Windows. Here systemd runs the agent: systemctl enable "
@@ -313,8 +329,9 @@ Error Reader::readServiceTask()
     }
     if (!isSet(m_installService))
         return {};
-    if (isSet(m_checkConfig) || isSet(m_service))
-        return Error(QStringLiteral("--install-service, --check-config and --service exclude each other"));
+    if (isSet(m_checkConfig) || isSet(m_show) || isSet(m_service))
+        return Error(
+            QStringLiteral("--install-service, --check-config, --show and --service exclude each other"));
     m_options.task = Options::Task::InstallService;
     m_options.standaloneAddress = QLatin1String(serviceAddress);
     return {};
@@ -351,6 +368,8 @@ Error Reader::readRole()
     if (Error error = readStandalone())
         return error;
     if (Error error = readConfig())
+        return error;
+    if (Error error = readShow())
         return error;
     const bool isServing = isTask(Options::Task::Serve);
     if (m_options.canJoinMaster || m_options.isStandalone() || !isServing)
@@ -394,6 +413,18 @@ Error Reader::readConfig()
     if (value(m_config).isEmpty())
         return Error(QStringLiteral("--config: the file name is empty"));
     m_options.configFile = value(m_config);
+    return {};
+}
+
+Error Reader::readShow()
+{
+    if (isSet(m_community) && !isTask(Options::Task::Show))
+        return Error(QStringLiteral("--community needs --show; --config decides who may read"));
+    if (isSet(m_community))
+        m_options.community = value(m_community);
+    m_options.showAddress = m_options.isStandalone()
+                                ? m_options.standaloneAddress.section(QLatin1Char(','), 0, 0).trimmed()
+                                : QString(QLatin1String(snmpAddress));
     return {};
 }
 

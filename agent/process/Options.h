@@ -21,7 +21,7 @@ struct Options
     static constexpr int learned = -1; ///< as staleAfterSeconds: each check has its own rhythm
 
     /// What to do: serve, or one of the operator's commands.
-    enum class Task { Serve, CheckConfig, InstallService, UninstallService };
+    enum class Task { Serve, CheckConfig, Show, InstallService, UninstallService };
 
     bool isStandalone() const { return !standaloneAddress.isEmpty(); }
 
@@ -33,7 +33,9 @@ struct Options
     QString agentxAddress;        ///< where snmpd listens for subagents; the default is Net-SNMP's
     bool canJoinMaster = true;    ///< false on a system without AgentX: standalone is the only way
     QString configFile;           ///< empty for none
-    ObjectId subtree = enterpriseRoot(); ///< to serve: the root or a part of it
+    QString showAddress;          ///< of the agent to show, as Net-SNMP writes it
+    QString community = QStringLiteral("public"); ///< to ask it with
+    ObjectId subtree = enterpriseRoot();          ///< to serve: the root or a part of it
     QHostAddress listenHost = QHostAddress(QLatin1String(base::defaultServiceHost));
     quint16 listenPort = base::defaultServicePort; ///< 0 for any free port
     QHostAddress httpHost;                         ///< null: no HTTP

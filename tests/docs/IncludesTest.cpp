@@ -46,11 +46,12 @@ constexpr Room rooms[] = {
     {"agent/checks/",       "agent/cells/ agent/core/"},
     {"agent/notifications/","agent/checks/ agent/cells/ agent/netsnmp/ agent/core/"},
     {"agent/applications/", "agent/cells/ agent/core/ src/base/wire/"},
+    {"agent/show/",         "agent/checks/ agent/netsnmp/ agent/core/"},
     {"agent/process/",      "agent/applications/ agent/core/ src/base/wire/ src/base/BuildInfo"},
     {"agent/serving/",      "agent/checks/ agent/notifications/ agent/applications/ agent/cells/ agent/netsnmp/ "
                             "agent/core/ "
                             "src/base/wire/ src/base/BuildInfo"},
-    {"agent/",              "agent/http/ agent/control/ agent/serving/ agent/checks/ agent/notifications/ agent/process/ agent/applications/ agent/cells/ "
+    {"agent/",              "agent/http/ agent/control/ agent/serving/ agent/show/ agent/checks/ agent/notifications/ agent/process/ agent/applications/ agent/cells/ "
                             "agent/netsnmp/ agent/core/ src/base/wire/ src/base/BuildInfo"},
 };
 // clang-format on

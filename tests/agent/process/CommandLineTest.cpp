@@ -345,6 +345,22 @@ TEST(CommandLine, PrintsTheVersionOfTheBuild)
     EXPECT_TRUE(version.startsWith(QStringLiteral("vigil-agent 1.0.0."))) << qPrintable(version);
 }
 
+TEST(CommandLine, ShowAsksTheFirstAddressWithTheCommunity)
+{
+    const agent::Options byDefault = read({QStringLiteral("--show")}).options;
+    EXPECT_EQ(byDefault.task, agent::Options::Task::Show);
+    EXPECT_EQ(byDefault.showAddress, QStringLiteral("udp:127.0.0.1:161"));
+    EXPECT_EQ(byDefault.community, QStringLiteral("public"));
+    const agent::Options named = read({QStringLiteral("--show"), QStringLiteral("--standalone"),
+                                       QStringLiteral(" tcp:[::1]:1161,udp:1"), QStringLiteral("--community"),
+                                       QStringLiteral("other")})
+                                     .options;
+    EXPECT_EQ(named.showAddress, QStringLiteral("tcp:[::1]:1161"));
+    EXPECT_EQ(named.community, QStringLiteral("other"));
+    EXPECT_EQ(read(standalone).options.task, agent::Options::Task::Serve);
+    EXPECT_TRUE(errorOf("--community", "other").contains(QStringLiteral("needs --show")));
+}
+
 TEST(CommandLine, UsersHaveIdentifiers)
 {
     EXPECT_TRUE(read(standalone).options.limits.users.empty()) << "every user";
