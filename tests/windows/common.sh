@@ -42,6 +42,11 @@ agent_is_ready_or_gone() {
     grep -qs "listening for applications" "$work_dir/agent.log" || ! kill -0 "$1" 2>/dev/null
 }
 
+# The port where the agent accepts applications.
+application_port() {
+    sed -n 's/.*listening for applications on .*:\([0-9]*\).*/\1/p' "$work_dir/agent.log"
+}
+
 # start_agent COMMAND...: starts the agent with the addresses added. Sets $port, for managers, and the port of the
 # applications. The address of an SNMP service must name a port, so this tries a few.
 start_agent() {
@@ -53,7 +58,7 @@ start_agent() {
         wait_until "the agent" agent_is_ready_or_gone "$agent_pid"
         if kill -0 "$agent_pid" 2>/dev/null; then
             pids+=("$agent_pid")
-            VIGIL_SERVICE_PORT=$(sed -n 's/.*listening for applications on .*:\([0-9]*\).*/\1/p' "$work_dir/agent.log")
+            VIGIL_SERVICE_PORT=$(application_port)
             export VIGIL_SERVICE_PORT VIGIL_LOG_DIR="Z:$work_dir/log"
             return
         fi
