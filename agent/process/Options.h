@@ -26,12 +26,12 @@ struct Options
     bool isStandalone() const { return !standaloneAddress.isEmpty(); }
 
     Task task = Task::Serve;
+    bool canJoinMaster = true;    ///< false on a system without AgentX: standalone is the only way
     bool canBeService = false;    ///< false on a system where packages make the service
     bool isService = false;       ///< the service manager has started this process as a service
     QStringList serviceArguments; ///< of the service to install
     QString standaloneAddress;    ///< listening addresses as Net-SNMP writes them; empty: subagent of snmpd
     QString agentxAddress;        ///< where snmpd listens for subagents; the default is Net-SNMP's
-    bool canJoinMaster = true;    ///< false on a system without AgentX: standalone is the only way
     QString configFile;           ///< empty for none
     QString showAddress;          ///< of the agent to show, as Net-SNMP writes it
     QString community = QStringLiteral("public"); ///< to ask it with
