@@ -251,7 +251,7 @@ protected:
         const int mark = ++m_marks;
         for (size_t i = 0; i < peers.size(); ++i)
             peers[i].application->publish(markCell(peers[i].user, i), mark);
-        EXPECT_TRUE(support::runUntil([&] {
+        EXPECT_TRUE(support::askUntil([&] {
             const QStringList marks = manager->walk(full(markTree)).filter(QStringLiteral(" %1").arg(mark));
             return marks.size() == static_cast<int>(peers.size());
         }));
@@ -297,7 +297,7 @@ protected:
     Cells walkWhole() const
     {
         Cells cells;
-        support::runUntil([&] {
+        support::askUntil([&] {
             cells = walk();
             return !isTorn(cells);
         });
@@ -403,7 +403,7 @@ protected:
             for (int number = 1; number < rowsOfUser; ++number)
                 crash(user, number);
         }
-        EXPECT_TRUE(support::runUntil(
+        EXPECT_TRUE(support::askUntil(
             [this] { return manager->walk(full(markTree)).filter(QStringLiteral("No Such")).size() == 1; }));
     }
 
@@ -452,13 +452,13 @@ TEST_F(Churn, EveryRowIsItsOwnersAndNothingIsLeft)
         if (i == steps / 3)
             resident = support::residentKilobytes(agent->processId());
     }
-    EXPECT_TRUE(support::runUntil([this] { return isEachLossShown(); }));
+    EXPECT_TRUE(support::askUntil([this] { return isEachLossShown(); }));
     expectTrue(walkWhole());
     cleanUp();
     expectTrue(walkWhole());
     EXPECT_EQ(agentValue("TakeoversRefused.0") > 0, users.size() > 1);
     EXPECT_GT(agentValue("ProtocolErrors.0"), 0);
-    EXPECT_TRUE(support::runUntil([&] { return agentValue("Memory.0") == memory; }))
+    EXPECT_TRUE(support::askUntil([&] { return agentValue("Memory.0") == memory; }))
         << agentValue("Memory.0") << " kB, before " << memory;
     EXPECT_TRUE(support::runUntil([&] { return descriptors() == descriptorsBefore; })) << descriptors();
     const std::optional<qint64> residentAtTheEnd = support::residentKilobytes(agent->processId());
