@@ -3,9 +3,12 @@
 
 #include "agent/control/ControlServer.h"
 
+#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "agent/core/Descriptors.h"
@@ -15,17 +18,41 @@ namespace agent {
 namespace {
 
 constexpr int probeMs = 200;
+constexpr int longestPath = 100; // sockets take 103 at least; the server adds a few while it makes one
 
 bool mayControl(const User& user)
 {
     return user && (user == platform::rootUser() || user == platform::ownUser());
 }
 
-bool isServed(const QString& path)
+/// Another user who may change the directory could exchange files while the socket is made, and so make root
+/// change the rights of any file.
+Error problemWithDirectory(const QFileInfo& directory)
 {
+    const QString owner = QString::number(directory.ownerId());
+    const bool isTrusted = mayControl(User(owner.toStdString()));
+    if (isTrusted && !(directory.permissions() & (QFile::WriteGroup | QFile::WriteOther)))
+        return {};
+    return Error(QStringLiteral("users other than root and the agent's own may write in its directory"));
+}
+
+/// Nothing if the path is free, or has a socket that no program listens on any more. The system refuses a
+/// connection only then: not if an agent is too busy to accept, nor if it is another program's kind of
+/// socket.
+Error problemWith(const QString& path)
+{
+    std::error_code ignored; // the type says so, too
+    const std::filesystem::file_type type =
+        std::filesystem::symlink_status(path.toStdString(), ignored).type();
+    if (type == std::filesystem::file_type::not_found)
+        return {};
+    if (type != std::filesystem::file_type::socket)
+        return Error(QStringLiteral("it exists and is not a socket"));
     QLocalSocket probe;
     probe.connectToServer(path);
-    return probe.waitForConnected(probeMs);
+    const bool isLeft =
+        !probe.waitForConnected(probeMs) && probe.error() == QLocalSocket::ConnectionRefusedError;
+    return isLeft ? Error() : Error(QStringLiteral("another agent listens there"));
 }
 
 void discard(QLocalSocket* socket)
@@ -47,11 +74,15 @@ ControlServer::ControlServer(Clock& clock, ControlHandler handler, UserOf userOf
 
 Error ControlServer::listen(const QString& path)
 {
-    const QFileInfo file(path);
-    if (file.isFile() || file.isDir() || file.isSymLink())
-        return Error(QStringLiteral("it exists and is not a socket"));
-    if (isServed(path))
-        return Error(QStringLiteral("another agent listens there"));
+    if (QFile::encodeName(path).size() > longestPath)
+        return Error(QStringLiteral("it is longer than %1 bytes").arg(longestPath));
+    const QFileInfo directory(QFileInfo(path).absolutePath());
+    if (!directory.isDir())
+        return Error(QStringLiteral("its directory does not exist"));
+    if (Error error = problemWithDirectory(directory))
+        return error;
+    if (Error error = problemWith(path))
+        return error;
     QLocalServer::removeServer(path);
     return m_server.listen(path) ? Error() : Error(m_server.errorString());
 }

@@ -36,7 +36,7 @@ public:
 
     ControlServer(Clock& clock, ControlHandler handler, UserOf userOf = &platform::localPeerUser);
 
-    /// Makes the socket at this path. Replaces one that an agent has left there.
+    /// Makes the socket at this path. Replaces one left there by an ended agent, and nothing else.
     Error listen(const QString& path);
 
     /// Empty before.

@@ -9,8 +9,15 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <memory>
 #include <vector>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include "agent/control/ControlServer.h"
 #include "support/ManualClock.h"
@@ -64,6 +71,21 @@ protected:
         return socket;
     }
 
+    /// Why a second server cannot listen there.
+    QString listenError(const QString& where)
+    {
+        ControlServer second(clock, [](const QByteArray&, const User&) { return ControlReply{}; });
+        return second.listen(where).text();
+    }
+
+    static sockaddr_un addressOf(const QString& path)
+    {
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, QFile::encodeName(path).constData(), sizeof address.sun_path - 1);
+        return address;
+    }
+
     static bool isClosed(const QLocalSocket& socket)
     {
         return socket.state() == QLocalSocket::UnconnectedState;
@@ -86,6 +108,7 @@ protected:
         return {"user " + QByteArray::fromStdString(user.value_or(std::string())) + '\n', nullptr};
     }
 
+    static constexpr QFile::Permissions ownerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
     const QTemporaryDir directory;
     support::ManualClock clock;
     User peer = platform::ownUser();
@@ -222,6 +245,75 @@ TEST_F(ControlServerTest, AFileIsNotReplaced)
     ControlServer second(clock, [](const QByteArray&, const User&) { return ControlReply{}; });
     EXPECT_TRUE(second.listen(file.fileName()));
     EXPECT_TRUE(file.exists());
+}
+
+// The probe of a second agent timed out, and the second agent took the path.
+TEST_F(ControlServerTest, ABusyAgentKeepsItsPath)
+{
+    std::vector<int> waiting; // as many as the system lets wait for an agent that does not accept
+    const auto connectOne = [&] {
+        waiting.push_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0));
+        const sockaddr_un address = addressOf(path());
+        return ::connect(waiting.back(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    };
+    while (connectOne()) {
+    }
+    EXPECT_EQ(errno, EAGAIN);
+    EXPECT_EQ(listenError(path()), QStringLiteral("another agent listens there"));
+    EXPECT_TRUE(runUntil(connectOne)) << "the first agent accepts again";
+    std::for_each(waiting.begin(), waiting.end(), &::close);
+}
+
+// A connection to a pipe or a device is refused as one to a left socket is.
+TEST_F(ControlServerTest, APipeIsNotReplaced)
+{
+    const QString pipe = directory.filePath(QStringLiteral("pipe"));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    EXPECT_EQ(listenError(pipe), QStringLiteral("it exists and is not a socket"));
+    EXPECT_TRUE(QFile::exists(pipe));
+}
+
+TEST_F(ControlServerTest, ASymbolicLinkIsNotReplaced)
+{
+    const QString link = directory.filePath(QStringLiteral("link"));
+    ASSERT_TRUE(QFile::link(directory.filePath(QStringLiteral("nowhere")), link));
+    EXPECT_EQ(listenError(link), QStringLiteral("it exists and is not a socket"));
+}
+
+TEST_F(ControlServerTest, ADatagramSocketIsNotReplaced)
+{
+    const QString journal = directory.filePath(QStringLiteral("journal"));
+    const int other = ::socket(AF_UNIX, SOCK_DGRAM, 0);
+    const sockaddr_un address = addressOf(journal);
+    ASSERT_EQ(::bind(other, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    EXPECT_NE(listenError(journal), QString());
+    EXPECT_TRUE(QFile::exists(journal));
+    ::close(other);
+}
+
+TEST_F(ControlServerTest, ADirectoryOpenToOthersIsRefused)
+{
+    for (const QFile::Permission open : {QFile::WriteGroup, QFile::WriteOther}) {
+        ASSERT_TRUE(QFile::setPermissions(directory.path(), ownerOnly | open));
+        EXPECT_EQ(listenError(directory.filePath(QStringLiteral("next"))),
+                  QStringLiteral("users other than root and the agent's own may write in its directory"));
+    }
+    ASSERT_TRUE(QFile::setPermissions(directory.path(), ownerOnly));
+    EXPECT_EQ(listenError(directory.filePath(QStringLiteral("next"))), QString());
+}
+
+// The server made it, but no program could connect.
+TEST_F(ControlServerTest, APathTooLongForASocketIsRefused)
+{
+    const QString fits = directory.filePath(QStringLiteral("x")).leftJustified(100, QLatin1Char('x'));
+    EXPECT_EQ(listenError(fits + QLatin1Char('x')), QStringLiteral("it is longer than 100 bytes"));
+    EXPECT_EQ(listenError(fits), QString());
+}
+
+TEST_F(ControlServerTest, ADirectoryThatDoesNotExistIsNamed)
+{
+    EXPECT_EQ(listenError(directory.filePath(QStringLiteral("none/control"))),
+              QStringLiteral("its directory does not exist"));
 }
 
 TEST_F(ControlServerTest, ASocketLeftByAnAgentThatWasKilledIsReplaced)
