@@ -53,6 +53,7 @@ void StateKeeper::restore(qint64 forgetMs)
         log::warning(m_file.partlyDamaged(wrong.lines, wrong.first).text());
     m_mutes.restore(state.mutes);
     m_notifications.restore(state.notified, forgetMs);
+    m_notifications.restoreForgotten(state.forgotten);
     for (const SavedApplication& application : state.applications)
         m_applications.restore(application);
     m_saved = fingerprintOf(lines);
@@ -97,12 +98,15 @@ SavedState StateKeeper::current() const
 {
     SavedState state;
     state.mutes = m_mutes.all();
+    state.forgotten = m_notifications.forgotten();
     state.applications = m_applications.lostApplications();
     std::set<ObjectId> lostChecks;
     for (const SavedApplication& application : state.applications) {
         for (const LostCheck& check : application.checks)
             lostChecks.insert(check.check);
     }
+    for (const LostCheck& check : state.forgotten)
+        lostChecks.insert(check.check);
     std::vector<ObjectId> notOk;
     for (const auto& [check, status] : m_notifications.notified()) {
         const bool isLost = lostChecks.count(check) > 0;

@@ -17,7 +17,8 @@
 
 namespace agent {
 
-/// Keeps lost applications with their health checks, notified statuses and mutes over a restart of the agent.
+/// Keeps lost applications with their health checks, notified statuses and mutes over a restart of the agent,
+/// with the checks forgotten while muted.
 /// An application that was connected is kept with the checks that managers know as not OK: if it does not
 /// come back, it is lost like any other.
 ///

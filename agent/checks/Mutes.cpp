@@ -4,6 +4,7 @@
 #include "agent/checks/Mutes.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace agent {
 
@@ -13,10 +14,10 @@ Mutes::Mutes(Clock& clock)
 
 Error Mutes::mute(const ObjectId& check, qint64 forMs)
 {
-    if (!contains(check) && m_until.size() >= most)
+    if (!contains(check) && m_running.size() >= most)
         return Error(QStringLiteral("%1 checks are muted already, as many as the agent allows").arg(most));
     const qint64 ms = std::min(forMs, longestMs);
-    m_until[check] = m_clock.nowUtc().addMSecs(ms);
+    m_running[check] = {{m_clock.nowUtc().addMSecs(ms), ms}, m_clock.elapsedMs() + ms};
     m_deadlines.restart(check, ms);
     emit changed(check);
     return {};
@@ -25,7 +26,7 @@ Error Mutes::mute(const ObjectId& check, qint64 forMs)
 bool Mutes::unmute(const ObjectId& check)
 {
     m_deadlines.remove(check);
-    if (m_until.erase(check) == 0)
+    if (m_running.erase(check) == 0)
         return false;
     emit changed(check);
     return true;
@@ -33,14 +34,31 @@ bool Mutes::unmute(const ObjectId& check)
 
 QDateTime Mutes::untilOf(const ObjectId& check) const
 {
-    const auto found = m_until.find(check);
-    return found == m_until.end() ? QDateTime() : found->second;
+    const auto found = m_running.find(check);
+    return found == m_running.end() ? QDateTime() : untilOf(found->second);
 }
 
-void Mutes::restore(const std::map<ObjectId, QDateTime>& mutes)
+/// The two clocks differ by a little, which must not change the time shown.
+QDateTime Mutes::untilOf(const Running& running) const
 {
-    for (const auto& [check, until] : mutes) {
-        const qint64 leftMs = m_clock.nowUtc().msecsTo(until);
+    constexpr qint64 toleranceMs = 1000;
+    const QDateTime until = m_clock.nowUtc().addMSecs(running.endMs - m_clock.elapsedMs());
+    const bool isSame = std::abs(running.mute.until.msecsTo(until)) <= toleranceMs;
+    return isSame ? running.mute.until : until;
+}
+
+std::map<ObjectId, Mute> Mutes::all() const
+{
+    std::map<ObjectId, Mute> mutes;
+    for (const auto& [check, running] : m_running)
+        mutes[check] = {untilOf(running), running.mute.forMs};
+    return mutes;
+}
+
+void Mutes::restore(const std::map<ObjectId, Mute>& mutes)
+{
+    for (const auto& [check, saved] : mutes) {
+        const qint64 leftMs = std::min(m_clock.nowUtc().msecsTo(saved.until), saved.forMs);
         if (leftMs > 0 && mute(check, leftMs))
             return; // there is no more room
     }

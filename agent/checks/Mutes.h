@@ -12,13 +12,15 @@
 #include "agent/core/Clock.h"
 #include "agent/core/DeadlineQueue.h"
 #include "agent/core/Error.h"
+#include "agent/core/Mute.h"
 #include "agent/core/ObjectId.h"
 
 namespace agent {
 
 /// The checks an operator has muted: managers get no notifications about them for some time.
 ///
-/// A mute belongs to the keys of its check, so it outlasts a restart of the application.
+/// A mute belongs to the keys of its check, so it outlasts a restart of the application. It lasts for the
+/// time wanted, even if the host's time changes meanwhile.
 ///
 /// Ownership: the clock must outlive it.
 class Mutes : public QObject
@@ -37,24 +39,33 @@ public:
     /// False if the check is not muted.
     bool unmute(const ObjectId& check);
 
-    bool contains(const ObjectId& check) const { return m_until.count(check) > 0; }
+    bool contains(const ObjectId& check) const { return m_running.count(check) > 0; }
 
     /// UTC; null if the check is not muted.
     QDateTime untilOf(const ObjectId& check) const;
 
-    /// All of them, with their ends.
-    const std::map<ObjectId, QDateTime>& all() const { return m_until; }
+    /// By the indexes of the checks.
+    std::map<ObjectId, Mute> all() const;
 
-    /// Takes up what all() returned in the agent's last run. Those over by now are left out.
-    void restore(const std::map<ObjectId, QDateTime>& mutes);
+    /// Takes up what all() returned in the agent's last run. Those over by now are left out. None lasts
+    /// longer than it was wanted for: the host's time may be wrong.
+    void restore(const std::map<ObjectId, Mute>& mutes);
 
 signals:
     /// The check is muted, no longer muted, or muted until another time.
     void changed(const agent::ObjectId& check);
 
 private:
+    struct Running
+    {
+        Mute mute;
+        qint64 endMs; // on elapsedMs()
+    };
+
+    QDateTime untilOf(const Running& running) const;
+
     Clock& m_clock;
-    std::map<ObjectId, QDateTime> m_until;
+    std::map<ObjectId, Running> m_running;
     DeadlineQueue<ObjectId> m_deadlines;
 };
 

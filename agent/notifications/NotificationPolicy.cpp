@@ -62,10 +62,16 @@ void NotificationPolicy::handleForgotten(const ObjectId& id)
     const HealthChange change = {
         id, served->status, previous,
         shortened(served->summary, longestSummary) + " The agent has forgotten the check.", true};
-    if (m_mutes.contains(id))
-        m_forgotten[id] = change;
+    tell(change);
+}
+
+/// Once the check is no longer muted.
+void NotificationPolicy::tell(const HealthChange& forgotten)
+{
+    if (m_mutes.contains(forgotten.check))
+        m_forgotten[forgotten.check] = forgotten;
     else
-        m_notify(change);
+        m_notify(forgotten);
 }
 
 void NotificationPolicy::handleMuteChanged(const ObjectId& id)
@@ -116,6 +122,23 @@ void NotificationPolicy::restore(std::map<ObjectId, int> notified, qint64 forMs)
     m_restored = std::move(notified);
     if (forMs >= 0)
         m_clock.callAfter(forMs, this, [this] { m_restored.clear(); });
+}
+
+std::vector<LostCheck> NotificationPolicy::forgotten() const
+{
+    std::vector<LostCheck> checks;
+    for (const auto& [id, change] : m_forgotten)
+        checks.push_back({id, change.status, change.summary});
+    return checks;
+}
+
+void NotificationPolicy::restoreForgotten(const std::vector<LostCheck>& forgotten)
+{
+    for (const LostCheck& check : forgotten) {
+        const auto known = m_restored.extract(check.check);
+        if (!known.empty())
+            tell({check.check, check.status, known.mapped(), check.summary, true});
+    }
 }
 
 void NotificationPolicy::handle(Event event, const ObjectId& id)

@@ -10,8 +10,10 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "agent/cells/HealthTable.h"
+#include "agent/cells/LostCheck.h"
 #include "agent/checks/Mutes.h"
 #include "agent/core/Clock.h"
 #include "agent/core/DelayQueue.h"
@@ -114,6 +116,13 @@ public:
     /// are forgotten (-1: never).
     void restore(std::map<ObjectId, int> notified, qint64 forMs);
 
+    /// The rows forgotten while muted, with what managers will be told.
+    std::vector<LostCheck> forgotten() const;
+
+    /// Takes up what forgotten() returned in the agent's last run. Call restore() first. Managers hear at
+    /// once of those no longer muted.
+    void restoreForgotten(const std::vector<LostCheck>& forgotten);
+
 private:
     struct Check
     {
@@ -128,6 +137,7 @@ private:
     void compare(const ObjectId& id, Check& check);
     bool isMuted(const ObjectId& id) const { return m_justNotified.contains(id) || m_mutes.contains(id); }
     void handleMuteChanged(const ObjectId& id);
+    void tell(const HealthChange& forgotten);
 
     Clock& m_clock;
     const Mutes& m_mutes;

@@ -51,6 +51,8 @@ public:
     {
         m_policy.restore(std::move(notified), forMs);
     }
+    std::vector<LostCheck> forgotten() const { return m_policy.forgotten(); }
+    void restoreForgotten(const std::vector<LostCheck>& forgotten) { m_policy.restoreForgotten(forgotten); }
 
 signals:
     /// A change of a health check is on its way to managers.

@@ -14,7 +14,9 @@ const QString connectedWord = QStringLiteral("connected");
 const QString checkWord = QStringLiteral("check");
 const QString notifiedWord = QStringLiteral("notified");
 const QString mutedWord = QStringLiteral("muted");
+const QString forgottenWord = QStringLiteral("forgotten");
 const QString unknownUser = QStringLiteral("unknown");
+constexpr qint64 msPerSecond = 1000;
 
 /// A text as one word of a line.
 QString word(const QByteArray& text)
@@ -42,6 +44,12 @@ std::optional<int> statusOf(const QString& word)
 QString lineOf(const QStringList& words)
 {
     return words.join(QLatin1Char(' '));
+}
+
+QString checkLine(const QString& firstWord, const LostCheck& check)
+{
+    return lineOf({firstWord, QString::number(check.status), toText(check.check),
+                   word(QByteArray::fromStdString(check.summary))});
 }
 
 QString applicationLine(const ApplicationInfo& info)
@@ -81,13 +89,15 @@ QStringList SavedState::toLines() const
     for (const SavedApplication& application : applications) {
         lines.append(applicationLine(application.info));
         for (const LostCheck& check : application.checks)
-            lines.append(lineOf({checkWord, QString::number(check.status), toText(check.check),
-                                 word(QByteArray::fromStdString(check.summary))}));
+            lines.append(checkLine(checkWord, check));
     }
     for (const auto& [check, status] : notified)
         lines.append(lineOf({notifiedWord, QString::number(status), toText(check)}));
-    for (const auto& [check, until] : mutes)
-        lines.append(lineOf({mutedWord, until.toString(Qt::ISODate), toText(check)}));
+    for (const auto& [check, mute] : mutes)
+        lines.append(lineOf({mutedWord, mute.until.toString(Qt::ISODate),
+                             QString::number((mute.forMs + msPerSecond - 1) / msPerSecond), toText(check)}));
+    for (const LostCheck& check : forgotten)
+        lines.append(checkLine(forgottenWord, check));
     return lines;
 }
 
@@ -112,11 +122,33 @@ bool SavedState::readApplication(const QStringList& words)
 
 bool SavedState::readMute(const QStringList& words)
 {
-    const std::optional<ObjectId> index = words.size() == 3 ? indexOf(words[2]) : std::nullopt;
+    const std::optional<ObjectId> index = words.size() == 4 ? indexOf(words[3]) : std::nullopt;
     const QDateTime until = QDateTime::fromString(words.value(1), Qt::ISODate);
-    if (!index || !until.isValid())
+    const uint seconds = words.value(2).toUInt(); // 0 if it is no number
+    if (!index || !until.isValid() || seconds == 0)
         return false;
-    mutes[*index] = until;
+    mutes[*index] = {until, seconds * msPerSecond};
+    return true;
+}
+
+/// A line that starts as "check" does.
+bool SavedState::readCheck(const QStringList& words)
+{
+    const std::optional<int> status = statusOf(words.value(1));
+    const std::optional<ObjectId> index = indexOf(words.value(2));
+    if (!status || !index || words.size() != (words[0] == notifiedWord ? 3 : 4))
+        return false;
+    if (words[0] == notifiedWord) {
+        notified[*index] = *status;
+        return true;
+    }
+    const LostCheck check = {*index, *status, textOf(words[3]).toStdString()};
+    if (words[0] == forgottenWord)
+        forgotten.push_back(check);
+    else if (words[0] == checkWord && m_hasApplication)
+        applications.back().checks.push_back(check);
+    else
+        return false;
     return true;
 }
 
@@ -124,23 +156,7 @@ bool SavedState::readLine(const QStringList& words)
 {
     if (words[0] == lostWord || words[0] == connectedWord)
         return readApplication(words);
-    if (words[0] == mutedWord)
-        return readMute(words);
-    if (words.size() < 3)
-        return false;
-    const std::optional<int> status = statusOf(words[1]);
-    const std::optional<ObjectId> index = indexOf(words[2]);
-    if (!status || !index)
-        return false;
-    if (words.size() == 4 && words[0] == checkWord && m_hasApplication) {
-        applications.back().checks.push_back({*index, *status, textOf(words[3]).toStdString()});
-        return true;
-    }
-    if (words.size() == 3 && words[0] == notifiedWord) {
-        notified[*index] = *status;
-        return true;
-    }
-    return false;
+    return words[0] == mutedWord ? readMute(words) : readCheck(words);
 }
 
 } // namespace agent

@@ -75,11 +75,44 @@ TEST_F(MutesTest, TheirNumberIsLimited)
 
 TEST_F(MutesTest, ARestartLeavesOutThoseThatAreOver)
 {
-    mutes.restore({{web, clock.nowUtc().addMSecs(hour)},
-                   {db, clock.nowUtc().addMSecs(-1)},
-                   {ObjectId{3}, clock.nowUtc().addYears(50)}});
-    EXPECT_EQ(mutes.all().size(), 2U);
-    EXPECT_EQ(mutes.untilOf(ObjectId{3}), clock.nowUtc().addMSecs(Mutes::longestMs));
+    mutes.restore(
+        {{web, {clock.nowUtc().addMSecs(hour), 2 * hour}}, {db, {clock.nowUtc().addMSecs(-1), 2 * hour}}});
+    EXPECT_EQ(mutes.all().size(), 1U);
     clock.advance(hour);
     EXPECT_FALSE(mutes.contains(web));
+}
+
+// A machine whose clock starts in the past made a year of two hours.
+TEST_F(MutesTest, ARestartWithAWrongTimeMakesNoMuteLonger)
+{
+    mutes.restore({{web, {clock.nowUtc().addYears(50), hour}},
+                   {db, {clock.nowUtc().addYears(50), Mutes::longestMs + hour}}});
+    EXPECT_EQ(mutes.untilOf(web), clock.nowUtc().addMSecs(hour));
+    EXPECT_EQ(mutes.untilOf(db), clock.nowUtc().addMSecs(Mutes::longestMs));
+    clock.advance(hour);
+    EXPECT_FALSE(mutes.contains(web));
+}
+
+// The end shown, and saved for the next run, was still that of the wrong time.
+TEST_F(MutesTest, AChangeOfTheHostsTimeMovesTheEndShown)
+{
+    EXPECT_FALSE(mutes.mute(web, 2 * hour));
+    for (const qint64 backMs : {50 * hour, -100 * hour}) {
+        clock.setBack(backMs);
+        EXPECT_EQ(mutes.untilOf(web), clock.nowUtc().addMSecs(2 * hour));
+        EXPECT_EQ(mutes.all().at(web).until, mutes.untilOf(web));
+        EXPECT_EQ(mutes.all().at(web).forMs, 2 * hour);
+    }
+    clock.advance(2 * hour - 1);
+    EXPECT_TRUE(mutes.contains(web));
+    clock.advance(1);
+    EXPECT_FALSE(mutes.contains(web));
+}
+
+TEST_F(MutesTest, ASmallDriftLeavesTheEndShownAlone)
+{
+    EXPECT_FALSE(mutes.mute(web, hour));
+    const QDateTime until = mutes.untilOf(web);
+    clock.setBack(900);
+    EXPECT_EQ(mutes.untilOf(web), until);
 }

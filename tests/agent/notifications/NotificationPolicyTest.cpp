@@ -445,6 +445,23 @@ TEST_F(NotificationPolicyTest, ARowForgottenWhileMutedIsSentWhenTheMuteEnds)
     EXPECT_EQ(policy.size(), 0u);
 }
 
+// Managers went on to see the check as CRITICAL.
+TEST_F(NotificationPolicyTest, ARowForgottenWhileMutedIsSentAfterARestart)
+{
+    const std::string summary = "No connection The agent has forgotten the check.";
+    EXPECT_FALSE(mutes.mute(disk, 60'000));
+    policy.restore({{disk, critical}, {memory, ok}}, -1);
+    policy.restoreForgotten({{disk, unknown, summary}, {memory, unknown, summary}, {{99}, unknown, "x"}});
+    EXPECT_THAT(sent, ElementsAre(HealthChange{memory, unknown, ok, summary})) << "it is not muted";
+    sent.clear();
+    ASSERT_EQ(policy.forgotten().size(), 1u);
+    EXPECT_EQ(policy.forgotten()[0].summary, summary);
+    EXPECT_EQ(policy.notified().at(disk), critical);
+    clock.advance(60'000);
+    EXPECT_THAT(sent, ElementsAre(HealthChange{disk, unknown, critical, summary}));
+    EXPECT_EQ(policy.size(), 0u);
+}
+
 TEST_F(NotificationPolicyTest, ARowForgottenWhileMutedGoesOnFromTheStatusManagersKnow)
 {
     createEvaluated();

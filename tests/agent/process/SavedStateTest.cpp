@@ -25,7 +25,8 @@ SavedState example()
     SavedState state;
     state.applications = {shop, stranger};
     state.notified = {{{1, 97, 1, 98}, 3}};
-    state.mutes = {{{1, 97, 1, 99}, QDateTime(QDate(2026, 1, 31), QTime(14, 0), Qt::UTC)}};
+    state.mutes = {{{1, 97, 1, 99}, {QDateTime(QDate(2026, 1, 31), QTime(14, 0), Qt::UTC), 7'199'001}}};
+    state.forgotten = {{{1, 97, 1, 100}, 3, "no connection"}};
     return state;
 }
 
@@ -49,8 +50,13 @@ TEST(SavedState, ReadsWhatItWrote)
     EXPECT_EQ(read.applications[1].info.identity.user, std::nullopt);
     EXPECT_EQ(read.applications[1].info.state, agent::ApplicationInfo::State::Connected);
     EXPECT_EQ(read.notified, example().notified);
-    EXPECT_EQ(read.mutes, example().mutes);
-    EXPECT_EQ(lines.last(), QStringLiteral("muted 2026-01-31T14:00:00Z 1.97.1.99"));
+    ASSERT_EQ(read.mutes.size(), 1u);
+    EXPECT_EQ(read.mutes.begin()->second.until, example().mutes.begin()->second.until);
+    EXPECT_EQ(read.mutes.begin()->second.forMs, 7'200'000) << "whole seconds";
+    EXPECT_TRUE(lines.contains(QStringLiteral("muted 2026-01-31T14:00:00Z 7200 1.97.1.99")));
+    ASSERT_EQ(read.forgotten.size(), 1u);
+    EXPECT_EQ(read.forgotten[0].summary, "no connection");
+    EXPECT_EQ(lines.last(), QStringLiteral("forgotten 3 1.97.1.100 no%20connection"));
 }
 
 // One damaged line made the agent drop all others.
@@ -59,8 +65,10 @@ TEST(SavedState, LeavesOutLinesWithoutMeaning)
     for (const char* line :
          {"", "lost", "unknown 1 2", "notified 4 1.97", "notified x", "notified x 1.97", "notified 2 a.b",
           "check 0 1.97.1.98 before%20any%20application", "lost never 1001 4711 127.0.0.1 40112 x",
-          "lost 2026-01-31T12:34:56Z u 1 ::1 1 x", "muted", "muted never 1.97",
-          "muted 2026-01-31T14:00:00Z a.b"}) {
+          "lost 2026-01-31T12:34:56Z u 1 ::1 1 x", "muted", "muted never 9 1.97",
+          "muted 2026-01-31T14:00:00Z 9 a.b", "muted 2026-01-31T14:00:00Z 0 1.97",
+          "muted 2026-01-31T14:00:00Z -1 1.97", "muted 2026-01-31T14:00:00Z 1.97", "forgotten",
+          "forgotten 3 1.97", "forgotten 4 1.97 x"}) {
         SavedState state;
         const SavedState::Wrong wrong =
             state.readLines({soundLine, QLatin1String(line), soundLine, QLatin1String(line)});
