@@ -13,13 +13,13 @@ namespace vigilctl {
 
 /// Reads the agent's document over HTTP.
 ///
-/// Failure: finished() says what went wrong. An agent that does not answer within 10 seconds is gone.
+/// Failure: finished() gives the reason. No answer within 10 seconds counts as one.
 class AgentReader : public DocumentReader
 {
     Q_OBJECT
 
 public:
-    /// url is that of the agent's page.
+    /// url is the address of the agent's page.
     explicit AgentReader(const QUrl& url);
 
     void read() override;

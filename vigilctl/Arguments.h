@@ -20,8 +20,8 @@ struct Arguments
     Command command = Command::Status;
     QString target;          ///< the check or application to change
     int seconds = 0;         ///< of a mute
-    bool isJson = false;     ///< print what the agent says
-    bool isUrlGiven = false; ///< ask over HTTP, whatever else is possible
+    bool isJson = false;     ///< print the reply as it is
+    bool isUrlGiven = false; ///< ask over HTTP, even if there is a socket
     bool isControlGiven = false;
     QUrl url;
     QString controlPath;
@@ -29,10 +29,10 @@ struct Arguments
     bool isReport() const { return command == Command::Status || command == Command::Watch; }
 };
 
-/// Returns what is wrong with the arguments, or an empty text. Exits after --help and --version.
+/// Returns the mistake in the arguments, or an empty text. Exits after --help and --version.
 QString readArguments(const QStringList& arguments, Arguments& read);
 
-/// Seconds from a text as in 90s, 30m, 2h or 7d. Nothing if it is no such text, or not within 1 s to 366 d.
+/// The seconds in a text such as 90s, 30m, 2h or 7d. Nothing for another text, or outside of 1 s to 366 d.
 std::optional<int> secondsIn(const QString& duration);
 
 } // namespace vigilctl

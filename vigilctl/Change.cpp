@@ -26,7 +26,7 @@ bool isNumber(const QString& text)
     return isNumber;
 }
 
-/// Those with the number or, if the text is none, with the name.
+/// Finds objects by number or, if the text is no number, by name.
 std::vector<QJsonObject> named(const QJsonArray& list, const char* nameMember, const QString& target)
 {
     std::vector<QJsonObject> found;
@@ -38,7 +38,7 @@ std::vector<QJsonObject> named(const QJsonArray& list, const char* nameMember, c
     return found;
 }
 
-/// What is wrong, unless there is exactly one.
+/// Empty if there is exactly one.
 QString problemWith(const std::vector<QJsonObject>& found, const QString& what, const QString& target)
 {
     if (found.size() == 1)
@@ -103,8 +103,7 @@ QString Change::text(const QJsonObject& reply) const
     if (m_arguments.command == Arguments::Command::Unmute)
         return QStringLiteral("%1 is no longer muted\n").arg(name);
     return QStringLiteral("%1 is forgotten, cells removed: %2\n")
-        .arg(name)
-        .arg(static_cast<qint64>(reply[QLatin1String("cells")].toDouble()));
+        .arg(name, QString::number(static_cast<qint64>(reply[QLatin1String("cells")].toDouble())));
 }
 
 } // namespace vigilctl

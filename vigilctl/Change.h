@@ -11,10 +11,10 @@
 
 namespace vigilctl {
 
-/// A change that the operator wants: mute, unmute or forget.
+/// A change for the agent to make: mute, unmute or forget.
 ///
-/// The operator names a check or application as the reports do, or by its number. The agent knows numbers
-/// only, so the name is looked up in its document first.
+/// Operators give the name or the number of a check or application. The agent takes numbers, so names are
+/// looked up in its document first.
 class Change
 {
 public:
@@ -23,7 +23,7 @@ public:
     /// Makes the request for the agent. Returns why it cannot be made, or an empty text.
     QString makeRequest(const QJsonObject& document, QJsonObject& request) const;
 
-    /// What the operator reads after it is done.
+    /// The text for the operator once the change is made.
     QString text(const QJsonObject& reply) const;
 
 private:

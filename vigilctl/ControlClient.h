@@ -15,7 +15,7 @@ namespace vigilctl {
 
 /// Asks the agent through its local socket, for root and the agent's own user.
 ///
-/// Failure: finished() says what went wrong. An agent that says nothing for 10 seconds is gone.
+/// Failure: finished() gives the reason. A silence of 10 seconds counts as one.
 class ControlClient : public DocumentReader
 {
     Q_OBJECT

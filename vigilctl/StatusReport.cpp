@@ -62,7 +62,7 @@ QString muteText(const QJsonObject& check, const QDateTime& now)
                            : QString();
 }
 
-/// Those that are not OK, or muted.
+/// The checks with a problem or a mute.
 std::vector<QJsonObject> problemsOf(const QJsonObject& document)
 {
     std::vector<QJsonObject> problems;

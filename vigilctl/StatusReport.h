@@ -9,9 +9,9 @@
 
 namespace vigilctl {
 
-/// What an operator reads about a host, from the agent's document (docs/checks.schema.json).
+/// The health of a host as text, made from the agent's document (docs/checks.schema.json).
 ///
-/// Texts come from applications: characters that a terminal could take as a command are left out.
+/// Applications choose most texts, so characters with a meaning for terminals are left out.
 class StatusReport
 {
 public:
@@ -23,7 +23,8 @@ public:
     /// False for a document of something else.
     bool isValid() const;
 
-    /// The first line says it all; then come the checks that are not OK or muted, the worst first.
+    /// First a line with the worst status and the counts. Then the checks with a problem or a mute, worst
+    /// first.
     QString text(bool isColoured) const;
 
     ExitCode exitCode() const;

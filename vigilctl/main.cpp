@@ -102,7 +102,7 @@ int showDone(const Arguments& arguments, const QByteArray& answer)
     return 0;
 }
 
-/// Reads the document, to learn the number of what is to change, and asks for the change.
+/// Looks up the number in the document, then asks for the change.
 int change(const Arguments& arguments)
 {
     ControlClient client(arguments.controlPath);

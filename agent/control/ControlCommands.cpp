@@ -98,7 +98,8 @@ QByteArray ControlCommands::forget(const QJsonObject& request, const User& user)
     const size_t cells = m_cells.store().countOf(application);
     if (!m_cells.forget(application))
         return refusal(QStringLiteral("there is no such application"));
-    log::info(QStringLiteral("%1 has forgotten %2, cells removed: %3").arg(userText(user), name).arg(cells));
+    log::info(QStringLiteral("%1 has forgotten %2, cells removed: %3")
+                  .arg(userText(user), name, QString::number(cells)));
     return lineOf({{QStringLiteral("application"), static_cast<qint64>(application)},
                    {QStringLiteral("name"), name},
                    {QStringLiteral("cells"), static_cast<qint64>(cells)}});

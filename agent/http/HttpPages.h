@@ -15,7 +15,7 @@
 
 namespace agent {
 
-/// What the agent serves over HTTP:
+/// The pages of the agent's HTTP server:
 ///
 ///     /                    the page, with /page.css and /page.js
 ///     /api/checks          ChecksJson

@@ -77,7 +77,7 @@ QByteArray metricSeverity(const char* name, const QByteArray& labels, const Metr
     return sample(name, labels, QByteArray::number(metric.severity()));
 }
 
-/// Nothing for a text that is no number.
+/// Nothing unless the text is a number.
 QByteArray numberSample(const char* name, const QByteArray& labels, const std::string& text)
 {
     const QByteArray value = json::number(text);

@@ -14,10 +14,9 @@
 
 namespace agent {
 
-/// Who has how many series of the history, and who gives one up when there is no room.
+/// Counts the series of each user and application, and chooses the one to drop when there is no room.
 ///
-/// The users share the room equally, and so do the applications of a user. What one does not need is for the
-/// others.
+/// The users share the room equally, and so do the applications of a user. Room left by one goes to others.
 class SeriesShares
 {
 public:
@@ -34,7 +33,7 @@ public:
     /// The series must have been added for this holder.
     void remove(const Key& series, const Holder& holder);
 
-    /// The series to remove, so that this holder can have one more. Nothing if it has its share already.
+    /// The series to remove to make room for one of this holder. Nothing if it has its share already.
     std::optional<Key> victimFor(const Holder& holder) const;
 
 private:
@@ -42,7 +41,7 @@ private:
     {
         size_t size = 0;
         std::map<ApplicationId, std::set<Key>> applications;
-        std::set<std::pair<size_t, ApplicationId>> bySize; // so that the largest is found at once
+        std::set<std::pair<size_t, ApplicationId>> bySize; // the largest comes last
     };
 
     void resize(Share& share, ApplicationId application, size_t before, size_t after);

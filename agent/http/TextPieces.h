@@ -14,7 +14,7 @@ class TextPieces
 public:
     virtual ~TextPieces() = default;
 
-    /// What one piece has at most, in bytes: that of a metric with the longest texts.
+    /// The bytes of the largest piece: a metric with the longest texts.
     static constexpr int maxPiece = 64 * 1024;
 
     /// Appends the next piece. False once there is none left.

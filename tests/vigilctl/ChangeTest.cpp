@@ -79,3 +79,11 @@ TEST(Change, AHostileNameCannotControlTheTerminal)
     EXPECT_EQ(Change(argumentsFor(Arguments::Command::Unmute, "1")).text(reply),
               QStringLiteral("a[2Jb is no longer muted\n"));
 }
+
+TEST(Change, APlaceholderInANameStays)
+{
+    const QJsonObject reply{{QStringLiteral("name"), QStringLiteral("%2 and %1")},
+                            {QStringLiteral("cells"), 4}};
+    EXPECT_EQ(Change(argumentsFor(Arguments::Command::Forget, "1")).text(reply),
+              QStringLiteral("%2 and %1 is forgotten, cells removed: 4\n"));
+}
