@@ -16,7 +16,7 @@ ControlConnection::ControlConnection(QLocalSocket* socket, const User& user, Clo
     m_socket->setParent(this);
     m_socket->setReadBufferSize(maxRequest + 1);
     connect(m_socket, &QLocalSocket::readyRead, this, &ControlConnection::read);
-    connect(m_socket, &QLocalSocket::bytesWritten, this, &ControlConnection::ready);
+    connect(m_socket, &QLocalSocket::bytesWritten, this, &ControlConnection::handleTaken);
     connect(m_socket, &QLocalSocket::disconnected, this, &ControlConnection::close);
 }
 
@@ -48,6 +48,15 @@ void ControlConnection::reply(ControlReply reply)
         emit ready();
     else
         m_socket->disconnectFromServer(); // once all is written
+}
+
+/// A long reply may take its time while the peer reads: applications decide how long it is.
+void ControlConnection::handleTaken()
+{
+    if (m_state != State::Replying)
+        return;
+    m_deadline.startOnce(requestMs);
+    emit ready();
 }
 
 bool ControlConnection::canWrite() const

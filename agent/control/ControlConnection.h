@@ -29,7 +29,7 @@ class ControlConnection : public QObject
 
 public:
     static constexpr int maxRequest = 8 * 1024; ///< bytes of a line
-    static constexpr qint64 requestMs = 10'000; ///< for the request; the reply has the same time
+    static constexpr qint64 requestMs = 10'000; ///< for the request, and for each part of the reply
     static constexpr qint64 maxPending = qint64{64} * 1024;
 
     enum class State { Reading, Replying, Closed };
@@ -55,6 +55,7 @@ signals:
 private:
     void read();
     void reply(ControlReply reply);
+    void handleTaken();
     void close();
 
     QLocalSocket* const m_socket;

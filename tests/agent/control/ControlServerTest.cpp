@@ -193,6 +193,23 @@ TEST_F(ControlServerTest, APeerThatDoesNotReadIsClosed)
     }));
 }
 
+// Applications make the document long, and so cut it for the operator.
+TEST_F(ControlServerTest, APeerThatReadsMayTakeLongerThanTheTimeForOnePart)
+{
+    const auto socket = open();
+    socket->setReadBufferSize(100'000);
+    socket->write("long\n");
+    QByteArray text;
+    EXPECT_TRUE(runUntil([&] {
+        const QByteArray read = socket->readAll();
+        clock.advance(read.size() * ControlConnection::requestMs / 400'000);
+        text += read;
+        return isClosed(*socket);
+    }));
+    EXPECT_GT(clock.elapsedMs(), 2 * ControlConnection::requestMs);
+    EXPECT_EQ(text.size(), 6 + 1'000'000);
+}
+
 TEST_F(ControlServerTest, PeersAreLimited)
 {
     std::vector<std::unique_ptr<QLocalSocket>> silent;
