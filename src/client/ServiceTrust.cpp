@@ -20,7 +20,7 @@ platform::User addedUser()
     const QString name = platform::environmentVariable(userVariable);
     if (name.isNull())
         return std::nullopt;
-    const platform::User user = platform::userNamed(name.toStdString());
+    platform::User user = platform::userNamed(name.toStdString());
     if (!user)
         base::writeLog(QStringLiteral("___ERROR___ %1 is \"%2\", which names no user. It adds no one.")
                            .arg(QLatin1String(userVariable), base::printable(name)));
