@@ -103,7 +103,7 @@ TEST_F(AgentState, ACheckLostLongBeforeTheRestartIsForgottenAloud)
 {
     QFile file(directory.filePath(QStringLiteral("state")));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("vigil-agent-state-1\nlost 2026-01-31T12:34:56Z 1001 4711 127.0.0.1 40112 shop\n"
+    file.write("vigil-agent-state-1\nlost 2026-01-31T12:34:56Z unknown 4711 127.0.0.1 40112 shop\n"
                "check 2 1.97.1.98 down\nnotified 2 1.97.1.98\nend\n");
     file.close();
     start({QStringLiteral("--forget"), QStringLiteral("60")});
@@ -148,7 +148,7 @@ TEST_F(AgentState, ADamagedFileIsNotFatal)
 {
     QFile file(directory.filePath(QStringLiteral("state")));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("vigil-agent-state-1\nlost 2026-01-31T12:34:56Z 1001 4711 127.0.0.1 40112 shop\nnonsense\n"
+    file.write("vigil-agent-state-1\nlost 2026-01-31T12:34:56Z unknown 4711 127.0.0.1 40112 shop\nnonsense\n"
                "check 2 1.97.1.99 down\n\nend\n");
     file.close();
     start({QStringLiteral("--forget"), QStringLiteral("0")});

@@ -34,6 +34,10 @@ struct Peer
 /// Windows no user if this process has no right to ask the other one.
 Peer peerOf(std::intptr_t socket);
 
+/// False if peerOf() or userNamed() may wait for the loader's lock, as they may on Windows. A thread that
+/// unloads a library holds this lock while it waits for the library's threads, so these must not ask.
+bool mayLibraryAskForPeers();
+
 /// The user of the process at the other end of a connected local (Unix) socket, when it connected.
 ///
 /// The kernel answers, so the peer cannot lie. Failure: no user outside of this user namespace, nor ever on

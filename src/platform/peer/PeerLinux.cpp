@@ -208,6 +208,11 @@ User localPeerUser(std::intptr_t socket)
     return isKnown(peer.uid) ? User(std::to_string(peer.uid)) : std::nullopt;
 }
 
+bool mayLibraryAskForPeers()
+{
+    return true;
+}
+
 bool knowsLocalPeers()
 {
     return true;

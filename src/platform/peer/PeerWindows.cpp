@@ -256,6 +256,11 @@ User localPeerUser(std::intptr_t)
     return std::nullopt;
 }
 
+bool mayLibraryAskForPeers()
+{
+    return false;
+}
+
 bool knowsLocalPeers()
 {
     return false;
