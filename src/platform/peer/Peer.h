@@ -17,7 +17,7 @@ namespace platform {
 using User = std::optional<std::string>;
 
 /// The user with all rights: root, on Windows Local System.
-const User& rootUser();
+User rootUser();
 
 /// The owner of a socket.
 struct Peer

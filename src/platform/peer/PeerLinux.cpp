@@ -175,10 +175,9 @@ std::string nameOf(const std::string& process)
 
 } // namespace
 
-const User& rootUser()
+User rootUser()
 {
-    static const User user = "0";
-    return user;
+    return "0";
 }
 
 Peer peerOf(std::intptr_t socket)

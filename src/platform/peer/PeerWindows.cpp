@@ -229,10 +229,9 @@ std::string plainName(const wchar_t* name)
 
 } // namespace
 
-const User& rootUser()
+User rootUser()
 {
-    static const User user = localSystem;
-    return user;
+    return localSystem;
 }
 
 Peer peerOf(std::intptr_t socket)
