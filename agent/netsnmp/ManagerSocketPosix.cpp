@@ -19,7 +19,7 @@ bool waitUntilWritable(int socket)
     return poll(&watched, 1, longestStandstillMs) > 0;
 }
 
-/// Net-SNMP's own one waits for ever for a manager that reads nothing, and with it the agent.
+/// Net-SNMP's own sender blocks the agent until the manager reads.
 int sendWhole(netsnmp_transport* transport, const void* data, int size, void**, int*)
 {
     int sent = 0;

@@ -147,7 +147,7 @@ void wait(std::vector<Interest>& interests, int milliseconds)
     std::vector<pollfd> events;
     for (const Interest& interest : interests) {
         const int wanted = (interest.isForReading ? POLLIN : 0) | (interest.isForWriting ? POLLOUT : 0);
-        // A negative descriptor is skipped. Else poll() reports a hang-up that nobody wants to know of yet.
+        // A negative descriptor is skipped. poll() would report a hang-up before it is wanted.
         events.push_back(
             {wanted == 0 ? -1 : static_cast<int>(interest.handle), static_cast<short>(wanted), 0});
     }

@@ -134,7 +134,7 @@ void wait(std::vector<Interest>& interests, int milliseconds)
     for (const Interest& interest : interests) {
         const int wanted =
             (interest.isForReading ? POLLRDNORM : 0) | (interest.isForWriting ? POLLWRNORM : 0);
-        // An invalid descriptor is skipped. Else a hang-up is reported that nobody wants to know of yet.
+        // An invalid descriptor is skipped. WSAPoll() would report a hang-up too early.
         events.push_back({wanted == 0 ? INVALID_SOCKET : static_cast<SOCKET>(interest.handle),
                           static_cast<SHORT>(wanted), 0});
     }

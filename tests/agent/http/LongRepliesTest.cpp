@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// No request may delay managers: whatever applications publish, a piece of a reply is bounded.
+// The agent builds a reply in pieces. Each piece is bounded, so a long reply does not delay SNMP requests.
 
 #include <gtest/gtest.h>
 
