@@ -21,6 +21,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <functional>
 #include <locale>
 #include <ostream>
 #include <sstream>
@@ -42,103 +43,51 @@ template <typename Value, typename... Matchers>
     return ::testing::AllOf(::testing::A<const Value&>(), matchers...);
 }
 
-class CheckMatcher : public ::testing::MatcherInterface<const PublishedTable&>
+/// Finds a part of a whole, such as a check of a table, and judges it by properties.
+template <typename Whole, typename Part>
+class PartMatcher : public ::testing::MatcherInterface<const Whole&>
 {
 public:
-    CheckMatcher(std::string firstKey, std::string secondKey,
-                 ::testing::Matcher<const PublishedCheck&> properties)
-        : m_firstKey(std::move(firstKey)),
-          m_secondKey(std::move(secondKey)),
-          m_properties(std::move(properties))
+    /// Null if the whole has no such part.
+    using Find = std::function<const Part*(const Whole&)>;
+
+    /// name is the part's, for failure messages.
+    PartMatcher(std::string name, Find find, ::testing::Matcher<const Part&> properties)
+        : m_name(std::move(name)), m_find(std::move(find)), m_properties(std::move(properties))
     {}
 
-    bool MatchAndExplain(const PublishedTable& table, ::testing::MatchResultListener* listener) const override
+    bool MatchAndExplain(const Whole& whole, ::testing::MatchResultListener* listener) const override
     {
-        const PublishedCheck* check = table.check(m_firstKey, m_secondKey);
-        *listener << "check " << m_firstKey << '/' << m_secondKey
-                  << (check ? " is there, " : " is not there");
-        return check && m_properties.MatchAndExplain(*check, listener);
+        const Part* part = m_find(whole);
+        *listener << m_name << (part ? " is there, " : " is not there");
+        return part && m_properties.MatchAndExplain(*part, listener);
     }
 
     void DescribeTo(std::ostream* out) const override
     {
-        *out << "has a check " << m_firstKey << '/' << m_secondKey << " that ";
+        *out << "has a " << m_name << " that ";
         m_properties.DescribeTo(out);
     }
 
     void DescribeNegationTo(std::ostream* out) const override
     {
-        *out << "has no check " << m_firstKey << '/' << m_secondKey << " that ";
-        m_properties.DescribeTo(out);
-    }
-
-private:
-    const std::string m_firstKey;
-    const std::string m_secondKey;
-    const ::testing::Matcher<const PublishedCheck&> m_properties;
-};
-
-class MetricMatcher : public ::testing::MatcherInterface<const PublishedCheck&>
-{
-public:
-    MetricMatcher(std::string name, ::testing::Matcher<const PublishedMetric&> properties)
-        : m_name(std::move(name)), m_properties(std::move(properties))
-    {}
-
-    bool MatchAndExplain(const PublishedCheck& check, ::testing::MatchResultListener* listener) const override
-    {
-        const PublishedMetric* metric = check.metric(m_name);
-        *listener << "metric \"" << m_name << (metric ? "\" is there, " : "\" is not there");
-        return metric && m_properties.MatchAndExplain(*metric, listener);
-    }
-
-    void DescribeTo(std::ostream* out) const override
-    {
-        *out << "has a metric \"" << m_name << "\" that ";
-        m_properties.DescribeTo(out);
-    }
-
-    void DescribeNegationTo(std::ostream* out) const override
-    {
-        *out << "has no metric \"" << m_name << "\" that ";
+        *out << "has no " << m_name << " that ";
         m_properties.DescribeTo(out);
     }
 
 private:
     const std::string m_name;
-    const ::testing::Matcher<const PublishedMetric&> m_properties;
+    const Find m_find;
+    const ::testing::Matcher<const Part&> m_properties;
 };
 
-class CellMatcher : public ::testing::MatcherInterface<const PublishedTable&>
+inline ::testing::Matcher<const PublishedTable&>
+hasCell(const std::string& identifier, const ::testing::Matcher<const PublishedCell&>& content)
 {
-public:
-    CellMatcher(std::string identifier, ::testing::Matcher<const PublishedCell&> content)
-        : m_identifier(std::move(identifier)), m_content(std::move(content))
-    {}
-
-    bool MatchAndExplain(const PublishedTable& table, ::testing::MatchResultListener* listener) const override
-    {
-        const PublishedCell* cell = table.cell(m_identifier);
-        *listener << "cell " << m_identifier << (cell ? " is there, " : " is not there");
-        return cell && m_content.MatchAndExplain(*cell, listener);
-    }
-
-    void DescribeTo(std::ostream* out) const override
-    {
-        *out << "has a cell " << m_identifier << " that ";
-        m_content.DescribeTo(out);
-    }
-
-    void DescribeNegationTo(std::ostream* out) const override
-    {
-        *out << "has no cell " << m_identifier << " that ";
-        m_content.DescribeTo(out);
-    }
-
-private:
-    const std::string m_identifier;
-    const ::testing::Matcher<const PublishedCell&> m_content;
-};
+    const auto find = [identifier](const PublishedTable& table) { return table.cell(identifier); };
+    return ::testing::Matcher<const PublishedTable&>(
+        new PartMatcher<PublishedTable, PublishedCell>("cell " + identifier, find, content));
+}
 
 class PublishesMatcher : public ::testing::MatcherInterface<const FakeService&>
 {
@@ -200,8 +149,9 @@ template <typename... Properties>
 ::testing::Matcher<const PublishedTable&> HasCheck(const std::string& firstKey, const std::string& secondKey,
                                                    const Properties&... properties)
 {
-    return ::testing::Matcher<const PublishedTable&>(
-        new detail::CheckMatcher(firstKey, secondKey, detail::allOf<PublishedCheck>(properties...)));
+    const auto find = [=](const PublishedTable& table) { return table.check(firstKey, secondKey); };
+    return ::testing::Matcher<const PublishedTable&>(new detail::PartMatcher<PublishedTable, PublishedCheck>(
+        "check " + firstKey + '/' + secondKey, find, detail::allOf<PublishedCheck>(properties...)));
 }
 
 MATCHER(HasNoChecks, negation ? "has checks" : "has no checks")
@@ -228,16 +178,14 @@ MATCHER_P(TextIs, text, "is a text that " + ::testing::DescribeMatcher<std::stri
 template <typename Number>
 ::testing::Matcher<const PublishedTable&> HasNumber(const std::string& identifier, const Number& number)
 {
-    return ::testing::Matcher<const PublishedTable&>(
-        new detail::CellMatcher(identifier, detail::NumberIs(number)));
+    return detail::hasCell(identifier, detail::NumberIs(number));
 }
 
 /// Has this cell, and it is a matching text. identifier is a full one.
 template <typename Text>
 ::testing::Matcher<const PublishedTable&> HasText(const std::string& identifier, const Text& text)
 {
-    return ::testing::Matcher<const PublishedTable&>(
-        new detail::CellMatcher(identifier, detail::TextIs(text)));
+    return detail::hasCell(identifier, detail::TextIs(text));
 }
 
 // --- Of a check
@@ -246,8 +194,9 @@ template <typename Text>
 template <typename... Properties>
 ::testing::Matcher<const PublishedCheck&> HasMetric(const std::string& name, const Properties&... properties)
 {
-    return ::testing::Matcher<const PublishedCheck&>(
-        new detail::MetricMatcher(name, detail::allOf<PublishedMetric>(properties...)));
+    const auto find = [name](const PublishedCheck& check) { return check.metric(name); };
+    return ::testing::Matcher<const PublishedCheck&>(new detail::PartMatcher<PublishedCheck, PublishedMetric>(
+        "metric \"" + name + '"', find, detail::allOf<PublishedMetric>(properties...)));
 }
 
 // --- Of a check or a metric
