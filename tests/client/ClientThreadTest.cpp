@@ -8,6 +8,8 @@
 #include <QCoreApplication>
 #include <QObject>
 
+#include <atomic>
+
 #include "support/LibraryLog.h"
 
 // The client's first connection, and with it the first calls of callbacks, come before the thread's event
@@ -15,8 +17,9 @@
 TEST(ClientThread, IsCurrentFromItsStartOn)
 {
     const support::LibraryLog log;
-    bool isCurrentAtTheStart = false;
-    bool isCurrentInTheLoop = false;
+    // Atomic, since the thread sanitizer does not see the lock in wait().
+    std::atomic<bool> isCurrentAtTheStart{false};
+    std::atomic<bool> isCurrentInTheLoop{false};
     ClientThread thread;
     QObject inThread;
     inThread.moveToThread(&thread);
