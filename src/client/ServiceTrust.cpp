@@ -13,6 +13,7 @@
 namespace {
 
 constexpr const char* userVariable = "VIGIL_SERVICE_USER";
+constexpr const char* serviceUser = "vigil-agent";
 constexpr qint64 reportIntervalMs = 60'000;
 
 platform::User addedUser()
@@ -45,7 +46,7 @@ bool ServiceTrust::isTrusted(const QTcpSocket& socket)
 bool ServiceTrust::mayServe(const platform::User& user) const
 {
     return !user || user == platform::rootUser() || user == platform::ownUser() || user == m_addedUser ||
-           user == platform::userNamed(platform::agentAccount()); // last: it may ask a directory service
+           user == platform::userNamed(serviceUser); // last: it may ask a directory service
 }
 
 void ServiceTrust::report(const QTcpSocket& socket, const platform::User& user)
@@ -59,5 +60,5 @@ void ServiceTrust::report(const QTcpSocket& socket, const platform::User& user)
             .arg(socket.peerAddress().toString())
             .arg(socket.peerPort())
             .arg(QString::fromStdString(user.value_or(std::string())))
-            .arg(QLatin1String(platform::agentAccount()), QLatin1String(userVariable)));
+            .arg(QLatin1String(serviceUser), QLatin1String(userVariable)));
 }

@@ -69,9 +69,6 @@ User userNamed(const std::string& nameOrId);
 /// The user whose rights this process has.
 User ownUser();
 
-/// The account an installed agent runs under: "vigil-agent", on Windows that of the service with this name.
-const char* agentAccount();
-
 } // namespace platform
 
 #endif

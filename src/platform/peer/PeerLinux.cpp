@@ -257,9 +257,4 @@ User ownUser()
     return std::to_string(geteuid());
 }
 
-const char* agentAccount()
-{
-    return "vigil-agent";
-}
-
 } // namespace platform

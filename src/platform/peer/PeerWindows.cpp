@@ -302,9 +302,4 @@ User ownUser()
     return userOf(GetCurrentProcess());
 }
 
-const char* agentAccount()
-{
-    return "NT SERVICE\\vigil-agent";
-}
-
 } // namespace platform
