@@ -4,7 +4,6 @@
 #ifndef VIGIL_CONNECTIONWATCH_H
 #define VIGIL_CONNECTIONWATCH_H
 
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -27,7 +26,7 @@ public:
 private:
     void callbackStateInfo(int state) override
     {
-        if (!m_isMuted && m_function)
+        if (!isMuted() && m_function)
             m_function(state == 0);
     }
 
@@ -36,10 +35,7 @@ private:
         return untilMemory([this] { VigilSnmpInterface::instance().deregisterStateInfoCallback(this); });
     }
 
-    void mute() noexcept override { m_isMuted = true; }
-
     const std::function<void(bool)> m_function;
-    std::atomic<bool> m_isMuted{false};
 };
 
 } // namespace detail

@@ -6,6 +6,7 @@
 
 // Of no use to an application: what the handles share.
 
+#include <atomic>
 #include <chrono>
 #include <memory>
 #include <mutex>
@@ -79,7 +80,7 @@ public:
             return;
         if (!vigil_in_callback())
             return endNow(std::move(owned));
-        owned->mute();
+        owned->m_isMuted = true;
         Owned* object = owned.get();
         object->m_self = std::move(owned);
         try {
@@ -88,6 +89,11 @@ public:
             // No thread is left, and the library still knows the object: it stays.
         }
     }
+
+protected:
+    /// True once the handle was ended inside a callback: no function of the application is called any more.
+    /// What calls them shares this flag, since another thread may replace it at the same time.
+    const std::atomic<bool>& isMuted() const { return m_isMuted; }
 
 private:
     static void endNow(std::shared_ptr<Owned> owned) noexcept
@@ -101,9 +107,7 @@ private:
     /// library may still call a function. Not called inside a callback. Called once.
     virtual bool end() noexcept = 0;
 
-    /// Called inside a callback, before end(). No function is called afterwards.
-    virtual void mute() noexcept = 0;
-
+    std::atomic<bool> m_isMuted{false};
     std::shared_ptr<Owned> m_self; // of an object without a handle that is still needed
 };
 

@@ -32,10 +32,11 @@ using ManagementFunctions = std::array<std::shared_ptr<const std::function<void(
 class FunctionAdapter : public ManagementHandler
 {
 public:
-    explicit FunctionAdapter(ManagementFunctions functions) : m_functions(std::move(functions)) {}
+    FunctionAdapter(ManagementFunctions functions, const std::atomic<bool>& isMuted)
+        : m_functions(std::move(functions)), m_isMuted(isMuted)
+    {}
 
     const ManagementFunctions& functions() const { return m_functions; }
-    void mute() noexcept { m_isMuted = true; }
 
 private:
     void managementFunction1() override { call(0); }
@@ -51,7 +52,7 @@ private:
     }
 
     const ManagementFunctions m_functions;
-    std::atomic<bool> m_isMuted{false};
+    const std::atomic<bool>& m_isMuted;
 };
 
 /// A check with its two locks.
@@ -120,27 +121,7 @@ public:
         changeFunctions([&](ManagementFunctions& functions) { functions = std::move(all); });
     }
 
-private:
-    template <typename Change>
-    void changeFunctions(Change change)
-    {
-        refuseInsideCallback("a management function was set");
-        std::unique_ptr<FunctionAdapter> adapter; // the earlier one in the end: it goes without the lock
-        const ScopedLock lock(m_structureLock);
-        if (!m_check)
-            throw std::logic_error("the check has ended");
-        ManagementFunctions functions = m_functions ? m_functions->functions() : ManagementFunctions();
-        change(functions);
-        adapter.reset(new FunctionAdapter(std::move(functions)));
-        try {
-            m_check->registerManagementHandler(adapter.get());
-        } catch (...) { // a part of its work may be done
-            m_check->unregisterManagementHandler();
-            throw;
-        }
-        m_functions.swap(adapter);
-    }
-
+protected:
     bool end() noexcept override
     {
         std::unique_ptr<FunctionAdapter> functions;
@@ -155,11 +136,25 @@ private:
         return true;
     }
 
-    void mute() noexcept override
+private:
+    template <typename Change>
+    void changeFunctions(Change change)
     {
-        // A thread in setFunction() waits for this callback, and has not replaced the adapter yet.
-        if (m_functions)
-            m_functions->mute();
+        refuseInsideCallback("a management function was set");
+        std::unique_ptr<FunctionAdapter> adapter; // the earlier one in the end: it goes without the lock
+        const ScopedLock lock(m_structureLock);
+        if (!m_check)
+            throw std::logic_error("the check has ended");
+        ManagementFunctions functions = m_functions ? m_functions->functions() : ManagementFunctions();
+        change(functions);
+        adapter.reset(new FunctionAdapter(std::move(functions), isMuted()));
+        try {
+            m_check->registerManagementHandler(adapter.get());
+        } catch (...) { // a part of its work may be done
+            m_check->unregisterManagementHandler();
+            throw;
+        }
+        m_functions.swap(adapter);
     }
 
     std::mutex m_structureLock;

@@ -81,8 +81,6 @@ protected:
         return true;
     }
 
-    void mute() noexcept override {}
-
 private:
     const std::shared_ptr<OwnedCheck> m_check;
     const std::string m_name;
@@ -110,10 +108,9 @@ public:
     using Accept = std::function<bool(RangeKind, const Range&)>;
     using Changed = std::function<void(RangeKind, const Range&)>;
 
-    RangeAdapter(Accept accept, Changed changed) : m_accept(std::move(accept)), m_changed(std::move(changed))
+    RangeAdapter(Accept accept, Changed changed, const std::atomic<bool>& isMuted)
+        : m_accept(std::move(accept)), m_changed(std::move(changed)), m_isMuted(isMuted)
     {}
-
-    void mute() noexcept { m_isMuted = true; }
 
 private:
     bool acceptRangeChange(ScalarMetric*, RangeKind kind, const Range& range) override
@@ -137,7 +134,7 @@ private:
 
     const Accept m_accept;
     const Changed m_changed;
-    std::atomic<bool> m_isMuted{false};
+    const std::atomic<bool>& m_isMuted;
 };
 
 class OwnedScalar : public OwnedMetric<ScalarMetric>
@@ -148,7 +145,8 @@ public:
     void setRangeHandler(RangeAdapter::Accept accept, RangeAdapter::Changed changed)
     {
         refuseInsideCallback("a range handler was set");
-        std::unique_ptr<RangeAdapter> adapter(new RangeAdapter(std::move(accept), std::move(changed)));
+        std::unique_ptr<RangeAdapter> adapter(
+            new RangeAdapter(std::move(accept), std::move(changed), isMuted()));
         const ScopedLock lock(check().structureLock());
         if (!metric() || !check().get())
             return;
@@ -182,12 +180,6 @@ private:
         const ScopedLock lock(check().structureLock());
         m_rangeAdapter.swap(adapter);
         return true;
-    }
-
-    void mute() noexcept override
-    {
-        if (m_rangeAdapter)
-            m_rangeAdapter->mute();
     }
 
     std::unique_ptr<RangeAdapter> m_rangeAdapter;
