@@ -121,7 +121,7 @@ typedef struct vigil_check vigil_check;
 typedef struct vigil_metric vigil_metric;
 
 /* Creates a check. The first one of the process starts the library. VIGIL_TAKEN if a check of this interface
-   has both keys. Not in a callback. */
+   has both keys, or is being freed with them. Not in a callback. */
 VIGIL_EXPORT vigil_code vigil_check_create(const char* first_key, const char* second_key,
                                            vigil_check** check);
 

@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "base/ThreadSafety.h"
 #include "c/Support.h"
+#include "c/TakenKeys.h"
 
 using c::find;
 using c::guarded;
@@ -25,21 +25,31 @@ using vigil::detail::OwnedWatch;
 
 namespace {
 
-/// Held while a check is created, so that of two threads with the same keys one is refused.
-base::Mutex& creationMutex()
+/// A check that holds its keys until its rows are withdrawn.
+class CheckWithKeys : public OwnedCheck
 {
-    static const base::NeverDestroyed<base::Mutex> mutex;
-    return mutex.get();
-}
+public:
+    explicit CheckWithKeys(const c::Keys& keys) : OwnedCheck(keys.first, keys.second), m_keys(keys) {}
 
-void requireFreeKeys(const std::string& first, const std::string& second)
+private:
+    bool end() noexcept override
+    {
+        const bool isEnded = OwnedCheck::end();
+        c::TakenKeys::instance().release(m_keys);
+        return isEnded;
+    }
+
+    const c::Keys m_keys;
+};
+
+std::shared_ptr<CheckWithKeys> createCheck(const c::Keys& keys)
 {
-    for (const auto& object : c::HandleTable::instance().all()) {
-        const auto check = std::dynamic_pointer_cast<OwnedCheck>(object);
-        const bool isTaken = check && check->use([&](HealthCheck& used) {
-            return used.getFirstKey() == first && used.getSecondKey() == second;
-        });
-        c::require(!isTaken, VIGIL_TAKEN);
+    c::require(c::TakenKeys::instance().take(keys), VIGIL_TAKEN);
+    try {
+        return std::make_shared<CheckWithKeys>(keys);
+    } catch (...) {
+        c::TakenKeys::instance().release(keys);
+        throw;
     }
 }
 
@@ -61,11 +71,7 @@ vigil_code vigil_check_create(const char* first_key, const char* second_key, vig
     return guarded([&] {
         refuseInsideCallback();
         output(check);
-        const std::string first = text(first_key);
-        const std::string second = text(second_key);
-        const base::MutexLock lock(creationMutex());
-        requireFreeKeys(first, second);
-        c::handOut(std::make_shared<OwnedCheck>(first, second), check);
+        c::handOut(createCheck({text(first_key), text(second_key)}), check);
     });
 }
 

@@ -40,13 +40,4 @@ std::shared_ptr<HandleTable::Object> HandleTable::take(std::uintptr_t handle)
     return object;
 }
 
-std::vector<std::shared_ptr<HandleTable::Object>> HandleTable::all() const
-{
-    const base::MutexLock lock(m_mutex);
-    std::vector<std::shared_ptr<Object>> objects;
-    for (const auto& entry : m_objects)
-        objects.push_back(entry.second);
-    return objects;
-}
-
 } // namespace c

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <vector>
 
 #include <vigil/detail/HandleSupport.h>
 
@@ -38,8 +37,6 @@ public:
 
     /// The same, and removes the handle. Of several threads one gets the object.
     std::shared_ptr<Object> take(std::uintptr_t handle);
-
-    std::vector<std::shared_ptr<Object>> all() const;
 
 private:
     friend class base::NeverDestroyed<HandleTable>;

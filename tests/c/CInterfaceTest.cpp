@@ -8,6 +8,7 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
+#include <future>
 #include <limits>
 #include <string>
 #include <thread>
@@ -71,6 +72,8 @@ public: // for the callbacks
     vigil_check* check = nullptr;
     vigil_metric* cpu = nullptr;
     vigil_metric* db = nullptr;
+    std::promise<void> freed;
+    std::promise<void> refused;
 };
 
 TEST_F(CInterfaceTest, ValuesAndTextsArriveInTheTables)
@@ -294,6 +297,30 @@ TEST_F(CInterfaceTest, ACallbackMayUpdateAndFreeButNotCreate)
     EXPECT_TRUE(service.waitForFrame([&](const auto& frame) { return support::describe(frame) == line; }));
 }
 
+// Else the freed check would withdraw the rows of the new one.
+TEST_F(CInterfaceTest, KeysAreTakenUntilACheckFreedInACallbackHasEnded)
+{
+    const auto function = [](void* user, int) {
+        auto& test = *static_cast<CInterfaceTest*>(user);
+        EXPECT_EQ(vigil_check_free(test.check), VIGIL_OK);
+        test.freed.set_value();
+        test.refused.get_future().wait();
+    };
+    EXPECT_EQ(vigil_check_set_function(check, function, this), VIGIL_OK);
+    std::thread manager([this] { commit(cell(5, 1, {"app", "hc"}), 2); });
+    freed.get_future().wait();
+    vigil_check* second = nullptr;
+    vigil_code code = vigil_check_create("app", "hc", &second);
+    EXPECT_EQ(code, VIGIL_TAKEN);
+    refused.set_value();
+    manager.join();
+    while (code == VIGIL_TAKEN)
+        code = vigil_check_create("app", "hc", &second);
+    EXPECT_EQ(code, VIGIL_OK);
+    EXPECT_EQ(vigil_check_update(second), VIGIL_OK);
+    EXPECT_EQ(vigil_check_free(second), VIGIL_OK);
+}
+
 TEST_F(CInterfaceTest, TheConnectionIsKnownAndWatched)
 {
     vigil_watch* watch = nullptr;
@@ -308,6 +335,26 @@ TEST_F(CInterfaceTest, TheConnectionIsKnownAndWatched)
     EXPECT_THAT(recorder.lines(), ElementsAre("0", "1"));
     EXPECT_EQ(vigil_watch_free(watch), VIGIL_OK);
     EXPECT_EQ(vigil_watch_free(watch), VIGIL_BAD_HANDLE);
+}
+
+// The thread and address sanitizers judge it.
+TEST_F(CInterfaceTest, ACallbackMayFreeWhatGetsACallbackMeanwhile)
+{
+    const auto free = [](void* user, int) {
+        auto& test = *static_cast<CInterfaceTest*>(user);
+        EXPECT_EQ(vigil_metric_free(test.cpu), VIGIL_OK);
+        EXPECT_EQ(vigil_check_free(test.check), VIGIL_OK);
+    };
+    EXPECT_EQ(vigil_check_set_function(keeper, free, this), VIGIL_OK);
+    std::thread other([&] {
+        const auto ignore = [](void*, int) {};
+        const auto accept = [](void*, int, const vigil_range*) { return 1; };
+        while (vigil_scalar_set_range_handler(cpu, accept, nullptr, nullptr) == VIGIL_OK &&
+               vigil_check_set_function(check, ignore, nullptr) == VIGIL_OK)
+            continue;
+    });
+    commit(cell(5, 1, {"app", "keeper"}), 2);
+    other.join();
 }
 
 // The thread and address sanitizers judge it.
