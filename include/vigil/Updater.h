@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <utility>
@@ -40,7 +41,12 @@ class UpdateLoop
 public:
     using Clock = std::chrono::steady_clock;
 
-    explicit UpdateLoop(Clock::duration interval) : m_interval(interval) {}
+    explicit UpdateLoop(std::chrono::milliseconds interval)
+        : m_interval((std::min)(interval, std::chrono::milliseconds(std::chrono::hours(24 * 365))))
+    {
+        if (interval <= interval.zero())
+            throw std::invalid_argument("the interval of an updater must be above 0");
+    }
 
     /// Entries are read once a turn; false ends an entry.
     void add(std::shared_ptr<OwnedCheck> check, std::function<bool()> read)
@@ -127,7 +133,7 @@ private:
         m_entries.erase(std::remove(m_entries.begin(), m_entries.end(), entry), m_entries.end());
     }
 
-    const Clock::duration m_interval;
+    const Clock::duration m_interval; // a longer one than a year could overflow
     std::mutex m_mutex;
     std::condition_variable m_changed;
     Entries m_entries;
@@ -177,8 +183,9 @@ bool readGuarded(Read& read, Store store, Fail fail)
 /// needs while you destroy it.
 ///
 /// Failure: a function that throws makes its metric UNKNOWN, with the exception's text, until it returns
-/// again. The thread never ends the process. start() throws std::system_error if the system has no thread
-/// left.
+/// again. The thread never ends the process. The constructor throws std::invalid_argument unless the interval
+/// is positive; one above a year counts as a year. start() throws std::system_error if the system has no
+/// thread left.
 class Updater
 {
 public:

@@ -112,6 +112,24 @@ TEST_F(UpdaterTest, EndsAtOnceBetweenTurns)
     // The test's time-out is shorter than the interval.
 }
 
+TEST_F(UpdaterTest, RefusesAnIntervalThatWouldNotLetTheProcessorRest)
+{
+    EXPECT_THROW(Updater(std::chrono::milliseconds(0)), std::invalid_argument);
+    EXPECT_THROW(Updater(std::chrono::milliseconds(-1)), std::invalid_argument);
+}
+
+TEST_F(UpdaterTest, TheLongestIntervalDoesNotOverflow)
+{
+    std::atomic<int> calls{0};
+    Updater updater((std::chrono::milliseconds::max)());
+    updater.add(cpu, [&] { return ++calls; });
+    updater.start();
+    EXPECT_TRUE(waitForText("cpu", "cpu is 1."));
+    updater.updateNow();
+    EXPECT_TRUE(waitForText("cpu", "cpu is 2."));
+    EXPECT_EQ(calls, 2);
+}
+
 TEST_F(UpdaterTest, NeedNotStart)
 {
     Updater updater(never);
