@@ -4,6 +4,7 @@
 #include "testing/FakeServiceState.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 #include <iostream>
 #include <utility>
@@ -19,6 +20,12 @@ void removeTree(PublishedTable::Cells& cells, const std::string& tree)
     cells.erase(tree);
     // In the order of texts a slash follows a dot, so all descendants are between the two.
     cells.erase(cells.lower_bound(tree + '.'), cells.lower_bound(tree + '/'));
+}
+
+/// A sum with a longer time-out could overflow.
+std::chrono::milliseconds limited(std::chrono::milliseconds timeout)
+{
+    return (std::min)(timeout, std::chrono::milliseconds(std::chrono::hours(24 * 365)));
 }
 
 } // namespace
@@ -52,13 +59,13 @@ PublishedTable FakeServiceState::tableUnderLock() const
 bool FakeServiceState::waitFor(const std::function<bool()>& condition, Milliseconds timeout) const
 {
     std::unique_lock<std::mutex> lock(m_mutex);
-    return m_changed.wait_for(lock, timeout, condition);
+    return m_changed.wait_for(lock, limited(timeout), condition);
 }
 
 bool FakeServiceState::waitForTable(const std::function<bool(const PublishedTable&)>& condition,
                                     Milliseconds timeout) const
 {
-    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    const auto deadline = std::chrono::steady_clock::now() + limited(timeout);
     std::unique_lock<std::mutex> lock(m_mutex);
     for (;;) {
         const unsigned int judged = m_version;

@@ -4,11 +4,10 @@
 #ifndef VIGIL_TESTING_SERVICEPORT_H
 #define VIGIL_TESTING_SERVICEPORT_H
 
-#include <string>
-
 namespace vigil::test {
 
-/// Points the library to a port for as long as it lives, by the environment of the process.
+/// Points the library to a port for as long as it lives, by the environment of the process. Of several the
+/// newest one counts, in any order of their ends.
 class ServicePort
 {
 public:
@@ -18,8 +17,7 @@ public:
     ServicePort& operator=(const ServicePort&) = delete;
 
 private:
-    bool m_wasSet = false;
-    std::string m_before;
+    const int m_port;
 };
 
 } // namespace vigil::test

@@ -5,6 +5,8 @@
 
 #include <QtGlobal>
 
+#include <memory>
+#include <string>
 #include <thread>
 
 #include "testing/TestedApplication.h"
@@ -105,6 +107,23 @@ TEST(FakeService, SetsTheLibrarysPortAndSetsItBack)
     EXPECT_FALSE(qEnvironmentVariableIsSet("VIGIL_SERVICE_PORT"));
 }
 
+// As an assignment to a std::unique_ptr does.
+TEST(FakeService, TheNewestServiceLeftHasTheLibrarysPort)
+{
+    qputenv("VIGIL_SERVICE_PORT", "1234");
+    const auto portIs = [](int port) { return qgetenv("VIGIL_SERVICE_PORT") == QByteArray::number(port); };
+    auto first = std::make_unique<FakeService>();
+    auto second = std::make_unique<FakeService>();
+    auto third = std::make_unique<FakeService>();
+    first.reset();
+    EXPECT_TRUE(portIs(third->port()));
+    third.reset();
+    EXPECT_TRUE(portIs(second->port()));
+    second.reset();
+    EXPECT_TRUE(portIs(1234));
+    qunsetenv("VIGIL_SERVICE_PORT");
+}
+
 TEST(FakeService, ServicesOfOneProcessHaveDifferentPorts)
 {
     const FakeService first;
@@ -133,6 +152,17 @@ TEST(FakeService, MayEndBeforeTheChecks)
         EXPECT_TRUE(service.waitForConnection());
     }
     check.update();
+}
+
+TEST(FakeService, WaitsForTheLongestTimeout)
+{
+    const support::LibraryLog log;
+    FakeService service;
+    service.setTimeout((FakeService::Milliseconds::max)());
+    const vigil::CheckHandle check("shop", "orders");
+    EXPECT_TRUE(service.waitForConnection());
+    EXPECT_TRUE(service.settle());
+    EXPECT_TRUE(service.waitUntil([](const PublishedTable& table) { return table.check("shop", "orders"); }));
 }
 
 TEST(FakeService, WaitsEndAtTheTimeout)

@@ -48,9 +48,10 @@ std::ostream& operator<<(std::ostream& out, SetResult result);
 /// Qt nor an event loop, and works with and without a QCoreApplication. <vigil/testing/Matchers.h> has
 /// matchers for GoogleTest.
 ///
-/// The constructor listens on a free port of 127.0.0.1 and sets VIGIL_SERVICE_PORT to it, the destructor sets
-/// the variable back. The library reads it when the first check is created, and a child process inherits it.
-/// Tests may run in parallel, each in a separate process. Set VIGIL_LOG_DIR to keep the library's log apart.
+/// The constructor listens on a free port of 127.0.0.1 and sets VIGIL_SERVICE_PORT to it. Once it is
+/// destroyed the variable has the port of the newest service left, or its first value. The library reads it
+/// when the first check is created, and a child process inherits it. Tests may run in parallel, each in a
+/// separate process. Set VIGIL_LOG_DIR to keep the library's log apart.
 ///
 /// The table has the cells of connected applications only. When a connection ends, its cells are gone: after
 /// a break the table is empty until the library has connected and sent everything again. It tries every 5
