@@ -46,6 +46,8 @@ namespace vigil {
 ///
 /// Ownership: handles of metrics may outlive the check. Their setters then do nothing. A child process forked
 /// while the check lives may destroy the handles and leaves the parent's check alone.
+/// Assignment creates the new check before it ends the old one, and two checks must not have the same keys.
+/// So reset() the handle before you create a check with its keys again.
 ///
 /// Failure: the constructor throws std::bad_alloc if no memory is left. Operations throw std::logic_error on
 /// an empty handle; setting a function does so inside a callback, too. What a function throws is written to
