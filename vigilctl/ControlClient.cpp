@@ -54,7 +54,8 @@ void ControlClient::handleError(QLocalSocket::LocalSocketError error)
     if (error != QLocalSocket::PeerClosedError)
         return finish(m_socket.errorString());
     m_answer += m_socket.readAll();
-    finish(m_answer.isEmpty() ? QStringLiteral("it refused; only root and the agent's own user may ask")
+    finish(m_answer.isEmpty() ? QStringLiteral("it closed the connection without an answer; only root and "
+                                               "the agent's own user may ask")
                               : QString());
 }
 

@@ -14,6 +14,7 @@
 #include "vigilctl/Arguments.h"
 #include "vigilctl/Change.h"
 #include "vigilctl/ControlClient.h"
+#include "vigilctl/JsonMember.h"
 #include "vigilctl/Printable.h"
 #include "vigilctl/StatusReport.h"
 #include "vigilctl/Terminal.h"
@@ -56,13 +57,22 @@ std::unique_ptr<DocumentReader> readerFor(const Arguments& arguments)
     return std::make_unique<AgentReader>(arguments.url);
 }
 
-/// Returns the exit code.
-int show(const QByteArray& document, const QString& problem, const DocumentReader& reader, bool isJson)
+/// Why the agent refuses the request; empty if it does not.
+QString refusalIn(const QJsonObject& reply)
 {
-    const StatusReport report(QJsonDocument::fromJson(document).object());
+    return vigilctl::printable(vigilctl::member(reply, "error"));
+}
+
+/// Returns the exit code.
+int show(const QByteArray& answer, const QString& problem, const DocumentReader& reader, bool isJson)
+{
+    const QJsonObject document = QJsonDocument::fromJson(answer).object();
+    const StatusReport report(document);
+    if (!refusalIn(document).isEmpty())
+        return complain(refusalIn(document));
     if (!problem.isEmpty() || !report.isValid())
         return complainOf(reader, problem.isEmpty() ? QStringLiteral("it is not an agent") : problem);
-    print(isJson ? QJsonDocument::fromJson(document).toJson(QJsonDocument::Compact) + '\n'
+    print(isJson ? QJsonDocument(document).toJson(QJsonDocument::Compact) + '\n'
                  : report.text(vigilctl::isTerminal()).toUtf8());
     return report.exitCode();
 }
@@ -75,11 +85,11 @@ int report(const Arguments& arguments)
     pause.setSingleShot(true);
     QObject::connect(&pause, &QTimer::timeout, reader.get(), &DocumentReader::read);
     QObject::connect(reader.get(), &DocumentReader::finished, &pause,
-                     [&](const QByteArray& document, const QString& problem) {
+                     [&](const QByteArray& answer, const QString& problem) {
                          const char* clearScreen = "\033[H\033[2J";
                          if (isWatch && !arguments.isJson && vigilctl::isTerminal())
                              print(clearScreen);
-                         const int code = show(document, problem, *reader, arguments.isJson);
+                         const int code = show(answer, problem, *reader, arguments.isJson);
                          if (isWatch)
                              pause.start(watchMs);
                          else
@@ -93,10 +103,10 @@ int report(const Arguments& arguments)
 int showDone(const Arguments& arguments, const QByteArray& answer)
 {
     const QJsonObject reply = QJsonDocument::fromJson(answer).object();
-    const QString refusal = reply[QLatin1String("error")].toString();
-    if (reply.isEmpty() || !refusal.isEmpty())
-        return complain(reply.isEmpty() ? QStringLiteral("the agent's answer has no meaning")
-                                        : vigilctl::printable(refusal));
+    if (reply.isEmpty())
+        return complain(QStringLiteral("the agent's answer has no meaning"));
+    if (!refusalIn(reply).isEmpty())
+        return complain(refusalIn(reply));
     print(arguments.isJson ? QJsonDocument(reply).toJson(QJsonDocument::Compact) + '\n'
                            : Change(arguments).text(reply).toUtf8());
     return 0;
@@ -113,9 +123,11 @@ int change(const Arguments& arguments)
                              return QCoreApplication::exit(complainOf(client, problem));
                          if (isAsked)
                              return QCoreApplication::exit(showDone(arguments, answer));
+                         const QJsonObject document = QJsonDocument::fromJson(answer).object();
+                         if (!refusalIn(document).isEmpty())
+                             return QCoreApplication::exit(complain(refusalIn(document)));
                          QJsonObject request;
-                         const QString mistake =
-                             Change(arguments).makeRequest(QJsonDocument::fromJson(answer).object(), request);
+                         const QString mistake = Change(arguments).makeRequest(document, request);
                          if (!mistake.isEmpty())
                              return QCoreApplication::exit(complain(mistake));
                          isAsked = true;

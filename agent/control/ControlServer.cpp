@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 
 #include <algorithm>
 #include <filesystem>
@@ -18,6 +19,7 @@ namespace agent {
 namespace {
 
 constexpr int probeMs = 200;
+constexpr int lockMs = 2000;     // for another agent that starts or ends
 constexpr int longestPath = 100; // sockets take 103 at least; the server adds a few while it makes one
 
 bool mayControl(const User& user)
@@ -55,6 +57,24 @@ Error problemWith(const QString& path)
     return isLeft ? Error() : Error(QStringLiteral("another agent listens there"));
 }
 
+QString lockPath(const QString& path)
+{
+    return path + QStringLiteral(".lock");
+}
+
+Error problemWith(const QLockFile& lock)
+{
+    if (lock.error() == QLockFile::LockFailedError)
+        return Error(QStringLiteral("another agent is starting or ending there"));
+    return Error(QStringLiteral("no file can be made in its directory"));
+}
+
+ControlReply busyReply()
+{
+    const QByteArray count = QByteArray::number(static_cast<int>(ControlServer::maxConnections));
+    return {"{\"error\":\"the agent is busy with " + count + " other requests; try again\"}\n", nullptr};
+}
+
 void discard(QLocalSocket* socket)
 {
     socket->abort();
@@ -64,12 +84,25 @@ void discard(QLocalSocket* socket)
 } // namespace
 
 ControlServer::ControlServer(Clock& clock, ControlHandler handler, UserOf userOf)
-    : m_clock(clock), m_handler(std::move(handler)), m_userOf(std::move(userOf))
+    : m_clock(clock),
+      m_handler(std::move(handler)),
+      m_refusal([](const QByteArray&, const User&) { return busyReply(); }),
+      m_userOf(std::move(userOf))
 {
     m_runs.setSingleShot(true);
     connect(&m_runs, &QTimer::timeout, this, &ControlServer::run);
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
     connect(&m_server, &QLocalServer::newConnection, this, &ControlServer::acceptAll);
+}
+
+ControlServer::~ControlServer()
+{
+    if (!m_server.isListening())
+        return;
+    // The socket closes before its file goes. In between, another agent could put its own there.
+    QLockFile lock(lockPath(path()));
+    lock.tryLock(lockMs);
+    m_server.close();
 }
 
 Error ControlServer::listen(const QString& path)
@@ -81,6 +114,9 @@ Error ControlServer::listen(const QString& path)
         return Error(QStringLiteral("its directory does not exist"));
     if (Error error = problemWithDirectory(directory))
         return error;
+    QLockFile lock(lockPath(path));
+    if (!lock.tryLock(lockMs))
+        return problemWith(lock);
     if (Error error = problemWith(path))
         return error;
     QLocalServer::removeServer(path);
@@ -92,11 +128,14 @@ void ControlServer::acceptAll()
     while (QLocalSocket* socket = m_server.nextPendingConnection()) {
         const auto descriptor = socket->socketDescriptor();
         const User user = m_userOf(static_cast<std::intptr_t>(descriptor));
-        if (!mayControl(user) || m_connections.size() >= maxConnections ||
-            descriptors::isReserved(static_cast<int>(descriptor)))
+        const bool isUnheard = !mayControl(user) || m_refused >= maxRefused ||
+                               descriptors::isReserved(static_cast<int>(descriptor));
+        if (isUnheard)
             discard(socket);
-        else
+        else if (m_connections.size() < maxConnections)
             accept(socket, user);
+        else
+            refuse(socket, user);
     }
 }
 
@@ -108,6 +147,15 @@ void ControlServer::accept(QLocalSocket* socket, const User& user)
     connect(connection, &ControlConnection::closed, this, [this, connection] {
         m_connections.erase(std::find(m_connections.begin(), m_connections.end(), connection));
     });
+    connection->start();
+}
+
+/// Closed before its request, the peer could miss the reason.
+void ControlServer::refuse(QLocalSocket* socket, const User& user)
+{
+    ++m_refused;
+    auto* connection = new ControlConnection(socket, user, m_clock, m_refusal, this);
+    connect(connection, &ControlConnection::closed, this, [this] { --m_refused; });
     connection->start();
 }
 

@@ -21,7 +21,11 @@ namespace agent {
 /// Lets this host's operators ask the agent for changes, through a local socket.
 ///
 /// Only root and the agent's own user may ask; the kernel tells who a peer is. Connections, the length of a
-/// request and all times are limited. Long replies are made in pieces, so managers never wait for a reader.
+/// request and all times are limited. A peer beyond the connections is told so in reply to its request. Long
+/// replies are made in pieces, so managers never wait for a reader.
+///
+/// Agents take turns at making and removing the socket, by a lock file beside it. Without turns, one could
+/// take the other's new socket for one that an ended agent has left.
 ///
 /// Ownership: the clock must outlive it.
 /// Failure: listen() returns why it cannot serve. Later errors end only the connection they came from.
@@ -31,10 +35,14 @@ class ControlServer : public QObject
 
 public:
     static constexpr size_t maxConnections = 8;
+    static constexpr size_t maxRefused = 8; ///< told why at the same time; more are closed at once
 
     using UserOf = std::function<User(std::intptr_t socket)>; ///< tests have their own
 
     ControlServer(Clock& clock, ControlHandler handler, UserOf userOf = &platform::localPeerUser);
+
+    /// Removes the socket.
+    ~ControlServer() override;
 
     /// Makes the socket at this path. Replaces one left there by an ended agent, and nothing else.
     Error listen(const QString& path);
@@ -45,13 +53,16 @@ public:
 private:
     void acceptAll();
     void accept(QLocalSocket* socket, const User& user);
+    void refuse(QLocalSocket* socket, const User& user);
     void run();
 
     Clock& m_clock;
     const ControlHandler m_handler;
+    const ControlHandler m_refusal;
     const UserOf m_userOf;
     QLocalServer m_server;
     std::deque<ControlConnection*> m_connections;
+    size_t m_refused = 0;
     Turn m_turn;
     QTimer m_runs;
 };

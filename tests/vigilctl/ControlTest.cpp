@@ -9,10 +9,12 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLocalSocket>
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include <memory>
+#include <vector>
 
 #include <unistd.h>
 
@@ -176,6 +178,22 @@ TEST_F(ControlTest, AMistakeChangesNothing)
     EXPECT_EQ(run("unmute app/hc").err, "vigilctl: the check is not muted\n");
     EXPECT_EQ(run("forget 7").err, "vigilctl: there is no application 7\n");
     EXPECT_EQ(run("mute app/hc tomorrow").exitCode, 3);
+}
+
+// vigilctl said that only root and the agent's own user may ask.
+TEST_F(ControlTest, ABusyAgentSaysSo)
+{
+    startAgent();
+    std::vector<std::unique_ptr<QLocalSocket>> silent;
+    for (int i = 0; i < 8; ++i) {
+        silent.push_back(std::make_unique<QLocalSocket>());
+        silent.back()->connectToServer(path());
+    }
+    for (const char* command : {"status", "mute app/hc 2h"}) {
+        const Outcome outcome = run(command);
+        EXPECT_EQ(outcome.exitCode, 3);
+        EXPECT_EQ(outcome.err, "vigilctl: the agent is busy with 8 other requests; try again\n");
+    }
 }
 
 // The file's rights are the first hurdle. Here they are none.

@@ -3,12 +3,16 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
 #include <QLocalSocket>
+#include <QLockFile>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QTimer>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <memory>
@@ -216,9 +220,23 @@ TEST_F(ControlServerTest, PeersAreLimited)
     for (size_t i = 0; i < ControlServer::maxConnections; ++i)
         silent.push_back(open());
     QCoreApplication::processEvents();
-    EXPECT_EQ(ask("what\n"), "");
+    const QByteArray busy = "{\"error\":\"the agent is busy with 8 other requests; try again\"}\n";
+    EXPECT_EQ(ask("what\n"), busy);
+    EXPECT_TRUE(requests.empty());
     silent.pop_back();
-    EXPECT_TRUE(runUntil([&] { return ask("what\n") != ""; }));
+    EXPECT_TRUE(runUntil([&] { return ask("what\n") != busy; }));
+}
+
+TEST_F(ControlServerTest, RefusedPeersAreLimited)
+{
+    std::vector<std::unique_ptr<QLocalSocket>> silent;
+    for (size_t i = 0; i < ControlServer::maxConnections + ControlServer::maxRefused; ++i) {
+        silent.push_back(open());
+        QCoreApplication::processEvents();
+    }
+    EXPECT_EQ(ask("what\n"), "");
+    clock.advance(ControlConnection::requestMs);
+    EXPECT_TRUE(runUntil([&] { return ask("what\n").startsWith("user "); }));
 }
 
 TEST_F(ControlServerTest, ALongReplyComesWhole)
@@ -253,6 +271,49 @@ TEST_F(ControlServerTest, TwoAgentsCannotHaveOnePath)
     ControlServer second(clock, [](const QByteArray&, const User&) { return ControlReply{}; });
     EXPECT_EQ(second.listen(path()).text(), QStringLiteral("another agent listens there"));
     EXPECT_EQ(ask("what\n"), "user " + QByteArray::fromStdString(*platform::ownUser()) + '\n');
+}
+
+// The second agent could find no socket, and then replace the one that the first had made meanwhile.
+TEST_F(ControlServerTest, AnAgentWaitsForOneThatIsStarting)
+{
+    const QString next = directory.filePath(QStringLiteral("next"));
+    QLockFile starting(next + QStringLiteral(".lock"));
+    ASSERT_TRUE(starting.lock());
+    EXPECT_EQ(listenError(next), QStringLiteral("another agent is starting or ending there"));
+    EXPECT_FALSE(QFile::exists(next));
+    starting.unlock();
+    EXPECT_EQ(listenError(next), QString());
+    EXPECT_EQ(QDir(directory.path()).entryList(QDir::Files | QDir::System),
+              QStringList{QStringLiteral("control")});
+}
+
+// One agent could remove the socket of another that started or ended at the same time.
+TEST_F(ControlServerTest, AListeningAgentCanBeReachedWhileOthersStartAndEnd)
+{
+    const QString next = directory.filePath(QStringLiteral("next"));
+    std::atomic<int> served{0};
+    std::atomic<int> unreachable{0};
+    const auto startAndEnd = [&] {
+        support::ManualClock itsClock;
+        for (int i = 0; i < 20; ++i) {
+            ControlServer another(itsClock, [](const QByteArray&, const User&) { return ControlReply{}; });
+            if (another.listen(next))
+                continue;
+            ++served;
+            QLocalSocket operators;
+            operators.connectToServer(next);
+            unreachable += operators.waitForConnected() ? 0 : 1;
+        }
+    };
+    std::vector<std::unique_ptr<QThread>> agents;
+    for (int i = 0; i < 3; ++i) {
+        agents.emplace_back(QThread::create(startAndEnd));
+        agents.back()->start();
+    }
+    for (const auto& each : agents)
+        each->wait();
+    EXPECT_GT(served, 0);
+    EXPECT_EQ(unreachable, 0);
 }
 
 TEST_F(ControlServerTest, AFileIsNotReplaced)
