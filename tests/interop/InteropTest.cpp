@@ -435,7 +435,9 @@ TEST_F(Interop, CollectdReadsSeveritiesAndValues)
     QProcess collectd;
     collectd.setProcessChannelMode(QProcess::MergedChannels);
     collectd.setProcessEnvironment(environment);
-    collectd.start(pathOf("collectd"), {QStringLiteral("-f"), QStringLiteral("-C"), file.fileName()});
+    collectd.setWorkingDirectory(directory.path()); // it takes no path with a blank
+    collectd.start(pathOf("collectd"),
+                   {QStringLiteral("-f"), QStringLiteral("-C"), QStringLiteral("collectd.conf")});
     ASSERT_TRUE(collectd.waitForStarted());
     const auto lastValue = [this](const QString& name) {
         const QDir values(directory.filePath(QStringLiteral("csv/localhost/snmp")));

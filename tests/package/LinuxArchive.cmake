@@ -13,7 +13,7 @@ if(NOT archive)
 endif()
 check_sbom(${archive} vigil Qt Net-SNMP)
 set(folder ${WORK_DIR}/archive)
-file(ARCHIVE_EXTRACT INPUT ${archive} DESTINATION ${folder})
+unpack(${archive} ${folder})
 file(GLOB prefix ${folder}/vigil-1.0.0-*)
 expect_files(
   ${prefix}/share/snmp/mibs/VIGIL-MIB.txt

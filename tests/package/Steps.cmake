@@ -12,6 +12,14 @@ function(run)
   set(output "${output}" PARENT_SCOPE)
 endfunction()
 
+# unpack(ARCHIVE FOLDER), by a relative path: in the C locale CMake unpacks nothing, without an error, from a path that is
+# not ASCII.
+function(unpack archive folder)
+  file(MAKE_DIRECTORY ${folder})
+  file(RELATIVE_PATH source ${folder} ${archive})
+  run(${CMAKE_COMMAND} -E chdir ${folder} ${CMAKE_COMMAND} -E tar xf ${source})
+endfunction()
+
 function(expect_files)
   foreach(file IN LISTS ARGN)
     if(NOT EXISTS ${file})
@@ -86,7 +94,7 @@ function(check_units directory bin)
   foreach(unit IN LISTS units) # systemd-analyze looks for the program where it will be installed
     get_filename_component(name ${unit} NAME)
     file(READ ${unit} text)
-    string(REGEX REPLACE "ExecStart=[^ \n]*/" "ExecStart=${bin}/" text "${text}")
+    string(REGEX REPLACE "ExecStart=[^ \n]*/([^ \n]*)" "ExecStart=\"${bin}/\\1\"" text "${text}")
     file(WRITE ${WORK_DIR}/units/${name} "${text}")
     list(APPEND copies ${WORK_DIR}/units/${name})
   endforeach()

@@ -16,8 +16,8 @@ run(${cpack})
 set(archive ${WORK_DIR}/packages/vigil-1.0.0-win64)
 check_sbom(${archive}.zip vigil Qt5Core Qt5Network libgcc libstdc\\+\\+ winpthreads net-snmp openssl)
 set(folder ${WORK_DIR}/unpacked)
-file(ARCHIVE_EXTRACT INPUT ${archive}.zip DESTINATION ${folder})
-file(ARCHIVE_EXTRACT INPUT ${archive}-debug.zip DESTINATION ${folder})
+unpack(${archive}.zip ${folder})
+unpack(${archive}-debug.zip ${folder})
 
 # Debug information is in files of its own.
 set(debug ${folder}/vigil-1.0.0-win64-debug/bin/vigil.dll.debug)
