@@ -47,6 +47,14 @@ function(vigil_write_sbom file name version epoch)
       ",\n    { \"spdxElementId\": \"SPDXRef-Package\", \"relationshipType\": \"${relationship}\", \"relatedSpdxElement\": \"SPDXRef-Part-${number}\" }")
   endforeach()
 
+  set(texts "")
+  if("${ARGN}" MATCHES "LicenseRef-Public-Domain") # the one that SPDX has no name for
+    set(texts ",
+  \"hasExtractedLicensingInfos\": [
+    { \"licenseId\": \"LicenseRef-Public-Domain\", \"extractedText\": \"In the public domain.\" }
+  ]")
+  endif()
+
   set(ENV{SOURCE_DATE_EPOCH} ${epoch})
   string(TIMESTAMP created "%Y-%m-%dT%H:%M:%SZ" UTC)
   get_filename_component(file_name ${file} NAME)
@@ -62,7 +70,7 @@ function(vigil_write_sbom file name version epoch)
     \"creators\": [ \"Organization: The Vigil authors\", \"Tool: vigil-${version}\" ]
   },
   \"packages\": [\n${packages}\n  ],
-  \"relationships\": [\n${relationships}\n  ]
+  \"relationships\": [\n${relationships}\n  ]${texts}
 }
 ")
 endfunction()

@@ -55,24 +55,30 @@ if(vigil_missing_licences)
   message(STATUS "Licences not found, so there can be no package: ${vigil_missing_licences}")
 endif()
 
-# vigil_source_version(PACKAGE RESULT): the version of the sources of a Debian package.
-function(vigil_source_version package result)
-  execute_process(COMMAND dpkg-query --show "--showformat=\${source:Version}" ${package}
-    OUTPUT_VARIABLE version ERROR_QUIET)
-  set(${result} "${version}" PARENT_SCOPE)
+# vigil_package_field(PACKAGE FIELD RESULT): a field of a Debian package of this system, empty without Debian.
+function(vigil_package_field package field result)
+  execute_process(COMMAND dpkg-query --show "--showformat=\${${field}}" ${package}
+    OUTPUT_VARIABLE value ERROR_QUIET)
+  set(${result} "${value}" PARENT_SCOPE)
 endfunction()
-vigil_source_version(gcc-mingw-w64-x86-64-posix-runtime gcc_version)
-vigil_source_version(mingw-w64-x86-64-dev mingw_version)
+vigil_package_field(mingw-w64-x86-64-dev source:Version mingw_version)
+# The package has a version of its own; this field has that of GCC: "gcc-12 (= 12.2.0-14)".
+vigil_package_field(gcc-mingw-w64-x86-64-posix-runtime Built-Using gcc_version)
+string(REGEX REPLACE ".*gcc-[0-9]+ \\(= ([^)]*)\\).*" "\\1" gcc_version "${gcc_version}")
 set(vigil_runtime_parts
   "CONTAINS|Qt5Core|${Qt5_VERSION}|LGPL-3.0-only|bin/Qt5Core.dll"
   "CONTAINS|Qt5Network|${Qt5_VERSION}|LGPL-3.0-only|bin/Qt5Network.dll"
   "CONTAINS|libgcc|${gcc_version}|GPL-3.0-or-later WITH GCC-exception-3.1|bin/libgcc_s_seh-1.dll"
   "CONTAINS|libstdc++|${gcc_version}|GPL-3.0-or-later WITH GCC-exception-3.1|bin/libstdc++-6.dll"
+  "CONTAINS|mingw-w64 runtime|${mingw_version}|ZPL-2.1|bin/vigil.dll"
   "CONTAINS|winpthreads|${mingw_version}|MIT AND BSD-3-Clause|bin/libwinpthread-1.dll")
+include(QtParts)
+vigil_qt_parts(qt_parts)
+list(APPEND vigil_runtime_parts ${qt_parts})
 if(VIGIL_BUILD_AGENT)
   file(STRINGS ${VIGIL_NET_SNMP}/net-snmp-version net_snmp_version)
   file(STRINGS ${VIGIL_NET_SNMP}/openssl-version openssl_version)
   list(APPEND vigil_runtime_parts
-    "CONTAINS|net-snmp|${net_snmp_version}|BSD-3-Clause AND MIT-CMU|bin/vigil-agent.exe"
+    "CONTAINS|net-snmp|${net_snmp_version}|Net-SNMP|bin/vigil-agent.exe"
     "CONTAINS|openssl|${openssl_version}|Apache-2.0|bin/vigil-agent.exe")
 endif()

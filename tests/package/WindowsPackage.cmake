@@ -14,7 +14,13 @@ endif()
 
 run(${cpack})
 set(archive ${WORK_DIR}/packages/vigil-1.0.0-win64)
-check_sbom(${archive}.zip vigil Qt5Core Qt5Network libgcc libstdc\\+\\+ winpthreads net-snmp openssl)
+check_sbom(${archive}.zip
+  vigil Qt5Core Qt5Network libgcc libstdc\\+\\+ "mingw-w64 runtime" winpthreads
+  "Big5, [^;]* text codecs" CLDR "FreeBSD strtoll and strtoull" HarfBuzz Keccak MD4 MD5 PCRE2
+  "PCRE2 just-in-time compiler" "Public Suffix List" "RFC 6234 secure hash algorithms"
+  "Robert Penner's easing equations" SHA-1 TinyCBOR "Unicode Character Database" brg_endian double-conversion
+  shared-mime-info zlib
+  net-snmp openssl)
 set(folder ${WORK_DIR}/unpacked)
 unpack(${archive}.zip ${folder})
 unpack(${archive}-debug.zip ${folder})
@@ -34,6 +40,33 @@ foreach(program IN LISTS programs)
   endif()
 endforeach()
 set(prefix ${folder}/vigil-1.0.0-win64)
+
+# Each DLL is the file of a part. What the programs say of their parts agrees with the list.
+file(GLOB dlls RELATIVE ${prefix}/bin ${prefix}/bin/*.dll)
+foreach(dll IN LISTS dlls)
+  list(FIND sbom_files ${dll} position)
+  if(position EQUAL -1)
+    message(FATAL_ERROR "The bill of materials has no part with ${dll}: ${sbom_files}")
+  endif()
+endforeach()
+# expect_part(PROGRAM TEXT PART): a line of the program matches TEXT; its first group, if any, is the part's version.
+function(expect_part program text part)
+  file(STRINGS ${prefix}/bin/${program} lines REGEX "${text}")
+  if(NOT lines)
+    message(FATAL_ERROR "${program} does not have \"${text}\"")
+  endif()
+  list(GET lines 0 line)
+  string(REGEX MATCH "${text}" unused "${line}")
+  if(NOT ";${sbom_versions}" MATCHES ";${part}=${CMAKE_MATCH_1}")
+    message(FATAL_ERROR "${program} has ${part} ${CMAKE_MATCH_1}, unlike the bill of materials: ${sbom_versions}")
+  endif()
+endfunction()
+expect_part(Qt5Core.dll "inflate ([0-9.]+) Copyright" zlib)
+expect_part(Qt5Core.dll "missing closing parenthesis" PCRE2)
+expect_part(Qt5Core.dll "QBig5Codec" "Big5, [^;]* text codecs")
+expect_part(vigil-agent.exe "^(5\\.[0-9]+\\.[0-9]+)$" net-snmp)
+expect_part(vigil-agent.exe "CRYPTOGAMS" openssl)
+
 set(documents ${prefix}/share/doc/vigil)
 foreach(dll vigil Qt5Core Qt5Network libgcc_s_seh-1 libstdc++-6 libwinpthread-1)
   expect_files(${prefix}/bin/${dll}.dll)
