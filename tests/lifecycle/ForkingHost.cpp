@@ -97,7 +97,7 @@ struct Handles
 {
     vigil::CheckHandle check{"host", "handles"};
     vigil::ScalarHandle metric{check, "metric"};
-    vigil::Updater updater{std::chrono::milliseconds(0)};
+    vigil::Updater updater{std::chrono::milliseconds(1)};
     vigil_check* checkOfC = nullptr;
     vigil_metric* metricOfC = nullptr;
 
