@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QHostAddress>
+#include <QRandomGenerator>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -67,6 +68,33 @@ protected:
 
     WindowsService service;
 };
+
+/// The agent as the service SNMP, in place of Windows' own one. It does not use the port 161.
+class SnmpStandIn
+{
+public:
+    explicit SnmpStandIn(const QString& commandLine)
+    {
+        m_service.remove();
+        m_isMade = m_service.create(commandLine);
+    }
+    ~SnmpStandIn() { m_service.remove(); }
+    SnmpStandIn(const SnmpStandIn&) = delete;
+    SnmpStandIn& operator=(const SnmpStandIn&) = delete;
+
+    bool start() const { return m_isMade && m_service.start(); }
+
+private:
+    const WindowsService m_service{QStringLiteral("SNMP")};
+    bool m_isMade = false;
+};
+
+/// Tests at the same time have different ones.
+QString freeLoopbackHost()
+{
+    const quint32 number = QRandomGenerator::global()->bounded(1U, 0xfffffeU);
+    return QHostAddress(0x7f000000U | number).toString();
+}
 
 bool isUnderWine()
 {
@@ -198,6 +226,30 @@ TEST_F(ServiceLife, WhatKeepsItFromServingIsInTheLogWithTheExitCode)
     expectStoppedWithError(1);
     EXPECT_TRUE(service.log().contains("error: cannot listen for applications on 127.0.0.1:"))
         << service.log().constData();
+}
+
+// An ordinary user of Linux can bind no port below 1024; then both sockets fail.
+TEST_F(ServiceLife, TheSystemsOwnSnmpServiceIsNamedIfItHasThePort)
+{
+    const QString host = freeLoopbackHost();
+    QUdpSocket occupant;
+    occupant.bind(QHostAddress(host), 161, QAbstractSocket::DontShareAddress);
+    const QStringList options{QStringLiteral("--standalone"), QStringLiteral("udp:%1:161").arg(host),
+                              QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0")};
+    const WindowsService::Outcome before = service.run(options);
+    EXPECT_EQ(before.exitCode, 1);
+    EXPECT_FALSE(before.err.contains("SNMP service")) << before.err.constData();
+
+    install();
+    const SnmpStandIn standIn(service.commandLine());
+    ASSERT_TRUE(standIn.start()) << service.log().constData();
+    const WindowsService::Outcome outcome = service.run(options);
+    EXPECT_EQ(outcome.exitCode, 1);
+    const QByteArray expected =
+        "Windows' own SNMP service runs and has the port 161. Stop it (sc stop SNMP) and keep it from "
+        "starting (sc config SNMP start= disabled), or choose another port, for example udp:" +
+        host.toUtf8() + ":1161\n";
+    EXPECT_TRUE(outcome.err.endsWith(expected)) << outcome.err.constData();
 }
 
 TEST_F(ServiceLife, PauseIsRefused)

@@ -10,7 +10,6 @@
 #include <functional>
 #include <vector>
 
-#include "agent/core/ServiceAccount.h"
 #include "agent/process/ServiceFolders.h"
 #include "support/Deadline.h"
 #include "support/RunUntil.h"
@@ -20,10 +19,9 @@ namespace windows {
 namespace {
 
 /// Calls with the service, and returns false if there is none.
-bool withService(DWORD rights, const std::function<bool(SC_HANDLE)>& call)
+bool withService(const std::wstring& name, DWORD rights, const std::function<bool(SC_HANDLE)>& call)
 {
     SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT);
-    const std::wstring name = agent::serviceAccount::service().toStdWString();
     SC_HANDLE service = OpenServiceW(manager, name.c_str(), rights);
     const bool result = service && call(service);
     if (service)
@@ -32,9 +30,10 @@ bool withService(DWORD rights, const std::function<bool(SC_HANDLE)>& call)
     return result;
 }
 
-void withConfiguration(const std::function<void(const QUERY_SERVICE_CONFIGW&)>& call)
+void withConfiguration(const std::wstring& name,
+                       const std::function<void(const QUERY_SERVICE_CONFIGW&)>& call)
 {
-    withService(SERVICE_QUERY_CONFIG, [&](SC_HANDLE service) {
+    withService(name, SERVICE_QUERY_CONFIG, [&](SC_HANDLE service) {
         constexpr DWORD most = 8192; // the system's limit
         std::vector<char> bytes(most);
         auto* configuration = reinterpret_cast<QUERY_SERVICE_CONFIGW*>(bytes.data());
@@ -47,6 +46,28 @@ void withConfiguration(const std::function<void(const QUERY_SERVICE_CONFIGW&)>& 
 }
 
 } // namespace
+
+WindowsService::WindowsService(const QString& name) : m_name(name.toStdWString()) {}
+
+bool WindowsService::create(const QString& commandLine) const
+{
+    SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CREATE_SERVICE);
+    SC_HANDLE service =
+        CreateServiceW(manager, m_name.c_str(), nullptr, SERVICE_ALL_ACCESS, SERVICE_WIN32_OWN_PROCESS,
+                       SERVICE_DEMAND_START, SERVICE_ERROR_IGNORE, commandLine.toStdWString().c_str(),
+                       nullptr, nullptr, nullptr, nullptr, nullptr);
+    const bool isMade = service != nullptr;
+    CloseServiceHandle(service);
+    CloseServiceHandle(manager);
+    return isMade;
+}
+
+void WindowsService::remove() const
+{
+    if (control(SERVICE_CONTROL_STOP) == NO_ERROR)
+        waitFor(SERVICE_STOPPED);
+    withService(m_name, DELETE, [](SC_HANDLE service) { return DeleteService(service) != 0; });
+}
 
 WindowsService::Outcome WindowsService::run(const QStringList& arguments, const QString& folder) const
 {
@@ -72,8 +93,8 @@ void WindowsService::clear() const
 
 bool WindowsService::start() const
 {
-    const bool isStarting =
-        withService(SERVICE_START, [](SC_HANDLE service) { return StartServiceW(service, 0, nullptr) != 0; });
+    const bool isStarting = withService(
+        m_name, SERVICE_START, [](SC_HANDLE service) { return StartServiceW(service, 0, nullptr) != 0; });
     support::runUntil([this] {
         const DWORD state = status().dwCurrentState;
         return state == SERVICE_RUNNING || state == SERVICE_STOPPED;
@@ -88,8 +109,8 @@ bool WindowsService::waitFor(DWORD state) const
 
 DWORD WindowsService::control(DWORD code) const
 {
-    DWORD problem = NO_ERROR;
-    withService(SERVICE_ALL_ACCESS, [&](SC_HANDLE service) {
+    DWORD problem = ERROR_SERVICE_DOES_NOT_EXIST;
+    withService(m_name, SERVICE_ALL_ACCESS, [&](SC_HANDLE service) {
         SERVICE_STATUS unused = {};
         problem = ControlService(service, code, &unused) ? NO_ERROR : GetLastError();
         return true;
@@ -109,7 +130,7 @@ bool WindowsService::crash() const
 SERVICE_STATUS_PROCESS WindowsService::status() const
 {
     SERVICE_STATUS_PROCESS status = {};
-    withService(SERVICE_QUERY_STATUS, [&](SC_HANDLE service) {
+    withService(m_name, SERVICE_QUERY_STATUS, [&](SC_HANDLE service) {
         DWORD size = 0;
         return QueryServiceStatusEx(service, SC_STATUS_PROCESS_INFO, reinterpret_cast<BYTE*>(&status),
                                     sizeof status, &size) != 0;
@@ -120,7 +141,7 @@ SERVICE_STATUS_PROCESS WindowsService::status() const
 QString WindowsService::commandLine() const
 {
     QString text;
-    withConfiguration([&](const QUERY_SERVICE_CONFIGW& configuration) {
+    withConfiguration(m_name, [&](const QUERY_SERVICE_CONFIGW& configuration) {
         text = QString::fromWCharArray(configuration.lpBinaryPathName);
     });
     return text;
@@ -129,7 +150,7 @@ QString WindowsService::commandLine() const
 QString WindowsService::account() const
 {
     QString text;
-    withConfiguration([&](const QUERY_SERVICE_CONFIGW& configuration) {
+    withConfiguration(m_name, [&](const QUERY_SERVICE_CONFIGW& configuration) {
         text = QString::fromWCharArray(configuration.lpServiceStartName);
     });
     return text;
@@ -138,7 +159,8 @@ QString WindowsService::account() const
 DWORD WindowsService::startType() const
 {
     DWORD type = 0;
-    withConfiguration([&](const QUERY_SERVICE_CONFIGW& configuration) { type = configuration.dwStartType; });
+    withConfiguration(m_name,
+                      [&](const QUERY_SERVICE_CONFIGW& configuration) { type = configuration.dwStartType; });
     return type;
 }
 

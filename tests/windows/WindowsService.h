@@ -8,11 +8,15 @@
 #include <QString>
 #include <QStringList>
 
+#include <string>
+
 #include <windows.h>
+
+#include "agent/core/ServiceAccount.h"
 
 namespace windows {
 
-/// The service vigil-agent of this machine, as its operator sees it.
+/// A service of this machine, by default vigil-agent, as its operator sees it.
 ///
 /// Threads: one with an event loop.
 class WindowsService
@@ -25,10 +29,18 @@ public:
         QByteArray err;
     };
 
+    explicit WindowsService(const QString& name = agent::serviceAccount::service());
+
+    /// As sc create, for a service that this command line runs.
+    bool create(const QString& commandLine) const;
+
+    /// Stops and removes it, if it is there.
+    void remove() const;
+
     /// Runs vigil-agent.exe from the folder, by default the build's, until it ends.
     Outcome run(const QStringList& arguments, const QString& folder = {}) const;
 
-    /// Removes what tests leave: the service and its files.
+    /// Removes what tests leave: the service vigil-agent and its files.
     void clear() const;
 
     /// As sc start. Waits until the service runs or has stopped again. Returns whether it runs.
@@ -51,6 +63,9 @@ public:
     /// All lines in the service's ring of files.
     QByteArray log() const;
     bool waitForLog(const QByteArray& text, int times = 1) const;
+
+private:
+    const std::wstring m_name;
 };
 
 } // namespace windows
