@@ -34,7 +34,7 @@ bool MemoryShares::makeRoomFor(const User& user, size_t more)
     if (!isFair(user, kept + more, m_cells.store().memory() - lost + more, m_limits.cellMemory()))
         return false;
     while (!hasRoomFor(user, more)) {
-        if (!m_cells.removeOldestLossOf(user))
+        if (!m_cells.removeSomeLostOf(user))
             return false;
     }
     return true;

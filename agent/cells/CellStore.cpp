@@ -153,6 +153,16 @@ std::vector<ObjectId> CellStore::unsetTree(const ObjectId& tree, ApplicationId a
     return removed;
 }
 
+void CellStore::remove(ApplicationId application, const std::vector<ObjectId>& ids)
+{
+    m_found = m_cells.end();
+    for (const ObjectId& id : ids) {
+        const auto cell = m_cells.find(id);
+        disown(application, id, memoryOf(*cell));
+        m_cells.erase(cell);
+    }
+}
+
 std::vector<ObjectId> CellStore::removeAllOf(ApplicationId application)
 {
     return unsetTree(ObjectId(), application);
@@ -165,6 +175,17 @@ std::vector<ObjectId> CellStore::idsOf(ApplicationId application, const ObjectId
     if (owned == m_owned.end())
         return found;
     for (const ObjectId* id : owned->second.ids.within(tree))
+        found.push_back(*id);
+    return found;
+}
+
+std::vector<ObjectId> CellStore::firstOf(ApplicationId application, size_t most) const
+{
+    std::vector<ObjectId> found;
+    const auto owned = m_owned.find(application);
+    if (owned == m_owned.end())
+        return found;
+    for (const ObjectId* id : owned->second.ids.first(most))
         found.push_back(*id);
     return found;
 }

@@ -48,7 +48,14 @@ public:
     /// Removes the application's own cells at and below tree. Returns their identifiers.
     std::vector<ObjectId> unsetTree(const ObjectId& tree, ApplicationId application);
 
+    /// Removes the application's cells with these identifiers, which firstOf() or idsOf() has returned.
+    void remove(ApplicationId application, const std::vector<ObjectId>& ids);
+
+    /// Removes all cells of the application. Returns their identifiers.
     std::vector<ObjectId> removeAllOf(ApplicationId application);
+
+    /// The first of the application's own cells, at most as many as given.
+    std::vector<ObjectId> firstOf(ApplicationId application, size_t most) const;
 
     /// The application's own cells at and below tree.
     std::vector<ObjectId> idsOf(ApplicationId application, const ObjectId& tree) const;

@@ -9,11 +9,14 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 
 #include "agent/cells/CellStore.h"
 #include "agent/cells/Owner.h"
 #include "agent/core/Clock.h"
 #include "agent/core/DelayQueue.h"
+#include "agent/core/Timer.h"
+#include "agent/core/Turn.h"
 
 namespace agent {
 
@@ -25,21 +28,30 @@ namespace agent {
 ///     InGrace    managers read its last values
 ///     Covered    its health checks read UNKNOWN
 ///     Returning  some of its cells have returned; the rest follows soon or is removed
+///     Leaving    its cells are being removed
 ///
-///     state      | grace over      | cell returned | last cell returned | return over | forget over, no room
-///     -----------+-----------------+---------------+--------------------+-------------+---------------------
-///     InGrace    | cover → Covered | → Returning   | end                | cannot be   | remove, end
-///     Covered    | cannot be       | → Returning   | end                | cannot be   | remove, end
-///     Returning  | cover           | none          | end                | remove, end | remove, end
+///     state      | grace over      | cell returned | last cell   | return over | forget over, | turn
+///                |                 |               | has gone    |             | no room      |
+///     -----------+-----------------+---------------+-------------+-------------+--------------+----------
+///     InGrace    | cover → Covered | → Returning   | end         | cannot be   | → Leaving    | none
+///     Covered    | cannot be       | → Returning   | end         | cannot be   | → Leaving    | none
+///     Returning  | cover           | none          | end         | → Leaving   | → Leaving    | none
+///     Leaving    | cannot be       | none          | end         | cannot be   | cannot be    | remove (1)
+///
+/// (1) A few cells at a time, from the next turn of the event loop on, as far as a Turn goes. All cells at
+/// once would delay managers. Applications that are leaving at the same time follow each other.
 ///
 /// "Grace over" comes graceMs after the loss, "forget over" forgetMs after the loss, and "return over"
 /// graceMs after the first cell returned. forget() is a "forget over". "No room" hits the oldest loss of the
-/// user with the most, if a later loss exceeds the limits: no user can push out another one's.
+/// user with the most, if a later loss exceeds the limits: no user can push out another one's. Those that are
+/// leaving do not count there.
 ///
 /// Ownership: store, clock and actions must outlive it.
 class LostApplications
 {
 public:
+    static constexpr size_t pieceSize = 16; ///< cells
+
     struct Settings
     {
         qint64 graceMs = 0;
@@ -48,7 +60,7 @@ public:
         size_t maxCells = 0;        ///< of all lost applications together; the last one lost may exceed it
     };
 
-    enum class State { InGrace, Covered, Returning };
+    enum class State { InGrace, Covered, Returning, Leaving };
 
     /// Carries out the actions of the table.
     class Actions
@@ -59,8 +71,8 @@ public:
         /// The health checks that the application still owns are to read UNKNOWN.
         virtual void cover(ApplicationId application, const QDateTime& lostSince) = 0;
 
-        /// Removes the cells that the application still owns.
-        virtual void remove(ApplicationId application) = 0;
+        /// Removes the first cells that the application still owns, at most as many as given.
+        virtual void remove(ApplicationId application, size_t most) = 0;
 
         /// The application has no cells left and is no longer a lost one.
         virtual void end(ApplicationId application) = 0;
@@ -75,10 +87,11 @@ public:
     /// UNKNOWN at once. If it is to be forgotten, its cells are removed at once.
     void restore(const Owner& owner, const QDateTime& since);
 
-    /// Removes the oldest loss of the user to make room. False if there is none.
-    bool removeOldestOf(const User& user);
+    /// Removes a few cells of the user's oldest loss now, to make room; the others follow. False if there is
+    /// none.
+    bool removeSomeOf(const User& user);
 
-    /// Removes the application as if its time were over. False if it is not lost.
+    /// Removes the application as if its time were over. False if it is not lost, or leaving already.
     bool forget(ApplicationId application);
 
     /// A cell of a lost application now has another owner.
@@ -99,10 +112,16 @@ private:
     };
 
     void handleGraceOver(ApplicationId application);
-    void removeAndEnd(ApplicationId application);
+    void leave(ApplicationId application);
+    void leaveForRoom(ApplicationId application);
+    void removeInTurn();
+    void removePiece(ApplicationId application);
     void end(ApplicationId application);
+    void stopDelays(ApplicationId application);
+    bool isLeaving(ApplicationId application) const { return m_leaving.count(application) > 0; }
     bool isRoomShort() const;
     User largestUser() const;
+    std::optional<ApplicationId> oldestOf(const User& user) const;
 
     const CellStore& m_store;
     Clock& m_clock;
@@ -113,6 +132,9 @@ private:
     DelayQueue<ApplicationId> m_graceDelay;
     DelayQueue<ApplicationId> m_forgetDelay;
     DelayQueue<ApplicationId> m_returnDelay;
+    std::set<ApplicationId> m_leaving;
+    Turn m_turn;
+    Timer m_nextTurn;
 };
 
 } // namespace agent

@@ -103,4 +103,16 @@ std::vector<const ObjectId*> OwnedIds::within(const ObjectId& tree) const
     return found;
 }
 
+std::vector<const ObjectId*> OwnedIds::first(size_t most) const
+{
+    std::vector<const ObjectId*> found;
+    for (const Block& ids : m_blocks) {
+        const size_t taken = std::min(ids.size(), most - found.size());
+        found.insert(found.end(), ids.begin(), ids.begin() + static_cast<std::ptrdiff_t>(taken));
+        if (found.size() == most)
+            break;
+    }
+    return found;
+}
+
 } // namespace agent

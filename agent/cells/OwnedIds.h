@@ -29,6 +29,9 @@ public:
     /// The identifiers at and below tree.
     std::vector<const ObjectId*> within(const ObjectId& tree) const;
 
+    /// The first ones, at most as many as given.
+    std::vector<const ObjectId*> first(size_t most) const;
+
     size_t size() const { return m_size; }
 
 private:

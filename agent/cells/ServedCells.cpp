@@ -4,7 +4,6 @@
 #include "agent/cells/ServedCells.h"
 
 #include "agent/cells/VigilTables.h"
-#include "agent/core/Log.h"
 #include "agent/core/ShortText.h"
 
 namespace agent {
@@ -153,19 +152,17 @@ void ServedCells::cover(ApplicationId application, const QDateTime& lostSince)
     m_covers.handleGraceOver(application, lostSince);
 }
 
-void ServedCells::remove(ApplicationId application)
+void ServedCells::remove(ApplicationId application, size_t most)
 {
-    for (const LostCheck& check : checksOf(application)) {
-        if (m_covers.stateOf(check.check) == CheckCovers::State::Lost)
-            emit checkForgotten(check.check);
+    const std::vector<ObjectId> ids = m_store.firstOf(application, most);
+    for (const ObjectId& id : ids) {
+        const std::optional<healthTable::Position> position = healthTable::positionOf(id);
+        const bool isCheck = position && position->column == Column::Status;
+        if (isCheck && m_covers.stateOf(position->check) == CheckCovers::State::Lost)
+            emit checkForgotten(position->check);
     }
-    const std::vector<ObjectId> removed = m_store.removeAllOf(application);
-    log::detail([&] {
-        return QStringLiteral("application %1 is forgotten, cells removed: %2")
-            .arg(application)
-            .arg(removed.size());
-    });
-    handleRemoved(removed);
+    m_store.remove(application, ids);
+    handleRemoved(ids);
 }
 
 void ServedCells::end(ApplicationId application)

@@ -45,10 +45,12 @@ public:
     /// then.
     bool lose(const Owner& owner);
 
-    /// Removes the cells of the user's application that has been lost for longest. False if there is none.
-    bool removeOldestLossOf(const User& user) { return m_lost.removeOldestOf(user); }
+    /// Removes some cells of the user's application that has been lost for longest; the others follow. False
+    /// if there is none.
+    bool removeSomeLostOf(const User& user) { return m_lost.removeSomeOf(user); }
 
-    /// Removes the cells of a lost application now. False if it is not lost.
+    /// Removes the cells of a lost application, from the next turn of the event loop on. False if it is not
+    /// lost.
     bool forget(ApplicationId application) { return m_lost.forget(application); }
 
     /// The health checks that the application owns.
@@ -102,7 +104,7 @@ private:
     void handleResultWritten(const ObjectId& id, bool isNew);
     void handleRemoved(const std::vector<ObjectId>& ids);
     void cover(ApplicationId application, const QDateTime& lostSince) override;
-    void remove(ApplicationId application) override;
+    void remove(ApplicationId application, size_t most) override;
     void end(ApplicationId application) override;
 
     CellStore& m_store;

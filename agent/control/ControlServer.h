@@ -14,7 +14,7 @@
 #include "agent/control/ControlReply.h"
 #include "agent/core/Clock.h"
 #include "agent/core/Error.h"
-#include "agent/http/Turn.h"
+#include "agent/core/Turn.h"
 
 namespace agent {
 

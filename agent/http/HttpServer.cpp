@@ -18,9 +18,9 @@
 
 #include "agent/core/DelayQueue.h"
 #include "agent/core/Descriptors.h"
+#include "agent/core/Turn.h"
 #include "agent/core/User.h"
 #include "agent/http/TrustedHost.h"
-#include "agent/http/Turn.h"
 
 namespace agent {
 

@@ -106,6 +106,22 @@ TEST(CellStore, RemovesAllCellsOfAnApplication)
     EXPECT_NE(store.find({2}), nullptr);
 }
 
+TEST(CellStore, RemovesTheFirstCellsOfAnApplication)
+{
+    CellStore store;
+    for (unsigned int arc = 1; arc <= 4; ++arc)
+        store.set({arc}, 1, 1 + arc % 2);
+    const std::vector<ObjectId> first = store.firstOf(1, 1);
+    EXPECT_EQ(first, std::vector<ObjectId>{{2}});
+    store.remove(1, first);
+    EXPECT_EQ(store.firstOf(1, 9), std::vector<ObjectId>{{4}});
+    store.remove(1, {{4}});
+    EXPECT_EQ(store.countOf(1), 0u);
+    EXPECT_EQ(store.memoryOf(1), 0u);
+    EXPECT_EQ(store.firstOf(1, 9), std::vector<ObjectId>());
+    EXPECT_EQ(store.size(), 2u);
+}
+
 TEST(CellStore, ServesACommittedValueUntilTheOwnerPublishes)
 {
     CellStore store;

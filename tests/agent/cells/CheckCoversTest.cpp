@@ -21,7 +21,7 @@ namespace {
 struct NoActions : LostApplications::Actions
 {
     void cover(ApplicationId, const QDateTime&) override {}
-    void remove(ApplicationId) override {}
+    void remove(ApplicationId, size_t) override {}
     void end(ApplicationId) override {}
 };
 

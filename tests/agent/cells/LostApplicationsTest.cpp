@@ -3,11 +3,16 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <functional>
+
 #include "agent/cells/LostApplications.h"
+#include "agent/core/Turn.h"
 #include "support/ManualClock.h"
 
 using agent::ApplicationId;
 using agent::LostApplications;
+using agent::Turn;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -46,9 +51,9 @@ protected:
         actions.push_back("cover " + std::to_string(application));
         lostSince = since;
     }
-    void remove(ApplicationId application) override
+    void remove(ApplicationId application, size_t most) override
     {
-        store.removeAllOf(application);
+        store.remove(application, store.firstOf(application, most));
         actions.push_back("remove " + std::to_string(application));
     }
     void end(ApplicationId application) override
@@ -73,6 +78,34 @@ protected:
         publish(1, {1, 2, 3});
         applications.add({1});
     }
+};
+
+/// Lost applications with many cells. Between two turns of the event loop it looks at the store, as managers
+/// may do.
+class LeavingApplications : public LostApplicationsTest
+{
+protected:
+    static constexpr size_t mostPerTurn = Turn::maxPieces * LostApplications::pieceSize;
+    static constexpr size_t many = 3 * mostPerTurn + 1;
+
+    LeavingApplications()
+    {
+        for (const ApplicationId application : {1u, 2u}) {
+            for (unsigned int cell = 0; cell < many; ++cell)
+                store.set({static_cast<unsigned int>(application), cell}, 1, application);
+        }
+    }
+
+    void afterEachTurn(const std::function<bool()>& look)
+    {
+        clock.callAfter(0, &context, [=] {
+            if (look())
+                afterEachTurn(look);
+        });
+    }
+
+    LostApplications others{store, clock, {graceMs, forgetMs, 3, 10 * many}, *this};
+    QObject context;
 };
 
 } // namespace
@@ -178,6 +211,92 @@ TEST_F(OneLostApplication, CanBeForgottenWhileItReturns)
     EXPECT_EQ(actions.size(), 3u);
 }
 
+// --- Leaving
+
+// Managers waited 112 ms for an application with 100,000 cells.
+TEST_F(LeavingApplications, ManyCellsGoInManyTurnsOfTheEventLoop)
+{
+    for (const ApplicationId application : {1u, 2u}) {
+        others.add({application});
+        EXPECT_TRUE(others.forget(application));
+    }
+    EXPECT_EQ(store.size(), 2 * many) << "the caller does not wait";
+    size_t before = store.size();
+    size_t most = 0;
+    afterEachTurn([&] {
+        most = std::max(most, before - store.size());
+        before = store.size();
+        return before > 0;
+    });
+    clock.advance(0);
+    EXPECT_EQ(store.size(), 0u);
+    EXPECT_GT(most, 0u);
+    EXPECT_LE(most, mostPerTurn) << "of both together";
+    EXPECT_FALSE(others.contains(1));
+    EXPECT_FALSE(others.contains(2));
+    EXPECT_EQ(std::count(actions.begin(), actions.end(), "end 1"), 1);
+}
+
+TEST_F(LeavingApplications, ACellThatReturnsMeanwhileStays)
+{
+    others.add({1});
+    EXPECT_TRUE(others.forget(1));
+    afterEachTurn([&] {
+        EXPECT_EQ(others.stateOf(1), State::Leaving);
+        EXPECT_FALSE(others.forget(1));
+        store.set({1, many - 1}, 2, 3);
+        others.handleCellReturned(1);
+        return false;
+    });
+    clock.advance(0);
+    EXPECT_EQ(others.stateOf(1), std::nullopt);
+    EXPECT_EQ(store.countOf(1), 0u);
+    EXPECT_EQ(store.countOf(3), 1u);
+}
+
+TEST_F(LeavingApplications, TheLastCellToReturnIsTheEnd)
+{
+    others.add({1});
+    EXPECT_TRUE(others.forget(1));
+    afterEachTurn([&] {
+        for (const agent::ObjectId& id : store.idsOf(1, {})) {
+            store.set(id, 2, 3);
+            others.handleCellReturned(1);
+        }
+        EXPECT_EQ(others.stateOf(1), std::nullopt);
+        return false;
+    });
+    clock.advance(2 * forgetMs);
+    EXPECT_EQ(std::count(actions.begin(), actions.end(), "end 1"), 1);
+    EXPECT_GT(store.countOf(3), 0u);
+}
+
+TEST_F(LeavingApplications, NoLongerCountForTheLimits)
+{
+    others.add({1});
+    EXPECT_TRUE(others.forget(1));
+    for (const ApplicationId application : {3u, 4u, 5u}) {
+        publish(application, {static_cast<unsigned int>(application)});
+        others.add({application});
+    }
+    EXPECT_EQ(others.stateOf(3), State::InGrace);
+}
+
+TEST_F(LeavingApplications, RoomIsMadeByAFewCellsAtATime)
+{
+    others.add({1});
+    others.add({2});
+    EXPECT_TRUE(others.removeSomeOf({}));
+    EXPECT_EQ(store.countOf(1), many - LostApplications::pieceSize);
+    EXPECT_TRUE(others.removeSomeOf({}));
+    EXPECT_EQ(store.countOf(1), many - 2 * LostApplications::pieceSize);
+    EXPECT_EQ(others.stateOf(2), State::InGrace);
+    clock.advance(0);
+    EXPECT_EQ(store.countOf(1), 0u);
+    EXPECT_EQ(store.countOf(2), many);
+    EXPECT_FALSE(others.removeSomeOf("1001"));
+}
+
 // --- Several
 
 TEST_F(OneLostApplication, KeepsItsOwnTimesIfItsSuccessorIsLostToo)
@@ -202,6 +321,7 @@ TEST_F(LostApplicationsTest, TheOldestLossMakesRoomIfThereAreTooMany)
     }
     EXPECT_THAT(actions, IsEmpty());
     applications.add({2});
+    clock.advance(0);
     EXPECT_THAT(actions, ElementsAre("remove 3", "end 3"));
 }
 
@@ -212,6 +332,7 @@ TEST_F(LostApplicationsTest, TheOldestLossMakesRoomEvenIfTheHostsTimeIsSetBack)
         applications.add({application});
         clock.setBack(1000);
     }
+    clock.advance(0);
     EXPECT_THAT(actions, ElementsAre("remove 1", "end 1"));
 }
 
@@ -226,6 +347,7 @@ TEST_F(LostApplicationsTest, TheOldestLossMakesRoomIfThereAreTooManyCells)
     EXPECT_THAT(actions, IsEmpty());
     clock.advance(1);
     applications.add({3});
+    clock.advance(0);
     EXPECT_THAT(actions, ElementsAre("remove 1", "end 1"));
 }
 
@@ -238,6 +360,7 @@ TEST_F(LostApplicationsTest, NoUserPushesOutALossOfAnother)
         publish(application, {static_cast<unsigned int>(application)});
         applications.add({application, "1002", QString()});
     }
+    clock.advance(0);
     EXPECT_TRUE(applications.contains(1));
     EXPECT_TRUE(applications.contains(299));
     EXPECT_EQ(store.size(), settings().maxApplications);
@@ -253,6 +376,7 @@ TEST_F(LostApplicationsTest, NoUserPushesOutALossOfAnotherByItsCells)
     clock.advance(1);
     publish(3, {8, 9, 10});
     applications.add({3, "1002", QString()});
+    clock.advance(0);
     EXPECT_THAT(actions, ElementsAre("remove 2", "end 2"));
 }
 

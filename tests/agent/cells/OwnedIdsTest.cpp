@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <set>
 #include <vector>
@@ -42,6 +43,23 @@ TEST(OwnedIds, FindsATreeAndItsRoot)
         ids.insert(id);
     EXPECT_EQ(entries(ids, {2}), (std::vector<ObjectId>{root, child}));
     EXPECT_EQ(entries(ids, {3}), std::vector<ObjectId>());
+}
+
+TEST(OwnedIds, FindsTheFirstOnesOfSeveralBlocks)
+{
+    std::vector<ObjectId> all;
+    for (unsigned int arc = 0; arc < 200; ++arc)
+        all.push_back({arc});
+    OwnedIds ids;
+    for (const ObjectId& id : all)
+        ids.insert(&id);
+    for (const size_t most : {size_t{0}, size_t{1}, size_t{150}, size_t{200}, size_t{201}}) {
+        std::vector<ObjectId> found;
+        for (const ObjectId* id : ids.first(most))
+            found.push_back(*id);
+        const auto end = all.begin() + static_cast<std::ptrdiff_t>(std::min(most, all.size()));
+        EXPECT_EQ(found, std::vector<ObjectId>(all.begin(), end)) << most;
+    }
 }
 
 TEST(OwnedIds, IsEmptyAtFirstAndInTheEnd)

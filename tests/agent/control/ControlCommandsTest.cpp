@@ -68,6 +68,7 @@ TEST_F(ControlCommandsTest, ForgetsALostApplication)
     const QJsonObject reply = ask("{\"command\":\"forget\",\"application\":1}");
     EXPECT_EQ(reply[QLatin1String("application")].toInt(), 1);
     EXPECT_EQ(reply[QLatin1String("cells")].toInt(), 2);
+    checks.clock.advance(0);
     EXPECT_EQ(checks.store.size(), 0U);
     EXPECT_TRUE(isRefused("{\"command\":\"forget\",\"application\":1}"));
 }

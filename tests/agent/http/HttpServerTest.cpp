@@ -10,9 +10,9 @@
 #include <memory>
 #include <vector>
 
+#include "agent/core/Turn.h"
 #include "agent/core/User.h"
 #include "agent/http/HttpServer.h"
-#include "agent/http/Turn.h"
 #include "support/HttpClient.h"
 #include "support/ManualClock.h"
 #include "support/RunUntil.h"

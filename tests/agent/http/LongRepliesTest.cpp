@@ -9,10 +9,10 @@
 #include <cstdio>
 #include <ctime>
 
+#include "agent/core/Turn.h"
 #include "agent/http/ChecksJson.h"
 #include "agent/http/HistoryJson.h"
 #include "agent/http/OpenMetrics.h"
-#include "agent/http/Turn.h"
 #include "support/Load.h"
 #include "support/PublishedChecks.h"
 

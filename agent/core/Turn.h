@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#ifndef VIGIL_AGENT_HTTP_TURN_H
-#define VIGIL_AGENT_HTTP_TURN_H
+#ifndef VIGIL_AGENT_CORE_TURN_H
+#define VIGIL_AGENT_CORE_TURN_H
 
 #include <QElapsedTimer>
 
 namespace agent {
 
-/// How much of long replies one turn of the event loop makes. All replies of a server share it, so managers
-/// wait for one turn at most, however many readers there are.
+/// How much of a long job one turn of the event loop does, so managers wait for one turn at most. All replies
+/// of a server share one, however many readers there are.
 ///
 /// The limits count work. The time is a limit for slow machines on top of them.
 class Turn
@@ -26,8 +26,8 @@ public:
         m_bytes = 0;
     }
 
-    /// A piece of this many bytes has been made.
-    void count(int bytes)
+    /// A piece is done. Of a reply, it has this many bytes.
+    void count(int bytes = 0)
     {
         ++m_pieces;
         m_bytes += bytes;
