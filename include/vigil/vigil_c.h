@@ -67,7 +67,7 @@ enum {
     VIGIL_IN_CALLBACK = 8, /* not allowed inside a callback of the library */
     VIGIL_CHECK_ENDED = 9, /* the check of this metric was freed; the metric only waits to be freed, too */
     VIGIL_FORKED = 10,     /* the process was forked while the library ran */
-    VIGIL_INTERNAL = 11    /* an error of the library itself */
+    VIGIL_INTERNAL = 11    /* an error of the library itself, or of a callback in C++ that throws */
 };
 
 /* The name of a code, such as "VIGIL_TAKEN"; "unknown" for other numbers. Never null, never freed. */

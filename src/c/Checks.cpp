@@ -116,9 +116,13 @@ vigil_code vigil_check_results(vigil_check* check, vigil_result_callback result,
         c::require(result != nullptr, VIGIL_NULL);
         std::vector<vigil::Result> results;
         use(check, [&](HealthCheck& used) { used.getResults(results); });
-        for (const vigil::Result& each : results)
-            result(user, each.getName().c_str(), static_cast<vigil_health>(each.getStatus()),
-                   each.getSummary().c_str());
+        try {
+            for (const vigil::Result& each : results)
+                result(user, each.getName().c_str(), static_cast<vigil_health>(each.getStatus()),
+                       each.getSummary().c_str());
+        } catch (...) { // of the callback, so it says nothing about the handle
+            throw c::Failure{VIGIL_INTERNAL};
+        }
     });
 }
 

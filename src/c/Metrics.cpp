@@ -66,7 +66,9 @@ vigil_code vigil_range_parse(const char* given, vigil_range* range)
         output(range);
         Range parsed;
         require(Range::fromString(text(given), parsed) == 0, VIGIL_BAD_VALUE);
-        *range = fromRange(parsed);
+        const vigil_range result = fromRange(parsed);
+        static_cast<void>(toRange(&result)); // refuses the bound "nan", as every function that takes a range
+        *range = result;
     });
 }
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <future>
 #include <limits>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -134,6 +135,8 @@ TEST_F(CInterfaceTest, BadTextsAndNumbersAreRefused)
 {
     vigil_range range = {};
     EXPECT_EQ(vigil_range_parse("ten", &range), VIGIL_BAD_VALUE);
+    EXPECT_EQ(vigil_range_parse("nan", &range), VIGIL_BAD_VALUE);
+    EXPECT_EQ(vigil_range_parse("1:nan", &range), VIGIL_BAD_VALUE);
     EXPECT_EQ(vigil_scalar_set_range(cpu, 2, &range), VIGIL_BAD_VALUE);
     range.mode = 7;
     EXPECT_EQ(vigil_scalar_set_range(cpu, 0, &range), VIGIL_BAD_VALUE);
@@ -208,6 +211,52 @@ TEST_F(CInterfaceTest, FreedInventedAndWrongHandlesAreFound)
     EXPECT_EQ(vigil_watch_free(reinterpret_cast<vigil_watch*>(cpu)), VIGIL_BAD_HANDLE);
     EXPECT_EQ(vigil_simple_set(cpu, 0, ""), VIGIL_BAD_HANDLE);
     EXPECT_EQ(vigil_scalar_set_value(db, 0), VIGIL_BAD_HANDLE);
+}
+
+TEST_F(CInterfaceTest, EveryFunctionFindsAHandleOfTheWrongKind)
+{
+    auto* const notACheck = reinterpret_cast<vigil_check*>(cpu);
+    auto* const notAMetric = reinterpret_cast<vigil_metric*>(check);
+    const vigil_range range = {VIGIL_RANGE_NORMAL, 1, 2};
+    vigil_range readRange = {};
+    vigil_metric* metric = nullptr;
+    std::size_t size = 0;
+    double value = 0;
+    int status = 0;
+    const auto ignoreResult = [](void*, const char*, vigil_health, const char*) {};
+    EXPECT_EQ(vigil_check_set_description(notACheck, ""), VIGIL_BAD_HANDLE);
+    EXPECT_EQ(vigil_check_status(notACheck, &status), VIGIL_BAD_HANDLE);
+    EXPECT_EQ(vigil_check_summary(notACheck, nullptr, &size), VIGIL_BAD_HANDLE);
+    EXPECT_EQ(vigil_check_results(notACheck, ignoreResult, nullptr), VIGIL_BAD_HANDLE);
+    EXPECT_EQ(vigil_check_set_function(notACheck, nullptr, nullptr), VIGIL_BAD_HANDLE);
+    EXPECT_EQ(vigil_scalar_create(notACheck, "x", &metric), VIGIL_BAD_HANDLE);
+    EXPECT_EQ(vigil_simple_create(notACheck, "x", &metric), VIGIL_BAD_HANDLE);
+    EXPECT_EQ(vigil_metric_name(notAMetric, nullptr, &size), VIGIL_BAD_HANDLE);
+    EXPECT_EQ(vigil_metric_set_performance_data(notAMetric, 1), VIGIL_BAD_HANDLE);
+    for (vigil_metric* wrong : {notAMetric, db}) {
+        EXPECT_EQ(vigil_scalar_set_value(wrong, 1), VIGIL_BAD_HANDLE);
+        EXPECT_EQ(vigil_scalar_value(wrong, &value), VIGIL_BAD_HANDLE);
+        EXPECT_EQ(vigil_scalar_set_unknown(wrong, ""), VIGIL_BAD_HANDLE);
+        EXPECT_EQ(vigil_scalar_set_unit(wrong, ""), VIGIL_BAD_HANDLE);
+        EXPECT_EQ(vigil_scalar_unit(wrong, nullptr, &size), VIGIL_BAD_HANDLE);
+        EXPECT_EQ(vigil_scalar_set_range(wrong, 0, &range), VIGIL_BAD_HANDLE);
+        EXPECT_EQ(vigil_scalar_range(wrong, 0, &readRange), VIGIL_BAD_HANDLE);
+        EXPECT_EQ(vigil_scalar_set_range_handler(wrong, nullptr, nullptr, nullptr), VIGIL_BAD_HANDLE);
+    }
+    for (vigil_metric* wrong : {notAMetric, cpu}) {
+        EXPECT_EQ(vigil_simple_set(wrong, 0, ""), VIGIL_BAD_HANDLE);
+        EXPECT_EQ(vigil_simple_status(wrong, &status), VIGIL_BAD_HANDLE);
+        EXPECT_EQ(vigil_simple_set_template(wrong, ""), VIGIL_BAD_HANDLE);
+    }
+}
+
+// As of a callback in C++ that throws.
+TEST_F(CInterfaceTest, AnExceptionOfACallbackDoesNotLeaveTheInterface)
+{
+    const auto fail = [](void*, const char*, vigil_health, const char*) { throw std::invalid_argument("x"); };
+    EXPECT_EQ(vigil_check_update(check), VIGIL_OK);
+    EXPECT_EQ(vigil_check_results(check, fail, nullptr), VIGIL_INTERNAL);
+    EXPECT_EQ(vigil_check_update(check), VIGIL_OK);
 }
 
 TEST_F(CInterfaceTest, NamesAndKeysAreTakenOnce)
