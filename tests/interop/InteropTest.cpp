@@ -30,6 +30,8 @@ namespace {
 
 const QString integrations = QStringLiteral(VIGIL_INTEGRATIONS);
 
+constexpr int zabbixMs = 270'000; // with an empty database to fill; run_zabbix.py has a time limit of its own
+
 constexpr const char* disk = "3.97.112.112.4.100.105.115.107";       // "app", "disk"
 constexpr const char* queue = "3.97.112.112.3.195.150.108";          // "app", "Öl"
 constexpr const char* used = "3.97.112.112.4.100.105.115.107.1.117"; // "app", "disk", "u"
@@ -53,14 +55,14 @@ struct Outcome
 
 /// The event loop runs meanwhile, for the fake application.
 Outcome run(const QString& program, const QStringList& arguments, const QString& folder,
-            const QProcessEnvironment& environment)
+            const QProcessEnvironment& environment, int timeoutMs = support::deadlineMs)
 {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.setWorkingDirectory(folder);
     process.setProcessEnvironment(environment);
     process.start(program, arguments);
-    if (!support::runUntil([&] { return process.state() == QProcess::NotRunning; }))
+    if (!support::runUntil([&] { return process.state() == QProcess::NotRunning; }, timeoutMs))
         return {};
     return {process.exitCode(), QString::fromUtf8(process.readAll())};
 }
@@ -415,6 +417,34 @@ TEST_F(Interop, TheZabbixTemplateIsSound)
     EXPECT_EQ(outcome.exitCode, 0) << qPrintable(outcome.out);
 }
 
+TEST_F(Interop, ZabbixImportsTheTemplateDiscoversAndAlerts)
+{
+    SKIP_WITHOUT("python3");
+    startAgent();
+    publishHealth(2);
+    const QStringList expected{
+        QStringLiteral("item | Vigil: worst severity | 3"),
+        QStringLiteral("item | Vigil: health checks | 2"),
+        QStringLiteral("item | app/disk: severity | 3"),
+        QStringLiteral("item | app/disk: summary | u is 72.5 MB."),
+        QStringLiteral("item | app/disk: muted for | 0"),
+        QStringLiteral("item | app/Öl: severity | 0"),
+        QStringLiteral("item | app/disk/u: value | 72.5"),
+        QStringLiteral("item | app/disk/u: severity | 3"),
+        QStringLiteral("problem | Vigil: app/disk is CRITICAL"),
+    };
+    const Outcome outcome = run(pathOf("python3"),
+                                QStringList{QStringLiteral(VIGIL_INTEROP_TESTS "/run_zabbix.py"),
+                                            integrations + QStringLiteral("/zabbix/vigil.yaml"),
+                                            QString::number(agent.snmpPort())} +
+                                    expected,
+                                directory.path(), environment, zabbixMs);
+    constexpr int skipped = 77;
+    if (outcome.exitCode == skipped)
+        GTEST_SKIP() << qPrintable(outcome.out);
+    EXPECT_EQ(outcome.exitCode, 0) << qPrintable(outcome.out);
+}
+
 TEST_F(Interop, CollectdReadsSeveritiesAndValues)
 {
     SKIP_WITHOUT("collectd");
@@ -435,9 +465,7 @@ TEST_F(Interop, CollectdReadsSeveritiesAndValues)
     QProcess collectd;
     collectd.setProcessChannelMode(QProcess::MergedChannels);
     collectd.setProcessEnvironment(environment);
-    collectd.setWorkingDirectory(directory.path()); // it takes no path with a blank
-    collectd.start(pathOf("collectd"),
-                   {QStringLiteral("-f"), QStringLiteral("-C"), QStringLiteral("collectd.conf")});
+    collectd.start(pathOf("collectd"), {QStringLiteral("-f"), QStringLiteral("-C"), file.fileName()});
     ASSERT_TRUE(collectd.waitForStarted());
     const auto lastValue = [this](const QString& name) {
         const QDir values(directory.filePath(QStringLiteral("csv/localhost/snmp")));
