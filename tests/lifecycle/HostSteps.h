@@ -10,6 +10,9 @@
 
 namespace host {
 
+/// Exit code of a host that the system does not let do what it should. The test is skipped.
+constexpr int notPossibleHere = 77;
+
 /// Reports the start of the shutdown. On request of the test, reports "ready" first and waits for a line.
 inline void sayLeaving()
 {

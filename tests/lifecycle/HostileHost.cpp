@@ -31,6 +31,8 @@
 #include <thread>
 #include <vector>
 
+#include "lifecycle/HostSteps.h"
+
 namespace {
 
 vigil::VigilSnmpInterface& snmp()
@@ -428,6 +430,8 @@ int besideManyDescriptors()
     getrlimit(RLIMIT_NOFILE, &limit);
     limit.rlim_cur = std::min<rlim_t>(2 * count, limit.rlim_max);
     setrlimit(RLIMIT_NOFILE, &limit);
+    if (limit.rlim_cur < 2 * count)
+        return host::notPossibleHere;
     for (int i = 0; i < count; ++i)
         static_cast<void>(open("/dev/null", O_RDONLY | O_CLOEXEC));
     const OnLoss wait([] {}); // the service has received something
@@ -454,9 +458,11 @@ int withTwoCopiesOfTheLibrary()
 {
     Dl_info own{};
     dladdr(reinterpret_cast<void*>(&vigil::createHealthCheck), &own);
-    const std::filesystem::path copyPath = std::filesystem::path(std::getenv("VIGIL_LOG_DIR")) / "copy.so";
+    // Beside the library: the temporary folder may permit no code.
+    const std::string copyPath = std::string(own.dli_fname) + ".copy" + std::to_string(getpid());
     std::filesystem::copy_file(own.dli_fname, copyPath);
     void* copy = dlopen(copyPath.c_str(), RTLD_NOW | RTLD_LOCAL);
+    std::filesystem::remove(copyPath);
     const auto create =
         copy ? reinterpret_cast<decltype(&vigil::createHealthCheck)>(dlsym(copy, own.dli_sname)) : nullptr;
     if (!create || create == &vigil::createHealthCheck)

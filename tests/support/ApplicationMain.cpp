@@ -7,6 +7,7 @@
 
 int main(int argc, char** argv)
 {
+    support::forgetLoggingRules();
     QCoreApplication application(argc, argv);
     return support::runAllTests(argc, argv);
 }

@@ -5,5 +5,6 @@
 
 int main(int argc, char** argv)
 {
+    support::forgetLoggingRules();
     return support::runAllTests(argc, argv);
 }

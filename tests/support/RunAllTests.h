@@ -6,7 +6,16 @@
 
 #include <gmock/gmock.h>
 
+#include <QByteArray>
+
 namespace support {
+
+/// Tests read the library's debug output, which a developer may have turned off. Call it before the
+/// QCoreApplication is made, which reads the rules.
+inline void forgetLoggingRules()
+{
+    qunsetenv("QT_LOGGING_RULES");
+}
 
 /// Lets a failed ASSERT in a helper function end the whole test, not just the helper. Without it a test goes
 /// on after a failed start, and hides the cause among the consequences.

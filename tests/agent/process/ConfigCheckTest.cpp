@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -33,7 +34,8 @@ protected:
         check.start(directory.filePath(QStringLiteral("file.conf")));
     }
 
-    QTemporaryDir directory;
+    // Beside this program: the temporary folder may permit no programs.
+    QTemporaryDir directory{QCoreApplication::applicationDirPath() + QStringLiteral("/config-check-XXXXXX")};
     support::ManualClock clock;
     QStringList problems;
 };
