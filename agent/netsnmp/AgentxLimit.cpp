@@ -8,22 +8,22 @@
 #include <algorithm>
 #include <utility>
 
+#include "agent/netsnmp/AgentxFacts.h"
+
 namespace agent {
 
 namespace {
 
+using agentx::commandAt;
+using agentx::flagsAt;
+using agentx::headerSize;
+using agentx::lengthAt;
+using agentx::transactionAt;
+
 // From RFC 2741.
-constexpr int headerSize = 20;
-constexpr int commandAt = 1;
-constexpr int flagsAt = 2;
-constexpr int transactionAt = 8;
-constexpr int lengthAt = 16;
 constexpr int errorAt = 24;
 constexpr int indexAt = 26;
 constexpr char networkOrder = 0x10;
-constexpr char testSet = 8;
-constexpr char cleanupSet = 11;
-constexpr char response = 18;
 constexpr size_t wordSize = 4;
 
 template <typename Number>
@@ -48,7 +48,7 @@ void putNumber(QByteArray& message, int position, Number number)
 QByteArray errorAnswer(const QByteArray& header, quint16 error, quint16 index)
 {
     QByteArray answer = header.left(headerSize) + QByteArray(AgentxLimit::emptyAnswer - headerSize, '\0');
-    answer[commandAt] = response;
+    answer[commandAt] = agentx::Response;
     putNumber<quint32>(answer, lengthAt, AgentxLimit::emptyAnswer - headerSize);
     putNumber<quint16>(answer, errorAt, error);
     putNumber<quint16>(answer, indexAt, index);
@@ -120,8 +120,8 @@ QByteArray AgentxLimit::takeHeader()
     const QByteArray header = std::exchange(m_header, QByteArray());
     m_bodyLeft = numberAt<quint32>(header, lengthAt);
     const bool isTooLong = headerSize + m_bodyLeft > maxMessage;
-    const bool isEndOfRefused =
-        header.at(commandAt) == cleanupSet && numberAt<quint32>(header, transactionAt) == m_refusedSet;
+    const bool isEndOfRefused = header.at(commandAt) == agentx::CleanupSet &&
+                                numberAt<quint32>(header, transactionAt) == m_refusedSet;
     m_isDropped = isTooLong || isEndOfRefused;
     if (isTooLong)
         refuse(header);
@@ -130,9 +130,9 @@ QByteArray AgentxLimit::takeHeader()
 
 void AgentxLimit::refuse(const QByteArray& header)
 {
-    if (header.at(commandAt) == testSet)
+    if (header.at(commandAt) == agentx::TestSet)
         m_refusedSet = numberAt<quint32>(header, transactionAt);
-    if (header.at(commandAt) != response)
+    if (header.at(commandAt) != agentx::Response)
         m_answers += errorAnswer(header, SNMP_ERR_TOOBIG, 1);
 }
 
@@ -143,7 +143,7 @@ QByteArray AgentxLimit::takeAnswers()
 
 QByteArray AgentxLimit::limited(const QByteArray& message)
 {
-    if (message.size() <= maxMessage || message.at(commandAt) != response)
+    if (message.size() <= maxMessage || message.at(commandAt) != agentx::Response)
         return message;
     const auto error = numberAt<quint16>(message, errorAt);
     if (error != SNMP_ERR_NOERROR)

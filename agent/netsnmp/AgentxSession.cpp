@@ -6,7 +6,9 @@
 #include <utility>
 #include <vector>
 
+#include "agent/netsnmp/AgentxFacts.h"
 #include "agent/netsnmp/CallDeadline.h"
+#include "agent/netsnmp/DirectAnswers.h"
 #include "agent/netsnmp/MasterStream.h"
 
 // Parts of the agent library; no installed header declares them.
@@ -17,12 +19,8 @@ namespace agent {
 
 namespace {
 
-// From RFC 2741, and how Net-SNMP marks AgentX sessions; its installed headers have neither.
-constexpr long agentxVersion = 193;
-constexpr int registerCommand = 3;
-constexpr int pingCommand = 13;
-constexpr int responseCommand = 18;
-constexpr int defaultPriority = 127;
+constexpr long agentxVersion = 193;  // how Net-SNMP marks AgentX sessions
+constexpr int defaultPriority = 127; // from RFC 2741
 
 // For these times at most the agent blocks on a hung snmpd: to connect, to open a session and to close it.
 constexpr std::chrono::milliseconds connectDeadline(300);
@@ -87,7 +85,7 @@ bool AgentxSession::open()
 
 bool AgentxSession::registerTree(const ObjectId& tree)
 {
-    netsnmp_pdu* request = makeRequest(registerCommand);
+    netsnmp_pdu* request = makeRequest(agentx::Register);
     const std::vector<oid> arcs(tree.begin(), tree.end());
     request->priority = defaultPriority;
     snmp_add_null_var(request, arcs.data(), arcs.size());
@@ -96,7 +94,7 @@ bool AgentxSession::registerTree(const ObjectId& tree)
 
 bool AgentxSession::ping()
 {
-    return send(makeRequest(pingCommand));
+    return send(makeRequest(agentx::Ping));
 }
 
 void AgentxSession::hangUp()
@@ -122,6 +120,7 @@ int AgentxSession::handleOpened(int, int, void* session, void* self)
     opened->m_session = static_cast<netsnmp_session*>(session);
     opened->m_session->timeout = replyTimeoutUs;
     takeOverStream(*snmp_sess_transport(snmp_sess_pointer(opened->m_session)));
+    answerDirectly(*opened->m_session);
     emit opened->descriptorsChanged();
     return SNMPERR_SUCCESS;
 }
@@ -138,7 +137,7 @@ int AgentxSession::handleClosed(int, int, void*, void* self)
 int AgentxSession::handleReply(int operation, netsnmp_session*, int, netsnmp_pdu* reply, void* self)
 {
     auto* asked = static_cast<AgentxSession*>(self);
-    if (operation == NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE && reply->command == responseCommand)
+    if (operation == NETSNMP_CALLBACK_OP_RECEIVED_MESSAGE && reply->command == agentx::Response)
         emit asked->answered(reply->errstat);
     else
         emit asked->unanswered();

@@ -1,0 +1,22 @@
+// SPDX-FileCopyrightText: 2026 The Vigil authors
+// SPDX-License-Identifier: MIT
+
+#ifndef VIGIL_AGENT_NETSNMP_DIRECTANSWERS_H
+#define VIGIL_AGENT_NETSNMP_DIRECTANSWERS_H
+
+#include "agent/netsnmp/NetSnmp.h"
+
+namespace agent {
+
+/// Answers the GETs and GETNEXTs of snmpd while Net-SNMP reads them.
+///
+/// Net-SNMP would send each request through a pipe to its own agent, and the answer back through another.
+/// That costs more than the answer. Only a SET needs the pipes, because it may wait for an application.
+/// Requests behind a SET take the pipes, too, until these are empty: a GET must not overtake the SET.
+///
+/// Ownership: the session stays Net-SNMP's.
+void answerDirectly(netsnmp_session& session);
+
+} // namespace agent
+
+#endif
