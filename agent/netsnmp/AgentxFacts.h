@@ -7,6 +7,8 @@
 /// From RFC 2741, which no installed header of Net-SNMP has.
 namespace agent::agentx {
 
+constexpr char version = 1;
+
 enum Command {
     Register = 3,
     Get = 5,
@@ -21,6 +23,7 @@ enum Command {
 
 // The header of a message: its size, and where its fields are.
 constexpr int headerSize = 20;
+constexpr int versionAt = 0;
 constexpr int commandAt = 1;
 constexpr int flagsAt = 2;
 constexpr int transactionAt = 8;

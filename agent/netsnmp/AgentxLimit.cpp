@@ -95,7 +95,7 @@ QByteArray AgentxLimit::receive(const QByteArray& bytes)
 {
     QByteArray accepted;
     int position = 0;
-    while (position < bytes.size()) {
+    while (position < bytes.size() && !m_isBroken) {
         if (m_bodyLeft == 0) {
             const int missing = headerSize - m_header.size();
             m_header += bytes.mid(position, missing);
@@ -119,6 +119,9 @@ QByteArray AgentxLimit::takeHeader()
 {
     const QByteArray header = std::exchange(m_header, QByteArray());
     m_bodyLeft = numberAt<quint32>(header, lengthAt);
+    m_isBroken = header.at(agentx::versionAt) != agentx::version;
+    if (m_isBroken)
+        return {};
     const bool isTooLong = headerSize + m_bodyLeft > maxMessage;
     const bool isEndOfRefused = header.at(commandAt) == agentx::CleanupSet &&
                                 numberAt<quint32>(header, transactionAt) == m_refusedSet;

@@ -18,6 +18,7 @@ namespace agent {
 /// after some seconds. Any manager could bring that about with one request. Here a request beyond the limit
 /// is answered with tooBig before Net-SNMP sees it, and an answer beyond the limit becomes tooBig, too.
 ///
+/// Failure: once isBroken(), the stream has no next message and must be closed.
 /// Ownership: one object for each connection to snmpd.
 class AgentxLimit
 {
@@ -36,6 +37,9 @@ public:
     /// Takes bytes from snmpd. Returns those for Net-SNMP, without the messages beyond the limit.
     QByteArray receive(const QByteArray& bytes);
 
+    /// The last header was not one of AgentX. Everything after it was dropped.
+    bool isBroken() const { return m_isBroken; }
+
     /// The answers to the requests left out since the last call.
     QByteArray takeAnswers();
 
@@ -49,6 +53,7 @@ private:
     QByteArray m_header;      // the incomplete one at the end of the bytes
     quint64 m_bodyLeft = 0;   // of the message after its header
     bool m_isDropped = false; // that message
+    bool m_isBroken = false;
     QByteArray m_answers;
     std::optional<quint32> m_refusedSet; // its transaction: snmpd still sends the end of it
 };

@@ -66,6 +66,8 @@ int receive(netsnmp_transport* transport, void* data, int size, void** address, 
         return static_cast<int>(received);
     const QByteArray accepted = limitOfStream.receive(
         QByteArray::fromRawData(static_cast<const char*>(data), static_cast<int>(received)));
+    if (limitOfStream.isBroken())
+        return -1;
     sendOrShutDown(*transport, limitOfStream.takeAnswers());
     if (accepted.isEmpty())
         transport->flags |= NETSNMP_TRANSPORT_FLAG_EMPTY_PKT; // otherwise Net-SNMP takes it for the end

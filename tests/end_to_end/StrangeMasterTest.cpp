@@ -170,6 +170,13 @@ TEST_F(StrangeMaster, IsToldAtOnceThatAGigabyteIsTooMuch)
     expectServed();
 }
 
+TEST_F(StrangeMaster, IsLeftIfItSendsGarbage)
+{
+    master.send(QByteArray(1000, '\x41'));
+    EXPECT_TRUE(master.waitForJoins(2)) << agent->log().constData();
+    expectServed();
+}
+
 TEST_F(StrangeMaster, MaySendAMessageWithAWrongContent)
 {
     master.send(FakeMaster::message(FakeMaster::getCommand, 41, QByteArray(40, '\xff')) +

@@ -67,6 +67,15 @@ TEST_F(AgentxLimitTest, AnswersALongerRequestItself)
     EXPECT_EQ(limit.takeAnswers(), QByteArray());
 }
 
+TEST_F(AgentxLimitTest, DropsEverythingFromTheFirstHeaderOfAnotherProtocol)
+{
+    const QByteArray before = message(get, 4);
+    EXPECT_EQ(limit.receive(before + QByteArray(100, 'A') + before), before);
+    EXPECT_TRUE(limit.isBroken());
+    EXPECT_EQ(limit.receive(before), QByteArray());
+    EXPECT_EQ(limit.takeAnswers(), QByteArray());
+}
+
 TEST_F(AgentxLimitTest, TakesBytesInPiecesOfAnySize)
 {
     const QByteArray before = message(get, 30);
