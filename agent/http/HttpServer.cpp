@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <map>
 #include <optional>
 #include <utility>
@@ -63,11 +64,15 @@ bool hasBody(MHD_Connection* connection)
            !headerOf(connection, MHD_HTTP_HEADER_TRANSFER_ENCODING).isEmpty();
 }
 
-/// Makes a reply as its reader takes it.
+/// Makes a reply as its reader takes it, and reports each progressBytes.
 class Body
 {
 public:
-    Body(std::unique_ptr<TextPieces> pieces, Turn& turn) : m_pieces(std::move(pieces)), m_turn(turn) {}
+    using Progress = std::function<void()>;
+
+    Body(std::unique_ptr<TextPieces> pieces, Turn& turn, Progress progress)
+        : m_pieces(std::move(pieces)), m_turn(turn), m_progress(std::move(progress))
+    {}
 
     /// 0 if the rest has to wait for the next turn.
     ssize_t read(char* to, size_t size)
@@ -79,6 +84,7 @@ public:
         const int count = std::min(m_text.size(), static_cast<int>(size));
         std::memcpy(to, m_text.constData(), static_cast<size_t>(count));
         m_text.remove(0, count);
+        reportProgress(count);
         return count;
     }
 
@@ -90,8 +96,19 @@ private:
         m_turn.count(m_text.size() - before);
     }
 
+    void reportProgress(qint64 count)
+    {
+        m_taken += count;
+        if (m_taken < HttpServer::progressBytes)
+            return;
+        m_taken = 0;
+        m_progress();
+    }
+
     const std::unique_ptr<TextPieces> m_pieces;
     Turn& m_turn;
+    const Progress m_progress;
+    qint64 m_taken = 0; // since the last report
     QByteArray m_text;
     bool m_isComplete = false;
 };
@@ -106,10 +123,10 @@ void freeBody(void* body)
     delete static_cast<Body*>(body);
 }
 
-MHD_Response* responseOf(HttpReply reply, Turn& turn)
+MHD_Response* responseOf(HttpReply reply, Turn& turn, Body::Progress progress)
 {
     if (reply.pieces) {
-        auto* body = new Body(std::move(reply.pieces), turn);
+        auto* body = new Body(std::move(reply.pieces), turn, std::move(progress));
         return MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, blockSize, &readBody, body, &freeBody);
     }
     return MHD_create_response_from_buffer(static_cast<size_t>(reply.text.size()), reply.text.data(),
@@ -303,7 +320,8 @@ MHD_Result HttpServer::Daemon::send(MHD_Connection* connection, HttpReply reply)
 {
     const auto status = static_cast<unsigned int>(reply.status);
     const QByteArray contentType = reply.contentType;
-    MHD_Response* response = responseOf(std::move(reply), m_turn);
+    MHD_Response* response = responseOf(
+        std::move(reply), m_turn, [this, socket = socketOf(connection)] { m_requests.restart(socket); });
     if (!response)
         return MHD_NO;
     MHD_add_response_header(response, MHD_HTTP_HEADER_CONTENT_TYPE, contentType.constData());

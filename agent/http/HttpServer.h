@@ -20,8 +20,9 @@ namespace agent {
 /// Serves HTTP in the agent's event loop: GET and HEAD, no request body.
 ///
 /// Its peers are not trusted. A request must come within requestMs, and its reply be taken within the same
-/// time. Connections are limited, for each user and in all. Each turn of the event loop makes a small part
-/// of the pending replies, so managers never wait for a reader of a long one.
+/// time. A long reply has this time for each progressBytes. Connections are limited, for each user and in
+/// all. Each turn of the event loop makes a small part of the pending replies, so managers never wait for a
+/// reader of a long one.
 ///
 /// Ownership: the clock must outlive it.
 /// Failure: listen() returns why it cannot serve. Later errors end only the connection they came from.
@@ -34,6 +35,7 @@ public:
     static constexpr size_t maxUserConnections = 24;       ///< of a user other than root, or of another host
     static constexpr size_t maxHeader = size_t{16} * 1024; ///< bytes of a request
     static constexpr qint64 requestMs = 20'000;
+    static constexpr qint64 progressBytes = qint64{1} << 20U;
 
     using Handler = std::function<HttpReply(const HttpRequest& request)>;
 

@@ -45,6 +45,22 @@ private:
     const qint64 m_pieceMs;
 };
 
+class LargePieces : public agent::TextPieces
+{
+public:
+    static constexpr int size = 64 * 1024;
+    static constexpr int all = 40 * 16; ///< 40 MB
+
+    bool appendTo(QByteArray& text) override
+    {
+        text += QByteArray(size, 'x');
+        return ++m_made < all;
+    }
+
+private:
+    int m_made = 0;
+};
+
 /// Short pieces; counts all that were made.
 class CountedPieces : public agent::TextPieces
 {
@@ -82,6 +98,8 @@ protected:
             reply.pieces = std::make_unique<SlowPieces>(100, 0);
         else if (request.path == "/slow")
             reply.pieces = std::make_unique<SlowPieces>(200, 1);
+        else if (request.path == "/large")
+            reply.pieces = std::make_unique<LargePieces>();
         else if (request.path == "/counted")
             reply.pieces = std::make_unique<CountedPieces>();
         else if (request.path == "/missing")
@@ -218,6 +236,22 @@ TEST_F(HttpServerTest, AStalledReaderIsCutOff)
     m_clock.advance(HttpServer::requestMs);
     client.resumeReading();
     EXPECT_TRUE(client.waitForEnd());
+}
+
+// 100,000 metrics took longer than the time for one reply, and so were cut for a reader that never stopped.
+TEST_F(HttpServerTest, AReaderOfALongReplyHasItsTimeForEachPart)
+{
+    HttpClient client(m_port);
+    client.send("GET /large HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n");
+    int before = 0;
+    ASSERT_TRUE(runUntil([&] {
+        const int now = client.received().size();
+        m_clock.advance((now - before) * HttpServer::requestMs / (10 * HttpServer::progressBytes));
+        before = now;
+        return !client.isConnected();
+    }));
+    EXPECT_GT(m_clock.elapsedMs(), 3 * HttpServer::requestMs);
+    EXPECT_GE(client.received().size(), LargePieces::all * LargePieces::size);
 }
 
 TEST_F(HttpServerTest, MakingALongReplyLetsOthersHaveTheirTurn)
