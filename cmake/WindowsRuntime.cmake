@@ -34,6 +34,11 @@ if(VIGIL_BUILD_AGENT)
     net-snmp-version.txt=${VIGIL_NET_SNMP}/net-snmp-version
     openssl-LICENSE.txt=${VIGIL_NET_SNMP}/openssl-LICENSE.txt
     openssl-version.txt=${VIGIL_NET_SNMP}/openssl-version)
+  if(VIGIL_MICROHTTPD)
+    list(APPEND agent_licences
+      libmicrohttpd-COPYING.txt=${VIGIL_MICROHTTPD}/libmicrohttpd-COPYING
+      libmicrohttpd-version.txt=${VIGIL_MICROHTTPD}/libmicrohttpd-version)
+  endif()
 endif()
 set(vigil_runtime_licences "")
 set(vigil_missing_licences "")
@@ -81,4 +86,9 @@ if(VIGIL_BUILD_AGENT)
   list(APPEND vigil_runtime_parts
     "CONTAINS|net-snmp|${net_snmp_version}|Net-SNMP|bin/vigil-agent.exe"
     "CONTAINS|openssl|${openssl_version}|Apache-2.0|bin/vigil-agent.exe")
+  if(VIGIL_MICROHTTPD)
+    file(STRINGS ${VIGIL_MICROHTTPD}/libmicrohttpd-version microhttpd_version)
+    list(APPEND vigil_runtime_parts
+      "CONTAINS|libmicrohttpd|${microhttpd_version}|LGPL-2.1-or-later|bin/vigil-agent.exe")
+  endif()
 endif()

@@ -3,7 +3,6 @@
 
 #include "agent/http/HttpServer.h"
 
-#include <QSocketNotifier>
 #include <QSysInfo>
 #include <QTcpServer>
 #include <QTimer>
@@ -21,6 +20,7 @@
 #include "agent/core/Descriptors.h"
 #include "agent/core/Turn.h"
 #include "agent/core/User.h"
+#include "agent/http/DaemonWatch.h"
 #include "agent/http/TrustedHost.h"
 
 namespace agent {
@@ -157,8 +157,7 @@ void shutDown(MHD_socket socket)
 
 } // namespace
 
-/// All glue to libmicrohttpd, in its mode for an external event loop: one descriptor tells when any of the
-/// others is ready.
+/// All glue to libmicrohttpd but the waiting, in its mode for an external event loop.
 class HttpServer::Daemon
 {
 public:
@@ -186,12 +185,12 @@ private:
     const Handler& m_handler;
     const QByteArray m_machineName = QSysInfo::machineHostName().toLatin1();
     QTcpServer m_listener;
-    std::unique_ptr<QSocketNotifier> m_notifier;
     QTimer m_timer;
     Turn m_turn;
     std::map<MHD_socket, QByteArray> m_peers;
     DelayQueue<MHD_socket> m_requests; // those that are late are ended
     MHD_Daemon* m_daemon = nullptr;
+    std::unique_ptr<DaemonWatch> m_watch;
     bool m_hasClosed = false; // a connection, in this turn
 };
 
@@ -206,7 +205,7 @@ HttpServer::Daemon::~Daemon()
 {
     if (!m_daemon)
         return;
-    m_notifier.reset();
+    m_watch.reset();
     MHD_quiesce_daemon(m_daemon); // the listener closes its socket itself
     MHD_stop_daemon(m_daemon);
 }
@@ -217,16 +216,14 @@ Error HttpServer::Daemon::start(const QHostAddress& host, quint16 port)
         return Error(m_listener.errorString());
     m_listener.pauseAccepting(); // the library accepts
     m_daemon = MHD_start_daemon(
-        MHD_USE_EPOLL, 0, nullptr, nullptr, &Daemon::handleRequest, this, MHD_OPTION_LISTEN_SOCKET,
+        DaemonWatch::daemonFlags, 0, nullptr, nullptr, &Daemon::handleRequest, this, MHD_OPTION_LISTEN_SOCKET,
         static_cast<MHD_socket>(m_listener.socketDescriptor()), MHD_OPTION_CONNECTION_LIMIT, maxConnections,
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, 2 * maxHeader, MHD_OPTION_STRICT_FOR_CLIENT, 1,
         MHD_OPTION_NOTIFY_CONNECTION, &Daemon::handleConnection, this, MHD_OPTION_NOTIFY_COMPLETED,
         &Daemon::handleCompleted, this, MHD_OPTION_END);
-    const MHD_DaemonInfo* info = m_daemon ? MHD_get_daemon_info(m_daemon, MHD_DAEMON_INFO_EPOLL_FD) : nullptr;
-    if (!info)
+    if (!m_daemon)
         return Error(QStringLiteral("libmicrohttpd cannot start"));
-    m_notifier = std::make_unique<QSocketNotifier>(info->epoll_fd, QSocketNotifier::Read);
-    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, &m_timer, [this] { run(); });
+    m_watch = std::make_unique<DaemonWatch>(m_daemon, [this] { run(); });
     return {};
 }
 
@@ -235,6 +232,7 @@ void HttpServer::Daemon::run()
     m_turn.start();
     m_hasClosed = false;
     MHD_run(m_daemon);
+    m_watch->update();
     MHD_UNSIGNED_LONG_LONG delayMs = 0;
     if (m_hasClosed)
         m_timer.start(0); // after its limit of connections, the library accepts again in its next turn
@@ -250,6 +248,8 @@ void HttpServer::Daemon::handleConnection(void* self, MHD_Connection* connection
     auto* daemon = static_cast<Daemon*>(self);
     if (code == MHD_CONNECTION_NOTIFY_STARTED)
         return daemon->add(connection);
+    if (daemon->m_watch)
+        daemon->m_watch->forget(socketOf(connection));
     daemon->m_requests.remove(socketOf(connection));
     daemon->m_peers.erase(socketOf(connection));
     daemon->m_hasClosed = true;

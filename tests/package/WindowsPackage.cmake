@@ -89,6 +89,7 @@ expect_files(
   ${documents}/third-party/mingw-w64-copyright.txt
   ${documents}/third-party/net-snmp-COPYING.txt
   ${documents}/third-party/openssl-LICENSE.txt
+  ${documents}/third-party/libmicrohttpd-COPYING.txt
   ${documents}/vigil-agent.conf
   ${prefix}/README-Windows.txt
   ${prefix}/bin/vigil-agent.exe)

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
+#include <QLibrary>
 #include <QTcpSocket>
 
 #include <algorithm>
@@ -293,6 +294,8 @@ TEST_F(HttpServerTest, ATurnMakesTheSameHoweverManyReadersThereAre)
 
 TEST_F(HttpServerTest, OneUserCannotTakeAllConnections)
 {
+    if (QLibrary::resolve(QStringLiteral("ntdll"), "wine_get_version"))
+        GTEST_SKIP() << "Wine does not know the user of every new connection";
     std::vector<std::unique_ptr<HttpClient>> clients;
     for (unsigned int number = 0; number < HttpServer::maxConnections - 1; ++number) {
         clients.push_back(std::make_unique<HttpClient>(m_port));
