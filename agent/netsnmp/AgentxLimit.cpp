@@ -23,7 +23,9 @@ using agentx::transactionAt;
 // From RFC 2741.
 constexpr int errorAt = 24;
 constexpr int indexAt = 26;
+constexpr char contextFollows = 0x08;
 constexpr char networkOrder = 0x10;
+constexpr quint16 unsupportedContext = 262;
 constexpr size_t wordSize = 4;
 
 template <typename Number>
@@ -49,6 +51,7 @@ QByteArray errorAnswer(const QByteArray& header, quint16 error, quint16 index)
 {
     QByteArray answer = header.left(headerSize) + QByteArray(AgentxLimit::emptyAnswer - headerSize, '\0');
     answer[commandAt] = agentx::Response;
+    answer[flagsAt] = static_cast<char>(header.at(flagsAt) & ~contextFollows);
     putNumber<quint32>(answer, lengthAt, AgentxLimit::emptyAnswer - headerSize);
     putNumber<quint16>(answer, errorAt, error);
     putNumber<quint16>(answer, indexAt, index);
@@ -123,20 +126,21 @@ QByteArray AgentxLimit::takeHeader()
     if (m_isBroken)
         return {};
     const bool isTooLong = headerSize + m_bodyLeft > maxMessage;
+    const bool hasContext = header.at(flagsAt) & contextFollows;
     const bool isEndOfRefused = header.at(commandAt) == agentx::CleanupSet &&
                                 numberAt<quint32>(header, transactionAt) == m_refusedSet;
-    m_isDropped = isTooLong || isEndOfRefused;
-    if (isTooLong)
-        refuse(header);
+    m_isDropped = isTooLong || hasContext || isEndOfRefused;
+    if (isTooLong || hasContext)
+        refuse(header, hasContext ? unsupportedContext : SNMP_ERR_TOOBIG);
     return m_isDropped ? QByteArray() : header;
 }
 
-void AgentxLimit::refuse(const QByteArray& header)
+void AgentxLimit::refuse(const QByteArray& header, quint16 error)
 {
     if (header.at(commandAt) == agentx::TestSet)
         m_refusedSet = numberAt<quint32>(header, transactionAt);
     if (header.at(commandAt) != agentx::Response)
-        m_answers += errorAnswer(header, SNMP_ERR_TOOBIG, 1);
+        m_answers += errorAnswer(header, error, 1);
 }
 
 QByteArray AgentxLimit::takeAnswers()

@@ -18,6 +18,9 @@ namespace agent {
 /// after some seconds. Any manager could bring that about with one request. Here a request beyond the limit
 /// is answered with tooBig before Net-SNMP sees it, and an answer beyond the limit becomes tooBig, too.
 ///
+/// A request with a context gets an error as well: the agent registers none, and Net-SNMP reads beyond the
+/// end of a context's name.
+///
 /// Failure: once isBroken(), the stream has no next message and must be closed.
 /// Ownership: one object for each connection to snmpd.
 class AgentxLimit
@@ -34,7 +37,7 @@ public:
     /// The length of the varbind in a message.
     static size_t sizeOf(const netsnmp_variable_list& varbind);
 
-    /// Takes bytes from snmpd. Returns those for Net-SNMP, without the messages beyond the limit.
+    /// Takes bytes from snmpd. Returns those for Net-SNMP, without the refused messages.
     QByteArray receive(const QByteArray& bytes);
 
     /// The last header was not one of AgentX. Everything after it was dropped.
@@ -48,7 +51,7 @@ public:
 
 private:
     QByteArray takeHeader();
-    void refuse(const QByteArray& header);
+    void refuse(const QByteArray& header, quint16 error);
 
     QByteArray m_header;      // the incomplete one at the end of the bytes
     quint64 m_bodyLeft = 0;   // of the message after its header

@@ -52,11 +52,7 @@ bool isBehindAnother()
 
 bool canAnswer(const netsnmp_pdu& message)
 {
-    if (message.command != agentx::Get && message.command != agentx::GetNext)
-        return false;
-    if (message.community_len > 0)
-        return false; // a context, which Net-SNMP knows and the agent does not
-    return !isBehindAnother();
+    return (message.command == agentx::Get || message.command == agentx::GetNext) && !isBehindAnother();
 }
 
 /// A step of a SET that does not wait for the answer to the step before. Net-SNMP would read freed memory.

@@ -67,6 +67,18 @@ TEST_F(AgentxLimitTest, AnswersALongerRequestItself)
     EXPECT_EQ(limit.takeAnswers(), QByteArray());
 }
 
+TEST_F(AgentxLimitTest, AnswersARequestWithAContextItself)
+{
+    constexpr char contextFollows = 8;
+    QByteArray request = message(testSet, 40);
+    request[2] = contextFollows;
+    QByteArray unsupportedContext = answer(0, 1);
+    unsupportedContext[24] = 6; // 262
+    unsupportedContext[25] = 1;
+    EXPECT_EQ(limit.receive(request + message(cleanupSet, 0) + message(get, 8)), message(get, 8));
+    EXPECT_EQ(limit.takeAnswers(), unsupportedContext);
+}
+
 TEST_F(AgentxLimitTest, DropsEverythingFromTheFirstHeaderOfAnotherProtocol)
 {
     const QByteArray before = message(get, 4);
