@@ -44,7 +44,7 @@ bool isPipeEmpty()
     return poll(ends.data(), ends.size(), 0) == 0;
 }
 
-bool isBehindAnother()
+bool isPipeBusy()
 {
     isPipeUsed = isPipeUsed && !isPipeEmpty();
     return isPipeUsed;
@@ -52,13 +52,13 @@ bool isBehindAnother()
 
 bool canAnswer(const netsnmp_pdu& message)
 {
-    return (message.command == agentx::Get || message.command == agentx::GetNext) && !isBehindAnother();
+    return (message.command == agentx::Get || message.command == agentx::GetNext) && !isPipeBusy();
 }
 
 /// A step of a SET that does not wait for the answer to the step before. Net-SNMP would read freed memory.
 bool isTooEarly(const netsnmp_pdu& message)
 {
-    return message.command >= agentx::CommitSet && message.command <= agentx::CleanupSet && isBehindAnother();
+    return message.command >= agentx::CommitSet && message.command <= agentx::CleanupSet && isPipeBusy();
 }
 
 /// snmpd asks up to an end, which another subagent may have registered. No end is the identifier 0.0.

@@ -12,7 +12,7 @@ namespace agent {
 ///
 /// Net-SNMP would send each request through a pipe to its own agent, and the answer back through another.
 /// That costs more than the answer. Only a SET needs the pipes, because it may wait for an application.
-/// Requests behind a SET take the pipes, too, until these are empty: a GET must not overtake the SET.
+/// Requests after a SET take the pipes, too, until these are empty: a GET must not overtake the SET.
 ///
 /// Ownership: the session stays Net-SNMP's.
 void answerDirectly(netsnmp_session& session);
