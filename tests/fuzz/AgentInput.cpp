@@ -71,6 +71,7 @@ public:
     void reconnect()
     {
         m_cells.lose({m_application});
+        m_clock.advance(0); // the next turn of the event loop removes the cells of a loss without room
         connect();
     }
 
