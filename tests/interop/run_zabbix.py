@@ -64,16 +64,6 @@ def free_port():
                 continue
 
 
-def wait_for(what, predicate):
-    """Returns the first true result of the predicate."""
-    while time.monotonic() < START + DEADLINE_S:
-        result = predicate()
-        if result:
-            return result
-        time.sleep(0.5)
-    raise Failure(f"no {what} in {DEADLINE_S} s")
-
-
 def postgres_folder():
     """The programs of the newest PostgreSQL; Debian keeps them out of the path."""
     folders = glob.glob("/usr/lib/postgresql/*/bin")
@@ -82,15 +72,17 @@ def postgres_folder():
 
 
 class Site:
-    """Database, server and frontend."""
+    """Database, server and frontend. The path of a socket may have 107 bytes, so sockets have a short folder."""
 
-    def __init__(self, folder):
+    def __init__(self, folder, socket_folder):
         self.folder = folder
+        self.socket_folder = socket_folder
         self.programs = []
         self.as_user = []
         if os.getuid() == 0:
             nobody = pwd.getpwnam("nobody")
-            os.chown(folder, nobody.pw_uid, nobody.pw_gid)
+            for each in (folder, socket_folder):
+                os.chown(each, nobody.pw_uid, nobody.pw_gid)
             self.as_user = ["setpriv", "--reuid=nobody", f"--regid={nobody.pw_gid}", "--clear-groups"]
         self.environment = {"PATH": os.environ["PATH"], "HOME": folder, "TMPDIR": folder, "LC_ALL": "C.UTF-8"}
 
@@ -114,6 +106,18 @@ class Site:
                 [*self.as_user, "setpriv", f"--pdeathsig={end_signal}", *command],
                 cwd=self.folder, env=self.environment, stdin=subprocess.DEVNULL, stdout=log, stderr=log)
         self.programs.append((program, getattr(signal, "SIG" + end_signal)))
+
+    def wait_for(self, what, predicate):
+        """Returns the first true result of the predicate."""
+        while time.monotonic() < START + DEADLINE_S:
+            result = predicate()
+            if result:
+                return result
+            for program, _ in self.programs:
+                if program.poll() is not None:
+                    raise Failure(f"no {what}, since a program has ended: {program.args}")
+            time.sleep(0.5)
+        raise Failure(f"no {what} in {DEADLINE_S} s")
 
     def stop(self):
         for program, end_signal in reversed(self.programs):
@@ -141,13 +145,13 @@ def start_database(site, programs):
     """A cluster that listens on a local socket alone, with Zabbix's own tables and data."""
     site.run(programs + "/initdb", "--pgdata=data", "--username=zabbix", "--auth=trust", "--encoding=UTF8",
              "--no-sync")
-    site.start("postgres", "INT", programs + "/postgres", "-D", "data", "-k", site.folder, "-c", "listen_addresses=",
-               "-c", "fsync=off", "-c", "synchronous_commit=off", "-c", "full_page_writes=off",
+    site.start("postgres", "INT", programs + "/postgres", "-D", "data", "-k", site.socket_folder,
+               "-c", "listen_addresses=", "-c", "fsync=off", "-c", "synchronous_commit=off", "-c", "full_page_writes=off",
                "-c", "max_wal_size=2GB")
-    client = [programs + "/psql", "--host", site.folder, "--username=zabbix", "--no-psqlrc", "--quiet",
+    client = [programs + "/psql", "--host", site.socket_folder, "--username=zabbix", "--no-psqlrc", "--quiet",
               "--set=ON_ERROR_STOP=1"]
-    ready = [programs + "/pg_isready", "--host", site.folder, "--username=zabbix", "--quiet"]
-    wait_for("database", lambda: subprocess.run(ready, check=False).returncode == 0)
+    ready = [programs + "/pg_isready", "--host", site.socket_folder, "--username=zabbix", "--quiet"]
+    site.wait_for("database", lambda: subprocess.run(ready, check=False).returncode == 0)
     site.run(*client, "--dbname=postgres", "--command=CREATE DATABASE zabbix")
     site.environment["PGOPTIONS"] = "-c session_replication_role=replica"  # no checks of foreign keys: faster
     for name in ("schema", "images", "data"):
@@ -170,8 +174,8 @@ def start_server(site):
     site.write("server.conf", f"""
 LogType=console
 PidFile={site.path("server.pid")}
-SocketDir={site.folder}
-DBHost={site.folder}
+SocketDir={site.socket_folder}
+DBHost={site.socket_folder}
 DBName=zabbix
 DBUser=zabbix
 ListenIP=127.0.0.1
@@ -200,7 +204,7 @@ def start_frontend(site):
         file.write(code.replace(CONFIG_PATH, site.path("zabbix.conf.php")))
     site.write("zabbix.conf.php", f"""<?php
 $DB['TYPE'] = 'POSTGRESQL';
-$DB['SERVER'] = '{site.folder}';
+$DB['SERVER'] = '{site.socket_folder}';
 $DB['PORT'] = '0';
 $DB['DATABASE'] = 'zabbix';
 $DB['USER'] = 'zabbix';
@@ -294,7 +298,7 @@ def is_expected(api, host, expected):
     return any(each["lastclock"] != "0" and each["lastvalue"] == value[0] for each in items)
 
 
-def watch(api, host, expectations):
+def watch(site, api, host, expectations):
     """Checks and discovers now, as an operator may ask, until all expectations hold."""
     rules = [each["itemid"] for each in api.call("discoveryrule.get", hostids=host, output=["itemid"])]
     asked = {}
@@ -308,7 +312,7 @@ def watch(api, host, expectations):
         return [each for each in expectations if not is_expected(api, host, each)]
 
     try:
-        wait_for("value or problem", lambda: not unmet())
+        site.wait_for("value or problem", lambda: not unmet())
     except Failure:
         shown = {"output": ["name", "lastvalue", "state", "error"], "hostids": host}
         raise Failure(f"not seen: {unmet()}; discovery: {api.call('discoveryrule.get', **shown)}; "
@@ -320,7 +324,7 @@ def run(site, template, snmp_port, expectations):
     say("the database is filled")
     address = start_frontend(site)
     api = Api(address)
-    version = wait_for("frontend", api.version)
+    version = site.wait_for("frontend", api.version)
     numbers = tuple(map(int, version.split(".")[:2]))
     if numbers < (6, 0):
         skip(f"Zabbix {version} is installed; the template is for 6.0 and newer")
@@ -329,7 +333,7 @@ def run(site, template, snmp_port, expectations):
     host = create_host(api, import_template(api, numbers, template), snmp_port)
     say("the template is imported and linked")
     start_server(site)
-    watch(api, host, expectations)
+    watch(site, api, host, expectations)
     say(f"Zabbix {version} has seen all of it")
 
 
@@ -345,7 +349,8 @@ def main():
         skip("PostgreSQL is not installed")
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
     folder = tempfile.mkdtemp(prefix="vigil-zabbix.")
-    site = Site(folder)
+    socket_folder = tempfile.mkdtemp(prefix="vigil-zabbix.", dir="/tmp")
+    site = Site(folder, socket_folder)
     try:
         run(site, template, snmp_port, expectations)
     except Failure as failure:
@@ -353,7 +358,8 @@ def main():
         sys.exit(1)
     finally:
         site.stop()
-        shutil.rmtree(folder, ignore_errors=True)
+        for each in (folder, socket_folder):
+            shutil.rmtree(each, ignore_errors=True)
 
 
 main()
