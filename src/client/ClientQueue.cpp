@@ -17,7 +17,7 @@
 namespace {
 
 constexpr int batchBytes = 62500;
-constexpr std::size_t maxBatches = 16;
+constexpr std::size_t maxBatches = 2;
 
 /// What a posted call takes, roughly: the event and the nodes of the identifier's list.
 int bytesOfCall(const Oid& oid, int textLength = 0)
@@ -164,13 +164,13 @@ void ClientQueue::requestHandOver()
 /// Runs in the client thread. Calls made from now on are posted again, so they run afterwards.
 void ClientQueue::handOver(Client* client)
 {
-    QueueOverflow::Publications publications;
+    QueueOverflow taken(overflowBytes);
     {
         const base::MutexLock lock(m_mutex);
-        publications = std::exchange(m_overflow, QueueOverflow(overflowBytes)).takeAll();
+        std::swap(m_overflow, taken);
         m_handOver.reset();
     }
-    for (const QueueOverflow::Publication& publication : publications)
+    for (const QueueOverflow::Publication& publication : taken.takeAll())
         base::untilMemory([&] { publish(*client, publication); });
 }
 

@@ -21,9 +21,10 @@ class QMetaMethod;
 /// The way into the client thread: puts calls into the client's event queue.
 ///
 /// Purpose: the one place where other threads call the client. Without a client, calls are dropped. If the
-/// client falls behind, the event queue takes no more than about 1 MB: a longer one would outgrow the
-/// processor's cache. Further publications go into a QueueOverflow, and the client takes them over when it
-/// has run the calls before them.
+/// client falls behind, the event queue takes no more than about 125 kB, some 90 cells. Further publications
+/// go into a QueueOverflow, and the client takes them over when it has run the calls before them. There a
+/// cell is one block of memory instead of forty. While both threads run, each block passes from one
+/// processor's cache to the other's, so an entry costs half of a queued call.
 ///
 /// Threads: any. A call from the client thread, from inside a callback, runs at once.
 ///
