@@ -19,7 +19,8 @@ expect_files(
   ${prefix}/share/snmp/mibs/VIGIL-MIB.txt
   ${prefix}/share/doc/vigil/operations.md)
 
-# Each library that the binaries load is a part, the compiler's and the system's own aside.
+# Each library that the binaries load is a part, the compiler's and the system's own aside. A build with sanitizers has
+# theirs.
 function(part_with library result)
   if(library MATCHES "^libQt5")
     set(part Qt)
@@ -27,7 +28,7 @@ function(part_with library result)
     set(part Net-SNMP)
   elseif(library MATCHES "^lib(systemd|microhttpd)\\.")
     set(part lib${CMAKE_MATCH_1})
-  elseif(library MATCHES "^lib(vigil|c|m|gcc_s|stdc\\+\\+|pthread)\\.|^ld-linux")
+  elseif(library MATCHES "^lib(vigil|c|m|gcc_s|stdc\\+\\+|pthread|[alt]san|ubsan)\\.|^ld-linux")
     set(part vigil) # nothing beside the package itself
   else()
     message(FATAL_ERROR "No part is known that has ${library}")
