@@ -19,7 +19,7 @@
 #include "agent/core/Error.h"
 #include "agent/core/SystemClock.h"
 #include "agent/core/UserLines.h"
-#include "agent/http/History.h"
+#include "agent/documents/History.h"
 #include "agent/http/HttpPages.h"
 #include "agent/http/HttpServer.h"
 #include "agent/netsnmp/SnmpEngine.h"

@@ -11,7 +11,7 @@
 #include "agent/cells/ServedCells.h"
 #include "agent/checks/Mutes.h"
 #include "agent/control/ControlReply.h"
-#include "agent/http/ChecksJson.h"
+#include "agent/documents/ChecksJson.h"
 
 namespace agent {
 

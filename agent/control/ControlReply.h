@@ -9,8 +9,8 @@
 #include <functional>
 #include <memory>
 
+#include "agent/core/TextPieces.h"
 #include "agent/core/User.h"
-#include "agent/http/TextPieces.h"
 
 namespace agent {
 

@@ -5,7 +5,7 @@
 
 #include <QFile>
 
-#include "agent/http/HistoryJson.h"
+#include "agent/documents/HistoryJson.h"
 
 namespace agent {
 

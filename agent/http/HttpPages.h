@@ -7,11 +7,11 @@
 #include <functional>
 #include <vector>
 
-#include "agent/http/ChecksJson.h"
-#include "agent/http/History.h"
+#include "agent/documents/ChecksJson.h"
+#include "agent/documents/History.h"
+#include "agent/documents/OpenMetrics.h"
 #include "agent/http/HttpReply.h"
 #include "agent/http/HttpRequest.h"
-#include "agent/http/OpenMetrics.h"
 
 namespace agent {
 

@@ -8,7 +8,7 @@
 
 #include <memory>
 
-#include "agent/http/TextPieces.h"
+#include "agent/core/TextPieces.h"
 
 namespace agent {
 

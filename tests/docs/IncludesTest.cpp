@@ -40,8 +40,9 @@ constexpr Room rooms[] = {
 
     {"agent/core/",         "src/base/wire/ src/platform/peer/"},
     {"agent/netsnmp/",      "agent/core/"},
-    {"agent/http/",         "agent/checks/ agent/applications/ agent/cells/ agent/core/ src/base/BuildInfo"},
-    {"agent/control/",      "agent/http/ agent/checks/ agent/applications/ agent/cells/ agent/core/"},
+    {"agent/documents/",    "agent/checks/ agent/applications/ agent/cells/ agent/core/ src/base/BuildInfo"},
+    {"agent/http/",         "agent/documents/ agent/core/"},
+    {"agent/control/",      "agent/documents/ agent/checks/ agent/cells/ agent/core/"},
     {"agent/cells/",        "agent/core/"},
     {"agent/checks/",       "agent/cells/ agent/core/"},
     {"agent/notifications/","agent/checks/ agent/cells/ agent/netsnmp/ agent/core/"},
@@ -51,8 +52,9 @@ constexpr Room rooms[] = {
     {"agent/serving/",      "agent/checks/ agent/notifications/ agent/applications/ agent/cells/ agent/netsnmp/ "
                             "agent/core/ "
                             "src/base/wire/ src/base/BuildInfo"},
-    {"agent/",              "agent/http/ agent/control/ agent/serving/ agent/show/ agent/checks/ agent/notifications/ agent/process/ agent/applications/ agent/cells/ "
-                            "agent/netsnmp/ agent/core/ src/base/wire/ src/base/BuildInfo"},
+    {"agent/",              "agent/http/ agent/control/ agent/documents/ agent/serving/ agent/show/ agent/checks/ "
+                            "agent/notifications/ agent/process/ agent/applications/ agent/cells/ agent/netsnmp/ "
+                            "agent/core/ src/base/wire/ src/base/BuildInfo"},
 };
 // clang-format on
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#include "agent/http/SeriesLabels.h"
+#include "agent/documents/SeriesLabels.h"
 
 #include <algorithm>
 #include <string>

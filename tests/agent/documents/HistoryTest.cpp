@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-#include "agent/http/History.h"
+#include "agent/documents/History.h"
 #include "support/PublishedChecks.h"
 
 using agent::History;

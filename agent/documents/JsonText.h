@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#ifndef VIGIL_AGENT_HTTP_JSONTEXT_H
-#define VIGIL_AGENT_HTTP_JSONTEXT_H
+#ifndef VIGIL_AGENT_DOCUMENTS_JSONTEXT_H
+#define VIGIL_AGENT_DOCUMENTS_JSONTEXT_H
 
 #include <QByteArray>
 #include <QDateTime>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#ifndef VIGIL_AGENT_HTTP_SERIESSHARES_H
-#define VIGIL_AGENT_HTTP_SERIESSHARES_H
+#ifndef VIGIL_AGENT_DOCUMENTS_SERIESSHARES_H
+#define VIGIL_AGENT_DOCUMENTS_SERIESSHARES_H
 
 #include <map>
 #include <optional>

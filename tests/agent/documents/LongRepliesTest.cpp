@@ -10,9 +10,9 @@
 #include <ctime>
 
 #include "agent/core/Turn.h"
-#include "agent/http/ChecksJson.h"
-#include "agent/http/HistoryJson.h"
-#include "agent/http/OpenMetrics.h"
+#include "agent/documents/ChecksJson.h"
+#include "agent/documents/HistoryJson.h"
+#include "agent/documents/OpenMetrics.h"
 #include "support/Load.h"
 #include "support/PublishedChecks.h"
 

@@ -5,7 +5,7 @@
 
 #include <map>
 
-#include "agent/http/SeriesShares.h"
+#include "agent/documents/SeriesShares.h"
 
 using agent::SeriesShares;
 using Holder = SeriesShares::Holder;

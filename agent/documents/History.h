@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#ifndef VIGIL_AGENT_HTTP_HISTORY_H
-#define VIGIL_AGENT_HTTP_HISTORY_H
+#ifndef VIGIL_AGENT_DOCUMENTS_HISTORY_H
+#define VIGIL_AGENT_DOCUMENTS_HISTORY_H
 
 #include <functional>
 #include <map>
@@ -12,7 +12,7 @@
 #include "agent/core/Clock.h"
 #include "agent/core/Timer.h"
 #include "agent/core/User.h"
-#include "agent/http/SeriesShares.h"
+#include "agent/documents/SeriesShares.h"
 
 namespace agent {
 

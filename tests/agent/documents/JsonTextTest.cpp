@@ -8,7 +8,7 @@
 
 #include <limits>
 
-#include "agent/http/JsonText.h"
+#include "agent/documents/JsonText.h"
 
 namespace json = agent::json;
 

@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#include "agent/http/ChecksJson.h"
+#include "agent/documents/ChecksJson.h"
 
 #include <QSysInfo>
 
 #include "agent/cells/HealthTable.h"
 #include "agent/checks/RangeBounds.h"
-#include "agent/http/JsonText.h"
+#include "agent/documents/JsonText.h"
 #include "base/BuildInfo.h"
 
 namespace agent {

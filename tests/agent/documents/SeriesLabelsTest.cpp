@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "agent/http/SeriesLabels.h"
+#include "agent/documents/SeriesLabels.h"
 #include "support/PublishedChecks.h"
 
 using agent::ObjectId;

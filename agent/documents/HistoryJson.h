@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#ifndef VIGIL_AGENT_HTTP_HISTORYJSON_H
-#define VIGIL_AGENT_HTTP_HISTORYJSON_H
+#ifndef VIGIL_AGENT_DOCUMENTS_HISTORYJSON_H
+#define VIGIL_AGENT_DOCUMENTS_HISTORYJSON_H
 
 #include "agent/checks/CheckList.h"
-#include "agent/http/History.h"
-#include "agent/http/TextPieces.h"
+#include "agent/core/TextPieces.h"
+#include "agent/documents/History.h"
 
 namespace agent {
 

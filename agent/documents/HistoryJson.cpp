@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#include "agent/http/HistoryJson.h"
+#include "agent/documents/HistoryJson.h"
 
 #include <cmath>
 
-#include "agent/http/JsonText.h"
+#include "agent/documents/JsonText.h"
 
 namespace agent {
 

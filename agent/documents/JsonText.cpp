@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#include "agent/http/JsonText.h"
+#include "agent/documents/JsonText.h"
 
 #include <cmath>
 #include <cstring>

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#include "agent/http/OpenMetrics.h"
+#include "agent/documents/OpenMetrics.h"
 
 #include "agent/checks/RangeBounds.h"
-#include "agent/http/JsonText.h"
-#include "agent/http/SeriesLabels.h"
+#include "agent/documents/JsonText.h"
+#include "agent/documents/SeriesLabels.h"
 #include "base/BuildInfo.h"
 
 namespace agent {

@@ -9,7 +9,7 @@
 #include <map>
 #include <set>
 
-#include "agent/http/OpenMetrics.h"
+#include "agent/documents/OpenMetrics.h"
 #include "support/PublishedChecks.h"
 
 using agent::OpenMetrics;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#include "agent/http/SeriesShares.h"
+#include "agent/documents/SeriesShares.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#ifndef VIGIL_AGENT_HTTP_TEXTPIECES_H
-#define VIGIL_AGENT_HTTP_TEXTPIECES_H
+#ifndef VIGIL_AGENT_CORE_TEXTPIECES_H
+#define VIGIL_AGENT_CORE_TEXTPIECES_H
 
 #include <QByteArray>
 

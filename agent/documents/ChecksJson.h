@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#ifndef VIGIL_AGENT_HTTP_CHECKSJSON_H
-#define VIGIL_AGENT_HTTP_CHECKSJSON_H
+#ifndef VIGIL_AGENT_DOCUMENTS_CHECKSJSON_H
+#define VIGIL_AGENT_DOCUMENTS_CHECKSJSON_H
 
 #include <set>
 
@@ -10,7 +10,7 @@
 #include "agent/cells/CellStore.h"
 #include "agent/checks/CheckList.h"
 #include "agent/core/Clock.h"
-#include "agent/http/TextPieces.h"
+#include "agent/core/TextPieces.h"
 
 namespace agent {
 

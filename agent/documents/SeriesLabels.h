@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#ifndef VIGIL_AGENT_HTTP_SERIESLABELS_H
-#define VIGIL_AGENT_HTTP_SERIESLABELS_H
+#ifndef VIGIL_AGENT_DOCUMENTS_SERIESLABELS_H
+#define VIGIL_AGENT_DOCUMENTS_SERIESLABELS_H
 
 #include <QByteArray>
 

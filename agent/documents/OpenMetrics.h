@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#ifndef VIGIL_AGENT_HTTP_OPENMETRICS_H
-#define VIGIL_AGENT_HTTP_OPENMETRICS_H
+#ifndef VIGIL_AGENT_DOCUMENTS_OPENMETRICS_H
+#define VIGIL_AGENT_DOCUMENTS_OPENMETRICS_H
 
 #include <QByteArray>
 
 #include <vector>
 
 #include "agent/checks/CheckList.h"
-#include "agent/http/TextPieces.h"
+#include "agent/core/TextPieces.h"
 
 namespace agent {
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-#include "agent/http/History.h"
+#include "agent/documents/History.h"
 
 #include <cmath>
 #include <limits>
