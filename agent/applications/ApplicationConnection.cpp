@@ -10,7 +10,6 @@
 #include "agent/core/Log.h"
 #include "base/wire/Protocol.h"
 #include "base/wire/SnmpInt.h"
-#include "base/wire/SnmpResponse.h"
 #include "base/wire/SnmpString.h"
 
 namespace agent {

@@ -7,8 +7,6 @@
 #include <QObject>
 #include <QTcpSocket>
 
-#include <string>
-
 #include "agent/applications/ApplicationInfo.h"
 #include "agent/applications/ApplicationStream.h"
 #include "agent/applications/Limits.h"

@@ -6,8 +6,6 @@
 
 #include <QByteArray>
 
-#include <string>
-
 #include "agent/applications/FrameSequence.h"
 #include "agent/cells/Cell.h"
 #include "agent/core/Error.h"

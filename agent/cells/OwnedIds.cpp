@@ -4,7 +4,6 @@
 #include "agent/cells/OwnedIds.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace agent {
 

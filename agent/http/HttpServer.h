@@ -5,7 +5,7 @@
 #define VIGIL_AGENT_HTTP_HTTPSERVER_H
 
 #include <QHostAddress>
-#include <QObject>
+#include <QString>
 
 #include <functional>
 #include <memory>
@@ -26,10 +26,8 @@ namespace agent {
 ///
 /// Ownership: the clock must outlive it.
 /// Failure: listen() returns why it cannot serve. Later errors end only the connection they came from.
-class HttpServer : public QObject
+class HttpServer
 {
-    Q_OBJECT
-
 public:
     static constexpr unsigned int maxConnections = 64;
     static constexpr size_t maxUserConnections = 24;       ///< of a user other than root, or of another host
@@ -40,7 +38,9 @@ public:
     using Handler = std::function<HttpReply(const HttpRequest& request)>;
 
     HttpServer(Clock& clock, Handler handler);
-    ~HttpServer() override;
+    ~HttpServer();
+    HttpServer(const HttpServer&) = delete;
+    HttpServer& operator=(const HttpServer&) = delete;
 
     Error listen(const QHostAddress& host, quint16 port);
 

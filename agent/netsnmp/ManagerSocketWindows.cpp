@@ -4,7 +4,6 @@
 #include "agent/netsnmp/ManagerSocket.h"
 
 #include <algorithm>
-#include <utility>
 
 #include <mstcpip.h>
 #include <winsvc.h>

@@ -4,7 +4,6 @@
 #ifndef VIGIL_AGENT_PROCESS_SAVEDSTATE_H
 #define VIGIL_AGENT_PROCESS_SAVEDSTATE_H
 
-#include <QDateTime>
 #include <QStringList>
 
 #include <map>

@@ -4,6 +4,7 @@
 #include "base/LogRing.h"
 
 #include <QDir>
+#include <QFileInfoList>
 
 #include <algorithm>
 

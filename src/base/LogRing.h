@@ -4,7 +4,6 @@
 #ifndef VIGIL_BASE_LOGRING_H
 #define VIGIL_BASE_LOGRING_H
 
-#include <QFileInfoList>
 #include <QString>
 
 #include <memory>

@@ -5,7 +5,6 @@
 
 #include <QAbstractSocket>
 #include <QDeadlineTimer>
-#include <QMetaObject>
 #include <QString>
 #include <QThread>
 
