@@ -170,7 +170,7 @@ Error Agent::serveOperators()
     return {};
 }
 
-/// What VIGIL-AGENT-MIB has, too.
+/// Also in VIGIL-AGENT-MIB.
 std::vector<AgentFigure> Agent::figures() const
 {
     constexpr double msPerSecond = 1000;

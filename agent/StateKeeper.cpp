@@ -92,7 +92,7 @@ void StateKeeper::save()
     m_isWarned = static_cast<bool>(error);
 }
 
-/// A check that managers know as OK needs no line: it would be treated the same without one. If they know
+/// A check managers know as OK needs no line: it would be treated the same without one. If they know
 /// another status, its application may never return to correct it.
 SavedState StateKeeper::current() const
 {

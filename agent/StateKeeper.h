@@ -17,14 +17,13 @@
 
 namespace agent {
 
-/// Keeps lost applications with their health checks, notified statuses and mutes over a restart of the agent,
-/// with the checks forgotten while muted.
-/// An application that was connected is kept with the checks that managers know as not OK: if it does not
-/// come back, it is lost like any other.
+/// Keeps over a restart of the agent: lost applications with their health checks, notified statuses, mutes,
+/// and checks forgotten while muted. A connected application is kept with the checks managers know as not
+/// OK: if it does not come back, it is lost like any other.
 ///
 /// Ownership: everything it is given must outlive it.
-/// Failure: a file that cannot be read or written is logged; the agent serves without it. Writing is tried
-/// again every 5 seconds.
+/// Failure: an unreadable or unwritable file is logged; the agent serves without it. It tries again to write
+/// every 5 seconds.
 class StateKeeper : public QObject
 {
     Q_OBJECT
@@ -34,7 +33,7 @@ public:
     StateKeeper(const ServedCells& cells, ApplicationServer& applications, Notifications& notifications,
                 Mutes& mutes, Clock& clock, const QString& path);
 
-    /// Restores the state of the last run. Managers hear of losses that have become too old meanwhile. The
+    /// Restores the state of the last run. Managers hear of losses too old by now. The
     /// notified statuses of other checks are forgotten after forgetMs (-1: never). From now on changes are
     /// saved within a second.
     void restore(qint64 forgetMs);

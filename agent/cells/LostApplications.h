@@ -68,10 +68,10 @@ public:
     public:
         virtual ~Actions() = default;
 
-        /// The health checks that the application still owns are to read UNKNOWN.
+        /// Makes the health checks the application still owns read UNKNOWN.
         virtual void cover(ApplicationId application, const QDateTime& lostSince) = 0;
 
-        /// Removes the first cells that the application still owns, at most as many as given.
+        /// Removes the first cells the application still owns, at most as many as given.
         virtual void remove(ApplicationId application, size_t most) = 0;
 
         /// The application has no cells left and is no longer a lost one.

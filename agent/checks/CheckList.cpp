@@ -183,7 +183,7 @@ std::string CheckList::text(const ObjectId& cell, size_t maxBytes) const
     return text ? readableText(*text, maxBytes) : std::string();
 }
 
-// --- What happens to checks
+// --- Events of checks
 
 void CheckList::handleStatusWritten(const ObjectId& check, int status)
 {
@@ -257,7 +257,7 @@ void CheckList::unlist(Entry& entry)
     ++m_revision;
 }
 
-// --- What happens to metrics
+// --- Events of metrics
 
 void CheckList::handleResultAdded(const ObjectId& metric)
 {

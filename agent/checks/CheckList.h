@@ -21,7 +21,7 @@
 
 namespace agent {
 
-/// All health checks of the host and their metrics, for the views that show them: the agent's MIB, the page.
+/// All health checks of the host and their metrics, for the views of them: the agent's MIB, the page.
 ///
 /// Counts are always up to date. A check or metric is put together from the cells when it is asked for, so
 /// an update of an application costs one look-up here, and a question costs a few, however many cells there
@@ -69,7 +69,7 @@ public:
     };
     Sample sampleOf(const MetricKey& key) const;
 
-    /// The number of all checks, and of those that read this status.
+    /// The number of all checks, and of those with this status.
     size_t size() const { return m_byNumber.size(); }
     size_t count(int status) const { return m_counts.at(static_cast<size_t>(status)); }
     size_t metricCount() const { return m_metrics.size(); }

@@ -15,7 +15,7 @@ struct RangeBounds
     std::string upper;      ///< a decimal number; empty without an upper bound
     bool isInverse = false; ///< the values from lower to upper are the bad ones
 
-    /// False for an empty range, for "off", and for a text that is no range: every value is acceptable.
+    /// False for an empty range, for "off", and for any text other than a range: every value is acceptable.
     bool isLimited() const { return !lower.empty() || !upper.empty(); }
 };
 

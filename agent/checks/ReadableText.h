@@ -12,8 +12,8 @@ namespace agent {
 /// The longest SnmpAdminString.
 constexpr std::size_t maxAdminString = 255;
 
-/// An application's bytes as text for people: valid UTF-8 without control characters. U+FFFD replaces what
-/// is neither. A longer text is cut between characters.
+/// An application's bytes as text for people: valid UTF-8 without control characters. U+FFFD replaces
+/// all other bytes. A longer text is cut between characters.
 std::string readableText(const std::string& bytes, std::size_t maxBytes);
 
 } // namespace agent

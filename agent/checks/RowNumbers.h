@@ -16,11 +16,11 @@ namespace agent {
 
 /// Numbers the rows of a table, from 1.
 ///
-/// A row that goes and comes back gets its old number again: graphs and configurations refer to it. To keep
-/// the memory bounded, only the rows that went last are remembered. A forgotten row gets a new number.
+/// A returning row gets its old number again: graphs and configurations refer to it. To bound the memory,
+/// only the last rows to go are remembered. A forgotten row gets a new number.
 ///
 /// Numbers are not reused before the largest one has been given. Then counting starts at 1 again, past the
-/// numbers in use, and all rows that have gone are forgotten.
+/// numbers in use, and all remembered rows are forgotten.
 class RowNumbers
 {
 public:
@@ -32,7 +32,7 @@ public:
 
     explicit RowNumbers(unsigned int last = largest) : m_largest(last) {}
 
-    /// The number of a row that appears. There must be a number not in use.
+    /// The number of a new or returning row. There must be a number not in use.
     unsigned int take(const ObjectId& row, const IsUsed& isUsed);
 
     /// The row has gone.
@@ -54,7 +54,7 @@ private:
     const unsigned int m_largest;
     unsigned int m_last = 0;
     std::map<ObjectId, Gone> m_gone;
-    std::list<const ObjectId*> m_order; // the row that went first is in front
+    std::list<const ObjectId*> m_order; // the first row to go is in front
 };
 
 } // namespace agent

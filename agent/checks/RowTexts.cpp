@@ -11,7 +11,7 @@ namespace agent {
 
 namespace {
 
-/// The end of the text that starts at position.
+/// The end of the text at position.
 size_t endOfText(const ObjectId& index, size_t position)
 {
     const size_t left = index.size() - position;

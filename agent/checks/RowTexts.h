@@ -15,7 +15,7 @@ namespace agent {
 /// index is that of a row of VIGIL-MIB: each text is its length and its octets.
 std::vector<std::string> textsOf(const ObjectId& index);
 
-/// The index of the check, from that of one of its metrics.
+/// The index of the check, from the index of one of its metrics.
 ObjectId checkOf(const ObjectId& metric);
 
 /// All texts with slashes between them.

@@ -13,7 +13,7 @@
 
 namespace agent {
 
-/// Lets keys wait, each for a delay of its own, and reports each key that has expired. DelayQueue is cheaper
+/// Lets keys wait, each for a delay of its own, and reports each expired key. DelayQueue is cheaper
 /// if all wait for the same delay.
 ///
 /// Ownership: the clock must outlive the queue.

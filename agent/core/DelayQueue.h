@@ -13,7 +13,7 @@
 
 namespace agent {
 
-/// Lets keys wait, all for the same delay, and reports each key that has expired.
+/// Lets keys wait, all for the same delay, and reports each expired key.
 ///
 /// There may be a key for each of a hundred thousand checks, restarted by every update. The queue is in the
 /// order of the starts, so it needs one timer, and an update costs one look-up of its key.

@@ -13,7 +13,7 @@
 /// The agent's messages. Each event is one line, even if its text has line breaks. Long lines are cut. They
 /// go to standard error, with priorities if that is the journal, or to a sink.
 ///
-/// Failure: a line that cannot be written at once is lost. The next one that can says how many were lost.
+/// Failure: a line that cannot be written at once is lost. The next one written says how many were lost.
 namespace agent::log {
 
 enum class Severity { Error, Warning, Info, Debug };
@@ -44,11 +44,11 @@ void info(const QString& message);
 bool isVerbose();
 bool isVerbose(const User& user);
 
-/// What detail() writes.
+/// For detail().
 void debug(const QString& message);
 
 /// Single connections, cells and SETs. makeText returns the message; it is called only if the log is verbose,
-/// since every value that arrives has a message.
+/// since every value has a message.
 template <typename MakeText>
 void detail(MakeText makeText)
 {

@@ -12,7 +12,7 @@ namespace agent {
 struct Mute
 {
     QDateTime until;  ///< UTC
-    qint64 forMs = 0; ///< as wanted, or what was left when the agent started
+    qint64 forMs = 0; ///< as wanted, or the rest of it when the agent started
 };
 
 } // namespace agent

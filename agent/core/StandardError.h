@@ -17,7 +17,7 @@ constexpr int maxLine = 4096;
 /// Writes a line of at most maxLine bytes, without waiting. False if it is lost.
 bool write(const QByteArray& line);
 
-/// Waits a moment for lines that are still on their way. For the end of the process.
+/// Waits a moment for lines still on their way. For the end of the process.
 void waitUntilWritten();
 
 /// True if the host's journal reads it: a number in front of a line is then its priority.
@@ -27,7 +27,7 @@ bool isJournal();
 
 namespace agent::standardOutput {
 
-/// Prints what the operator asked for.
+/// Prints the answer to the operator's command.
 void print(const QString& text);
 
 } // namespace agent::standardOutput

@@ -27,7 +27,7 @@ public:
     /// Replaces the file as a whole: a crash leaves the old or the new one.
     Error write(const QStringList& lines) const;
 
-    /// What an operator reads about content that cannot be used.
+    /// The message about unusable content.
     Error damaged(const QString& why) const;
 
     /// The same about some of its lines. first is the number of the first one, from 1.

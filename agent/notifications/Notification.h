@@ -16,7 +16,7 @@ namespace agent {
 
 /// An SNMP notification: its type and its varbinds.
 ///
-/// Texts are cut at 1024 octets, so that the notification fits into a datagram. The cells have them whole.
+/// Texts are cut at 1024 octets: the notification must fit into a datagram. The cells have them whole.
 struct Notification
 {
     ObjectId type;

@@ -90,7 +90,7 @@ void NotificationPolicy::handleRemoved(const ObjectId& id)
     m_checks.erase(id);
 }
 
-/// A check of the last run, or one forgotten while muted, goes on from the status that managers know.
+/// A check of the last run, or one forgotten while muted, goes on from the status managers know.
 NotificationPolicy::Check& NotificationPolicy::checkOf(const ObjectId& id)
 {
     const auto [position, isNew] = m_checks.try_emplace(id);

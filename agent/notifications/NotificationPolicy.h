@@ -109,14 +109,14 @@ public:
         return m_checks.size() + m_justNotified.size() + m_restored.size() + m_forgotten.size();
     }
 
-    /// The statuses that managers know.
+    /// The statuses managers know.
     std::map<ObjectId, int> notified() const;
 
     /// Takes up what notified() returned in the agent's last run. Checks that do not come back within forMs
     /// are forgotten (-1: never).
     void restore(std::map<ObjectId, int> notified, qint64 forMs);
 
-    /// The rows forgotten while muted, with what managers will be told.
+    /// The rows forgotten while muted, as managers will hear of them.
     std::vector<LostCheck> forgotten() const;
 
     /// Takes up what forgotten() returned in the agent's last run. Call restore() first. Managers hear at

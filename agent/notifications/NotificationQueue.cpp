@@ -58,7 +58,7 @@ void NotificationQueue::sendNowOrDrop(const Notification& notification)
         drop();
 }
 
-// --- What waits
+// --- Waiting changes
 
 NotificationQueue::Order& NotificationQueue::orderOf(const Waiting& waiting)
 {
@@ -137,7 +137,7 @@ void NotificationQueue::correct(std::map<ObjectId, int>& notified) const
         notified[check] = waiting.change.previousStatus;
 }
 
-// --- What is sent
+// --- Sending
 
 bool NotificationQueue::canSend()
 {

@@ -28,8 +28,8 @@ namespace agent {
 /// Values never wait: a flood of values from one application must not delay the health of the others.
 ///
 /// Ownership: the clock must outlive the queue.
-/// Failure: what does not fit is dropped, with at most one warning a minute. The application with the most
-/// changes in the queue loses first.
+/// Failure: anything beyond the memory is dropped, with at most one warning a minute. The application with
+/// the most changes in the queue loses first.
 class NotificationQueue : public QObject
 {
     Q_OBJECT

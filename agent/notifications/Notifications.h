@@ -27,7 +27,7 @@ class Notifications : public QObject
     Q_OBJECT
 
 public:
-    /// maxMemory limits the notifications that wait.
+    /// maxMemory limits the waiting notifications.
     Notifications(const ServedCells& cells, const Mutes& mutes, Clock& clock, size_t maxMemory);
 
     /// Sends the cell's value to managers, as its application has requested.
@@ -39,7 +39,7 @@ public:
     /// Counts notifications dropped for want of room or, if about values, of a master.
     quint64 dropped() const { return m_queue.dropped(); }
 
-    /// The memory of notifications that wait.
+    /// The memory of waiting notifications.
     size_t memory() const { return m_queue.memory(); }
 
     /// Counts notifications with at least one receiver.

@@ -15,7 +15,7 @@ namespace agent {
 
 /// Serves VIGIL-AGENT-MIB, the agent's own state.
 ///
-/// Ownership: the object must outlive Net-SNMP's agent, and what it reports on must outlive the object.
+/// Ownership: it must outlive Net-SNMP's agent, and everything it is given must outlive it.
 class AgentMib
 {
 public:

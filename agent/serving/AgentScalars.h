@@ -18,7 +18,7 @@ namespace agent {
 
 /// Serves the scalars of VIGIL-AGENT-MIB: version, uptime, and counts.
 ///
-/// Ownership: the scalars must outlive Net-SNMP's agent, and what they report on must outlive them.
+/// Ownership: the scalars must outlive Net-SNMP's agent, and everything they are given must outlive them.
 class AgentScalars
 {
 public:

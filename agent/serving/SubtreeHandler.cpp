@@ -17,7 +17,7 @@ namespace {
 
 constexpr char keyDataName[] = "vigil-set";
 
-/// Ends the coordinator's SET together with Net-SNMP's request, however that ends.
+/// Ends the coordinator's SET together with Net-SNMP's request, in success or failure.
 struct RequestKey
 {
     SetCoordinator& coordinator;

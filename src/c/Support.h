@@ -4,7 +4,7 @@
 #ifndef VIGIL_C_SUPPORT_H
 #define VIGIL_C_SUPPORT_H
 
-// What the functions of <vigil/vigil_c.h> share.
+// Shared by the functions of <vigil/vigil_c.h>.
 
 #include <cstddef>
 #include <cstdint>

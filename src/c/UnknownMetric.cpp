@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vigil authors
 // SPDX-License-Identifier: MIT
 
-// The function that <vigil/raii.h> needs beside the exported classes.
+// <vigil/raii.h> needs this function beside the exported classes.
 
 #include <vigil/detail/OwnedMetric.h>
 

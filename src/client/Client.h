@@ -42,7 +42,7 @@ using vigil::Oid; // the slots' signatures have no namespace
 ///     catching up   | onDisconnected() | forgets what is pending, tells the state callbacks; disconnected
 ///                   | a value          | into the cache and pending
 ///                   | bytes written    | sends what is pending, in the order of the identifiers; connected
-///     both of these | a record         | calls the callbacks, answers a validation
+///     the last two  | a record         | calls the callbacks, answers a validation
 ///     any           | exit()           | sends the rest, closes the connection, emits finished(); stopped
 ///
 /// Threads: runs in the client thread; other threads use ClientQueue. The facade's store lock is held during
@@ -113,6 +113,7 @@ protected:
 private:
     template <typename Action>
     void guarded(Action action);
+    void setConnected(bool isConnected);
     void reconnect();
     void gatherFrames();
     bool isGivingUp() const;
@@ -137,8 +138,6 @@ private:
     void reportDeferredLoss();
 
     base::ComConnectionSocket* m_socket = nullptr;
-    void setConnected(bool isConnected);
-
     bool m_connected = false;
     bool m_lossIsDeferred = false;
     bool m_isIncomplete = false; // memory ran out. Above the timer: a new child already calls event()

@@ -16,7 +16,7 @@ namespace vigil::test {
 
 namespace {
 
-constexpr int trigger = 2; // what a manager sets management functions 1 to 4 to
+constexpr int trigger = 2; // a manager's value for management functions 1 to 4
 
 SetResult setRange(FakeServiceState& state, unsigned int column, const std::vector<std::string>& row,
                    const std::string& range)

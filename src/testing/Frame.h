@@ -38,7 +38,7 @@ public:
 
 private:
     std::string m_buffer;
-    std::size_t m_position = 0; // of the first byte that was not taken
+    std::size_t m_position = 0; // of the first byte not taken
 };
 
 } // namespace vigil::test

@@ -61,7 +61,7 @@ public:
     /// Any bytes, to the newest connection.
     void sendBytes(const std::string& bytes);
 
-    /// Leaves what arrives in the system's buffers, on later connections too.
+    /// Leaves all bytes in the system's buffers, on later connections too.
     void stopReading();
     void resumeReading();
 

@@ -270,7 +270,7 @@ TEST_F(CInterfaceTest, NamesAndKeysAreTakenOnce)
     EXPECT_EQ(metric, nullptr);
 }
 
-TEST_F(CInterfaceTest, ABufferThatIsTooSmallIsLeftAlone)
+TEST_F(CInterfaceTest, ATooSmallBufferIsLeftAlone)
 {
     char buffer[] = "....";
     std::size_t size = 3;
@@ -387,7 +387,7 @@ TEST_F(CInterfaceTest, TheConnectionIsKnownAndWatched)
 }
 
 // The thread and address sanitizers judge it.
-TEST_F(CInterfaceTest, ACallbackMayFreeWhatGetsACallbackMeanwhile)
+TEST_F(CInterfaceTest, ACallbackMayFreeAnObjectBeingGivenACallback)
 {
     const auto free = [](void* user, int) {
         auto& test = *static_cast<CInterfaceTest*>(user);

@@ -46,7 +46,7 @@ TEST_F(FakeServiceFaults, ABrokenConnectionTakesTheTableWithIt)
     EXPECT_THAT(service.snapshot(), HasNoChecks());
 }
 
-TEST_F(FakeServiceFaults, TheLibraryComesBackToAServiceThatReturns)
+TEST_F(FakeServiceFaults, TheLibraryReturnsToAReturningService)
 {
     ASSERT_TRUE(service.waitForConnection());
     service.goAway();

@@ -48,7 +48,7 @@ TEST_F(PublishingToAFakeService, ShowsTheLastOfManyUpdates)
     EXPECT_THAT(service.published(), HasCheck("shop", "orders", HasMetric("pending", HasValue(500))));
 }
 
-TEST_F(PublishingToAFakeService, DoesNotShowWhatWasWithdrawn)
+TEST_F(PublishingToAFakeService, DoesNotShowWithdrawnValues)
 {
     publish(1);
     pending = vigil::ScalarHandle();

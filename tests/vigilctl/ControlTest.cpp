@@ -217,7 +217,7 @@ TEST_F(ControlTest, AnotherUserIsRefusedByTheKernelsWord)
     EXPECT_EQ(SnmpTool(agent->udpAddress()).get(mutedColumn), QStringLiteral("0"));
 }
 
-TEST_F(ControlTest, AnAgentThatIsAwayIsSaidSo)
+TEST_F(ControlTest, AMissingAgentIsReported)
 {
     const Outcome outcome = run("mute app/hc 2h");
     EXPECT_EQ(outcome.exitCode, 3);

@@ -44,7 +44,7 @@ TEST(StatusReport, ColoursTheStatusAlone)
     EXPECT_EQ(text.count(QLatin1Char('\033')), 6);
 }
 
-TEST(StatusReport, TheExitCodeIsThatOfAPlugin)
+TEST(StatusReport, HasTheExitCodesOfAPlugin)
 {
     const auto codeFor = [](const QByteArray& status) {
         return reportOf("{\"version\": 1, \"checks\": [], \"status\": \"" + status + "\"}").exitCode();

@@ -79,7 +79,7 @@ TEST_F(VigilctlTest, JsonIsTheAgentsDocumentInOneLine)
     EXPECT_EQ(m_out.count('\n'), 1);
 }
 
-TEST_F(VigilctlTest, AnAgentThatIsAwayIsUnknown)
+TEST_F(VigilctlTest, AMissingAgentIsUnknown)
 {
     const QStringList gone = url();
     m_server.close();

@@ -8,8 +8,8 @@
 #include <optional>
 #include <string>
 
-/// Who is at the other end of a connection on this host. Each system has its own source file, chosen by the
-/// build. All functions may be called from any thread; none throws.
+/// Finds the user and process at the other end of a connection on this host. Each system has its own source
+/// file, chosen by the build. All functions may be called from any thread; none throws.
 namespace platform {
 
 /// The system's own identifier of a user, as text: the number on Linux, such as "1001"; the security
@@ -53,7 +53,7 @@ struct Process
     std::string name;     ///< chosen by the process; only letters, digits and "._+:@/-", others are "?"
 };
 
-/// The process that has the peer's socket open.
+/// The process with the peer's socket.
 ///
 /// Failure: on Linux a program without privileges finds only processes of its own user. The search ends after
 /// 2000 open files, of root after 100 000.

@@ -4,7 +4,6 @@
 #include "platform/peer/Peer.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -29,7 +28,7 @@ namespace {
 // A user could make the search slow with many open files.
 constexpr int maxFilesOfUser = 2000;
 constexpr int maxFilesOfRoot = 100'000;
-constexpr std::uint32_t noUser = 0xffff'ffff; // what the system calls -1
+constexpr std::uint32_t noUser = 0xffff'ffff; // -1 to the system
 constexpr std::uint32_t unmappedUser = 65'534;
 
 // --- The socket

@@ -39,7 +39,7 @@ struct LocalMemory
 
 // --- The connection
 
-/// An IPv4 address is kept as the IPv6 address that stands for it.
+/// An IPv4 address is kept in its IPv6 form.
 struct Endpoint
 {
     std::array<std::uint8_t, 16> address = {};
@@ -116,7 +116,7 @@ Connection connectionOf(const MIB_TCP6ROW_OWNER_PID& row)
             row.dwOwningPid};
 }
 
-/// The first one that suits.
+/// The first suitable one.
 template <typename Table, typename Suits>
 std::optional<Connection> findIn(const std::vector<DWORD>& words, const Suits& suits)
 {
@@ -155,7 +155,7 @@ DWORD processListeningAt(const Endpoint& local)
     return found ? found->process : 0;
 }
 
-/// The process with this end of the connection. Before it has accepted the connection: the one that listens.
+/// The process with this end of the connection. Before it has accepted the connection: the listening one.
 DWORD processAt(const Endpoint& local, const Endpoint& remote)
 {
     const auto found = find(TCP_TABLE_OWNER_PID_CONNECTIONS, [&](const Connection& connection) {

@@ -26,8 +26,8 @@ struct FoundSocket
     int state;           ///< as in <netinet/tcp.h>
 };
 
-/// A lookup that does not work on this host, for example because a sandbox forbids it, is not answered. A
-/// socket that does not exist is.
+/// isAnswered is false if the lookup does not work on this host, for example because a sandbox forbids it. It
+/// is true if there is no such socket.
 struct Answer
 {
     bool isAnswered = false;

@@ -377,7 +377,7 @@ TEST_F(CheckListTest, NamesFitIntoAnAdminString)
     EXPECT_EQ(check(1).name.size(), 253U);
 }
 
-TEST_F(CheckListTest, AnIndexThatIsTooShortIsReadToItsEnd)
+TEST_F(CheckListTest, AShortIndexIsReadToItsEnd)
 {
     publish({5, 97}, status::ok);
     publish({1, 97, 2}, status::ok);

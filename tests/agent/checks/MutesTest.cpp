@@ -73,7 +73,7 @@ TEST_F(MutesTest, TheirNumberIsLimited)
     EXPECT_EQ(mutes.all().size(), Mutes::most);
 }
 
-TEST_F(MutesTest, ARestartLeavesOutThoseThatAreOver)
+TEST_F(MutesTest, ARestartLeavesOutThoseOver)
 {
     mutes.restore(
         {{web, {clock.nowUtc().addMSecs(hour), 2 * hour}}, {db, {clock.nowUtc().addMSecs(-1), 2 * hour}}});

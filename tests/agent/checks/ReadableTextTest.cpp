@@ -19,7 +19,7 @@ TEST(ReadableText, KeepsUtf8)
     EXPECT_EQ(readableText("Zähler für Öl 油 😀", 255), "Zähler für Öl 油 😀");
 }
 
-TEST(ReadableText, ReplacesBytesThatAreNoUtf8)
+TEST(ReadableText, ReplacesInvalidUtf8)
 {
     EXPECT_EQ(readableText("a\xff", 255), std::string("a") + replacement);
     EXPECT_EQ(readableText("\xed\xa0\x80z", 255).back(), 'z'); // half of a surrogate pair

@@ -41,7 +41,7 @@ TEST_F(RowNumbersTest, CountFromOne)
     EXPECT_EQ(take(numbers, {2}), 2U);
 }
 
-TEST_F(RowNumbersTest, ARowThatComesBackGetsItsNumberAgain)
+TEST_F(RowNumbersTest, AReturningRowGetsItsNumberAgain)
 {
     RowNumbers numbers;
     take(numbers, {1});
@@ -52,7 +52,7 @@ TEST_F(RowNumbersTest, ARowThatComesBackGetsItsNumberAgain)
     EXPECT_EQ(numbers.size(), 0U);
 }
 
-TEST_F(RowNumbersTest, RememberOnlyTheRowsThatWentLast)
+TEST_F(RowNumbersTest, RememberOnlyTheLastRowsToGo)
 {
     RowNumbers numbers;
     constexpr unsigned int rows = RowNumbers::remembered + 1;

@@ -92,7 +92,7 @@ TEST_F(ControlCommandsTest, ANumberWithAnotherNameIsRefused)
     EXPECT_TRUE(checks.mutes.all().empty());
 }
 
-TEST_F(ControlCommandsTest, WhatHasNoMeaningChangesNothing)
+TEST_F(ControlCommandsTest, AMeaninglessRequestChangesNothing)
 {
     for (const QByteArray line :
          {"", "x", "[]", "{}", "{\"command\":7}", "{\"command\":\"stop\"}", "{\"command\":\"mute\"}",

@@ -179,7 +179,7 @@ TEST_F(ControlServerTest, ASilentPeerIsClosed)
     EXPECT_TRUE(requests.empty());
 }
 
-TEST_F(ControlServerTest, APeerThatDoesNotReadIsClosed)
+TEST_F(ControlServerTest, AStalledPeerIsClosed)
 {
     pieces = 1'000'000;
     const auto socket = open();
@@ -198,7 +198,7 @@ TEST_F(ControlServerTest, APeerThatDoesNotReadIsClosed)
 }
 
 // Applications make the document long, and so cut it for the operator.
-TEST_F(ControlServerTest, APeerThatReadsMayTakeLongerThanTheTimeForOnePart)
+TEST_F(ControlServerTest, AReadingPeerMayTakeLongerThanTheTimeForOnePart)
 {
     const auto socket = open();
     socket->setReadBufferSize(100'000);
@@ -274,7 +274,7 @@ TEST_F(ControlServerTest, TwoAgentsCannotHaveOnePath)
 }
 
 // The second agent could find no socket, and then replace the one that the first had made meanwhile.
-TEST_F(ControlServerTest, AnAgentWaitsForOneThatIsStarting)
+TEST_F(ControlServerTest, AnAgentWaitsForAStartingOne)
 {
     const QString next = directory.filePath(QStringLiteral("next"));
     QLockFile starting(next + QStringLiteral(".lock"));
@@ -388,13 +388,13 @@ TEST_F(ControlServerTest, APathTooLongForASocketIsRefused)
     EXPECT_EQ(listenError(fits), QString());
 }
 
-TEST_F(ControlServerTest, ADirectoryThatDoesNotExistIsNamed)
+TEST_F(ControlServerTest, AMissingDirectoryIsNamed)
 {
     EXPECT_EQ(listenError(directory.filePath(QStringLiteral("none/control"))),
               QStringLiteral("its directory does not exist"));
 }
 
-TEST_F(ControlServerTest, ASocketLeftByAnAgentThatWasKilledIsReplaced)
+TEST_F(ControlServerTest, TheSocketOfAKilledAgentIsReplaced)
 {
     const QString left = directory.filePath(QStringLiteral("left"));
     ASSERT_TRUE(QFile::rename(path(), left)) << "so closing does not remove it";

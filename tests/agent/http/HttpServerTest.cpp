@@ -159,7 +159,7 @@ TEST_F(HttpServerTest, HeadHasNoBody)
     EXPECT_TRUE(reply.endsWith("\r\n\r\n"));
 }
 
-TEST_F(HttpServerTest, ANameThatAForeignSiteMayControlIsRefused)
+TEST_F(HttpServerTest, AHostNameOfAForeignSiteIsRefused)
 {
     EXPECT_EQ(statusLine(send("GET / HTTP/1.1\r\nHost: evil.example\r\n\r\n")),
               "HTTP/1.1 421 Misdirected Request");
