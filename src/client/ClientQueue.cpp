@@ -16,8 +16,9 @@
 
 namespace {
 
-constexpr int batchBytes = 62500;
-constexpr std::size_t maxBatches = 2;
+// With 125 kB a published cell took 1.2 us of the application's thread, with 15 kB 0.4 us. Where the host of
+// a virtual machine keeps its two processors far apart, it was 6 us and 1.5 us at most.
+constexpr int maxQueuedBytes = 15000;
 
 /// What a posted call takes, roughly: the event and the nodes of the identifier's list.
 int bytesOfCall(const Oid& oid, int textLength = 0)
@@ -50,8 +51,8 @@ void ClientQueue::open(Client* client)
     m_client = client;
     m_overflow = QueueOverflow(overflowBytes);
     m_handOver.reset();
-    m_batches.clear();
-    m_batchBytes = 0;
+    m_lastCall.reset();
+    m_queuedBytes = 0;
 }
 
 Client* ClientQueue::close()
@@ -134,21 +135,19 @@ void ClientQueue::unsetOidTree(const Oid& oid)
 }
 
 /// Calls after those in the overflow must not overtake them.
-bool ClientQueue::isFull()
+bool ClientQueue::isFull() const
 {
-    while (!m_batches.empty() && m_batches.front().expired())
-        m_batches.pop_front();
-    return !m_overflow.isEmpty() || m_batches.size() >= maxBatches;
+    return !m_overflow.isEmpty() || !m_lastCall.expired();
 }
 
 void ClientQueue::countPosted(int bytes)
 {
-    m_batchBytes += bytes;
-    if (m_batchBytes < batchBytes)
+    m_queuedBytes += bytes;
+    if (m_queuedBytes < maxQueuedBytes)
         return;
-    m_batchBytes = 0;
+    m_queuedBytes = 0;
     const auto life = std::make_shared<char>();
-    m_batches.emplace_back(life);
+    m_lastCall = life;
     post(m_client, [life] {});
 }
 

@@ -6,7 +6,6 @@
 
 #include <QString>
 
-#include <deque>
 #include <functional>
 #include <memory>
 
@@ -21,10 +20,10 @@ class QMetaMethod;
 /// The way into the client thread: puts calls into the client's event queue.
 ///
 /// Purpose: the one place where other threads call the client. Without a client, calls are dropped. If the
-/// client falls behind, the event queue takes no more than about 125 kB, some 90 cells. Further publications
+/// client falls behind, the event queue takes no more than about 15 kB, some 12 cells. Further publications
 /// go into a QueueOverflow, and the client takes them over when it has run the calls before them. There a
 /// cell is one block of memory instead of forty. While both threads run, each block passes from one
-/// processor's cache to the other's, so an entry costs half of a queued call.
+/// processor's cache to the other's, so an entry costs at most half of a queued call.
 ///
 /// Threads: any. A call from the client thread, from inside a callback, runs at once.
 ///
@@ -60,7 +59,7 @@ private:
     template <typename Spill, typename... Arguments>
     void call(int bytes, Spill spill, const QMetaMethod& slot, Arguments... arguments);
 
-    bool isFull() VIGIL_REQUIRES(m_mutex);
+    bool isFull() const VIGIL_REQUIRES(m_mutex);
     void countPosted(int bytes) VIGIL_REQUIRES(m_mutex);
     void requestHandOver() VIGIL_REQUIRES(m_mutex);
     void handOver(Client* client);
@@ -70,9 +69,9 @@ private:
     QueueOverflow m_overflow VIGIL_GUARDED_BY(m_mutex){overflowBytes};
 
     // A posted function holds each of these, so they expire once it has run, or once Qt has dropped it.
-    std::weak_ptr<void> m_handOver VIGIL_GUARDED_BY(m_mutex);            // takes over the overflow
-    std::deque<std::weak_ptr<void>> m_batches VIGIL_GUARDED_BY(m_mutex); // after each batch of calls
-    int m_batchBytes VIGIL_GUARDED_BY(m_mutex) = 0;                      // of the calls since the last one
+    std::weak_ptr<void> m_handOver VIGIL_GUARDED_BY(m_mutex); // takes over the overflow
+    std::weak_ptr<void> m_lastCall VIGIL_GUARDED_BY(m_mutex); // after as many calls as the queue takes
+    int m_queuedBytes VIGIL_GUARDED_BY(m_mutex) = 0;          // of the calls since that one
 };
 
 #endif
