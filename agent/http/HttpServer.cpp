@@ -218,7 +218,7 @@ Error HttpServer::Daemon::start(const QHostAddress& host, quint16 port)
     m_daemon = MHD_start_daemon(
         DaemonWatch::daemonFlags, 0, nullptr, nullptr, &Daemon::handleRequest, this, MHD_OPTION_LISTEN_SOCKET,
         static_cast<MHD_socket>(m_listener.socketDescriptor()), MHD_OPTION_CONNECTION_LIMIT, maxConnections,
-        MHD_OPTION_CONNECTION_MEMORY_LIMIT, 2 * maxHeader, MHD_OPTION_STRICT_FOR_CLIENT, 1,
+        MHD_OPTION_CONNECTION_MEMORY_LIMIT, connectionBytes, MHD_OPTION_STRICT_FOR_CLIENT, 1,
         MHD_OPTION_NOTIFY_CONNECTION, &Daemon::handleConnection, this, MHD_OPTION_NOTIFY_COMPLETED,
         &Daemon::handleCompleted, this, MHD_OPTION_END);
     if (!m_daemon)

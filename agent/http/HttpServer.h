@@ -30,8 +30,8 @@ class HttpServer
 {
 public:
     static constexpr unsigned int maxConnections = 64;
-    static constexpr size_t maxUserConnections = 24;       ///< of a user other than root, or of another host
-    static constexpr size_t maxHeader = size_t{16} * 1024; ///< bytes of a request
+    static constexpr size_t maxUserConnections = 24; ///< of a user other than root, or of another host
+    static constexpr size_t connectionBytes = size_t{32} * 1024; ///< a longer header is refused
     static constexpr qint64 requestMs = 20'000;
     static constexpr qint64 progressBytes = qint64{1} << 20U;
 

@@ -91,7 +91,7 @@ function drawLine(svg, values, metric) {
       high = Math.max(high, bound.at);
     }
   }
-  const least = Math.max(Math.abs(high) * 0.05, 1e-9); // noise is not to fill the picture
+  const least = Math.max(Math.abs(high) * 0.05, 1e-9); // noise must not fill the picture
   if (high - low < least) {
     low -= least / 2;
     high += least / 2;
