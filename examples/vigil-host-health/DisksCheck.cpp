@@ -8,23 +8,20 @@
 using host::Disk;
 using vigil::HealthStatus;
 
-DisksCheck::DisksCheck(const Options& options, vigil::RangeChangeHandler& rangeHandler,
-                       vigil::ManagementHandler& managementHandler)
-    : HostCheck("disks", "The disks", managementHandler),
-      m_thresholds(options.disk),
-      m_rangeHandler(rangeHandler),
-      m_mounted(check().createSimpleMetric("mounted"))
+DisksCheck::DisksCheck(const Options& options, UpdateClock& clock)
+    : HostCheck("disks", "The disks", clock), m_thresholds(options.disk), m_mounted(check(), "mounted")
 {}
 
 std::string DisksCheck::readValues()
 {
     const auto disks = host::disks();
-    m_mounted->setStatus(disks ? HealthStatus::Ok : HealthStatus::Unknown);
-    m_mounted->setInfo(disks ? std::to_string(disks->size()) + " in use" : "the list could not be read");
     if (disks) {
+        m_mounted.set(HealthStatus::Ok, std::to_string(disks->size()) + " in use");
         dropAllBut(*disks);
         for (const Disk& disk : *disks)
             setUse(disk);
+    } else {
+        m_mounted.set(HealthStatus::Unknown, "the list could not be read");
     }
     return text();
 }
@@ -40,8 +37,7 @@ void DisksCheck::dropAllBut(const std::vector<Disk>& disks)
 
 void DisksCheck::setUse(const Disk& disk)
 {
-    const auto entry =
-        m_disks.try_emplace(disk.name, check(), disk.name, "%", m_thresholds, m_rangeHandler).first;
+    const auto entry = m_disks.try_emplace(disk.name, check(), disk.name, "%", m_thresholds).first;
     entry->second.set(disk.usePercent);
 }
 

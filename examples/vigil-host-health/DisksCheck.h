@@ -17,8 +17,7 @@
 class DisksCheck : public HostCheck
 {
 public:
-    DisksCheck(const Options& options, vigil::RangeChangeHandler& rangeHandler,
-               vigil::ManagementHandler& managementHandler);
+    DisksCheck(const Options& options, UpdateClock& clock);
 
 private:
     std::string readValues() override;
@@ -27,8 +26,7 @@ private:
     std::string text() const;
 
     const Thresholds m_thresholds;
-    vigil::RangeChangeHandler& m_rangeHandler;
-    SimpleHandle m_mounted;
+    vigil::SimpleHandle m_mounted;
     std::map<std::string, WatchedMetric> m_disks;
 };
 

@@ -3,39 +3,24 @@
 
 #include "HostCheck.h"
 
-#include <new>
-
 #include "Console.h"
 
-namespace {
-
-CheckHandle createCheck(const std::string& name)
+HostCheck::HostCheck(const std::string& name, const std::string& description, UpdateClock& clock)
+    : m_check("host", name)
 {
-    CheckHandle check(vigil::createHealthCheck("host", name));
-    if (!check)
-        throw std::bad_alloc();
-    return check;
-}
-
-} // namespace
-
-HostCheck::HostCheck(const std::string& name, const std::string& description,
-                     vigil::ManagementHandler& handler)
-    : m_check(createCheck(name))
-{
-    m_check->setDescription(description);
-    m_check->registerManagementHandler(&handler);
-}
-
-HostCheck::~HostCheck()
-{
-    m_check->unregisterManagementHandler();
+    m_check.setDescription(description);
+    // Functions run on a thread of the library and must return quickly, so the main loop does the work.
+    m_check.setFunction(1, [&clock] { clock.requestNow(); });
+    for (int number = 2; number <= 5; ++number)
+        m_check.setFunction(number, [number] {
+            say("Management function " + std::to_string(number) + " does nothing in this program.");
+        });
 }
 
 void HostCheck::update()
 {
     const std::string values = readValues();
-    m_check->update();
-    const std::string status = vigil::Result().getStatusString(m_check->getStatus());
-    say(m_check->getFirstKey() + '/' + m_check->getSecondKey() + ' ' + status + ": " + values);
+    m_check.update();
+    const std::string status = vigil::Result().getStatusString(m_check.getStatus());
+    say(m_check.getFirstKey() + '/' + m_check.getSecondKey() + ' ' + status + ": " + values);
 }

@@ -4,17 +4,19 @@
 #ifndef VIGIL_HOST_HEALTH_HOSTCHECK_H
 #define VIGIL_HOST_HEALTH_HOSTCHECK_H
 
+#include <vigil/raii.h>
+
 #include <string>
 
-#include "Handles.h"
+#include "UpdateClock.h"
 
-/// The base of this program's checks: a health check under the first key "host", with management functions.
-/// Used on the main thread. The handler must outlive it.
+/// The base of this program's checks: a health check under the first key "host". Its management function 1
+/// asks the clock for an update. Used on the main thread. The clock must outlive it.
 class HostCheck
 {
 public:
-    HostCheck(const std::string& name, const std::string& description, vigil::ManagementHandler& handler);
-    virtual ~HostCheck();
+    HostCheck(const std::string& name, const std::string& description, UpdateClock& clock);
+    virtual ~HostCheck() = default;
     HostCheck(const HostCheck&) = delete;
     HostCheck& operator=(const HostCheck&) = delete;
 
@@ -25,10 +27,10 @@ protected:
     /// Sets the metrics. Returns their values as a text for the console.
     virtual std::string readValues() = 0;
 
-    vigil::HealthCheck& check() { return *m_check; }
+    vigil::CheckHandle& check() { return m_check; }
 
 private:
-    CheckHandle m_check;
+    vigil::CheckHandle m_check;
 };
 
 #endif

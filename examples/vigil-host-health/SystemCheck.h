@@ -12,8 +12,7 @@
 class SystemCheck : public HostCheck
 {
 public:
-    SystemCheck(const Options& options, vigil::RangeChangeHandler& rangeHandler,
-                vigil::ManagementHandler& managementHandler);
+    SystemCheck(const Options& options, UpdateClock& clock);
 
 private:
     std::string readValues() override;
@@ -23,7 +22,7 @@ private:
     WatchedMetric m_swap;
     WatchedMetric m_uptime;
     WatchedMetric m_processes;
-    SimpleHandle m_readings;
+    vigil::SimpleHandle m_readings;
 };
 
 #endif

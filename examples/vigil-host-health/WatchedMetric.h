@@ -4,22 +4,20 @@
 #ifndef VIGIL_HOST_HEALTH_WATCHEDMETRIC_H
 #define VIGIL_HOST_HEALTH_WATCHEDMETRIC_H
 
+#include <vigil/raii.h>
+
 #include <optional>
 #include <string>
 
-#include "Handles.h"
 #include "Options.h"
 
-/// A value of the host as a scalar metric; a manager may change its ranges if the handler agrees. The handler
-/// must outlive it.
+/// A value of the host as a scalar metric. A manager may set any range with an upper bound; without one a
+/// full machine would raise no alarm.
 class WatchedMetric
 {
 public:
-    WatchedMetric(vigil::HealthCheck& check, const std::string& name, const std::string& unit,
-                  const Thresholds& thresholds, RangeChangeHandler& handler);
-    ~WatchedMetric();
-    WatchedMetric(const WatchedMetric&) = delete;
-    WatchedMetric& operator=(const WatchedMetric&) = delete;
+    WatchedMetric(vigil::CheckHandle& check, const std::string& name, const std::string& unit,
+                  const Thresholds& thresholds);
 
     /// Keeps the last value if there is no new one. Returns whether there was a new one.
     bool set(std::optional<double> value);
@@ -28,7 +26,7 @@ public:
     std::string text() const;
 
 private:
-    ScalarHandle m_metric;
+    vigil::ScalarHandle m_metric;
 };
 
 #endif

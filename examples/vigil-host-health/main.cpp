@@ -11,8 +11,6 @@
 #include "Console.h"
 #include "DisksCheck.h"
 #include "Options.h"
-#include "RangeGuard.h"
-#include "RefreshHandler.h"
 #include "StopSignal.h"
 #include "SystemCheck.h"
 #include "UpdateClock.h"
@@ -22,10 +20,8 @@ namespace {
 void watchHost(const Options& options)
 {
     UpdateClock clock(options.interval, &stopsignal::isReceived);
-    RangeGuard rangeGuard;
-    RefreshHandler refreshHandler(clock);
-    SystemCheck system(options, rangeGuard, refreshHandler);
-    DisksCheck disks(options, rangeGuard, refreshHandler);
+    SystemCheck system(options, clock);
+    DisksCheck disks(options, clock);
 
     for (auto wake = UpdateClock::Wake::Interval; wake != UpdateClock::Wake::Stop; wake = clock.wait()) {
         system.update();
