@@ -29,6 +29,7 @@ expect_files(
   ${root}/usr/share/doc/libvigil-dev/examples/hello_health.cpp
   ${root}/usr/share/doc/libvigil-dev/html/index.html
   ${root}/usr/share/doc/libvigil-dev/html/group__checks.html
+  ${root}/usr/share/doc/vigil-agent/checks.schema.json
   ${root}/usr/share/doc/vigil-agent/operations.md
   ${root}/usr/lib/nagios/plugins/check_vigil
   ${root}/usr/share/doc/monitoring-plugins-vigil/examples/icinga/vigil.conf
