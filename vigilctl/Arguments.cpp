@@ -42,6 +42,21 @@ QString readCommand(const QStringList& positional, Arguments& read)
         "expected a command: status, watch, mute CHECK TIME, unmute CHECK or forget APPLICATION");
 }
 
+void describeProgram(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(
+        QStringLiteral("Shows the health of this host's applications, and controls its vigil-agent."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument(
+        QStringLiteral("command"),
+        QStringLiteral("status: print what is wrong.\n"
+                       "watch: the same every second.\n"
+                       "mute CHECK TIME: no notifications about it, as in 30m or 2h.\n"
+                       "unmute CHECK: notify of it again.\n"
+                       "forget APPLICATION: remove the cells of a lost one."));
+}
+
 } // namespace
 
 std::optional<int> secondsIn(const QString& duration)
@@ -64,10 +79,7 @@ std::optional<int> secondsIn(const QString& duration)
 QString readArguments(const QStringList& arguments, Arguments& read)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Shows the health of this host's applications, and controls its vigil-agent."));
-    parser.addHelpOption();
-    parser.addVersionOption();
+    describeProgram(parser);
     const QCommandLineOption url(
         QStringLiteral("url"), QStringLiteral("Ask the agent whose page is at <url>, see its option --http."),
         QStringLiteral("url"), QStringLiteral("http://127.0.0.1:43180/"));
@@ -80,13 +92,6 @@ QString readArguments(const QStringList& arguments, Arguments& read)
         QStringLiteral(
             "Print what the agent says, in one line; for status and watch see checks.schema.json."));
     parser.addOptions({url, control, json});
-    parser.addPositionalArgument(
-        QStringLiteral("command"),
-        QStringLiteral("status: print what is wrong.\n"
-                       "watch: the same every second.\n"
-                       "mute CHECK TIME: no notifications about it, as in 30m or 2h.\n"
-                       "unmute CHECK: notify of it again.\n"
-                       "forget APPLICATION: remove the cells of a lost one."));
     parser.process(arguments);
     read.isJson = parser.isSet(json);
     read.isUrlGiven = parser.isSet(url);
