@@ -38,15 +38,16 @@ public:
         : m_objects(objects), m_entry(below(agentMibRoot(), {arc, 1}))
     {}
 
-    /// The rows that have this column.
-    std::vector<ObjectId> rows(unsigned int column) const
+    /// The rows with this column whose index starts with start.
+    std::vector<ObjectId> rows(unsigned int column, const ObjectId& start = {}) const
     {
         std::vector<ObjectId> rows;
-        const ObjectId first = below(m_entry, {column});
+        ObjectId first = below(m_entry, {column});
+        const auto indexAt = static_cast<std::ptrdiff_t>(first.size());
+        first.insert(first.end(), start.begin(), start.end());
         for (auto object = m_objects.lower_bound(first);
              object != m_objects.end() && isInTree(first, object->first); ++object)
-            rows.emplace_back(object->first.begin() + static_cast<std::ptrdiff_t>(first.size()),
-                              object->first.end());
+            rows.emplace_back(object->first.begin() + indexAt, object->first.end());
         return rows;
     }
 
@@ -125,9 +126,7 @@ QString headline(const ServedObjects& objects)
 QString metricLines(const Table& metrics, const ObjectId& check, const QString& checkName)
 {
     QString lines;
-    for (const ObjectId& metric : metrics.rows(mib::MetricName)) {
-        if (metric.front() != check.front())
-            continue;
+    for (const ObjectId& metric : metrics.rows(mib::MetricName, check)) {
         QString name = metrics.text(mib::MetricName, metric);
         if (name.startsWith(checkName + QLatin1Char('/')))
             name.remove(0, checkName.size() + 1);

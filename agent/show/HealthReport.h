@@ -20,7 +20,7 @@ namespace agent {
 ///       OK        rate = 12 /s
 ///     OK        shop/disk since 2026-01-31 12:30:00 UTC: The disk
 ///
-///     application 1 (shop-server, user 1001, pid 4711, 127.0.0.1:40000) is connected, 24 cells
+///     application 1 (shop-server, uid 1001, pid 4711, 127.0.0.1:40000) is connected, 24 cells
 ///
 /// The texts hold no control characters, also if the agent sends some.
 QString healthReport(const ServedObjects& objects);

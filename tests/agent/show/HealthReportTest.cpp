@@ -101,3 +101,12 @@ TEST_F(HealthReport, EndsWithAnIncompleteAnswer)
     setNumber({4, 1, 5, 1}, 2);
     EXPECT_TRUE(report().contains(QStringLiteral("CRITICAL   since : \n"))) << qPrintable(report());
 }
+
+// The report took the first arc of an empty index.
+TEST_F(HealthReport, AnObjectWithoutAnIndexDoesNoHarm)
+{
+    addCheck(7, "shop/web", 0, 0);
+    setNumber({4, 1, 5}, 0);
+    setText({5, 1, 2}, "shop/web/rate");
+    EXPECT_TRUE(report().contains(QStringLiteral("OK        shop/web since"))) << qPrintable(report());
+}
