@@ -92,6 +92,8 @@ QString readArguments(const QStringList& arguments, Arguments& read)
         QStringLiteral(
             "Print what the agent says, in one line; for status and watch see checks.schema.json."));
     parser.addOptions({url, control, json});
+    if (!parser.parse(arguments))
+        return parser.errorText(); // process() would end with 1, the exit code of WARNING
     parser.process(arguments);
     read.isJson = parser.isSet(json);
     read.isUrlGiven = parser.isSet(url);

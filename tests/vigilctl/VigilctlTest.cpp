@@ -107,6 +107,15 @@ TEST_F(VigilctlTest, WrongArgumentsAreUnknown)
     EXPECT_EQ(m_requests, 0);
 }
 
+// The exit code was 1, which means WARNING.
+TEST_F(VigilctlTest, AnUnknownOptionIsUnknown)
+{
+    EXPECT_EQ(run({QStringLiteral("status"), QStringLiteral("--colour")}), 3);
+    EXPECT_EQ(m_err, "vigilctl: Unknown option 'colour'.\n");
+    EXPECT_EQ(run({QStringLiteral("status"), QStringLiteral("--url")}), 3);
+    EXPECT_TRUE(m_err.startsWith("vigilctl: ")) << m_err.constData();
+}
+
 TEST_F(VigilctlTest, WatchAsksAgain)
 {
     QProcess program;
