@@ -28,15 +28,23 @@ quint64 lostLines = 0;
 Gate gateOfUsers;
 Sink otherSink;
 
-/// Texts from applications and managers appear in messages. They must not be able to forge a line.
+bool isPlain(QChar character)
+{
+    const QChar::Category category = character.category();
+    return category != QChar::Other_Control && category != QChar::Separator_Line &&
+           category != QChar::Separator_Paragraph;
+}
+
+/// Texts from applications and managers appear in messages. They must not be able to forge a line, or to
+/// control a terminal.
 QByteArray onOneLine(const QString& message)
 {
-    QByteArray line = message.trimmed().toUtf8();
-    for (char& byte : line) {
-        if (static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f)
-            byte = ' ';
+    QString line = message.trimmed();
+    for (QChar& character : line) {
+        if (!isPlain(character))
+            character = QLatin1Char(' ');
     }
-    return line;
+    return line.toUtf8();
 }
 
 bool tryWrite(const Level& level, const QString& message)

@@ -46,6 +46,16 @@ TEST_F(LogSink, GetsEachMessageWithItsSeverity)
     EXPECT_EQ(lines, expected);
 }
 
+// U+0085 and U+2028 break a line in some viewers, and U+009B starts a command to a terminal.
+TEST_F(LogSink, GetsControlCharactersAsBlanks)
+{
+    const QString text = QStringLiteral("a\r\n\tb\x1b[31mc\x7f%1d%2e%3f%4\u00fcg")
+                             .arg(QChar(0x85), QChar(0x9b), QChar(0x2028), QChar(0x2029));
+    agent::log::info(text);
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(lines[0].second, QStringLiteral("a   b [31mc  d e f \u00fcg"));
+}
+
 TEST_F(LogSink, TheNextLineTellsHowManyAreLost)
 {
     isFull = true;
