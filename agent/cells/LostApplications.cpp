@@ -17,8 +17,7 @@ LostApplications::LostApplications(const CellStore& store, Clock& clock, const S
       m_actions(actions),
       m_graceDelay(clock, settings.graceMs,
                    [this](ApplicationId application, qint64) { handleGraceOver(application); }),
-      m_forgetDelay(clock, settings.forgetMs,
-                    [this](ApplicationId application, qint64) { leave(application); }),
+      m_forgetDelay(clock, [this](ApplicationId application, qint64) { leave(application); }),
       m_returnDelay(clock, settings.graceMs,
                     [this](ApplicationId application, qint64) { leave(application); }),
       m_nextTurn(clock, [this] { removeInTurn(); })
@@ -35,7 +34,7 @@ void LostApplications::add(const Owner& owner)
     const ApplicationId application = owner.application;
     m_losses[application] = {State::InGrace, ++m_lossCount, m_clock.nowUtc(), owner};
     m_graceDelay.restart(application);
-    m_forgetDelay.restart(application);
+    forgetLater(application, 0);
     while (m_losses.size() - m_leaving.size() > 1 && isRoomShort())
         leaveForRoom(*oldestOf(largestUser()));
 }
@@ -48,16 +47,25 @@ void LostApplications::restore(const Owner& owner, const QDateTime& since)
         return;
     loss->second.since = since;
     const qint64 lostMs = since.msecsTo(m_clock.nowUtc());
+    forgetLater(owner.application, lostMs);
     if (lostMs < m_settings.graceMs)
         return;
     m_graceDelay.remove(owner.application);
     handleGraceOver(owner.application);
-    const bool isForgotten = m_settings.forgetMs != m_forgetDelay.never && lostMs >= m_settings.forgetMs;
+    const bool isForgotten = canForget() && lostMs >= m_settings.forgetMs;
     if (!isForgotten)
         return;
     leave(owner.application);
     while (contains(owner.application))
         removePiece(owner.application);
+}
+
+/// The application has been lost for lostMs already. The host's time may have been wrong.
+void LostApplications::forgetLater(ApplicationId application, qint64 lostMs)
+{
+    if (canForget())
+        m_forgetDelay.restart(application,
+                              std::clamp<qint64>(m_settings.forgetMs - lostMs, 0, m_settings.forgetMs));
 }
 
 // --- The events of the table

@@ -14,6 +14,7 @@
 #include "agent/cells/CellStore.h"
 #include "agent/cells/Owner.h"
 #include "agent/core/Clock.h"
+#include "agent/core/DeadlineQueue.h"
 #include "agent/core/DelayQueue.h"
 #include "agent/core/Timer.h"
 #include "agent/core/Turn.h"
@@ -84,7 +85,8 @@ public:
     void add(const Owner& owner);
 
     /// The same for a loss of the agent's last run. If its grace period is over, its health checks read
-    /// UNKNOWN at once. If it is to be forgotten, its cells are removed at once.
+    /// UNKNOWN at once. It is forgotten after the rest of its time; if none is left, its cells are removed at
+    /// once.
     void restore(const Owner& owner, const QDateTime& since);
 
     /// Removes a few cells of the user's oldest loss now, to make room; the others follow. False if there is
@@ -112,6 +114,8 @@ private:
     };
 
     void handleGraceOver(ApplicationId application);
+    bool canForget() const { return m_settings.forgetMs != DelayQueue<ApplicationId>::never; }
+    void forgetLater(ApplicationId application, qint64 lostMs);
     void leave(ApplicationId application);
     void leaveForRoom(ApplicationId application);
     void removeInTurn();
@@ -130,7 +134,7 @@ private:
     std::map<ApplicationId, Loss> m_losses;
     std::uint64_t m_lossCount = 0;
     DelayQueue<ApplicationId> m_graceDelay;
-    DelayQueue<ApplicationId> m_forgetDelay;
+    DeadlineQueue<ApplicationId> m_forgetDelay;
     DelayQueue<ApplicationId> m_returnDelay;
     std::set<ApplicationId> m_leaving;
     Turn m_turn;

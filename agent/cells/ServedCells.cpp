@@ -135,7 +135,8 @@ void ServedCells::restore(const Owner& owner, const QDateTime& since, const std:
 {
     for (const LostCheck& check : checks) {
         const ObjectId status = healthTable::cellOf(Column::Status, check.check);
-        if (m_store.find(status) || vigilTables::checkCell(status, check.status))
+        const bool fits = status.size() <= maxArcs && !vigilTables::checkCell(status, check.status);
+        if (m_store.find(status) || !fits)
             continue;
         m_store.set(status, check.status, owner.application);
         m_store.set(healthTable::cellOf(Column::Summary, check.check), check.summary, owner.application);

@@ -295,6 +295,25 @@ TEST_F(ServedCellsTest, ARestoredCheckIsForgotten)
     EXPECT_EQ(served(), "- -");
 }
 
+// Each restart of the agent gave a lost application the whole time once more.
+TEST_F(ServedCellsTest, ARestoredCheckHasOnlyTheRestOfItsTime)
+{
+    cells.restore({7}, clock.nowUtc().addMSecs(-forgetMs + 1000), {{check, 1, "so so"}});
+    clock.advance(999);
+    EXPECT_EQ(served().substr(0, 1), "3");
+    clock.advance(1);
+    EXPECT_EQ(served(), "- -");
+}
+
+TEST_F(ServedCellsTest, ACheckRestoredFromTheFutureHasAllOfItsTime)
+{
+    cells.restore({7}, clock.nowUtc().addMSecs(forgetMs), {{check, 1, "so so"}});
+    clock.advance(forgetMs - 1);
+    EXPECT_EQ(served().substr(0, 1), "3");
+    clock.advance(1);
+    EXPECT_EQ(served(), "- -");
+}
+
 // Such a check vanished without a word: managers kept its alarm.
 TEST_F(ServedCellsTest, ARestoredCheckThatIsTooOldIsForgottenAtOnce)
 {
@@ -316,6 +335,10 @@ TEST_F(ServedCellsTest, ALongSummaryIsCutInWhatIsKept)
 
 TEST_F(ServedCellsTest, OnlyRowsThatFitAreRestored)
 {
-    cells.restore({7}, clock.nowUtc(), {{{1, 97}, 1, "one key"}, {check, 9, "no status"}});
+    agent::ObjectId longKeys{200};
+    longKeys.insert(longKeys.end(), 200, 97);
+    longKeys.push_back(0);
+    cells.restore({7}, clock.nowUtc(),
+                  {{{1, 97}, 1, "one key"}, {check, 9, "no status"}, {longKeys, 1, "no SNMP identifier"}});
     EXPECT_EQ(store.size(), 0u);
 }
