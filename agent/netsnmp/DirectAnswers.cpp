@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <optional>
+#include <set>
 #include <utility>
 
 #include <poll.h>
@@ -18,6 +20,7 @@ extern "C" {
 int handle_pdu(netsnmp_agent_session*);
 extern netsnmp_session* agentx_callback_sess;
 extern netsnmp_session* callback_master_sess;
+extern netsnmp_agent_session* agent_delegated_list;
 }
 
 namespace agent {
@@ -33,6 +36,9 @@ using Request = std::unique_ptr<netsnmp_agent_session, FreeRequest>;
 
 netsnmp_callback netSnmpsWay; // how Net-SNMP handles a message of the session
 bool isPipeUsed = false;      // since it was last seen empty
+std::optional<long> lastStep; // of a SET, by its packet
+std::set<long> openSets;      // by their transactions
+std::set<long> endedSets;     // their last steps may still be in the pipe
 
 bool isPipeEmpty()
 {
@@ -46,7 +52,7 @@ bool isPipeEmpty()
 
 bool isPipeBusy()
 {
-    isPipeUsed = isPipeUsed && !isPipeEmpty();
+    isPipeUsed = isPipeUsed && (agent_delegated_list || !isPipeEmpty());
     return isPipeUsed;
 }
 
@@ -55,10 +61,36 @@ bool canAnswer(const netsnmp_pdu& message)
     return (message.command == agentx::Get || message.command == agentx::GetNext) && !isPipeBusy();
 }
 
-/// A step of a SET that does not wait for the answer to the step before. Net-SNMP would read freed memory.
-bool isTooEarly(const netsnmp_pdu& message)
+bool isStep(const netsnmp_pdu& message)
 {
-    return message.command >= agentx::CommitSet && message.command <= agentx::CleanupSet && isPipeBusy();
+    return message.command >= agentx::TestSet && message.command <= agentx::CleanupSet;
+}
+
+bool isRepeated(const netsnmp_pdu& step)
+{
+    return step.reqid == lastStep;
+}
+
+/// A step that does not wait for the answer to the step before, or a second start of the same SET. Net-SNMP
+/// would read freed memory.
+bool isTooEarly(const netsnmp_pdu& step)
+{
+    return step.command == agentx::TestSet ? openSets.count(step.transid) > 0 : isPipeBusy();
+}
+
+void noteStep(const netsnmp_pdu& step)
+{
+    lastStep = step.reqid;
+    if (step.command == agentx::TestSet)
+        openSets.insert(step.transid);
+    else if (step.command != agentx::CommitSet)
+        endedSets.insert(step.transid);
+}
+
+void forgetEndedSets()
+{
+    for (const long ended : std::exchange(endedSets, {}))
+        openSets.erase(ended);
 }
 
 /// snmpd asks up to an end, which another subagent may have registered. No end is the identifier 0.0.
@@ -115,6 +147,21 @@ void answerMessage(netsnmp_session& session, netsnmp_pdu& message)
         snmp_free_pdu(answer);
 }
 
+/// False if Net-SNMP must not see the step.
+bool takeStep(netsnmp_session& session, const netsnmp_pdu& step)
+{
+    if (isRepeated(step))
+        return false;
+    if (!isPipeBusy())
+        forgetEndedSets();
+    if (isTooEarly(step)) {
+        shutDownStream(*snmp_sess_transport(snmp_sess_pointer(&session)));
+        return false;
+    }
+    noteStep(step);
+    return true;
+}
+
 int handleOperation(int operation, netsnmp_session* session, int request, netsnmp_pdu* message, void* magic)
 {
     constexpr int done = 1;
@@ -123,10 +170,8 @@ int handleOperation(int operation, netsnmp_session* session, int request, netsnm
             answerMessage(*session, *message);
             return done;
         }
-        if (isTooEarly(*message)) {
-            shutDownStream(*snmp_sess_transport(snmp_sess_pointer(session)));
+        if (isStep(*message) && !takeStep(*session, *message))
             return done;
-        }
         isPipeUsed = true;
     }
     return netSnmpsWay(operation, session, request, message, magic);
@@ -137,6 +182,9 @@ int handleOperation(int operation, netsnmp_session* session, int request, netsnm
 void answerDirectly(netsnmp_session& session)
 {
     netSnmpsWay = std::exchange(session.callback, &handleOperation);
+    lastStep.reset();
+    openSets.clear();
+    endedSets.clear();
 }
 
 } // namespace agent

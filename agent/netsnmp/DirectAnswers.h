@@ -14,6 +14,10 @@ namespace agent {
 /// That costs more than the answer. Only a SET needs the pipes, because it may wait for an application.
 /// Requests after a SET take the pipes, too, until these are empty: a GET must not overtake the SET.
 ///
+/// snmpd repeats a message without an answer every second. Net-SNMP would take a repeated step of a SET for a
+/// further one, so it is ignored here: the first one gets the answer. A master that does not keep to the
+/// steps of a SET is left.
+///
 /// Ownership: the session stays Net-SNMP's.
 void answerDirectly(netsnmp_session& session);
 

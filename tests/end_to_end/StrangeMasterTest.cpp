@@ -141,6 +141,36 @@ TEST_F(StrangeMaster, IsLeftIfItDoesNotWaitForTheStepsOfASet)
     expectServed();
 }
 
+// Net-SNMP's snmpd repeats a message after a second without an answer, if the agent is suspended, say. The
+// agent took the second one for a further step and left.
+TEST_F(StrangeMaster, MayRepeatTheStepsOfASet)
+{
+    for (const QByteArray& step :
+         {FakeMaster::testSet(31, first, 5), FakeMaster::commitSet(32), FakeMaster::cleanupSet(33)}) {
+        const FakeMaster::Answer answer = answerTo(step + step + step);
+        EXPECT_NE(answer.packet, 0U) << agent->log().constData();
+        EXPECT_EQ(answer.error, 0);
+    }
+    const FakeMaster::Answer answer = answerTo(FakeMaster::get(34, first));
+    ASSERT_EQ(answer.varbinds.size(), 1U) << agent->log().constData();
+    EXPECT_EQ(answer.packet, 34U) << "each step has one answer";
+    EXPECT_EQ(answer.varbinds.at(0).value, QStringLiteral("5"));
+    EXPECT_EQ(application->questions().size(), 1U);
+    EXPECT_EQ(master.joins(), 1);
+}
+
+// The agent crashed.
+TEST_F(StrangeMaster, IsLeftIfItStartsASetTwice)
+{
+    ASSERT_EQ(answerTo(FakeMaster::testSet(31, first, 5)).error, 0);
+    master.send(FakeMaster::testSet(32, first, 6));
+    ASSERT_TRUE(master.waitForJoins(2)) << agent->log().constData();
+    ASSERT_EQ(answerTo(FakeMaster::testSet(33, first, 5)).error, 0);
+    ASSERT_EQ(answerTo(FakeMaster::cleanupSet(34)).packet, 34U) << agent->log().constData();
+    ASSERT_EQ(answerTo(FakeMaster::testSet(35, first, 5)).error, 0) << "the first one has ended";
+    EXPECT_EQ(master.joins(), 2);
+}
+
 TEST_F(StrangeMaster, MaySendAMessageInPieces)
 {
     const QByteArray request = FakeMaster::get(41, first);
