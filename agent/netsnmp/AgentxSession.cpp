@@ -119,7 +119,7 @@ int AgentxSession::handleOpened(int, int, void* session, void* self)
     auto* opened = static_cast<AgentxSession*>(self);
     opened->m_session = static_cast<netsnmp_session*>(session);
     opened->m_session->timeout = replyTimeoutUs;
-    takeOverStream(*snmp_sess_transport(snmp_sess_pointer(opened->m_session)));
+    takeOverStream(*snmp_sess_transport(snmp_sess_pointer(opened->m_session)), &isPipeBusy);
     answerDirectly(*opened->m_session);
     emit opened->descriptorsChanged();
     return SNMPERR_SUCCESS;

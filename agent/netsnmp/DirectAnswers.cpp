@@ -50,12 +50,6 @@ bool isPipeEmpty()
     return poll(ends.data(), ends.size(), 0) == 0;
 }
 
-bool isPipeBusy()
-{
-    isPipeUsed = isPipeUsed && (agent_delegated_list || !isPipeEmpty());
-    return isPipeUsed;
-}
-
 bool canAnswer(const netsnmp_pdu& message)
 {
     return (message.command == agentx::Get || message.command == agentx::GetNext) && !isPipeBusy();
@@ -71,11 +65,12 @@ bool isRepeated(const netsnmp_pdu& step)
     return step.reqid == lastStep;
 }
 
-/// A step that does not wait for the answer to the step before, or a second start of the same SET. Net-SNMP
-/// would read freed memory.
-bool isTooEarly(const netsnmp_pdu& step)
+/// False for a second start of the same SET, a step without a start, or one that does not wait for the answer
+/// to the step before. Net-SNMP would read freed memory.
+bool isInOrder(const netsnmp_pdu& step)
 {
-    return step.command == agentx::TestSet ? openSets.count(step.transid) > 0 : isPipeBusy();
+    const bool isOpen = openSets.count(step.transid) > 0;
+    return step.command == agentx::TestSet ? !isOpen : isOpen && !isPipeBusy();
 }
 
 void noteStep(const netsnmp_pdu& step)
@@ -154,7 +149,7 @@ bool takeStep(netsnmp_session& session, const netsnmp_pdu& step)
         return false;
     if (!isPipeBusy())
         forgetEndedSets();
-    if (isTooEarly(step)) {
+    if (!isInOrder(step)) {
         shutDownStream(*snmp_sess_transport(snmp_sess_pointer(&session)));
         return false;
     }
@@ -178,6 +173,12 @@ int handleOperation(int operation, netsnmp_session* session, int request, netsnm
 }
 
 } // namespace
+
+bool isPipeBusy()
+{
+    isPipeUsed = isPipeUsed && (agent_delegated_list || !isPipeEmpty());
+    return isPipeUsed;
+}
 
 void answerDirectly(netsnmp_session& session)
 {

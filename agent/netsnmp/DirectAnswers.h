@@ -21,6 +21,9 @@ namespace agent {
 /// Ownership: the session stays Net-SNMP's.
 void answerDirectly(netsnmp_session& session);
 
+/// True while a request is on its way through the pipes.
+bool isPipeBusy();
+
 } // namespace agent
 
 #endif

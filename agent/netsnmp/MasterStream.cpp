@@ -19,7 +19,9 @@ namespace {
 
 constexpr int sendTimeoutMs = 500;
 
-AgentxLimit limitOfStream; // there is one stream at a time
+// There is one stream at a time.
+AgentxLimit limitOfStream;
+bool (*isStreamBusy)() = nullptr;
 
 bool waitUntilWritable(int descriptor, const QElapsedTimer& waited)
 {
@@ -52,6 +54,13 @@ int sendMessage(netsnmp_transport* transport, const void* data, int size, void**
     return sendOrShutDown(*transport, AgentxLimit::limited(message)) ? size : -1;
 }
 
+/// Net-SNMP would take it for the end.
+int receivedNothing(netsnmp_transport& transport)
+{
+    transport.flags |= NETSNMP_TRANSPORT_FLAG_EMPTY_PKT;
+    return 0;
+}
+
 /// Reports no sender's address: a stream has none.
 int receive(netsnmp_transport* transport, void* data, int size, void** address, int* addressLength)
 {
@@ -63,23 +72,24 @@ int receive(netsnmp_transport* transport, void* data, int size, void** address, 
         received = recv(transport->sock, data, most, MSG_DONTWAIT);
     } while (received < 0 && errno == EINTR);
     if (received <= 0)
-        return static_cast<int>(received);
+        return isStreamBusy() ? receivedNothing(*transport) : static_cast<int>(received);
     const QByteArray accepted = limitOfStream.receive(
         QByteArray::fromRawData(static_cast<const char*>(data), static_cast<int>(received)));
     if (limitOfStream.isBroken())
-        return -1;
+        shutDownStream(*transport);
     sendOrShutDown(*transport, limitOfStream.takeAnswers());
     if (accepted.isEmpty())
-        transport->flags |= NETSNMP_TRANSPORT_FLAG_EMPTY_PKT; // otherwise Net-SNMP takes it for the end
+        return receivedNothing(*transport);
     std::memmove(data, accepted.constData(), static_cast<size_t>(accepted.size()));
     return accepted.size();
 }
 
 } // namespace
 
-void takeOverStream(netsnmp_transport& transport)
+void takeOverStream(netsnmp_transport& transport, bool (*isBusy)())
 {
     limitOfStream = AgentxLimit();
+    isStreamBusy = isBusy;
     transport.f_send = &sendMessage;
     transport.f_recv = &receive;
 }

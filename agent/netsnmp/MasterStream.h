@@ -14,8 +14,11 @@ namespace agent {
 /// is full. Here a send gets half a second, then the stream is shut down. Net-SNMP also leaks the sender's
 /// address when the stream is reset; here a message has no such address. AgentxLimit bounds the messages.
 ///
+/// Net-SNMP closes the session at the end of the stream, and would read freed memory when a request of it is
+/// answered afterwards. So it learns of the end once isBusy() is false.
+///
 /// Ownership: the transport stays Net-SNMP's.
-void takeOverStream(netsnmp_transport& transport);
+void takeOverStream(netsnmp_transport& transport, bool (*isBusy)());
 
 /// Net-SNMP then finds the stream closed, as if snmpd had ended.
 void shutDownStream(const netsnmp_transport& transport);

@@ -171,6 +171,27 @@ TEST_F(StrangeMaster, IsLeftIfItStartsASetTwice)
     EXPECT_EQ(master.joins(), 2);
 }
 
+TEST_F(StrangeMaster, IsLeftIfItGoesOnWithASetItHasNotStarted)
+{
+    int joins = 1;
+    for (const QByteArray& step : {FakeMaster::commitSet(31), FakeMaster::cleanupSet(31)}) {
+        master.send(step);
+        ASSERT_TRUE(master.waitForJoins(++joins)) << agent->log().constData();
+    }
+    expectServed();
+}
+
+// A session that ended during a SET left it to the next one, and the agent read freed memory.
+TEST_F(StrangeMaster, IsLeftIfItGoesOnWithTheSetOfAnEarlierSession)
+{
+    ASSERT_EQ(answerTo(FakeMaster::testSet(31, first, 5)).error, 0);
+    master.hangUp();
+    ASSERT_TRUE(master.waitForJoins(2)) << agent->log().constData();
+    master.send(FakeMaster::cleanupSet(32) + FakeMaster::testSet(33, first, 5));
+    ASSERT_TRUE(master.waitForJoins(3)) << agent->log().constData();
+    expectServed();
+}
+
 TEST_F(StrangeMaster, MaySendAMessageInPieces)
 {
     const QByteArray request = FakeMaster::get(41, first);
