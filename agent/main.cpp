@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "agent/Agent.h"
+#include "agent/core/Descriptors.h"
 #include "agent/core/Log.h"
 #include "agent/core/StandardError.h"
 #include "agent/netsnmp/HostLookup.h"
@@ -187,6 +188,7 @@ int ended(int exitCode)
 
 int main(int argc, char** argv)
 {
+    agent::descriptors::openStandardStreams();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("vigil-agent"));
     agent::SystemClock clock;

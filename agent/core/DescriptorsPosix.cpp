@@ -5,7 +5,9 @@
 
 #include <algorithm>
 
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace agent::descriptors {
 
@@ -14,6 +16,14 @@ namespace {
 constexpr rlim_t reserved = 32;
 
 } // namespace
+
+void openStandardStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) < 0)
+            open("/dev/null", O_RDWR); // gets the lowest free number, which is this one
+    }
+}
 
 bool require(int count)
 {

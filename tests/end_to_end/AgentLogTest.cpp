@@ -103,6 +103,28 @@ TEST(AgentLog, AStalledReaderDoesNotStopTheAgent)
     EXPECT_EQ(agent.exitCode(), 0);
 }
 
+// The first line of the log went into the pipe of the signals, and the agent took it for SIGTERM.
+TEST(AgentLog, NoStandardStreamIsNeeded)
+{
+    const quint16 port = AgentProcess::freePort();
+    const QString snmpAddress = QStringLiteral("udp:127.0.0.1:%1").arg(AgentProcess::freePort());
+    QProcess agent;
+    agent.start(QStringLiteral("/bin/sh"),
+                {QStringLiteral("-c"), QStringLiteral("exec \"$0\" \"$@\" <&- >&- 2>&-"),
+                 AgentProcess::program(), QStringLiteral("--verbose"), QStringLiteral("--standalone"),
+                 snmpAddress, QStringLiteral("--listen"), QStringLiteral("127.0.0.1:%1").arg(port)});
+    const SnmpTool tool(snmpAddress);
+    const QString cells = full("127.3.1.200.5.1.3.0");
+    ASSERT_TRUE(tool.waitFor(cells, QStringLiteral("0")));
+    FakeApplication application(port);
+    application.publish("5.1", 7);
+    EXPECT_TRUE(tool.waitFor(full("5.1"), QStringLiteral("7")));
+    EXPECT_EQ(agent.state(), QProcess::Running);
+    AgentProcess::askToEnd(agent);
+    EXPECT_TRUE(agent.waitForFinished(support::deadlineMs));
+    EXPECT_EQ(agent.exitCode(), 0);
+}
+
 TEST(AgentLog, OneUserCausesAHundredLinesASecond)
 {
     AgentProcess agent;
