@@ -14,6 +14,8 @@ namespace support {
 
 namespace {
 
+constexpr qint64 longestTurnNs = 100'000'000; // of the event loop; a longer one is a pause of the machine
+
 QStringList threadsOf(qint64 process)
 {
     const QString folder = QStringLiteral("/proc/%1/task/").arg(process);
@@ -57,8 +59,13 @@ LoadFreeTimer::LoadFreeTimer(const std::vector<qint64>& processes)
 void LoadFreeTimer::measure()
 {
     const qint64 passedNs = m_time.nsecsElapsed();
-    if (std::all_of(m_processes.begin(), m_processes.end(), &isAllAsleep))
-        m_elapsedMs = (passedNs - (waitedNs() - m_waitedBeforeNs)) / 1'000'000;
+    const bool isAsleep = std::all_of(m_processes.begin(), m_processes.end(), &isAllAsleep);
+    const qint64 freeNs = passedNs - (waitedNs() - m_waitedBeforeNs);
+    if (freeNs - m_freeNs > longestTurnNs)
+        m_pausedNs += freeNs - m_freeNs;
+    m_freeNs = freeNs;
+    if (isAsleep)
+        m_elapsedMs = (freeNs - m_pausedNs) / 1'000'000;
 }
 
 qint64 LoadFreeTimer::waitedNs()
