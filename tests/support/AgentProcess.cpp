@@ -12,6 +12,11 @@
 
 #include <csignal>
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include "RunUntil.h"
 
 namespace support {
@@ -21,6 +26,7 @@ namespace {
 // Below the ports that the system hands out: while a program restarts, no other socket gets its port.
 constexpr int firstFreePort = 10'000;
 constexpr int endOfFreePorts = 32'768;
+constexpr int portsOfBlock = 16;
 
 const QByteArray readyText = "listening for applications on 127.0.0.1:";
 
@@ -38,6 +44,36 @@ QProcessEnvironment environment(const QTemporaryDir& directory)
             environment.insert(QLatin1String(variable), directory.path());
     }
     return environment;
+}
+
+/// Binds the port for the life of this process. Returns false if another process has it.
+bool holdPort(int port)
+{
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(static_cast<quint16>(port));
+    const int held = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (bind(held, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
+        return true;
+    close(held);
+    return false;
+}
+
+/// The next port of a block whose first port this process holds, so no other test has the same block.
+int nextPort()
+{
+    static int next = 0;
+    static int end = 0;
+    while (next == end) {
+        constexpr int blocks = (endOfFreePorts - firstFreePort) / portsOfBlock;
+        const int first = firstFreePort + QRandomGenerator::global()->bounded(blocks) * portsOfBlock;
+        if (!holdPort(first))
+            continue;
+        next = first + 1;
+        end = first + portsOfBlock;
+    }
+    return next++;
 }
 
 QStringList filesIn(const QTemporaryDir& directory)
@@ -197,8 +233,7 @@ QStringList AgentProcess::filesLeft() const
 quint16 AgentProcess::freePort()
 {
     while (true) {
-        const auto port =
-            static_cast<quint16>(QRandomGenerator::global()->bounded(firstFreePort, endOfFreePorts));
+        const auto port = static_cast<quint16>(nextPort());
         QUdpSocket datagrams;
         QTcpServer streams;
         if (datagrams.bind(QHostAddress(QHostAddress::LocalHost), port, QAbstractSocket::DontShareAddress) &&

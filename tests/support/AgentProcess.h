@@ -83,7 +83,8 @@ public:
     /// names a script that runs it.
     static bool isForWindows();
 
-    /// A port that was just free on UDP and TCP, and that the system gives to no other socket by itself.
+    /// A port that was just free on UDP and TCP. Tests of other processes get other ports, and the system
+    /// gives it to no socket by itself.
     static quint16 freePort();
 
 private:
