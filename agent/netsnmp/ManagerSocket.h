@@ -18,6 +18,9 @@ namespace agent::managerSocket {
 /// connection.
 constexpr int longestStandstillMs = 1000;
 
+/// It waits in such steps: a signal, or a pause of a virtual machine, uses up one of them and not all.
+constexpr int standstillStepMs = 100;
+
 /// The sockets in a set. Net-SNMP says that their numbers are below count.
 std::vector<int> listOf(netsnmp_large_fd_set& set, int count);
 

@@ -16,7 +16,11 @@ namespace {
 bool waitUntilWritable(int socket)
 {
     pollfd watched = {socket, POLLOUT, 0};
-    return poll(&watched, 1, longestStandstillMs) > 0;
+    for (int waitedMs = 0; waitedMs < longestStandstillMs; waitedMs += standstillStepMs) {
+        if (poll(&watched, 1, standstillStepMs) > 0)
+            return true;
+    }
+    return false;
 }
 
 /// Net-SNMP's own sender blocks the agent until the manager reads.

@@ -82,7 +82,11 @@ bool makeExclusive(netsnmp_transport& listener)
 bool waitUntilWritable(SOCKET socket)
 {
     WSAPOLLFD watched = {socket, POLLOUT, 0};
-    return WSAPoll(&watched, 1, longestStandstillMs) > 0;
+    for (int waitedMs = 0; waitedMs < longestStandstillMs; waitedMs += standstillStepMs) {
+        if (WSAPoll(&watched, 1, standstillStepMs) > 0)
+            return true;
+    }
+    return false;
 }
 
 /// A socket may be blocking until Qt watches it. Afterwards the system may take a part of an answer only.
