@@ -7,6 +7,7 @@
 #include <QElapsedTimer>
 #include <QTcpSocket>
 
+#include <functional>
 #include <memory>
 #include <random>
 #include <string>
@@ -125,6 +126,26 @@ protected:
         EXPECT_TRUE(runUntil([&] { return connection().socket() == nullptr; }));
         client->onTimerReconnect();
         limitBuffers();
+    }
+
+    /// exit() takes at least and less than these times. A pause of a virtual machine counts as well, so it
+    /// may try three times.
+    void expectExitWithin(qint64 leastMs, qint64 limitMs, const std::function<void()>& prepare)
+    {
+        QElapsedTimer elapsed;
+        qint64 exitMs = -1;
+        for (int attempt = 0; attempt < 3 && (exitMs < leastMs || exitMs >= limitMs); ++attempt) {
+            service.resumeReading();
+            client = std::make_unique<::Client>();
+            client->init();
+            limitBuffers();
+            prepare();
+            elapsed.start();
+            client->exit();
+            exitMs = elapsed.elapsed();
+        }
+        EXPECT_GE(exitMs, leastMs);
+        EXPECT_LT(exitMs, limitMs);
     }
 
     LibraryLog log;
@@ -290,27 +311,19 @@ TEST_F(BusyService, GetsAllValuesBeforeTheConnectionIsClosed)
 
 TEST_F(BusyService, IsGivenUpAfterASecondWithoutReading)
 {
-    stall();
-    QElapsedTimer elapsed;
-    elapsed.start();
-    client->exit();
-    EXPECT_GE(elapsed.elapsed(), 900);
-    EXPECT_LT(elapsed.elapsed(), 2000);
+    expectExitWithin(900, 2000, [this] { stall(); });
 }
 
 TEST_F(BusyService, IsGivenUpAfterTwoSecondsOfSlowReading)
 {
     constexpr int backlog = 10000000; // takes the reader half a minute
-    connection().setMaxPendingBytes(backlog);
-    stall();
-    constexpr int slice = 70000; // the system reports progress in steps of about 64 kB
+    constexpr int slice = 70000;      // the system reports progress in steps of about 64 kB
     constexpr int pauseMs = 200;
-    service.readSlowly(slice, pauseMs);
-    QElapsedTimer elapsed;
-    elapsed.start();
-    client->exit();
-    EXPECT_GE(elapsed.elapsed(), 1900);
-    EXPECT_LT(elapsed.elapsed(), 8000);
+    expectExitWithin(1900, 8000, [this] {
+        connection().setMaxPendingBytes(backlog);
+        stall();
+        service.readSlowly(slice, pauseMs);
+    });
 }
 
 // --- Model

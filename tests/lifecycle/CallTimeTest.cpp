@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "lifecycle/HostProcess.h"
 #include "lifecycle/SilentServices.h"
 
@@ -12,51 +14,73 @@
 
 namespace {
 
-void expectPunctualCalls(int servicePort, const QStringList& arguments = {})
+/// What a host says that times its calls, and its exit code.
+struct Outcome
+{
+    int exitCode = -1;
+    QString output;
+};
+
+Outcome outcomeBeside(int servicePort, const QStringList& arguments)
 {
     HostProcess host(QStringLiteral(PUNCTUAL_HOST), arguments, servicePort, HostProcess::Errors::Dropped);
-    EXPECT_EQ(host.exitCode(), 0) << qPrintable(host.output());
+    const int exitCode = host.exitCode();
+    return {exitCode, host.output()};
+}
+
+/// A call during a pause of a virtual machine takes long, so a host may try three times. A call that blocks
+/// does so each time.
+void expectPunctualCalls(const std::function<Outcome()>& run)
+{
+    Outcome outcome = run();
+    for (int attempt = 1; attempt < 3 && outcome.exitCode != 0; ++attempt)
+        outcome = run();
+    EXPECT_EQ(outcome.exitCode, 0) << qPrintable(outcome.output);
+}
+
+template <typename Service, typename... Arguments>
+void expectPunctualCallsBeside(const QStringList& hostArguments, Arguments... serviceArguments)
+{
+    expectPunctualCalls([&] {
+        const Service service(serviceArguments...);
+        return outcomeBeside(service.port(), hostArguments);
+    });
 }
 
 } // namespace
 
 TEST(CallTime, IsShortBesideAReadingService)
 {
-    const ReadingService service;
-    expectPunctualCalls(service.port());
+    expectPunctualCallsBeside<ReadingService>({});
 }
 
 TEST(CallTime, IsShortWithoutAService)
 {
-    expectPunctualCalls(refusingPort());
+    expectPunctualCalls([] { return outcomeBeside(refusingPort(), {}); });
 }
 
 TEST(CallTime, IsShortBesideANeverReadingService)
 {
-    const NeverReadingService service;
-    expectPunctualCalls(service.port());
+    expectPunctualCallsBeside<NeverReadingService>({});
 }
 
 TEST(CallTime, IsShortDuringAConnect)
 {
-    const OverrunService service;
-    expectPunctualCalls(service.port());
+    expectPunctualCallsBeside<OverrunService>({});
 }
 
 TEST(CallTime, IsShortBesideASlowService)
 {
-    const SlowService service;
-    expectPunctualCalls(service.port());
+    expectPunctualCallsBeside<SlowService>({});
 }
 
 TEST(CallTime, IsShortBesideAServiceThatHangsUp)
 {
-    const ReadingService service(ReadingService::OnFirstBytes::HangUp);
-    expectPunctualCalls(service.port());
+    expectPunctualCallsBeside<ReadingService>({}, ReadingService::OnFirstBytes::HangUp);
 }
 
 TEST(CallTime, IsShortBesideASlowCallback)
 {
-    const ReadingService service(ReadingService::OnFirstBytes::HangUp);
-    expectPunctualCalls(service.port(), {QStringLiteral("slow-callback")});
+    expectPunctualCallsBeside<ReadingService>({QStringLiteral("slow-callback")},
+                                              ReadingService::OnFirstBytes::HangUp);
 }
