@@ -129,12 +129,13 @@ TEST_F(AgentState, AnAlarmOfAnApplicationThatDoesNotReturnIsNoLongerTrue)
 
 TEST_F(AgentState, AnAlarmOfAnApplicationThatReturnsIsNotSentAgain)
 {
-    start();
+    const QStringList longGrace{QStringLiteral("--grace"), QStringLiteral("3600")};
+    start(longGrace);
     connectWithARow(2);
     ASSERT_TRUE(
         support::runUntil([&] { return content("state").contains("check 2 1.97.1.98 so%20it%20is"); }));
     EXPECT_EQ(agent->stop(), 0);
-    start({QStringLiteral("--grace"), QStringLiteral("3600")});
+    start(longGrace);
     EXPECT_EQ(tool->get(statusName), QStringLiteral("2")) << "within the grace period";
     const auto application = connectWithARow(2);
     application->publish(relativeStatus, 0);

@@ -73,7 +73,7 @@ protected:
         return id + "." + std::to_string(last);
     }
 
-    SnmpdProcess snmpd{SnmpdProcess::openToThisHost() + "agentXTimeout 1\nagentXRetries 1\n"};
+    SnmpdProcess snmpd{SnmpdProcess::openToThisHost() + "agentXTimeout 1\nagentXRetries 5\n"};
     AgentProcess agent{snmpd.agentxAddress(), {}};
     std::unique_ptr<FakeApplication> application;
 };
