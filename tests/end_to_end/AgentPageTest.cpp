@@ -14,11 +14,13 @@
 #include "support/Browser.h"
 #include "support/FakeApplication.h"
 #include "support/RunUntil.h"
+#include "support/SnmpTool.h"
 
 using support::AgentProcess;
 using support::Browser;
 using support::FakeApplication;
 using support::runUntil;
+using support::SnmpTool;
 
 namespace {
 
@@ -90,16 +92,23 @@ protected:
             .toString();
     }
 
-    int polls()
+    int polls() { return m_browser.evaluate(polled).toInt(); }
+
+    /// The page itself notes the number of polls until this holds: it polls on while the test waits.
+    void notePollsUntil(const QString& condition)
     {
-        return m_browser
-            .evaluate(QStringLiteral("performance.getEntriesByType('resource')"
-                                     ".filter(each => each.name.endsWith('/api/checks')).length"))
-            .toInt();
+        m_browser.evaluate(
+            QStringLiteral(
+                "new MutationObserver(() => { if (%1) window.pollsUntil = window.pollsUntil || %2; })"
+                ".observe(document.getElementById('checks'),"
+                " {subtree: true, childList: true, characterData: true}) && 0")
+                .arg(condition, polled));
     }
 
     QString control() const { return m_directory.filePath(QStringLiteral("control")); }
 
+    const QString polled = QStringLiteral("performance.getEntriesByType('resource')"
+                                          ".filter(each => each.name.endsWith('/api/checks')).length");
     const QTemporaryDir m_directory;
     const quint16 m_port = AgentProcess::freePort();
     std::unique_ptr<AgentProcess> m_agent;
@@ -133,11 +142,15 @@ TEST_F(AgentPage, FollowsAChangeWithoutBeingLoadedAgain)
 {
     publish("web", 0);
     openPage(1);
-    const int before = polls();
+    notePollsUntil(QStringLiteral("document.querySelector('#checks .pill')?.textContent === 'critical'"));
     publish("web", 2, "no answer");
-    ASSERT_TRUE(m_browser.waitFor(
-        QStringLiteral("document.querySelector('#checks .pill').textContent === 'critical'")));
-    EXPECT_LE(polls() - before, 2) << "polls of one second each";
+    ASSERT_TRUE(SnmpTool(m_agent->udpAddress())
+                    .waitFor(QStringLiteral("VIGIL-MIB::vigilHealthCheckStatus.\"shop\".\"web\""),
+                             QStringLiteral("2")));
+    const int before = polls();
+    ASSERT_TRUE(m_browser.waitFor(QStringLiteral("window.pollsUntil !== undefined")));
+    EXPECT_LE(m_browser.evaluate(QStringLiteral("window.pollsUntil")).toInt() - before, 2)
+        << "polls of one second each";
     EXPECT_EQ(style(QStringLiteral("#checks .pill"), QStringLiteral("color")),
               QStringLiteral("rgb(196, 22, 28)"));
     m_application->unset(row(1, 3, {"shop", "web"}));
