@@ -230,6 +230,9 @@ TEST(AgentLimits, ReachTheAgentFromTheCommandLine)
     FakeApplication first(agent.applicationPort());
     FakeApplication second(agent.applicationPort());
     second.unset("2"); // a silent connection would make room
+    ASSERT_TRUE(
+        SnmpTool(agent.udpAddress())
+            .waitFor(QStringLiteral("VIGIL-AGENT-MIB::vigilAgentConnectionFrames.2"), QStringLiteral("1")));
     for (const char* oid : {"1.1", "1.2", "1.3", "1.4", "1.5"})
         first.publish(oid, 1);
     first.publish("1.1", std::string("hello"));
