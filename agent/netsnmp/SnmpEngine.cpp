@@ -16,6 +16,7 @@
 #include "agent/netsnmp/NotificationReceiverFilter.h"
 #include "agent/netsnmp/OwnFiles.h"
 #include "agent/netsnmp/SnmpListener.h"
+#include "agent/netsnmp/UserDirective.h"
 
 // Parts of the agent library; no installed header declares them.
 extern "C" {
@@ -39,6 +40,7 @@ const char* const defaultAccess[] = {
 int readOurConfiguration(int, int, void*, void* configFile)
 {
     const NotificationReceiverFilter filter;
+    checkUserDirectives();
     const char* path = static_cast<const char*>(configFile);
     if (!path) {
         netsnmp_config(

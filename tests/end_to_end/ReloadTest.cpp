@@ -144,6 +144,22 @@ TEST_F(Reload, TheCheckShowsWrongLinesAndNothingElse)
     EXPECT_TRUE(wrong.filesLeft.isEmpty());
 }
 
+// The check crashed, and so did an agent that started with such a file.
+TEST_F(Reload, AUserWithoutAPassphraseIsAWrongLine)
+{
+    const QStringList check{QStringLiteral("--check-config"), QStringLiteral("--config"), path()};
+    for (const char* user :
+         {"reader SHA-256", "reader SHA", "-e 0x80000000017669676c reader SHA-256", "\"a reader\" SHA-256"}) {
+        write(QByteArray("rocommunity public\ncreateUser ") + user + "\n");
+        const AgentProcess::Outcome wrong = AgentProcess::run(check);
+        EXPECT_EQ(wrong.exitCode, 1) << user;
+        EXPECT_TRUE(wrong.err.contains("line 2: Error: missing passphrase")) << wrong.err.constData();
+    }
+    write("rocommunity public\ncreateUser reader\ncreateUser -e 0x80000000017669676c reader SHA-256 "
+          "authPassword\n");
+    EXPECT_EQ(AgentProcess::run(check).exitCode, 0);
+}
+
 TEST(ReloadBehindSnmpd, SighupIsLoggedAndChangesNothing)
 {
     SnmpdProcess snmpd;
