@@ -425,8 +425,11 @@ void Client::sendPending()
 /// False if it is still pending. The identifier of a withdrawn tree need not be in the cache.
 bool Client::sendFirstPending()
 {
-    const auto [oid, notify] = m_pending.first();
-    if (!send(oid, m_valueCache.value(oid), notify))
+    const auto [oid, wish] = m_pending.first();
+    const QVariant value = m_valueCache.value(oid);
+    if (wish.withdrawTree && value.isValid() && !sendUnset(oid))
+        return false;
+    if (!send(oid, value, wish.notify))
         return false;
     m_pending.remove(oid);
     return true;

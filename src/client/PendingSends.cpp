@@ -10,19 +10,19 @@ using vigil::OidArcs;
 
 void PendingSends::add(const OidArcs& oid, bool notify)
 {
-    bool& wanted = m_entries.emplace_hint(m_entries.end(), oid, false)->second; // a replay adds at the end
-    wanted = wanted || notify;
+    Wish& wish = m_entries.emplace_hint(m_entries.end(), oid, Wish())->second; // a replay adds at the end
+    wish.notify = wish.notify || notify;
 }
 
 void PendingSends::addTree(const Oid& tree)
 {
     const OidArcs arcs = tree.toStdVector();
     vigil::eraseTree(m_entries, arcs);
-    add(arcs, false);
+    m_entries[arcs].withdrawTree = true;
 }
 
 int PendingSends::notifications() const
 {
-    return static_cast<int>(
-        std::count_if(m_entries.begin(), m_entries.end(), [](const auto& entry) { return entry.second; }));
+    return static_cast<int>(std::count_if(m_entries.begin(), m_entries.end(),
+                                          [](const auto& entry) { return entry.second.notify; }));
 }

@@ -19,13 +19,18 @@
 class PendingSends
 {
 public:
-    /// An identifier and whether it wants a notification.
-    using Entry = std::pair<vigil::OidArcs, bool>;
+    struct Wish
+    {
+        bool notify = false;
+        bool withdrawTree = false; ///< before the value of the identifier itself, if it has one again
+    };
+    using Entry = std::pair<vigil::OidArcs, Wish>;
 
     /// A wish for a notification stays until it is sent.
     void add(const vigil::OidArcs& oid, bool notify);
 
-    /// Replaces tree and its descendants by the withdrawal of tree.
+    /// Replaces tree and its descendants by the withdrawal of tree. A value of tree itself may be added
+    /// later.
     void addTree(const vigil::Oid& tree);
 
     void remove(const vigil::OidArcs& oid) { m_entries.erase(oid); }
@@ -39,7 +44,7 @@ public:
     Entry first() const { return *m_entries.begin(); }
 
 private:
-    std::map<vigil::OidArcs, bool> m_entries;
+    std::map<vigil::OidArcs, Wish> m_entries;
 };
 
 #endif

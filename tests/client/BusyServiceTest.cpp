@@ -212,6 +212,15 @@ TEST_F(BusyService, GetsValuesPublishedAfterTheWithdrawalOfTheirTree)
     EXPECT_THAT(readAll(), ElementsAreArray({set("1.1", 5), unset("1"), set("1.1", 6)}));
 }
 
+TEST_F(BusyService, GetsTheWithdrawalOfATreeBeforeANewValueOfItsRoot)
+{
+    client->sendValue(below("1.1"), 5, false);
+    stall();
+    client->unsetOidTree(below("1"));
+    client->sendValue(below("1"), 6, true);
+    EXPECT_THAT(readAll(), ElementsAreArray({set("1.1", 5), unset("1"), withTrap(set("1", 6))}));
+}
+
 TEST_F(BusyService, GetsTheNotificationThatAnEarlierValueWanted)
 {
     stall();
@@ -333,8 +342,9 @@ class RandomStalls : public BusyService, public testing::WithParamInterface<unsi
 protected:
     int random(int limit) { return static_cast<int>(m_random() % static_cast<unsigned int>(limit)); }
 
-    /// One of 5 trees with 20 cells each.
+    /// One of 5 trees with 20 cells each. Now and then the root has a value, too.
     std::string randomCell() { return randomTree() + "." + std::to_string(1 + random(20)); }
+    std::string randomNode() { return random(4) == 0 ? randomTree() : randomCell(); }
     std::string randomTree() { return "1." + std::to_string(1 + random(5)); }
 
     void step()
@@ -360,7 +370,7 @@ protected:
 
     void publishNumber()
     {
-        const std::string oid = randomCell();
+        const std::string oid = randomNode();
         const int value = random(1000000);
         client->sendValue(below(oid), value, random(2) == 0);
         said.write(oid, set(oid, value));

@@ -22,13 +22,14 @@ void add(PendingSends& pending, const char* text, bool notify = false)
     pending.add(oid(text).toStdVector(), notify);
 }
 
-/// "1.2", or "1.2 notify". Empties it.
+/// "1.2", "1.2 notify" or "1.2 tree". Empties it.
 std::vector<std::string> takeAll(PendingSends& pending)
 {
     std::vector<std::string> result;
     while (!pending.isEmpty()) {
-        const auto [arcs, notify] = pending.first();
-        result.push_back(Oid::fromStdVector(arcs).toStdString() + (notify ? " notify" : ""));
+        const auto [arcs, wish] = pending.first();
+        result.push_back(Oid::fromStdVector(arcs).toStdString() + (wish.withdrawTree ? " tree" : "") +
+                         (wish.notify ? " notify" : ""));
         pending.remove(arcs);
     }
     return result;
@@ -60,7 +61,15 @@ TEST(PendingSends, AWithdrawnTreeReplacesItsDescendants)
     for (const char* each : {"1.1", "1.2", "1.2.1", "1.2.1.7", "1.20", "1.3"})
         add(pending, each, true);
     pending.addTree(oid("1.2"));
-    EXPECT_THAT(takeAll(pending), ElementsAreArray({"1.1 notify", "1.2", "1.3 notify", "1.20 notify"}));
+    EXPECT_THAT(takeAll(pending), ElementsAreArray({"1.1 notify", "1.2 tree", "1.3 notify", "1.20 notify"}));
+}
+
+TEST(PendingSends, AValueOfTheTreeItselfKeepsItsWithdrawal)
+{
+    PendingSends pending;
+    pending.addTree(oid("1"));
+    add(pending, "1", true);
+    EXPECT_THAT(takeAll(pending), ElementsAreArray({"1 tree notify"}));
 }
 
 TEST(PendingSends, ClearForgetsThemAll)
