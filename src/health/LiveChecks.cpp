@@ -4,6 +4,7 @@
 #include "health/LiveChecks.h"
 
 #include <atomic>
+#include <utility>
 
 #include "base/NeverDestroyed.h"
 #include "base/ThreadSafety.h"
@@ -16,6 +17,7 @@ using vigil::VigilSnmp;
 namespace {
 
 std::atomic<unsigned int> count{0};
+bool isStarted = false; // guarded by startStopMutex(). A callback may add a check while the library stops
 
 /// Statics of the application may still release checks at the end of the process.
 base::Mutex& startStopMutex()
@@ -41,7 +43,8 @@ void LiveChecks::add()
     }
     const platform::ForkWatch watch; // before the lock, which a child would inherit
     const base::MutexLock lock(startStopMutex());
-    if (count++ == 0)
+    ++count;
+    if (!std::exchange(isStarted, true))
         VigilSnmp::instance().init("vigilsnmpif");
 }
 
@@ -53,6 +56,8 @@ void LiveChecks::remove()
     }
     const platform::ForkWatch watch; // before the lock, which a child would inherit
     const base::MutexLock lock(startStopMutex());
-    if (--count == 0)
+    if (--count == 0) {
         VigilSnmp::instance().cleanup();
+        isStarted = false;
+    }
 }

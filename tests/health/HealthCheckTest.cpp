@@ -8,10 +8,15 @@
 
 #include <QLoggingCategory>
 
+#include <future>
+
+#include "base/wire/Protocol.h"
 #include "support/CheckPointer.h"
 #include "support/LibraryTest.h"
+#include "support/Oids.h"
 #include "support/QtMessages.h"
 #include "support/RecordingManagementHandler.h"
+#include "support/ScriptedCallbacks.h"
 
 using support::cell;
 using support::CheckPointer;
@@ -560,6 +565,34 @@ TEST_F(HealthCheckTest, TheFirstCheckStartsTheLibraryAndTheLastOneStopsIt)
     settle();
     EXPECT_EQ(service.connections(), 2);
     EXPECT_EQ(log.count("[VigilSnmp::init] Initializing vigilsnmpif."), 2);
+}
+
+// It counted, but had not started the library, and the next check did not start it either.
+TEST_F(HealthCheckTest, ACheckMadeInACallbackDuringTheStopLeavesTheStartToTheNextOne)
+{
+    CheckPointer last = makeCheck("app", "1");
+    settle();
+    CheckPointer late;
+    std::promise<void> isInside;
+    support::Recorder recorder;
+    support::ScriptedCallback callback(recorder);
+    callback.onCall = [&] {
+        isInside.set_value();
+        log.waitFor("[VigilSnmp::cleanup] Cleanup.");
+        late = makeCheck("app", "late");
+    };
+    facade.registerValueChangedCallback(support::below("0.1"), &callback);
+    service.send(base::SnmpIntType, support::encodedInt("0.1", 1), base::PlainValue);
+    isInside.get_future().wait();
+    last.reset();
+    EXPECT_TRUE(late);
+
+    CheckPointer next = makeCheck("app", "next");
+    EXPECT_TRUE(service.waitForConnections(2));
+    late.reset();
+    settle();
+    next.reset();
+    EXPECT_TRUE(service.waitForDisconnections(2));
 }
 
 TEST_F(HealthCheckTest, AfterCleanupCreatingAndDestroyingACheckPublishesNothing)
