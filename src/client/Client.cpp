@@ -134,12 +134,15 @@ void Client::init()
 bool Client::event(QEvent* event)
 {
     base::PostingLock::followPosting();
+    const bool isQueuedCall = event->type() == QEvent::MetaCall;
     bool isHandled = true;
     bool isRepetition = false;
     base::untilMemory([&] {
         m_isIncomplete = m_isIncomplete || std::exchange(isRepetition, true);
-        isHandled = QObject::event(event); // may delete this object
+        isHandled = QObject::event(event); // may delete this object, but not in a queued call
     });
+    if (isQueuedCall)
+        --m_queuedCalls;
     return isHandled;
 }
 

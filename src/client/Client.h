@@ -11,6 +11,7 @@
 #include <QTimer>
 #include <QVariant>
 
+#include <atomic>
 #include <memory>
 
 #include <vigil/Oid.h>
@@ -63,6 +64,15 @@ public:
 
     /// True while the process's client is connected. Any thread.
     static bool isAnyConnected();
+
+    /// Counts a call that is about to be queued; event() takes it off once it has run. Any thread.
+    void announceCall() { ++m_queuedCalls; }
+
+    /// For a call that could not be queued after all.
+    void revokeCall() { --m_queuedCalls; }
+
+    /// True while a queued call waits or runs. Any thread.
+    bool hasQueuedCalls() const { return m_queuedCalls > 0; }
 
     bool event(QEvent* event) override;
 
@@ -138,6 +148,7 @@ private:
     void reportDeferredLoss();
 
     base::ComConnectionSocket* m_socket = nullptr;
+    std::atomic<int> m_queuedCalls{0};
     bool m_connected = false;
     bool m_lossIsDeferred = false;
     bool m_isIncomplete = false; // memory ran out. Above the timer: a new child already calls event()

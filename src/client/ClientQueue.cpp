@@ -43,6 +43,22 @@ void publish(Client& client, const QueueOverflow::Publication& publication)
         client.publish(publication.oid, publication.value, publication.notify);
 }
 
+/// Queues a call with post(), which returns false if it cannot.
+template <typename Post>
+bool announceAndPost(Client& client, Post post)
+{
+    client.announceCall(); // before it is queued: the client may run it, and be deleted, at any moment
+    try {
+        if (post())
+            return true;
+    } catch (...) {
+        client.revokeCall();
+        throw;
+    }
+    client.revokeCall();
+    return false;
+}
+
 } // namespace
 
 void ClientQueue::open(Client* client)
@@ -74,9 +90,11 @@ void ClientQueue::call(int bytes, Spill spill, const QMetaMethod& slot, Argument
 {
     if (ClientThread::isCurrent()) {
         // Not under the lock: the slot may call back into this function. Only this thread deletes the client.
-        if (Client* current = client())
+        Client* current = client();
+        if (current && !current->hasQueuedCalls()) {
             slot.invoke(current, Qt::DirectConnection, arguments...);
-        return;
+            return;
+        }
     }
     const base::MutexLock lock(m_mutex);
     if (!m_client)
@@ -89,7 +107,8 @@ void ClientQueue::call(int bytes, Spill spill, const QMetaMethod& slot, Argument
     {
         const base::PostingLock posting;
         const auto post = [&, client = m_client] {
-            return slot.invoke(client, Qt::QueuedConnection, arguments...);
+            return announceAndPost(*client,
+                                   [&] { return slot.invoke(client, Qt::QueuedConnection, arguments...); });
         };
         if (!post()) { // another copy of the library has taken its registration back
             OidType::enroll();
@@ -188,5 +207,6 @@ void ClientQueue::post(Client* client, const std::function<void()>& function)
         client->flush(); // the function may take its time
         function();
     };
-    QMetaObject::invokeMethod(client, flushFirst, Qt::QueuedConnection);
+    announceAndPost(*client,
+                    [&] { return QMetaObject::invokeMethod(client, flushFirst, Qt::QueuedConnection); });
 }

@@ -25,7 +25,8 @@ class QMetaMethod;
 /// cell is one block of memory instead of forty. While both threads run, each block passes from one
 /// processor's cache to the other's, so an entry costs at most half of a queued call.
 ///
-/// Threads: any. A call from the client thread, from inside a callback, runs at once.
+/// Threads: any. A call from the client thread, from inside a callback, runs at once, unless earlier calls
+/// are still queued: the last value must win.
 ///
 /// Ownership: borrows the client between open() and close().
 class ClientQueue

@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <optional>
 #include <random>
@@ -46,6 +47,7 @@ protected:
         callback.onCall = [this] {
             m_entered.release();
             m_leave.tryAcquire(1, support::deadlineMs);
+            onLeave();
         };
         facade.registerValueChangedCallback(below(gateOid), &callback);
     }
@@ -90,6 +92,7 @@ protected:
 
     Recorder recorder;
     ScriptedCallback callback{recorder};
+    std::function<void()> onLeave = [] {}; // the end of the callback
 
 private:
     base::Semaphore m_entered;
@@ -131,6 +134,39 @@ TEST_F(LongQueue, KeepsTheWishForANotification)
     facade.sendValue(below("1"), 6, 0);
     unblock();
     EXPECT_THAT(publicationsAfterFiller(), ElementsAreArray({withTrap(set("1", 6))}));
+}
+
+// The value of a callback arrived before older ones, and these stayed.
+TEST_F(LongQueue, IsNotOvertakenByACallback)
+{
+    onLeave = [this] {
+        facade.sendValue(below("1"), 6, 0);
+        facade.unsetOid(below("2"));
+    };
+    block();
+    facade.sendValue(below("1"), 5, 0);
+    facade.sendValue(below("2"), 5, 0);
+    unblock();
+    EXPECT_THAT(publications(), ElementsAreArray({set("1", 5), set("2", 5), set("1", 6), unset("2")}));
+}
+
+TEST_F(LongQueue, IsNotOvertakenByACallbackBeyondItsEnd)
+{
+    onLeave = [this] { facade.sendValue(below("1"), 6, 0); };
+    block();
+    fill();
+    facade.sendValue(below("1"), 5, 0);
+    unblock();
+    EXPECT_EQ(publicationsAfterFiller().back(), set("1", 6));
+}
+
+TEST_F(LongQueue, LetsACallbackPublishAtOnceWhileItIsEmpty)
+{
+    callback.onCall = [this] { facade.sendValue(below("1"), 6, 0); };
+    validate(gateOid, 1);
+    const std::vector<support::FakeService::Frame> frames = service.frames();
+    ASSERT_GE(frames.size(), 2u);
+    EXPECT_EQ(support::describe(frames[frames.size() - 2]), set("1", 6)); // before the answer
 }
 
 TEST_F(LongQueue, IsSentBeforeTheLibraryStops)

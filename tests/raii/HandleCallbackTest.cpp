@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <stdexcept>
@@ -21,6 +22,7 @@
 #include "support/LibraryTest.h"
 #include "support/Publications.h"
 #include "support/ScriptedCallbacks.h"
+#include "support/ShownCells.h"
 
 using support::cell;
 using support::set;
@@ -119,6 +121,28 @@ TEST_F(HandleCallbackTest, AFunctionMayUpdateItsCheckAndSetItsMetrics)
     });
     trigger(1);
     EXPECT_THAT(recorder.lines(), ElementsAre("cpu is 9%."));
+}
+
+// It went out before the queued one, and managers read the older value.
+TEST_F(HandleCallbackTest, AnUpdateInAFunctionFollowsEarlierOnesOfOtherThreads)
+{
+    std::promise<void> isInside;
+    std::promise<void> isUpdated;
+    check.setFunction(1, [&] {
+        isInside.set_value();
+        isUpdated.get_future().wait_for(std::chrono::milliseconds(support::deadlineMs));
+        cpu.setValue(2);
+        check.update();
+    });
+    service.send(base::SnmpIntType, support::encodedInt(cell(5, 1, {"app", "hc"}), 2), base::PlainValue);
+    isInside.get_future().wait();
+    cpu.setValue(1);
+    check.update();
+    isUpdated.set_value();
+    settle();
+    const support::ShownCells shown(service.frames());
+    const std::string result = cell(3, 2, {"app", "hc", "cpu"});
+    EXPECT_EQ(shown.cells().at(result), set(result, "cpu is 2."));
 }
 
 TEST_F(HandleCallbackTest, AFunctionMustNotCreateOrSetHandlers)
