@@ -4,6 +4,7 @@
 #ifndef VIGIL_AGENT_AGENT_H
 #define VIGIL_AGENT_AGENT_H
 
+#include <QCoreApplication>
 #include <QString>
 
 #include <functional>
@@ -66,7 +67,7 @@ private:
     const Options m_options;
     SystemClock m_clock;
     const qint64 m_startMs = m_clock.elapsedMs();
-    ConfigCheck m_configCheck{m_clock};
+    ConfigCheck m_configCheck{m_clock, QCoreApplication::applicationFilePath()};
     UserLines m_userLines{m_clock};
     CellStore m_store;
     ServedCells m_cells;

@@ -3,8 +3,6 @@
 
 #include "agent/process/ConfigCheck.h"
 
-#include <QCoreApplication>
-
 #include <utility>
 
 namespace agent {
@@ -16,8 +14,7 @@ constexpr qint64 deadlineMs = 30'000;
 } // namespace
 
 ConfigCheck::ConfigCheck(Clock& clock, QString program)
-    : m_programFile(program.isEmpty() ? QCoreApplication::applicationFilePath() : std::move(program)),
-      m_deadline(clock, [this] { m_program.kill(); })
+    : m_programFile(std::move(program)), m_deadline(clock, [this] { m_program.kill(); })
 {
     connect(&m_program, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             [this](int exitCode, QProcess::ExitStatus status) { handleEnd(problemOf(exitCode, status)); });

@@ -13,8 +13,8 @@
 
 namespace agent {
 
-/// Checks a configuration file without touching the running configuration: runs this program once more, with
-/// --check-config.
+/// Checks a configuration file without touching the running configuration: the agent's program runs once
+/// more, with --check-config.
 ///
 /// Failure: a check that cannot be run, or takes half a minute, counts as failed.
 class ConfigCheck : public QObject
@@ -22,8 +22,8 @@ class ConfigCheck : public QObject
     Q_OBJECT
 
 public:
-    /// program: runs the checks; by default this program.
-    explicit ConfigCheck(Clock& clock, QString program = {});
+    /// program: the agent's file.
+    ConfigCheck(Clock& clock, QString program);
 
     /// finished() follows. A check that is still running is followed by another one.
     void start(const QString& configFile);

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include "agent/process/ConfigCheck.h"
@@ -14,10 +16,19 @@
 
 namespace {
 
+/// Beside this program, because the temporary folder may permit no programs. Another user may have built it.
+QString folderForPrograms()
+{
+    const QString beside = QCoreApplication::applicationDirPath();
+    return QFileInfo(beside).isWritable() ? beside : QDir::tempPath();
+}
+
 /// Checks by a shell script in place of the agent.
 class ConfigCheckTest : public testing::Test
 {
 protected:
+    void SetUp() override { ASSERT_TRUE(directory.isValid()) << qPrintable(directory.errorString()); }
+
     QString programThat(const QByteArray& script)
     {
         QFile file(directory.filePath(QStringLiteral("program")));
@@ -34,8 +45,7 @@ protected:
         check.start(directory.filePath(QStringLiteral("file.conf")));
     }
 
-    // Beside this program: the temporary folder may permit no programs.
-    QTemporaryDir directory{QCoreApplication::applicationDirPath() + QStringLiteral("/config-check-XXXXXX")};
+    QTemporaryDir directory{folderForPrograms() + QStringLiteral("/config-check-XXXXXX")};
     support::ManualClock clock;
     QStringList problems;
 };
