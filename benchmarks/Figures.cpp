@@ -43,6 +43,9 @@ constexpr Ratio ratios[] = {
     {"walk of 100 000 / 10 000 cells, standalone, a cell", "standalone long walk cpu us a cell", "standalone walk cpu us a cell", Limit::AtMost, 1.3, ""},
     {"GET, standalone / plain snmpd",                      "standalone GET us",            "plain snmpd GET us",          Limit::AtMost,  1.2, ""},
     {"GET, through snmpd / plain snmpd",                   "subagent GET us",              "plain snmpd GET us",          Limit::AtMost,  2.5, ""},
+    {"agent, 200 applications of 500 cells every second",   "busy agent %",                  nullptr,                       Limit::AtMost,  10,  "%"},
+    {"GET beside them",                                     "busy GET ms",                   nullptr,                       Limit::AtMost,  1,   "ms"},
+    {"the slowest GET beside them",                         "worst busy GET ms",             nullptr,                       Limit::AtMost,  50,  "ms"},
     {"a SET after a SET",                                   "second SET ms",                 nullptr,                       Limit::AtMost,  2,   "ms"},
 };
 // clang-format on

@@ -9,6 +9,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <list>
+#include <sstream>
 
 #include <QByteArray>
 
@@ -18,7 +20,7 @@
 
 namespace {
 
-QByteArray frameOf(int number)
+QByteArray frameOf(int number, std::uint64_t counter)
 {
     base::SnmpString record;
     record.oid = Publisher::cell(number);
@@ -28,33 +30,42 @@ QByteArray frameOf(int number)
     base::FrameHeader header;
     header.dataType = base::SnmpStringType;
     header.clientCallbackId = base::PlainValue;
-    header.messageCounter = static_cast<quint64>(number) + 1;
+    header.messageCounter = counter;
     return header.toBytes(payload.size()) + payload;
+}
+
+[[noreturn]] void fail()
+{
+    std::perror("cannot publish");
+    std::exit(1);
 }
 
 } // namespace
 
-Publisher::Publisher(std::uint16_t agentPort, int cells)
-    : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+Publisher::Publisher(std::uint16_t agentPort, int cells, int first)
+    : m_first(first), m_cells(cells), m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     address.sin_port = htons(agentPort);
-    QByteArray frames;
-    for (int number = 0; number < cells; ++number)
-        frames += frameOf(number);
-    const auto size = static_cast<size_t>(frames.size());
-    if (connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0 &&
-        send(m_socket, frames.constData(), size, 0) == frames.size())
-        return;
-    std::perror("cannot publish");
-    std::exit(1);
+    if (connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0)
+        fail();
+    publish();
 }
 
 Publisher::~Publisher()
 {
     close(m_socket);
+}
+
+void Publisher::publish()
+{
+    QByteArray frames;
+    for (int number = m_first; number < m_first + m_cells; ++number)
+        frames += frameOf(number, ++m_frames);
+    if (send(m_socket, frames.constData(), static_cast<size_t>(frames.size()), 0) != frames.size())
+        fail();
 }
 
 /// The value of the metric with a name of four bytes, of the check "a"."b".
@@ -65,4 +76,13 @@ std::string Publisher::cell(int number)
     for (const int digit : {number / base / base, number / base % base, number % base})
         index += '.' + std::to_string(1 + digit);
     return index;
+}
+
+vigil::Oid Publisher::oid(int number)
+{
+    std::istringstream text(enterprise() + cell(number));
+    std::list<unsigned int> arcs;
+    for (std::string arc; std::getline(text, arc, '.');)
+        arcs.push_back(static_cast<unsigned int>(std::stoul(arc)));
+    return vigil::Oid(arcs);
 }

@@ -6,7 +6,6 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
-#include <sstream>
 #include <string>
 
 #include "benchmarks/Clocks.h"
@@ -19,29 +18,19 @@
 namespace {
 
 constexpr int getsOfRound = 500;
-constexpr char enterprise[] = "1.3.6.1.4.1.32473.";
-
-vigil::Oid cell(int number)
-{
-    std::istringstream text(enterprise + Publisher::cell(number));
-    std::list<unsigned int> arcs;
-    for (std::string arc; std::getline(text, arc, '.');)
-        arcs.push_back(static_cast<unsigned int>(std::stoul(arc)));
-    return vigil::Oid(arcs);
-}
 
 std::string overrides(int cells)
 {
     std::string lines;
     for (int number = 0; number < cells; ++number)
-        lines += std::string("override .") + enterprise + Publisher::cell(number) + " octet_str \"" +
+        lines += "override ." + Publisher::enterprise() + Publisher::cell(number) + " octet_str \"" +
                  Publisher::text(number) + "\"\n";
     return lines;
 }
 
 void waitForCells(SnmpManager& manager, int cells)
 {
-    while (manager.get(cell(cells - 1)) != Publisher::text(cells - 1))
+    while (manager.get(Publisher::oid(cells - 1)) != Publisher::text(cells - 1))
         usleep(10000);
 }
 
@@ -67,7 +56,7 @@ bool walk(SnmpManager& manager, const RunningProgram& program, int cells, const 
 
 void gets(SnmpManager& manager, const std::string& figure)
 {
-    const vigil::Oid id = cell(1);
+    const vigil::Oid id = Publisher::oid(1);
     StopWatch wall(CLOCK_MONOTONIC);
     wall.start();
     for (int i = 0; i < getsOfRound; ++i)
