@@ -17,18 +17,20 @@ namespace support {
 template <typename Predicate>
 bool runUntil(Predicate predicate, int timeoutMs = deadlineMs)
 {
+    bool holds = predicate(); // asked no more once it is true: it may hold for a moment only
     QElapsedTimer elapsed;
     elapsed.start();
     QEventLoop loop;
     QTimer check; // another thread may make the predicate true without waking the loop
     QObject::connect(&check, &QTimer::timeout, &loop, [&] {
-        if (predicate() || elapsed.hasExpired(timeoutMs))
+        holds = holds || predicate();
+        if (holds || elapsed.hasExpired(timeoutMs))
             loop.quit();
     });
     check.start(1);
-    if (!predicate())
+    if (!holds)
         loop.exec();
-    return predicate();
+    return holds;
 }
 
 /// The same for a predicate that runs the event loop itself: it is not called from inside itself.
