@@ -35,12 +35,22 @@ QMetaMethod slotNamed(const char* signature)
     return client.method(client.indexOfSlot(signature));
 }
 
-void publish(Client& client, const QueueOverflow::Publication& publication)
+void publish(Client& client, const Publication& publication)
 {
-    if (publication.kind == QueueOverflow::Publication::Kind::TreeWithdrawal)
+    if (publication.kind == Publication::Kind::TreeWithdrawal)
         client.unsetOidTree(Oid::fromStdVector(publication.oid));
     else
         client.publish(publication.oid, publication.value, publication.notify);
+}
+
+Publication valueOf(const Oid& oid, const QVariant& value, bool notify)
+{
+    return {Publication::Kind::Value, oid.toStdVector(), value, notify};
+}
+
+Publication withdrawalOfTree(const Oid& tree)
+{
+    return {Publication::Kind::TreeWithdrawal, tree.toStdVector(), QVariant(), false};
 }
 
 /// Queues a call with post(), which returns false if it cannot.
@@ -85,8 +95,8 @@ Client* ClientQueue::client() const
     return m_client;
 }
 
-template <typename Spill, typename... Arguments>
-void ClientQueue::call(int bytes, Spill spill, const QMetaMethod& slot, Arguments... arguments)
+template <typename Describe, typename... Arguments>
+void ClientQueue::call(int bytes, Describe publication, const QMetaMethod& slot, Arguments... arguments)
 {
     if (ClientThread::isCurrent()) {
         // Not under the lock: the slot may call back into this function. Only this thread deletes the client.
@@ -100,7 +110,7 @@ void ClientQueue::call(int bytes, Spill spill, const QMetaMethod& slot, Argument
     if (!m_client)
         return;
     if (isFull()) {
-        spill(m_overflow);
+        m_overflow.add(publication());
         requestHandOver();
         return;
     }
@@ -121,36 +131,31 @@ void ClientQueue::call(int bytes, Spill spill, const QMetaMethod& slot, Argument
 void ClientQueue::sendValue(const Oid& oid, const QString& value, bool useTraps)
 {
     static const QMetaMethod slot = slotNamed("sendValue(Oid,QString,bool)");
-    const int bytes = bytesOfCall(oid, value.size());
     call(
-        bytes, [&](QueueOverflow& overflow) { overflow.set(oid, value, useTraps, bytes); }, slot,
-        Q_ARG(Oid, oid), Q_ARG(QString, value), Q_ARG(bool, useTraps));
+        bytesOfCall(oid, value.size()), [&] { return valueOf(oid, value, useTraps); }, slot, Q_ARG(Oid, oid),
+        Q_ARG(QString, value), Q_ARG(bool, useTraps));
 }
 
 void ClientQueue::sendValue(const Oid& oid, int value, bool useTraps)
 {
     static const QMetaMethod slot = slotNamed("sendValue(Oid,qint32,bool)");
-    const int bytes = bytesOfCall(oid);
     call(
-        bytes, [&](QueueOverflow& overflow) { overflow.set(oid, value, useTraps, bytes); }, slot,
-        Q_ARG(Oid, oid), Q_ARG(qint32, value), Q_ARG(bool, useTraps));
+        bytesOfCall(oid), [&] { return valueOf(oid, value, useTraps); }, slot, Q_ARG(Oid, oid),
+        Q_ARG(qint32, value), Q_ARG(bool, useTraps));
 }
 
 void ClientQueue::unsetOid(const Oid& oid)
 {
     static const QMetaMethod slot = slotNamed("unsetOid(Oid)");
-    const int bytes = bytesOfCall(oid);
     call(
-        bytes, [&](QueueOverflow& overflow) { overflow.set(oid, QVariant(), false, bytes); }, slot,
-        Q_ARG(Oid, oid));
+        bytesOfCall(oid), [&] { return valueOf(oid, QVariant(), false); }, slot, Q_ARG(Oid, oid));
 }
 
 void ClientQueue::unsetOidTree(const Oid& oid)
 {
     static const QMetaMethod slot = slotNamed("unsetOidTree(Oid)");
     call(
-        bytesOfCall(oid), [&](QueueOverflow& overflow) { overflow.withdrawTree(oid); }, slot,
-        Q_ARG(Oid, oid));
+        bytesOfCall(oid), [&] { return withdrawalOfTree(oid); }, slot, Q_ARG(Oid, oid));
 }
 
 /// Calls after those in the overflow must not overtake them.
@@ -188,7 +193,9 @@ void ClientQueue::handOver(Client* client)
         std::swap(m_overflow, taken);
         m_handOver.reset();
     }
-    for (const QueueOverflow::Publication& publication : taken.takeAll())
+    for (std::size_t i = 0; i < taken.all().size(); ++i)
+        base::untilMemory([&] { publish(*client, taken.all().at(i)); });
+    for (const Publication& publication : taken.latest().all())
         base::untilMemory([&] { publish(*client, publication); });
 }
 

@@ -21,9 +21,9 @@ class QMetaMethod;
 ///
 /// Purpose: the one place where other threads call the client. Without a client, calls are dropped. If the
 /// client falls behind, the event queue takes no more than about 15 kB, some 12 cells. Further publications
-/// go into a QueueOverflow, and the client takes them over when it has run the calls before them. There a
-/// cell is one block of memory instead of forty. While both threads run, each block passes from one
-/// processor's cache to the other's, so an entry costs at most half of a queued call.
+/// go into a QueueOverflow, and the client takes them over when it has run the calls before them. A queued
+/// call takes forty blocks of memory, a publication there none of its own. While both threads run, each block
+/// passes from one processor's cache to the other's, so such a publication costs a tenth of a queued call.
 ///
 /// Threads: any. A call from the client thread, from inside a callback, runs at once, unless earlier calls
 /// are still queued: the last value must win.
@@ -52,13 +52,13 @@ public:
     static void post(Client* client, const std::function<void()>& function);
 
 private:
-    static constexpr int overflowBytes = 16'000'000; // as queued calls they would take as much
+    static constexpr std::size_t overflowBytes = 16'000'000; // some 100,000 cells
 
     Client* client() const;
 
-    /// spill puts the same call into the overflow.
-    template <typename Spill, typename... Arguments>
-    void call(int bytes, Spill spill, const QMetaMethod& slot, Arguments... arguments);
+    /// publication returns the same as the call, for the overflow.
+    template <typename Describe, typename... Arguments>
+    void call(int bytes, Describe publication, const QMetaMethod& slot, Arguments... arguments);
 
     bool isFull() const VIGIL_REQUIRES(m_mutex);
     void countPosted(int bytes) VIGIL_REQUIRES(m_mutex);
