@@ -126,8 +126,9 @@ protected:
 };
 
 /// Creates a health check; the first one of the process also starts the library. The keys are UTF-8. Returns
-/// null if memory runs out. Two checks must not have the same keys: they would share their rows, and the
-/// first one to be destroyed would withdraw the rows and the management handler of the other.
+/// null if memory runs out; if only its row cannot be published, the first update publishes it. Two checks
+/// must not have the same keys: they would share their rows, and the first one to be destroyed would withdraw
+/// the rows and the management handler of the other.
 ///
 /// Threads: as for HealthCheck. Ownership: end the check with HealthCheck::destroy().
 VIGIL_EXPORT HealthCheck* createHealthCheck(const std::string& firstKey, const std::string& secondKey);

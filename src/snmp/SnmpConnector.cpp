@@ -33,12 +33,9 @@ SnmpConnector::SnmpConnector(HealthCheck* healthCheck)
       m_tableManager(vigil::VigilSnmp::instance().tableManager()),
       m_key(healthCheck->getFirstKey(), healthCheck->getSecondKey())
 {
-    try {
-        publishStatus();
-    } catch (...) {
-        base::untilMemory([this] { withdraw(); });
-        throw;
-    }
+    // A row that is published in part could not be withdrawn without memory. The first update publishes it
+    // whole.
+    base::untilMemory([this] { publishStatus(); });
 }
 
 /// The callbacks end first, since without memory the rows stay.
