@@ -16,6 +16,7 @@
 #include <new>
 
 #include "base/DebugOutput.h"
+#include "platform/Platform.h"
 
 namespace base {
 
@@ -52,6 +53,7 @@ bool ComConnectionSocket::connectToServer(ConnectionSettings settings)
     logInfo(QStringLiteral("connectToHost(%1  - port: %2) ... please wait ... ")
                 .arg(m_settings.host, QString::number(m_settings.port)));
 
+    platform::fillStandardDescriptors(); // the host may have closed them since the last connection
     auto socket = std::make_unique<QuietSocket>(this);
     socket->connectToHost(m_settings.host, static_cast<quint16>(m_settings.port), QIODevice::ReadWrite,
                           QAbstractSocket::AnyIPProtocol);
@@ -99,6 +101,7 @@ void ComConnectionSocket::installSocket(QuietSocket* socket)
         slot_currentConnectionDisconnected();
     resetCountersAndBuffers();
     m_socket = socket;
+    platform::closeInForkedChildren(m_socket->socketDescriptor());
     // An answer must not wait for the acknowledgement of the frame before.
     m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     m_socket->setGathering(m_isGathering);
@@ -132,6 +135,7 @@ void ComConnectionSocket::releaseLostSocket()
     logInfo(describePeer(QStringLiteral(">>>>>  DISCONNECTED from %1:%2 %3 <<<<<")));
     QTcpSocket* lost = m_socket;
     m_socket = nullptr;
+    platform::closeInForkedChildren(-1);
     retire(lost);
     emit signal_disconnectInfo(lost->peerAddress().toString(), lost->peerPort(), lost->peerName());
     emit signal_disconnected();
@@ -148,6 +152,7 @@ void ComConnectionSocket::closeConnection()
     m_socket = nullptr;
     closing->blockSignals(true);
     closing->abort();
+    platform::closeInForkedChildren(-1);
     if (m_isReading)
         retire(closing);
     else

@@ -7,6 +7,8 @@
 #include <QDebug>
 #include <QLoggingCategory>
 
+#include "platform/Platform.h"
+
 namespace base {
 
 // The library's categories of Qt's debug output, on by default. QT_LOGGING_RULES="vigil.*=false" turns off
@@ -33,6 +35,7 @@ public:
     const QLoggingCategory* category() const { return m_category; }
 
 private:
+    const platform::DelayedCancellation m_delay;
     const QLoggingCategory* m_category = nullptr;
 };
 

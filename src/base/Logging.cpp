@@ -32,6 +32,7 @@ bool writeLog(const QString& text)
 {
     if (platform::isForkedChild())
         return false; // the file is the parent's
+    const platform::DelayedCancellation delay;
     try {
         KwLogFile& log = KwLogFile::instance();
         log.appendLine(text);

@@ -97,6 +97,7 @@ void VigilSnmp::init(const std::string& name)
 {
     if (isOutOfUse() || CallbackStoreLock::isHeldByThisThread())
         return; // inside a callback the library runs, and a thread that stops it waits for the callback
+    const platform::DelayedCancellation delay;
     const platform::ForkWatch watch; // before the lock, which a child would inherit
     const base::MutexLock lock(m_startStopMutex);
     try {
@@ -214,6 +215,7 @@ void VigilSnmp::cleanup()
 {
     if (isOutOfUse() || refuseInsideCallback("VigilSnmp::cleanup"))
         return;
+    const platform::DelayedCancellation delay;
     const platform::ForkWatch watch;
     const base::MutexLock lock(m_startStopMutex);
     stop({noLimit, noLimit, noLimit});
@@ -375,24 +377,28 @@ void VigilSnmp::sendValue(const Oid& oid, const char* value, int useTraps)
 
 void VigilSnmp::sendValue(const Oid& oid, const std::string& value, int useTraps)
 {
+    const platform::DelayedCancellation delay;
     if (isInUse())
         m_clientQueue.sendValue(oid, QString::fromStdString(value), useTraps == 1);
 }
 
 void VigilSnmp::sendValue(const Oid& oid, int value, int useTraps)
 {
+    const platform::DelayedCancellation delay;
     if (isInUse())
         m_clientQueue.sendValue(oid, value, useTraps == 1);
 }
 
 void VigilSnmp::unsetOid(const Oid& oid)
 {
+    const platform::DelayedCancellation delay;
     if (isInUse())
         m_clientQueue.unsetOid(oid);
 }
 
 void VigilSnmp::unsetOidTree(const Oid& oid)
 {
+    const platform::DelayedCancellation delay;
     if (!isInUse() || !m_clientQueue.isOpen())
         return;
     base::writeLog(QStringLiteral("Unset tree %1.").arg(toText(oid)));

@@ -61,6 +61,10 @@ public:
 /// threads held are never released. Stays true for the life of the child.
 bool isForkedChild();
 
+/// Every child forked from now on closes its copy of this socket. A child that lives on would otherwise keep
+/// the connection open after the end of this process. There is one such socket at a time; -1 means none.
+void closeInForkedChildren(std::intptr_t socket);
+
 /// While it lives, the calling thread blocks all signals except those of its own faults. Threads inherit the
 /// mask of their creator: hold one while creating a thread of the library, because the signals of the process
 /// belong to the host. Windows has no such signals.
@@ -75,6 +79,21 @@ public:
 private:
     struct Mask;
     const std::unique_ptr<Mask> m_previous;
+};
+
+/// While it lives, a request of the host to cancel the calling thread waits. Cancellation unwinds the thread
+/// out of a system call; code that lets no exception pass, such as Qt's, would end the process. Hold one
+/// around everything that may make system calls on a thread of the host. Windows cancels no thread.
+class DelayedCancellation
+{
+public:
+    DelayedCancellation();
+    ~DelayedCancellation();
+    DelayedCancellation(const DelayedCancellation&) = delete;
+    DelayedCancellation& operator=(const DelayedCancellation&) = delete;
+
+private:
+    int m_previous = 0;
 };
 
 /// Opens the null device for each of the three standard descriptors that the host has closed. Otherwise a

@@ -38,9 +38,26 @@ namespace {
 std::atomic<int> forkWatches{0};
 std::atomic<bool> forkedChild{false};
 
+std::atomic<int> connection{-1};
+std::atomic<ino_t> connectionInode{0};
+
+/// Of an open socket; 0 for anything else. No two sockets have the same.
+ino_t inodeOfSocket(int descriptor)
+{
+    struct stat info
+    {
+    };
+    return descriptor >= 0 && fstat(descriptor, &info) == 0 && S_ISSOCK(info.st_mode) ? info.st_ino : 0;
+}
+
 void markForkedChild()
 {
     forkedChild = forkedChild || forkWatches > 0;
+    // The parent may have closed it, and opened something else under its number.
+    const int copy = connection.exchange(-1);
+    const ino_t inode = inodeOfSocket(copy);
+    if (inode != 0 && inode == connectionInode)
+        close(copy);
 }
 
 /// While the library is loaded: a child forked during a later registration would miss the handler.
@@ -337,6 +354,7 @@ bool makeTrusted(const QString& path, bool isParent, int linksLeft)
 
 std::unique_ptr<PrivateFile> PrivateFile::open(const QString& path)
 {
+    fillStandardDescriptors(); // the host may have closed them
     auto file = std::make_unique<LinuxPrivateFile>(QFile::encodeName(path));
     if (!file->open())
         return nullptr;
@@ -407,6 +425,13 @@ bool isForkedChild()
     return forkedChild;
 }
 
+void closeInForkedChildren(std::intptr_t socket)
+{
+    connection = -1;
+    connectionInode = inodeOfSocket(static_cast<int>(socket));
+    connection = static_cast<int>(socket);
+}
+
 struct BlockedSignals::Mask
 {
     sigset_t set;
@@ -424,6 +449,16 @@ BlockedSignals::BlockedSignals() : m_previous(std::make_unique<Mask>())
 BlockedSignals::~BlockedSignals()
 {
     pthread_sigmask(SIG_SETMASK, &m_previous->set, nullptr);
+}
+
+DelayedCancellation::DelayedCancellation()
+{
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_previous);
+}
+
+DelayedCancellation::~DelayedCancellation()
+{
+    pthread_setcancelstate(m_previous, nullptr);
 }
 
 bool qtServesHostLoop()

@@ -302,12 +302,17 @@ bool isForkedChild()
     return false;
 }
 
+void closeInForkedChildren(std::intptr_t) {} // the system has no fork
+
 struct BlockedSignals::Mask
 {
 };
 
 BlockedSignals::BlockedSignals() = default;
 BlockedSignals::~BlockedSignals() = default;
+
+DelayedCancellation::DelayedCancellation() = default;
+DelayedCancellation::~DelayedCancellation() = default;
 
 bool qtServesHostLoop()
 {

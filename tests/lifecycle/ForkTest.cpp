@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/types.h>
+
+#include <csignal>
+
 #include "lifecycle/HostProcess.h"
 #include "lifecycle/SilentServices.h"
 
@@ -22,6 +26,17 @@ TEST(Fork, ADaemonMayStartTheLibraryInItsChild)
     HostProcess host(QStringLiteral(FORKING_HOST), {QStringLiteral("daemon")}, service.port());
     EXPECT_EQ(host.exitCode(), 0);
     EXPECT_TRUE(service.waitForText("published by the daemon"));
+}
+
+TEST(Fork, AnOrphanDoesNotKeepTheConnectionOfItsParent)
+{
+    const ReadingService service;
+    HostProcess host(QStringLiteral(FORKING_HOST), {QStringLiteral("orphan")}, service.port());
+    EXPECT_EQ(host.exitCode(), 0);
+    EXPECT_TRUE(service.waitForLostPeer());
+    const pid_t orphan = host.output().section(QLatin1Char('\n'), 0, 0).toInt();
+    ASSERT_GT(orphan, 0);
+    EXPECT_EQ(kill(orphan, SIGKILL), 0) << "it has ended, and its connection with it";
 }
 
 TEST(Fork, TheChildrenMayUseAndEndHandlesAndTheParentStillPublishes)

@@ -3,8 +3,8 @@
 
 // Forks while the library runs. A child has no library threads; its calls must do nothing and return. The
 // parent must still be connected. With the argument "daemon" it forks after its last check was destroyed, and
-// the child starts the library. With "handles" the parent has handles, a timer and a check of the C
-// interface.
+// the child starts the library. With "orphan" the parent ends and the child lives on. With "handles" the
+// parent has handles, a timer and a check of the C interface.
 
 #include <vigil/raii.h>
 #include <vigil/vigil.h>
@@ -169,6 +169,23 @@ int becomeDaemon()
     return WIFEXITED(status) && WEXITSTATUS(status) == childResult ? 0 : 1;
 }
 
+/// Prints the number of the child, which lives until the test ends it.
+int leaveAnOrphan()
+{
+    constexpr unsigned int orphanLimitSeconds = 120;
+    vigil::createHealthCheck("host", "check")->update();
+    while (vigil_is_connected() == 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(orphanLimitSeconds);
+        for (;;)
+            pause();
+    }
+    std::cout << child << "\nleaving" << std::endl;
+    _exit(0);
+}
+
 } // namespace
 
 int main(int count, char** arguments)
@@ -176,5 +193,7 @@ int main(int count, char** arguments)
     const std::string way = count > 1 ? arguments[1] : "";
     if (way == "daemon")
         return becomeDaemon();
+    if (way == "orphan")
+        return leaveAnOrphan();
     return way == "handles" ? forkBesideHandles() : forkBesideAThread();
 }

@@ -379,15 +379,53 @@ bool isNullDevice(int descriptor)
     return readlink(link.c_str(), target, sizeof target - 1) > 0 && target == std::string("/dev/null");
 }
 
-/// The library's own descriptors must not get these numbers.
-int closeStandardDescriptors()
+void closeAllStandardDescriptors()
 {
     for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor)
         close(descriptor);
+}
+
+bool areAllNullDevices()
+{
+    return isNullDevice(0) && isNullDevice(1) && isNullDevice(2);
+}
+
+/// The library's own descriptors must not get these numbers.
+int closeStandardDescriptors()
+{
+    closeAllStandardDescriptors();
     vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
     check->update();
-    const bool isSafe = isNullDevice(0) && isNullDevice(1) && isNullDevice(2);
+    const bool isSafe = areAllNullDevices();
     check->destroy();
+    return isSafe ? 0 : 1;
+}
+
+/// The next connection must not get these numbers.
+int closeStandardDescriptorsBeforeAReconnect()
+{
+    class Connections : public vigil::StateInfoCallback
+    {
+    public:
+        void callbackStateInfo(int state) override
+        {
+            if (state == 1)
+                closeAllStandardDescriptors();
+            else if (wasLost)
+                isSafe.set_value(areAllNullDevices());
+            wasLost = state == 1;
+        }
+
+        bool wasLost = false;
+        std::promise<bool> isSafe;
+    };
+    Connections connections;
+    snmp().init("host");
+    snmp().registerStateInfoCallback(&connections);
+    snmp().sendValue(vigil::Oid::fromStdString("1.3.6.1.4.1.32473.9"), 1, 0); // the service hangs up once
+    const bool isSafe = connections.isSafe.get_future().get();
+    snmp().deregisterStateInfoCallback(&connections);
+    snmp().cleanup();
     return isSafe ? 0 : 1;
 }
 
@@ -478,6 +516,44 @@ int withTwoCopiesOfTheLibrary()
     return 0;
 }
 
+/// Cancels a thread at any moment of its use of the library.
+void cancelUser()
+{
+    pthread_t thread{};
+    const auto use = [](void*) -> void* {
+        for (;;) {
+            useLibrary();
+            pthread_testcancel();
+        }
+        return nullptr;
+    };
+    pthread_create(&thread, nullptr, use, nullptr);
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    pthread_cancel(thread);
+    pthread_join(thread, nullptr);
+}
+
+int cancelThreads()
+{
+    constexpr int times = 20;
+    for (int i = 0; i < times; ++i)
+        cancelUser(); // starts and stops the library
+    vigil::HealthCheck* check = vigil::createHealthCheck("host", "check");
+    for (int i = 0; i < times; ++i) {
+        cancelUser();
+        check->update();
+    }
+    std::cout << "leaving" << std::endl;
+    check->destroy();
+    return 0;
+}
+
+int cancelThreadsWithoutDebugOutput()
+{
+    setenv("QT_LOGGING_RULES", "vigil.*=false", 1);
+    return cancelThreads();
+}
+
 /// The file mode mask forbids the user all access to new files.
 int withAStrictFileModeMask()
 {
@@ -511,11 +587,14 @@ int main(int, char** arguments)
         {"floating-point-traps", trapFloatingPointErrors},
         {"floating-point-traps-around-callback", trapFloatingPointErrorsAroundACallback},
         {"closed-standard-descriptors", closeStandardDescriptors},
+        {"standard-descriptors-closed-later", closeStandardDescriptorsBeforeAReconnect},
         {"small-stack", inAThreadWithASmallStack},
         {"signal-storm", inASignalStorm},
         {"many-descriptors", besideManyDescriptors},
         {"two-copies", withTwoCopiesOfTheLibrary},
         {"small-file-limit", withASmallLimitOfFileSizes},
+        {"cancelled-threads", cancelThreads},
+        {"cancelled-quiet-threads", cancelThreadsWithoutDebugOutput},
         {"strict-mode-mask", withAStrictFileModeMask},
     };
     return ways.at(arguments[1])();

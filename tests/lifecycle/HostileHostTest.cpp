@@ -27,21 +27,20 @@ TEST_P(HostileHost, MayUseTheLibraryAtOddMoments)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Moments, HostileHost,
-                         testing::Values("thread-destructor", "main-thread-destructor",
-                                         "client-thread-destructor", "first-in-static-destructor",
-                                         "thread-outlives-main", "exit-handler", "quick-exit", "exec",
-                                         "fork-exec", "fork-in-callback", "everything-in-callback",
-                                         "throw-in-callback", "exit-in-callback-beside-destroy",
-                                         "cleanup-beside-checks", "odd-texts", "floating-point-traps",
-                                         "floating-point-traps-around-callback",
-                                         "closed-standard-descriptors", "small-stack", "signal-storm",
-                                         "many-descriptors", "small-file-limit", "strict-mode-mask"),
-                         [](const auto& way) {
-                             std::string name = way.param;
-                             name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
-                             return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Moments, HostileHost,
+    testing::Values("thread-destructor", "main-thread-destructor", "client-thread-destructor",
+                    "first-in-static-destructor", "thread-outlives-main", "exit-handler", "quick-exit",
+                    "exec", "fork-exec", "fork-in-callback", "everything-in-callback", "throw-in-callback",
+                    "exit-in-callback-beside-destroy", "cleanup-beside-checks", "odd-texts",
+                    "floating-point-traps", "floating-point-traps-around-callback",
+                    "closed-standard-descriptors", "small-stack", "signal-storm", "many-descriptors",
+                    "small-file-limit", "strict-mode-mask", "cancelled-threads", "cancelled-quiet-threads"),
+    [](const auto& way) {
+        std::string name = way.param;
+        name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
+        return name;
+    });
 
 // The sanitizers' allocators hang in a child forked beside busy threads.
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
@@ -56,6 +55,14 @@ TEST(ForkingThreads, MayForkWhileOthersStartAndStopTheLibrary)
     }
 }
 #endif
+
+TEST(StandardDescriptors, AreNoConnectionsAfterTheHostHasClosedThem)
+{
+    const ReadingService service(ReadingService::OnFirstBytes::HangUpThenRead);
+    HostProcess host(QStringLiteral(HOSTILE_HOST), {QStringLiteral("standard-descriptors-closed-later")},
+                     service.port(), HostProcess::Errors::Dropped);
+    EXPECT_EQ(host.exitCode(), 0);
+}
 
 TEST(CopiesOfTheLibrary, DoNotDisturbEachOther)
 {
