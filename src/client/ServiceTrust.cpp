@@ -37,6 +37,8 @@ bool ServiceTrust::isTrusted(const QTcpSocket& socket)
     if (!platform::mayLibraryAskForPeers())
         return true;
     const platform::User user = platform::peerOf(socket.socketDescriptor()).user;
+    if (!user)
+        return platform::hasDescriptors(1); // without one the system could not be asked
     if (mayServe(user))
         return true;
     report(socket, user);
@@ -45,7 +47,7 @@ bool ServiceTrust::isTrusted(const QTcpSocket& socket)
 
 bool ServiceTrust::mayServe(const platform::User& user) const
 {
-    return !user || user == platform::rootUser() || user == platform::ownUser() || user == m_addedUser ||
+    return user == platform::rootUser() || user == platform::ownUser() || user == m_addedUser ||
            user == platform::userNamed(serviceUser); // last: it may ask a directory service
 }
 

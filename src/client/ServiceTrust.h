@@ -14,8 +14,8 @@ class QTcpSocket;
 /// and would then give this process orders.
 ///
 /// Trusted are root, the user of this process, the user "vigil-agent" and the one in VIGIL_SERVICE_USER, a
-/// name or a number. If the system cannot tell the user, or a library must not ask, the peer is trusted. A
-/// set-user-id program ignores the variable.
+/// name or a number. If the system cannot tell the user, or a library must not ask, the peer is trusted, but
+/// not if only a descriptor was missing. A set-user-id program ignores the variable.
 ///
 /// Threads: one.
 /// Failure: a bad value of the variable is logged, and adds no one.

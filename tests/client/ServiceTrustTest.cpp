@@ -10,6 +10,9 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <future>
 #include <memory>
 #include <thread>
@@ -32,6 +35,27 @@ constexpr const char* connectedText = "[Client::onConnected] Connected to snmp s
 constexpr const char* refusedText =
     " belongs to user 51001, not to root, to this user, to \"vigil-agent\" or to "
     "VIGIL_SERVICE_USER. Not connecting.";
+
+/// While it lives, the process has one free descriptor.
+class OneFreeDescriptor
+{
+public:
+    OneFreeDescriptor()
+    {
+        getrlimit(RLIMIT_NOFILE, &m_previous);
+        const int lowestFree = dup(STDERR_FILENO);
+        close(lowestFree);
+        rlimit limit = m_previous;
+        limit.rlim_cur = static_cast<rlim_t>(lowestFree) + 1;
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+    ~OneFreeDescriptor() { setrlimit(RLIMIT_NOFILE, &m_previous); }
+    OneFreeDescriptor(const OneFreeDescriptor&) = delete;
+    OneFreeDescriptor& operator=(const OneFreeDescriptor&) = delete;
+
+private:
+    rlimit m_previous{};
+};
 
 /// A client in the thread of the test, with a value to send.
 class ServiceTrustTest : public testing::Test
@@ -129,6 +153,21 @@ TEST_F(ServiceOfAnotherUser, IsLoggedOnceAMinute)
     EXPECT_EQ(log.count(refusedText), 1);
     EXPECT_EQ(log.count("CCS::LOG: NOT CONNECTED"), 4);
 }
+
+// The sanitizer needs descriptors of its own to look at objects.
+#ifndef __SANITIZE_ADDRESS__
+TEST_F(ServiceOfAnotherUser, IsRefusedWhileNoDescriptorIsLeftToAskWith)
+{
+    ASSERT_TRUE(listen());
+    {
+        const OneFreeDescriptor left; // for the connection
+        connectTo(server.serverPort());
+    }
+    EXPECT_TRUE(server.waitForNewConnection(support::deadlineMs)) << "this tests nothing";
+    EXPECT_FALSE(Client::isAnyConnected());
+    EXPECT_FALSE(log.contains(connectedText));
+}
+#endif
 
 TEST_F(ServiceOfAnotherUser, IsTrustedIfTheVariableNamesIt)
 {
