@@ -46,7 +46,7 @@ public:
     SimpleMetric(const SimpleMetric&) = default;
     SimpleMetric& operator=(const SimpleMetric&) = default;
 
-    /// Stores the status. The next HealthCheck::update() publishes it.
+    /// Stores the status. The next HealthCheck::update() publishes it. Any other number becomes Unknown.
     virtual void setStatus(HealthStatus status) = 0;
     virtual HealthStatus getStatus() const = 0;
 

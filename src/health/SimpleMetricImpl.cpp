@@ -5,6 +5,7 @@
 
 #include "client/CallbackRules.h"
 
+using vigil::HealthStatus;
 using vigil::Result;
 
 std::shared_ptr<SimpleMetricImpl> SimpleMetricImpl::create(const std::string& name,
@@ -26,6 +27,13 @@ void SimpleMetricImpl::remove()
     if (const auto store = m_store.lock())
         store->removeMetric(this);
     const std::shared_ptr<SimpleMetricImpl> last = std::move(m_self); // the scope ends this object
+}
+
+/// A number converted to a status may be none. The service would refuse it and go on showing the last one.
+void SimpleMetricImpl::setStatus(HealthStatus status)
+{
+    const bool isStatus = status >= HealthStatus::Ok && status <= HealthStatus::Unknown;
+    m_status = isStatus ? status : HealthStatus::Unknown;
 }
 
 void SimpleMetricImpl::setInfo(const std::string& info)

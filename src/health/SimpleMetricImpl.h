@@ -39,7 +39,7 @@ public:
     bool evaluate(vigil::Result& out) override;
     bool getPerformanceData(PerformanceData& out) override;
 
-    void setStatus(vigil::HealthStatus status) override { m_status = status; }
+    void setStatus(vigil::HealthStatus status) override;
     vigil::HealthStatus getStatus() const override { return m_status; }
     void setInfo(const std::string& info) override;
     void setTemplate(const std::string& text) override;

@@ -154,4 +154,21 @@ TEST_F(SimpleMetricTest, PerformanceDataIsTheNumberOfTheStatus)
     }
 }
 
+TEST_F(SimpleMetricTest, ANumberThatIsNoStatusBecomesUnknown)
+{
+    settle();
+    for (const int number : {-1, 4, 1000}) {
+        metric->setStatus(HealthStatus::Ok);
+        check->update();
+        metric->setStatus(static_cast<HealthStatus>(number));
+        EXPECT_EQ(metric->getStatus(), HealthStatus::Unknown) << number;
+        publications();
+        check->update();
+        EXPECT_EQ(check->getStatus(), HealthStatus::Unknown) << number;
+        const std::vector<std::string> lines = publications();
+        EXPECT_THAT(lines, Contains(set(cell(1, 3, {"app", "hc"}), 3)));
+        EXPECT_THAT(lines, Contains(set(cell(3, 1, metricRow), 3)));
+    }
+}
+
 } // namespace
