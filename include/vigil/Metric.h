@@ -37,8 +37,8 @@ public:
     /// The unit, UTF-8, printed directly after the value; empty if there is none.
     virtual std::string getUnit() const = 0;
 
-    /// The ranges in force. A reference is valid until remove() and keeps its value: after a change, ask
-    /// again.
+    /// The ranges in force. A reference is valid until remove(). It keeps its value through the next 900
+    /// changes at least: after a change, ask again.
     virtual const Range& getWarningRange() const = 0;
     virtual const Range& getCriticalRange() const = 0;
 

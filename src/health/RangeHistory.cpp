@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <tuple>
+#include <utility>
 
 using vigil::Range;
 
@@ -36,4 +37,36 @@ std::tuple<int, std::uint64_t, std::uint64_t> keyOf(const Range& range)
 bool RangeHistory::Less::operator()(const Range& left, const Range& right) const
 {
     return keyOf(left) < keyOf(right);
+}
+
+void RangeHistory::set(const Range& range)
+{
+    const auto known = m_ranges.find(range);
+    if (known != m_ranges.end())
+        m_current = known;
+    else
+        m_current = m_places.size() < maxRanges ? add(range) : overwriteOldest(range);
+}
+
+RangeHistory::Ranges::iterator RangeHistory::add(const Range& range)
+{
+    m_places.reserve(m_places.size() + 1);
+    const auto added = m_ranges.emplace(range, range.toString()).first;
+    m_places.push_back(added);
+    return added;
+}
+
+/// Not the current one: the application may just have asked for it.
+RangeHistory::Ranges::iterator RangeHistory::overwriteOldest(const Range& range)
+{
+    std::string text = range.toString();
+    if (m_places[m_oldest] == m_current)
+        m_oldest = (m_oldest + 1) % maxRanges;
+    auto node = m_ranges.extract(m_places[m_oldest]);
+    node.key() = range;
+    node.mapped() = std::move(text);
+    const auto moved = m_ranges.insert(std::move(node)).position;
+    m_places[m_oldest] = moved;
+    m_oldest = (m_oldest + 1) % maxRanges;
+    return moved;
 }
