@@ -73,12 +73,14 @@ public:
     {
         Clock::time_point due = Clock::now();
         do {
+            const bool isDue = due <= Clock::now(); // else updateNow() has asked for this turn
             try {
                 turn();
             } catch (...) {
                 // No memory is left; the next turn may have some.
             }
-            due = (std::max)(due + m_interval, Clock::now());
+            if (isDue)
+                due = (std::max)(due + m_interval, Clock::now());
         } while (wait(due));
     }
 
@@ -183,9 +185,9 @@ bool readGuarded(Read& read, Store store, Fail fail)
 /// needs while you destroy it.
 ///
 /// Failure: a function that throws makes its metric UNKNOWN, with the exception's text, until it returns
-/// again. The thread never ends the process. The constructor throws std::invalid_argument unless the interval
-/// is positive; one above a year counts as a year. start() throws std::system_error if the system has no
-/// thread left.
+/// again. So does the value NaN. The thread never ends the process. The constructor throws
+/// std::invalid_argument unless the interval is positive; one above a year counts as a year. start() throws
+/// std::system_error if the system has no thread left.
 class Updater
 {
 public:
@@ -208,6 +210,9 @@ public:
             return detail::readGuarded(
                 value,
                 [&](double number) {
+                    const bool isNumber = number <= 0 || number >= 0; // <cmath> fails beside a macro "log"
+                    if (!isNumber)                                    // no range would refuse it
+                        throw std::domain_error("its value is not a number");
                     return owned->set([=](ScalarMetric& scalar) { scalar.setValue(number); });
                 },
                 [&](const std::string& reason) {
@@ -253,7 +258,8 @@ public:
         m_thread = std::thread([loop] { loop->run(); });
     }
 
-    /// Begins a turn at once, after the one in progress. Returns without waiting for it.
+    /// Begins a turn at once, after the one in progress. Returns without waiting for it. The regular turns
+    /// keep their times.
     void updateNow() { m_loop->updateNow(); }
 
 private:

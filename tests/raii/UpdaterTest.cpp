@@ -8,6 +8,7 @@
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -87,6 +88,24 @@ TEST_F(UpdaterTest, ATurnComesAtOnceOnRequest)
     EXPECT_TRUE(waitForText("cpu", "cpu is 2."));
 }
 
+/// Each request used to put the regular turns off by an interval.
+TEST_F(UpdaterTest, RequestsDoNotPutOffTheRegularTurns)
+{
+    constexpr int requests = 100;
+    std::atomic<int> value{0};
+    const auto waitForTurn = [&](int turn) {
+        return waitForText("cpu", "cpu is " + std::to_string(turn) + '.');
+    };
+    Updater updater(std::chrono::seconds(1)); // as many intervals as requests are longer than any wait here
+    updater.add(cpu, [&] { return ++value; });
+    updater.start();
+    for (int turn = 1; turn <= requests; ++turn) {
+        ASSERT_TRUE(waitForTurn(turn));
+        updater.updateNow();
+    }
+    EXPECT_TRUE(waitForTurn(requests + 3)); // the last request and at least one regular turn
+}
+
 TEST_F(UpdaterTest, AFunctionThatThrowsMakesItsMetricUnknownUntilItReturns)
 {
     std::atomic<int> turn{0};
@@ -100,6 +119,17 @@ TEST_F(UpdaterTest, AFunctionThatThrowsMakesItsMetricUnknownUntilItReturns)
     updater.start();
     EXPECT_TRUE(waitForText("cpu", "cpu is UNKNOWN, no sensor."));
     EXPECT_TRUE(waitForText("db", "db is UNKNOWN, its function failed."));
+    EXPECT_TRUE(waitForText("cpu", "cpu is 7."));
+}
+
+TEST_F(UpdaterTest, AValueThatIsNoNumberMakesItsMetricUnknown)
+{
+    std::atomic<bool> isBroken{true};
+    Updater updater(std::chrono::milliseconds(1));
+    updater.add(cpu, [&] { return isBroken ? std::numeric_limits<double>::quiet_NaN() : 7; });
+    updater.start();
+    EXPECT_TRUE(waitForText("cpu", "cpu is UNKNOWN, its value is not a number."));
+    isBroken = false;
     EXPECT_TRUE(waitForText("cpu", "cpu is 7."));
 }
 
