@@ -207,7 +207,7 @@ vigil_code vigil_scalar_set_range_handler(vigil_metric* metric, vigil_range_acce
         refuseInsideCallback();
         const auto owned = find<OwnedScalar>(metric);
         if (!accept)
-            return owned->clearRangeHandler();
+            return require(owned->clearRangeHandler(), VIGIL_CHECK_ENDED);
         vigil::ScalarHandle::Changed changedFunction;
         if (changed) {
             changedFunction = [=](RangeKind kind, const Range& range) {
@@ -215,12 +215,11 @@ vigil_code vigil_scalar_set_range_handler(vigil_metric* metric, vigil_range_acce
                 changed(user, static_cast<int>(kind), &given);
             };
         }
-        owned->setRangeHandler(
-            [=](RangeKind kind, const Range& range) {
-                const vigil_range given = fromRange(range);
-                return accept(user, static_cast<int>(kind), &given) != 0;
-            },
-            std::move(changedFunction));
+        const auto acceptFunction = [=](RangeKind kind, const Range& range) {
+            const vigil_range given = fromRange(range);
+            return accept(user, static_cast<int>(kind), &given) != 0;
+        };
+        require(owned->setRangeHandler(acceptFunction, std::move(changedFunction)), VIGIL_CHECK_ENDED);
     });
 }
 

@@ -289,6 +289,9 @@ TEST_F(CInterfaceTest, AMetricOfAFreedCheckOnlyWaitsToBeFreed)
     EXPECT_EQ(vigil_check_update(check), VIGIL_BAD_HANDLE);
     EXPECT_EQ(vigil_scalar_set_value(cpu, 1), VIGIL_CHECK_ENDED);
     EXPECT_EQ(vigil_simple_set(db, 0, ""), VIGIL_CHECK_ENDED);
+    const auto accept = [](void*, int, const vigil_range*) { return 1; };
+    EXPECT_EQ(vigil_scalar_set_range_handler(cpu, accept, nullptr, nullptr), VIGIL_CHECK_ENDED);
+    EXPECT_EQ(vigil_scalar_set_range_handler(cpu, nullptr, nullptr, nullptr), VIGIL_CHECK_ENDED);
     EXPECT_EQ(vigil_metric_free(cpu), VIGIL_OK);
 }
 

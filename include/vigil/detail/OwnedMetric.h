@@ -142,14 +142,15 @@ class OwnedScalar : public OwnedMetric<ScalarMetric>
 public:
     using OwnedMetric<ScalarMetric>::OwnedMetric;
 
-    void setRangeHandler(RangeAdapter::Accept accept, RangeAdapter::Changed changed)
+    /// As set(): false if the metric or its check has ended.
+    bool setRangeHandler(RangeAdapter::Accept accept, RangeAdapter::Changed changed)
     {
         refuseInsideCallback("a range handler was set");
         std::unique_ptr<RangeAdapter> adapter(
             new RangeAdapter(std::move(accept), std::move(changed), isMuted()));
         const ScopedLock lock(check().structureLock());
         if (!metric() || !check().get())
-            return;
+            return false;
         try {
             metric()->setRangeChangeHandler(adapter.get());
         } catch (...) { // a part of its work may be done
@@ -158,17 +159,22 @@ public:
             throw;
         }
         m_rangeAdapter.swap(adapter); // the calls of the earlier one are over; it goes without the lock
+        return true;
     }
 
-    void clearRangeHandler()
+    /// The same.
+    bool clearRangeHandler()
     {
         refuseInsideCallback("a range handler was cleared");
         std::unique_ptr<RangeAdapter> adapter;
         const ScopedLock lock(check().structureLock());
-        if (!m_rangeAdapter || !metric() || !check().get())
-            return;
+        if (!metric() || !check().get())
+            return false;
+        if (!m_rangeAdapter)
+            return true;
         metric()->clearRangeChangeHandler();
         m_rangeAdapter.swap(adapter);
+        return true;
     }
 
 private:
