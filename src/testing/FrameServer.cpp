@@ -281,7 +281,8 @@ void FrameServer::refuseConnections()
 {
     execute([this] {
         m_server.reset();
-        m_portHolder = sockets::reserve(m_port);
+        if (!m_portHolder.isOpen())
+            m_portHolder = sockets::reserve(m_port);
     });
 }
 

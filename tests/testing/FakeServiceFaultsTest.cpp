@@ -56,6 +56,16 @@ TEST_F(FakeServiceFaults, TheLibraryReturnsToAReturningService)
     EXPECT_EQ(service.connectionsSoFar(), 2);
 }
 
+TEST_F(FakeServiceFaults, AServiceThatIsAwayOrBackStaysSo)
+{
+    service.goAway();
+    EXPECT_NO_THROW(service.goAway());
+    EXPECT_EQ(service.connections(), 0);
+    service.comeBack();
+    EXPECT_NO_THROW(service.comeBack());
+    EXPECT_TRUE(service.waitForConnection());
+}
+
 TEST_F(FakeServiceFaults, TheLibraryReplaysAfterABreak)
 {
     publish(7);
