@@ -4,6 +4,7 @@
 #include "agent/Agent.h"
 
 #include "agent/core/Descriptors.h"
+#include "agent/core/HostAndPort.h"
 #include "agent/core/Log.h"
 #include "agent/netsnmp/AgentxLimit.h"
 #include "agent/netsnmp/SnmpListener.h"
@@ -115,12 +116,9 @@ Error Agent::listen()
     const Error error = m_applications.listen(m_options.listenHost, m_options.listenPort);
     if (!error)
         return {};
-    return Error(
-        QStringLiteral("cannot listen for applications on %1:%2: %3. Stop the other agent, or choose "
-                       "another port with --listen")
-            .arg(m_options.listenHost.toString())
-            .arg(m_options.listenPort)
-            .arg(error.text()));
+    return Error(QStringLiteral("cannot listen for applications on %1: %2. Stop the other agent, or choose "
+                                "another port with --listen")
+                     .arg(hostAndPort(m_options.listenHost, m_options.listenPort), error.text()));
 }
 
 Error Agent::listenOnPassedSocket()
@@ -145,10 +143,8 @@ Error Agent::serveHttp()
     if (host.isNull())
         return {};
     if (const Error error = m_http.listen(host, m_options.httpPort))
-        return Error(QStringLiteral("cannot serve HTTP on %1:%2: %3. Choose another address with --http")
-                         .arg(host.toString())
-                         .arg(m_options.httpPort)
-                         .arg(error.text()));
+        return Error(QStringLiteral("cannot serve HTTP on %1: %2. Choose another address with --http")
+                         .arg(hostAndPort(host, m_options.httpPort), error.text()));
     m_history.start();
     log::info(QStringLiteral("serving the page on http://%1/").arg(m_http.address()));
     if (!host.isLoopback())

@@ -3,14 +3,15 @@
 
 #include "agent/applications/ApplicationInfo.h"
 
+#include "agent/core/HostAndPort.h"
+
 namespace agent {
 
 QString nameOf(const ApplicationInfo& application)
 {
-    return QStringLiteral("application %1 (%2, %3:%4)")
-        .arg(application.number)
-        .arg(identityText(application.identity), application.address.toString())
-        .arg(application.port);
+    return QStringLiteral("application %1 (%2, %3)")
+        .arg(QString::number(application.number), identityText(application.identity),
+             hostAndPort(application.address, application.port));
 }
 
 } // namespace agent

@@ -8,6 +8,7 @@
 
 #include "agent/applications/ApplicationConnection.h"
 #include "agent/core/Descriptors.h"
+#include "agent/core/HostAndPort.h"
 #include "agent/core/Log.h"
 
 namespace agent {
@@ -45,11 +46,7 @@ Error ApplicationListener::listen(int descriptor)
 
 QString ApplicationListener::address() const
 {
-    const QHostAddress host = m_server.serverAddress();
-    const bool isIPv6 = host.protocol() == QAbstractSocket::IPv6Protocol;
-    return QStringLiteral("%1:%2")
-        .arg(isIPv6 ? QStringLiteral("[%1]").arg(host.toString()) : host.toString())
-        .arg(m_server.serverPort());
+    return hostAndPort(m_server.serverAddress(), m_server.serverPort());
 }
 
 void ApplicationListener::acceptAll()

@@ -7,6 +7,7 @@
 
 #include "agent/cells/HealthTable.h"
 #include "agent/checks/RangeBounds.h"
+#include "agent/core/HostAndPort.h"
 #include "agent/documents/JsonText.h"
 #include "base/BuildInfo.h"
 
@@ -65,16 +66,14 @@ QByteArray applicationObject(const ApplicationInfo& application, bool isSilent)
     const bool isConnected = application.state == ApplicationInfo::State::Connected;
     const QByteArray state = !isConnected ? "lost" : isSilent ? "silent" : "connected";
     const Identity& identity = application.identity;
-    return object(
-        member("number", QByteArray::number(application.number)) +
-        member("program", json::quoted(identity.program)) +
-        member("process", QByteArray::number(identity.process)) + member("user", userValue(identity.user)) +
-        member(
-            "address",
-            json::quoted(QStringLiteral("%1:%2").arg(application.address.toString()).arg(application.port))) +
-        member("state", '"' + state + '"') + member("since", json::time(application.since)) +
-        member("lastFrame", json::time(application.lastFrame)) +
-        member("cells", QByteArray::number(static_cast<qulonglong>(application.cells))));
+    return object(member("number", QByteArray::number(application.number)) +
+                  member("program", json::quoted(identity.program)) +
+                  member("process", QByteArray::number(identity.process)) +
+                  member("user", userValue(identity.user)) +
+                  member("address", json::quoted(hostAndPort(application.address, application.port))) +
+                  member("state", '"' + state + '"') + member("since", json::time(application.since)) +
+                  member("lastFrame", json::time(application.lastFrame)) +
+                  member("cells", QByteArray::number(static_cast<qulonglong>(application.cells))));
 }
 
 } // namespace

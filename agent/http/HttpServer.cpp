@@ -18,6 +18,7 @@
 
 #include "agent/core/DelayQueue.h"
 #include "agent/core/Descriptors.h"
+#include "agent/core/HostAndPort.h"
 #include "agent/core/Turn.h"
 #include "agent/core/User.h"
 #include "agent/http/DaemonWatch.h"
@@ -351,11 +352,7 @@ QString HttpServer::address() const
 {
     if (!m_daemon)
         return {};
-    const QHostAddress host = m_daemon->listener().serverAddress();
-    const bool isIPv6 = host.protocol() == QAbstractSocket::IPv6Protocol;
-    return (isIPv6 ? QStringLiteral("[%1]:%2") : QStringLiteral("%1:%2"))
-        .arg(host.toString())
-        .arg(m_daemon->listener().serverPort());
+    return hostAndPort(m_daemon->listener().serverAddress(), m_daemon->listener().serverPort());
 }
 
 } // namespace agent
