@@ -85,9 +85,17 @@ void Agent::requireDescriptors() const
                          .arg(m_options.limits.connections));
 }
 
+/// Before the first file in it is read or written.
+Error Agent::lockState()
+{
+    return m_options.stateDirectory.isEmpty() ? Error() : m_stateLock.take(m_options.stateDirectory);
+}
+
 Error Agent::start()
 {
     requireDescriptors();
+    if (Error error = lockState())
+        return error;
     if (Error error = m_engine.initialise())
         return error;
     if (Error error = m_handler.registerSubtree(m_options.subtree))

@@ -18,6 +18,7 @@
 #include "agent/control/ControlCommands.h"
 #include "agent/control/ControlServer.h"
 #include "agent/core/Error.h"
+#include "agent/core/StateLock.h"
 #include "agent/core/SystemClock.h"
 #include "agent/core/UserLines.h"
 #include "agent/documents/History.h"
@@ -57,6 +58,7 @@ public:
 private:
     void connectParts();
     void requireDescriptors() const;
+    Error lockState();
     Error listen();
     Error listenOnPassedSocket();
     Error serveHttp();
@@ -65,6 +67,7 @@ private:
     void reloadChecked(const QString& problem);
 
     const Options m_options;
+    StateLock m_stateLock; // released last
     SystemClock m_clock;
     const qint64 m_startMs = m_clock.elapsedMs();
     ConfigCheck m_configCheck{m_clock, QCoreApplication::applicationFilePath()};

@@ -145,6 +145,23 @@ TEST_F(AgentState, AnAlarmOfAnApplicationThatReturnsIsNotSentAgain)
     EXPECT_TRUE(support::runUntil([&] { return content("state") == "vigil-agent-state-1\nend\n"; }));
 }
 
+// Each of the two replaced the other one's files.
+TEST_F(AgentState, ASecondAgentIsRefused)
+{
+    start();
+    const AgentProcess::Outcome second = AgentProcess::run(
+        {QStringLiteral("--standalone"), QStringLiteral("udp:127.0.0.1:%1").arg(AgentProcess::freePort()),
+         QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0"), QStringLiteral("--state-directory"),
+         directory.path()});
+    EXPECT_EQ(second.exitCode, 1);
+    EXPECT_TRUE(second.err.contains("error: another agent uses the state directory "))
+        << second.err.constData();
+    EXPECT_TRUE(content("engine").contains("boots 1\n")) << "the second has not touched it";
+    ASSERT_TRUE(agent->kill());
+    start();
+    EXPECT_FALSE(agent->log().contains("lock")) << agent->log().constData();
+}
+
 TEST_F(AgentState, ADamagedFileIsNotFatal)
 {
     QFile file(directory.filePath(QStringLiteral("state")));
