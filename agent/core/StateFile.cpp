@@ -49,7 +49,8 @@ Error StateFile::write(const QStringList& lines) const
         writeLine(firstLine());
         std::for_each(lines.begin(), lines.end(), writeLine);
         writeLine(lastLine);
-        if (file.commit())
+        // commit() does not notice if the last block cannot be written, and would leave an empty file.
+        if (file.flush() && file.commit())
             return {};
     }
     return Error(QStringLiteral("cannot write the state file %1: %2. A restart of the agent forgets what is "

@@ -7,6 +7,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <csignal>
+
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "agent/core/StateFile.h"
@@ -14,6 +17,32 @@
 using agent::StateFile;
 
 namespace {
+
+/// Lets this process write no file beyond some bytes, as a full disk would.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+    {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit = {bytes, m_before.rlim_max};
+        m_wasSuccessful = setrlimit(RLIMIT_FSIZE, &limit) == 0;
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+    bool wasSuccessful() const { return m_wasSuccessful; }
+
+private:
+    void (*m_handler)(int) = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit m_before = {};
+    bool m_wasSuccessful = false;
+};
 
 class StateFileTest : public testing::Test
 {
@@ -75,4 +104,20 @@ TEST_F(StateFileTest, SaysThatItCannotBeWritten)
 {
     const StateFile elsewhere(directory.filePath(QStringLiteral("none/file")), QStringLiteral("test"));
     EXPECT_TRUE(elsewhere.write({}).text().startsWith(QStringLiteral("cannot write the state file ")));
+}
+
+// A full disk replaced the file by an empty one, and nothing was said.
+TEST_F(StateFileTest, AFullDiskLeavesTheOldFile)
+{
+    const QStringList written{QStringLiteral("one")};
+    ASSERT_FALSE(file.write(written));
+    for (const rlim_t bytes : {rlim_t{0}, rlim_t{25}}) {
+        const FileSizeLimit limit(bytes);
+        ASSERT_TRUE(limit.wasSuccessful());
+        EXPECT_TRUE(file.write({QStringLiteral("two")})) << bytes;
+    }
+    EXPECT_FALSE(file.read(lines));
+    EXPECT_EQ(lines, written);
+    EXPECT_EQ(QDir(directory.path()).entryList(QDir::Files).size(), 1) << "no temporary file is left";
+    EXPECT_FALSE(file.write({QStringLiteral("two")})) << "there is room again";
 }
