@@ -119,6 +119,13 @@ TEST(CommandLine, RefusesTheOptionsOfTheOtherRole)
     EXPECT_TRUE(errorOf("--config", "/a/b.conf", {}).contains(QStringLiteral("--config needs --standalone")));
 }
 
+TEST(CommandLine, DoesOneThingAtATime)
+{
+    EXPECT_EQ(errorOf("--config", "/a/b.conf",
+                      standalone + QStringList{QStringLiteral("--check-config"), QStringLiteral("--show")}),
+              QStringLiteral("--install-service, --check-config, --show and --service exclude each other"));
+}
+
 TEST(CommandLine, UnderSnmpdTheSetTimeoutStaysBelowSnmpdsOwn)
 {
     const Outcome outcome = read("--set-timeout", "979", {});
