@@ -27,7 +27,7 @@ void parse(const QByteArray& directive, QByteArray line)
 }
 
 /// The receiver's address in the line: the last word of a trapsess; otherwise the first after the options,
-/// which have a value each.
+/// which have a value each. Net-SNMP crashes where it starts as an option does.
 QByteArray addressIn(const QByteArray& directive, const QByteArray& line)
 {
     const QList<QByteArray> words = line.simplified().split(' ');
@@ -70,6 +70,8 @@ void NamedReceivers::forgetAll()
 void NamedReceivers::add(const QByteArray& directive, const QByteArray& line)
 {
     const QByteArray address = addressIn(directive, line);
+    if (address.startsWith('-'))
+        return config_perror("missing address of the receiver");
     const std::optional<NamedAddress> named = NamedAddress::of(QString::fromLocal8Bit(address));
     if (!named)
         return parse(directive, line);

@@ -15,6 +15,7 @@
 #include "agent/netsnmp/NetSnmp.h"
 #include "agent/netsnmp/NotificationReceiverFilter.h"
 #include "agent/netsnmp/OwnFiles.h"
+#include "agent/netsnmp/RefusedDirectives.h"
 #include "agent/netsnmp/SnmpListener.h"
 #include "agent/netsnmp/UserDirective.h"
 
@@ -41,6 +42,7 @@ int readOurConfiguration(int, int, void*, void* configFile)
 {
     const NotificationReceiverFilter filter;
     checkUserDirectives();
+    refuseDirectives();
     const char* path = static_cast<const char*>(configFile);
     if (!path) {
         netsnmp_config(

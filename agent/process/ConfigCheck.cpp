@@ -49,8 +49,11 @@ QString ConfigCheck::problemOf(int exitCode, QProcess::ExitStatus status)
     if (exitCode == 0)
         return {};
     const QString output = QString::fromUtf8(m_program.readAllStandardError()).trimmed();
+    if (output.isEmpty())
+        return QStringLiteral("the check of the configuration ended with the code %1").arg(exitCode);
     const QString mark = QStringLiteral("error: ");
-    return output.mid(output.lastIndexOf(mark) + mark.size());
+    const int start = output.lastIndexOf(mark);
+    return start < 0 ? output : output.mid(start + mark.size());
 }
 
 void ConfigCheck::handleEnd(const QString& problem)

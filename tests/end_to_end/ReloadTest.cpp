@@ -160,6 +160,22 @@ TEST_F(Reload, AUserWithoutAPassphraseIsAWrongLine)
     EXPECT_EQ(AgentProcess::run(check).exitCode, 0);
 }
 
+// The check ended at once, and so did an agent that started with such a file.
+TEST_F(Reload, ALineThatWouldEndTheAgentIsAWrongLine)
+{
+    const QStringList check{QStringLiteral("--check-config"), QStringLiteral("--config"), path()};
+    for (const char* line :
+         {"usmUser 1", "vacmAccess 1 1", "vacmAuthAccess 1", "vacmGroup 1", "vacmView 1", "perl -",
+          "[snmp] doDebugging 1", "trapsink -", "trap2sink -1", "informsink -", "informsink -name x -"}) {
+        write(QByteArray("rocommunity public\n") + line + "\n");
+        const AgentProcess::Outcome wrong = AgentProcess::run(check);
+        EXPECT_EQ(wrong.exitCode, 1) << line;
+        EXPECT_TRUE(wrong.err.contains("line 2: Error: ")) << line << ": " << wrong.err.constData();
+    }
+    start("rocommunity public 127.0.0.1\nusmUser 1\nperl -\ninformsink -\n");
+    EXPECT_TRUE(canRead("public")) << "the other lines count";
+}
+
 TEST(ReloadBehindSnmpd, SighupIsLoggedAndChangesNothing)
 {
     SnmpdProcess snmpd;

@@ -62,6 +62,23 @@ TEST_F(ConfigCheckTest, TellsTheLastErrorOfTheProgram)
     EXPECT_EQ(clock.liveCalls(), 0U) << "the deadline is off";
 }
 
+/// As the system's loader does before the program starts.
+TEST_F(ConfigCheckTest, TellsAllThatAProgramWithoutAnErrorOfItsOwnSays)
+{
+    agent::ConfigCheck check(clock, programThat("echo 'program: a library is missing' >&2\nexit 127\n"));
+    start(check);
+    ASSERT_TRUE(support::runUntil([this] { return !problems.isEmpty(); }));
+    EXPECT_EQ(problems, QStringList(QStringLiteral("program: a library is missing")));
+}
+
+TEST_F(ConfigCheckTest, ASilentFailureIsAProblem)
+{
+    agent::ConfigCheck check(clock, programThat("exit 7\n"));
+    start(check);
+    ASSERT_TRUE(support::runUntil([this] { return !problems.isEmpty(); }));
+    EXPECT_EQ(problems, QStringList(QStringLiteral("the check of the configuration ended with the code 7")));
+}
+
 TEST_F(ConfigCheckTest, ACorrectFileIsNoProblem)
 {
     agent::ConfigCheck check(clock, programThat("exit 0\n"));
