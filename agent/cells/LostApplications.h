@@ -58,7 +58,7 @@ public:
         qint64 graceMs = 0;
         qint64 forgetMs = 0;        ///< can be DelayQueue::never
         size_t maxApplications = 1; ///< lost ones with cells
-        size_t maxCells = 0;        ///< of all lost applications together; the last one lost may exceed it
+        size_t maxCells = 0;        ///< of all lost applications together; a single one may exceed it
     };
 
     enum class State { InGrace, Covered, Returning, Leaving };

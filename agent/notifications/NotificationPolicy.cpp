@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "agent/checks/Severity.h"
 #include "agent/core/ShortText.h"
 
 namespace agent {
@@ -17,9 +18,7 @@ constexpr size_t longestSummary = 1000; // a notification has room for little mo
 
 bool needsAttention(int status)
 {
-    constexpr int warning = 1;
-    constexpr int critical = 2;
-    return status == warning || status == critical;
+    return status == status::warning || status == status::critical;
 }
 
 } // namespace

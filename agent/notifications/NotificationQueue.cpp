@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "agent/checks/Severity.h"
 #include "agent/core/Log.h"
 
 namespace agent {
@@ -15,8 +16,7 @@ namespace {
 constexpr qint64 bytesPerMs = 2'000;
 constexpr qint64 maxCredit = 1000 * bytesPerMs;
 constexpr size_t waitingSize = 6'000; // nodes and copies of the identifier of a waiting change, at most
-constexpr int criticalStatus = 2;
-constexpr int mostCriticalInRow = 9; // then one of the others: a flood must not hold recoveries back
+constexpr int mostCriticalInRow = 9;  // then one of the others: a flood must not hold recoveries back
 constexpr qint64 turnMs = 50;
 constexpr qint64 readyAgainMs = 500;
 constexpr qint64 warningDelayMs = 1'000; // the warning counts the drops meanwhile
@@ -63,7 +63,7 @@ void NotificationQueue::sendNowOrDrop(const Notification& notification)
 NotificationQueue::Order& NotificationQueue::orderOf(const Waiting& waiting)
 {
     Turn& turn = m_turns[waiting.application];
-    return waiting.change.status == criticalStatus ? turn.critical : turn.others;
+    return waiting.change.status == status::critical ? turn.critical : turn.others;
 }
 
 void NotificationQueue::add(HealthChange change, ApplicationId application)
@@ -111,7 +111,7 @@ HealthChange NotificationQueue::takeNext()
     if (check.empty())
         check = nextOf(isOthersTurn ? m_critical : m_others);
     const auto entry = m_waiting.find(check);
-    const bool isCritical = entry->second.change.status == criticalStatus;
+    const bool isCritical = entry->second.change.status == status::critical;
     m_criticalInRow = isCritical ? std::min(m_criticalInRow + 1, mostCriticalInRow) : 0;
     (isCritical ? m_critical : m_others).lastTurn = entry->second.application;
     return take(entry);
