@@ -157,6 +157,24 @@ TEST_F(AgentPage, FollowsAChangeWithoutBeingLoadedAgain)
     EXPECT_TRUE(m_browser.waitFor(QStringLiteral("!document.querySelector('#checks details')")));
 }
 
+/// The table kept the last metric of a check for good.
+TEST_F(AgentPage, AMetricLeavesItsCheckEvenIfItIsTheLast)
+{
+    publish("web", 2, "no answer");
+    publishMetric("web", "load", "85.5");
+    openPage(1);
+    ASSERT_TRUE(m_browser.waitFor(QStringLiteral("document.querySelector('#checks td.number') !== null")));
+    m_application->unset(row(3, 1, {"shop", "web", "load"}));
+    EXPECT_TRUE(m_browser.waitFor(QStringLiteral("document.querySelector('#checks td.number') === null")));
+}
+
+TEST_F(AgentPage, AHostWithoutChecksIsNotWell)
+{
+    openPage(0);
+    EXPECT_TRUE(m_browser.waitFor(QStringLiteral("document.title.startsWith('UNKNOWN ')")))
+        << m_browser.evaluate(QStringLiteral("document.title")).toString().toStdString();
+}
+
 TEST_F(AgentPage, MarksAMutedCheck)
 {
     publish("web", 2, "no answer");
@@ -238,9 +256,26 @@ TEST_F(AgentPage, SaysWhenTheAgentIsGone)
     ASSERT_TRUE(m_agent->kill());
     ASSERT_TRUE(m_browser.waitFor(QStringLiteral("!document.getElementById('gone').hidden")));
     EXPECT_TRUE(text(QStringLiteral("#gone")).startsWith(QStringLiteral("The agent has not answered for ")));
+    EXPECT_TRUE(m_browser.evaluate(QStringLiteral("document.title.startsWith('NO ANSWER ')")).toBool());
     EXPECT_GT(m_browser.keepScreenshot(QStringLiteral("gone")), 5'000);
     ASSERT_TRUE(m_agent->start());
     EXPECT_TRUE(m_browser.waitFor(QStringLiteral("document.getElementById('gone').hidden")));
+}
+
+/// With many checks the page asks seldom. It took its own pause for the agent's silence.
+TEST_F(AgentPage, OnlyAnOpenQuestionShowsThatTheAgentIsGone)
+{
+    publish("web", 0);
+    openPage(1);
+    const auto isGone = [this](const char* askedAt) {
+        return m_browser
+            .evaluate(QStringLiteral("answeredAt = Date.now() - 60000; askedAt = %1; showState(); "
+                                     "!document.getElementById('gone').hidden")
+                          .arg(QLatin1String(askedAt)))
+            .toBool();
+    };
+    EXPECT_FALSE(isGone("null"));
+    EXPECT_TRUE(isGone("Date.now() - 60000"));
 }
 
 TEST_F(AgentPage, AForeignSiteReadsNothing)

@@ -15,7 +15,9 @@ const maxShown = 200;
 const rows = new Map();      // by the number of the check
 let shown = null;            // the last document
 let filter = '';             // a status, or empty for all
+let askedAt = null;          // the first question since the last answer; null between an answer and the next question
 let answeredAt = Date.now();
+let answerMs = 0;            // how long the last answer took
 let clockOffset = 0;         // of the agent's clock
 
 const byId = id => document.getElementById(id);
@@ -161,7 +163,7 @@ class CheckRow {
   }
 
   showMetrics() {
-    if (!this.node.open || this.check.metrics.length === 0) return;
+    if (!this.node.open || (this.check.metrics.length === 0 && !this.table)) return;
     if (!this.table) this.addTable();
     const left = new Set(this.metrics.keys());
     for (const metric of this.check.metrics.slice(0, maxShown)) {
@@ -290,7 +292,7 @@ function showApplications() {
     const state = element('td');
     state.append(element('span', 'pill ' + colours[each.state], each.state));
     row.append(state, element('td', '', each.program || 'not known'),
-      element('td', '', each.user === null ? 'not known' : 'uid ' + each.user),
+      element('td', '', each.user === null ? 'not known' : typeof each.user === 'number' ? 'uid ' + each.user : each.user),
       element('td', '', each.process === 0 ? '' : String(each.process)),
       element('td', '', ago(each.since)), element('td', '', ago(each.lastFrame)),
       element('td', 'number', String(each.cells)));
@@ -303,31 +305,42 @@ function showAll() {
   setStatus(byId('worst'), shown.status);
   setText(byId('worst'), shown.status);
   setText(byId('host'), shown.host);
-  const bad = shown.checks.length - shown.counts.ok;
-  document.title = (bad > 0 ? shown.status.toUpperCase() + ' (' + bad + ') ' : 'OK ') + shown.host;
   setText(byId('footer'), 'vigil-agent ' + shown.agent);
   showCounts();
   showChecks();
   showApplications();
 }
 
+function titleWord(isGone) {
+  if (isGone) return 'NO ANSWER';
+  const bad = shown.checks.length - shown.counts.ok;
+  return shown.status.toUpperCase() + (bad > 0 ? ' (' + bad + ')' : '');
+}
+
 function showState() {
-  const silence = Date.now() - answeredAt;
-  const isGone = silence > goneMs;
+  const now = Date.now();
+  const isGone = askedAt !== null && now - askedAt > Math.max(goneMs, 3 * answerMs);
   document.body.classList.toggle('gone', isGone);
   byId('gone').hidden = !isGone;
-  if (isGone) setText(byId('gone'), 'The agent has not answered for ' + duration(silence / 1000) + '. These are its last values.');
-  if (shown) setText(byId('updated'), 'Updated ' + new Date(answeredAt).toLocaleTimeString());
+  if (isGone)
+    setText(byId('gone'), 'The agent has not answered for ' + duration((now - answeredAt) / 1000) + '. These are its last values.');
+  if (shown) {
+    document.title = titleWord(isGone) + ' ' + shown.host;
+    setText(byId('updated'), 'Updated ' + new Date(answeredAt).toLocaleTimeString());
+  }
   for (const row of rows.values()) row.tick();
 }
 
 async function poll() {
   const start = Date.now();
+  if (askedAt === null) askedAt = start;
   try {
     const reply = await fetch('/api/checks', {signal: AbortSignal.timeout(20000)});
     if (reply.ok) {
       shown = await reply.json();
+      askedAt = null;
       answeredAt = Date.now();
+      answerMs = answeredAt - start;
       clockOffset = Date.parse(shown.time) - start;
       showAll();
     }
