@@ -6,26 +6,13 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 
-#include <utility>
-
 namespace vigilctl {
 
-namespace {
-
-constexpr int silenceMs = 10'000;
-
-} // namespace
-
-ControlClient::ControlClient(const QString& path) : m_path(path)
+ControlClient::ControlClient(const QString& path, const AnswerLimits& limits)
+    : DocumentReader(limits), m_path(path)
 {
-    m_deadline.setSingleShot(true);
-    m_deadline.setInterval(silenceMs);
-    connect(&m_deadline, &QTimer::timeout, this, [this] { finish(QStringLiteral("it does not answer")); });
     connect(&m_socket, &QLocalSocket::connected, this, [this] { m_socket.write(m_question); });
-    connect(&m_socket, &QLocalSocket::readyRead, this, [this] {
-        m_answer += m_socket.readAll();
-        m_deadline.start();
-    });
+    connect(&m_socket, &QLocalSocket::readyRead, this, [this] { take(m_socket.readAll()); });
     connect(&m_socket, &QLocalSocket::errorOccurred, this, &ControlClient::handleError);
 }
 
@@ -36,10 +23,8 @@ bool ControlClient::mayOpen(const QString& path)
 
 void ControlClient::ask(const QJsonObject& question)
 {
-    m_isBusy = true;
-    m_answer.clear();
+    begin();
     m_question = QJsonDocument(question).toJson(QJsonDocument::Compact) + '\n';
-    m_deadline.start();
     m_socket.connectToServer(m_path);
 }
 
@@ -53,21 +38,15 @@ void ControlClient::handleError(QLocalSocket::LocalSocketError error)
 {
     if (error != QLocalSocket::PeerClosedError)
         return finish(m_socket.errorString());
-    m_answer += m_socket.readAll();
-    finish(m_answer.isEmpty() ? QStringLiteral("it closed the connection without an answer; only root and "
-                                               "the agent's own user may ask")
-                              : QString());
+    take(m_socket.readAll());
+    finish(isAnswerEmpty() ? QStringLiteral("it closed the connection without an answer; only root and the "
+                                            "agent's own user may ask")
+                           : QString());
 }
 
-void ControlClient::finish(const QString& problem)
+void ControlClient::disconnectFromAgent()
 {
-    if (!std::exchange(m_isBusy, false))
-        return;
-    m_deadline.stop();
     m_socket.abort();
-    const QByteArray answer = problem.isEmpty() ? m_answer : QByteArray();
-    // Not from the socket's own signal: the slot may ask again.
-    QTimer::singleShot(0, this, [this, answer, problem] { emit finished(answer, problem); });
 }
 
 } // namespace vigilctl

@@ -7,21 +7,18 @@
 #include <QByteArray>
 #include <QJsonObject>
 #include <QLocalSocket>
-#include <QTimer>
 
 #include "vigilctl/DocumentReader.h"
 
 namespace vigilctl {
 
 /// Asks the agent through its local socket, for root and the agent's own user.
-///
-/// Failure: finished() gives the reason. A silence of 10 seconds counts as one.
 class ControlClient : public DocumentReader
 {
     Q_OBJECT
 
 public:
-    explicit ControlClient(const QString& path);
+    explicit ControlClient(const QString& path, const AnswerLimits& limits = {});
 
     /// True if this user may open the agent's socket.
     static bool mayOpen(const QString& path);
@@ -34,14 +31,11 @@ public:
 
 private:
     void handleError(QLocalSocket::LocalSocketError error);
-    void finish(const QString& problem);
+    void disconnectFromAgent() override;
 
     const QString m_path;
     QLocalSocket m_socket;
-    QTimer m_deadline;
     QByteArray m_question;
-    QByteArray m_answer;
-    bool m_isBusy = false;
 };
 
 } // namespace vigilctl

@@ -30,16 +30,22 @@ namespace {
 
 constexpr int watchMs = 1000;
 
-void print(const QByteArray& text)
+/// False if not all of it is written, for example to a full disk.
+bool print(const QByteArray& text)
 {
-    std::fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
-    std::fflush(stdout);
+    const auto size = static_cast<size_t>(text.size());
+    return std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
 }
 
 int complain(const QString& problem)
 {
     std::fprintf(stderr, "vigilctl: %s\n", qPrintable(problem));
     return StatusReport::Unknown;
+}
+
+int complainOfOutput()
+{
+    return complain(QStringLiteral("cannot write to standard output: %1").arg(qt_error_string()));
 }
 
 int complainOf(const DocumentReader& reader, const QString& problem)
@@ -72,9 +78,9 @@ int show(const QByteArray& answer, const QString& problem, const DocumentReader&
         return complain(refusalIn(document));
     if (!problem.isEmpty() || !report.isValid())
         return complainOf(reader, problem.isEmpty() ? QStringLiteral("it is not an agent") : problem);
-    print(isJson ? QJsonDocument(document).toJson(QJsonDocument::Compact) + '\n'
-                 : report.text(vigilctl::isTerminal()).toUtf8());
-    return report.exitCode();
+    const bool isPrinted = print(isJson ? QJsonDocument(document).toJson(QJsonDocument::Compact) + '\n'
+                                        : report.text(vigilctl::isTerminal()).toUtf8());
+    return isPrinted ? report.exitCode() : complainOfOutput();
 }
 
 int report(const Arguments& arguments)
@@ -107,9 +113,9 @@ int showDone(const Arguments& arguments, const QByteArray& answer)
         return complain(QStringLiteral("the agent's answer has no meaning"));
     if (!refusalIn(reply).isEmpty())
         return complain(refusalIn(reply));
-    print(arguments.isJson ? QJsonDocument(reply).toJson(QJsonDocument::Compact) + '\n'
-                           : Change(arguments).text(reply).toUtf8());
-    return 0;
+    const bool isPrinted = print(arguments.isJson ? QJsonDocument(reply).toJson(QJsonDocument::Compact) + '\n'
+                                                  : Change(arguments).text(reply).toUtf8());
+    return isPrinted ? 0 : complainOfOutput();
 }
 
 /// Looks up the number in the document, then asks for the change.

@@ -79,6 +79,17 @@ TEST_F(VigilctlTest, JsonIsTheAgentsDocumentInOneLine)
     EXPECT_EQ(m_out.count('\n'), 1);
 }
 
+// The exit code was that of the report nobody could read.
+TEST_F(VigilctlTest, OutputThatCannotBeWrittenIsUnknown)
+{
+    QProcess program;
+    program.setStandardOutputFile(QStringLiteral("/dev/full"));
+    program.start(QStringLiteral(VIGILCTL), QStringList{QStringLiteral("status")} + url());
+    EXPECT_TRUE(support::runUntil([&] { return program.state() == QProcess::NotRunning; }));
+    EXPECT_EQ(program.exitCode(), 3);
+    EXPECT_TRUE(program.readAllStandardError().startsWith("vigilctl: cannot write to standard output: "));
+}
+
 TEST_F(VigilctlTest, AMissingAgentIsUnknown)
 {
     const QStringList gone = url();
