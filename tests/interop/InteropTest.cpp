@@ -176,6 +176,10 @@ TEST_F(Interop, ThePluginIsUnknownWithoutAnAnswer)
     EXPECT_EQ(wrong.exitCode, 3);
     EXPECT_EQ(wrong.out, QStringLiteral("VIGIL UNKNOWN - no answer within 1 seconds\n"));
     EXPECT_EQ(checkVigil({}).exitCode, 3);
+    const Outcome open = checkVigil(
+        {QStringLiteral("-H"), agent.udpAddress(), QStringLiteral("-S"), QStringLiteral("-c 'public")});
+    EXPECT_EQ(open.exitCode, 3);
+    EXPECT_EQ(open.out, QStringLiteral("VIGIL UNKNOWN - ValueError: No closing quotation\n"));
     EXPECT_EQ(checkVigil(
                   {QStringLiteral("-H"), agent.udpAddress(), QStringLiteral("-n"), QStringLiteral("no/such")})
                   .out,
@@ -191,10 +195,10 @@ TEST_F(Interop, OneLineOfCheckSnmpWatchesAHost)
                    {QStringLiteral("-H"), QStringLiteral("127.0.0.1"), QStringLiteral("-p"),
                     QString::number(agent.snmpPort()), QStringLiteral("-C"), QStringLiteral("public"),
                     QStringLiteral("-o"), QStringLiteral("1.3.6.1.4.1.32473.127.3.1.200.5.3.7.0"),
-                    QStringLiteral("-w"), QStringLiteral("0:1"), QStringLiteral("-c"), QStringLiteral("0:2")},
+                    QStringLiteral("-w"), QStringLiteral("0:0"), QStringLiteral("-c"), QStringLiteral("0:2")},
                    directory.path(), environment);
     };
-    const int expected[] = {0, 1, 2, 0}; // UNKNOWN is OK in this line: -w 0:0 makes it a warning
+    const int expected[] = {0, 1, 2, 1}; // a plugin cannot tell UNKNOWN from WARNING by a range
     for (int status = 0; status < 4; ++status) {
         publishHealth(status);
         const Outcome outcome = check();
