@@ -4,6 +4,7 @@
 #include "DisksCheck.h"
 
 #include <algorithm>
+#include <optional>
 
 using host::Disk;
 using vigil::HealthStatus;
@@ -22,6 +23,8 @@ std::string DisksCheck::readValues()
             setUse(disk);
     } else {
         m_mounted.set(HealthStatus::Unknown, "the list could not be read");
+        for (auto& entry : m_disks)
+            entry.second.set(std::nullopt);
     }
     return text();
 }

@@ -48,14 +48,21 @@ WatchedMetric::WatchedMetric(vigil::CheckHandle& check, const std::string& name,
 
 bool WatchedMetric::set(std::optional<double> value)
 {
+    m_isKnown = value.has_value();
     if (value)
         m_metric.setValue(std::round(*value * 100.0) / 100.0);
-    return value.has_value();
+    else
+        m_metric.setUnknown("the value could not be read");
+    return m_isKnown;
 }
 
 std::string WatchedMetric::text() const
 {
     std::ostringstream text;
-    text << m_metric.getName() << ' ' << m_metric.getValue() << m_metric.getUnit();
+    text << m_metric.getName() << ' ';
+    if (m_isKnown)
+        text << m_metric.getValue() << m_metric.getUnit();
+    else
+        text << "unknown";
     return text.str();
 }

@@ -19,14 +19,15 @@ public:
     WatchedMetric(vigil::CheckHandle& check, const std::string& name, const std::string& unit,
                   const Thresholds& thresholds);
 
-    /// Keeps the last value if there is no new one. Returns whether there was a new one.
+    /// Without a value the metric is UNKNOWN: the last one may be wrong by now. Returns whether there is one.
     bool set(std::optional<double> value);
 
-    /// Name, value and unit, for the console.
+    /// Name, value and unit, for the console. The value is "unknown" until the first set().
     std::string text() const;
 
 private:
     vigil::ScalarHandle m_metric;
+    bool m_isKnown = false;
 };
 
 #endif

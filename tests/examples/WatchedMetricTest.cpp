@@ -11,8 +11,10 @@
 #include "WatchedMetric.h"
 #include "support/LibraryLog.h"
 
+using vigil::HealthStatus;
 using vigil::test::HasCheck;
 using vigil::test::HasMetric;
+using vigil::test::HasStatus;
 using vigil::test::HasWarningRange;
 using vigil::test::SetResult;
 
@@ -51,9 +53,18 @@ TEST_F(WatchedMetricTest, AManagerMaySetNoRangeWithoutAnUpperBound)
     EXPECT_THAT(service.published(), HasCheck("test", "host", HasMetric("load", HasWarningRange("~:5"))));
 }
 
-TEST_F(WatchedMetricTest, KeepsItsValueIfThereIsNoNewOne)
+TEST_F(WatchedMetricTest, IsUnknownWhileThereIsNoValue)
 {
-    EXPECT_TRUE(metric.set(12.346));
+    EXPECT_TRUE(metric.set(4.346));
+    EXPECT_EQ(metric.text(), "load 4.35%");
+
     EXPECT_FALSE(metric.set(std::nullopt));
-    EXPECT_EQ(metric.text(), "load 12.35%");
+    check.update();
+    EXPECT_EQ(metric.text(), "load unknown");
+    EXPECT_THAT(service.published(), HasCheck("test", "host", HasStatus(HealthStatus::Unknown),
+                                              HasMetric("load", HasStatus(HealthStatus::Unknown))));
+
+    EXPECT_TRUE(metric.set(3));
+    check.update();
+    EXPECT_THAT(service.published(), HasCheck("test", "host", HasStatus(HealthStatus::Ok)));
 }
