@@ -15,6 +15,7 @@
 #include "agent/applications/ApplicationStream.h"
 #include "agent/applications/CellLimits.h"
 #include "agent/cells/ServedCells.h"
+#include "agent/cells/StatusTable.h"
 #include "fuzz/Fuzzer.h"
 #include "fuzz/Input.h"
 #include "support/ManualClock.h"
@@ -97,7 +98,7 @@ public:
         for (const auto* entry = m_store.findNext({}); entry; entry = m_store.findNext(last)) {
             const auto& [id, cell] = *entry;
             require(last < id && id.size() <= agent::maxArcs);
-            require(!cell.cover || agent::healthTable::positionOf(id));
+            require(!cell.cover || agent::healthTable::positionOf(id) || agent::resultTable().positionOf(id));
             const std::string* text = std::get_if<std::string>(&cell.value);
             require(!text || text->size() <= static_cast<size_t>(m_limits.textBytes));
             last = id;
