@@ -7,7 +7,7 @@
 
 source_dir=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 readonly source_dir
-readonly long_wait=20 # seconds
+readonly long_wait=60 # seconds; beside a full load Wine alone took 15 to start a program
 
 work_dir=$(mktemp -d)
 pids=()
