@@ -174,8 +174,9 @@ TEST(CleanShutdown, ACheckMayBeDestroyedBeforeTheThreadsHaveStarted)
 
 TEST(CleanShutdown, KeepsItsLimitBesideASlowServiceAndASlowCallback)
 {
-    const SlowService service;
+    SlowService service;
     HostProcess host(QStringLiteral(PLAIN_HOST), {QStringLiteral("destroy-with-much-to-do")}, service.port());
+    service.answerOnlyOnce([&] { return contains(host.log(), "[VigilSnmp::cleanup] Cleanup."); });
     EXPECT_EQ(host.exitCode(), 0);
     const QStringList log = host.log();
     EXPECT_LT(indexOf(log, "[VigilSnmp::cleanup] Cleanup."), indexOf(log, ">>>>>>  CONNECTED from "));

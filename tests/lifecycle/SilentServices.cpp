@@ -52,12 +52,16 @@ QTcpServer& OverrunService::makeRoom()
 SlowService::SlowService()
 {
     constexpr int answerMs = 2500;
-    m_answer.setSingleShot(true);
+    constexpr int lookMs = 20;
+    m_age.start();
     QObject::connect(&m_answer, &QTimer::timeout, &m_answer, [this] {
+        if (!m_age.hasExpired(answerMs) || !m_mayAnswer())
+            return;
+        m_answer.stop();
         QTcpServer& server = m_overrun.makeRoom();
         QObject::connect(&server, &QTcpServer::newConnection, &m_answer, [this] { accept(); });
     });
-    m_answer.start(answerMs);
+    m_answer.start(lookMs);
 }
 
 void SlowService::accept()

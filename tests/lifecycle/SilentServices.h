@@ -4,10 +4,14 @@
 #ifndef VIGIL_TESTS_LIFECYCLE_SILENTSERVICES_H
 #define VIGIL_TESTS_LIFECYCLE_SILENTSERVICES_H
 
+#include <QElapsedTimer>
 #include <QList>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
+
+#include <functional>
+#include <utility>
 
 /// A port without a listener, for as long as the test program runs.
 int refusingPort();
@@ -44,6 +48,10 @@ class SlowService
 {
 public:
     SlowService();
+
+    /// No connect is answered before this holds, however late the host begins with it.
+    void answerOnlyOnce(std::function<bool()> mayAnswer) { m_mayAnswer = std::move(mayAnswer); }
+
     int port() const { return m_overrun.port(); }
 
     /// How many connections have been answered.
@@ -53,6 +61,8 @@ private:
     void accept();
 
     OverrunService m_overrun;
+    std::function<bool()> m_mayAnswer = [] { return true; };
+    QElapsedTimer m_age;
     QTimer m_answer;
     int m_connections = 0;
 };
