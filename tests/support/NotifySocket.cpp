@@ -25,10 +25,13 @@ NotifySocket::NotifySocket()
     std::copy(name.begin(), name.end(), address.sun_path);
     m_descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    m_notifier = std::make_unique<QSocketNotifier>(m_descriptor, QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, [this] { received(); });
 }
 
 NotifySocket::~NotifySocket()
 {
+    m_notifier.reset(); // while the descriptor is open
     close(m_descriptor);
 }
 

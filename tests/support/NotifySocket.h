@@ -5,12 +5,16 @@
 #define VIGIL_SUPPORT_NOTIFYSOCKET_H
 
 #include <QByteArray>
+#include <QSocketNotifier>
 #include <QString>
 #include <QTemporaryDir>
 
+#include <memory>
+
 namespace support {
 
-/// A service manager: it receives the messages sent to NOTIFY_SOCKET.
+/// A service manager: it receives the messages sent to NOTIFY_SOCKET. It reads them whenever the event loop
+/// runs: the system keeps ten or so, and the sender of the next one hangs.
 ///
 /// Threads: one with an event loop. Failure: without a socket nothing is received.
 class NotifySocket
@@ -31,6 +35,7 @@ private:
     const QTemporaryDir m_directory;
     int m_descriptor = -1;
     QByteArray m_received;
+    std::unique_ptr<QSocketNotifier> m_notifier;
 };
 
 } // namespace support
