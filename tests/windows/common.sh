@@ -53,6 +53,7 @@ start_agent() {
     local tries
     for ((tries = 0; tries < 10; ++tries)); do
         port=$((10000 + RANDOM % 22000))
+        : >"$work_dir/agent.log" # now: the agent's shell may do it only after the first look for a line of this agent
         "$@" --standalone "udp:127.0.0.1:$port" --listen 127.0.0.1:0 >"$work_dir/agent.log" 2>&1 &
         agent_pid=$!
         wait_until "the agent" agent_is_ready_or_gone "$agent_pid"
