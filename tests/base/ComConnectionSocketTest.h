@@ -19,6 +19,7 @@
 #include "base/ComConnectionSocket.h"
 #include "base/wire/FrameHeader.h"
 #include "base/wire/SnmpString.h"
+#include "support/Deadline.h"
 #include "support/FakeService.h"
 #include "support/QtMessages.h"
 #include "support/RunUntil.h"
@@ -175,7 +176,8 @@ protected:
         // In an event loop: without one, Qt would not carry out deleteLater() during the yield.
         QTimer::singleShot(0, [&] {
             service.sendRaw(frame(1, "a"));
-            hasRead = socket->socket()->waitForReadyRead(10000); // runs no events but those of the yield
+            hasRead = socket->socket()->waitForReadyRead(
+                support::deadlineMs); // runs no events but those of the yield
             hasRunDuringTheRead = hasRun;
         });
         ASSERT_TRUE(support::runUntil([&] { return hasRead; }));

@@ -6,6 +6,8 @@
 #include <QPointer>
 #include <QTcpSocket>
 
+#include "support/Deadline.h"
+
 using support::QtMessages;
 using support::runUntil;
 using testing::ElementsAreArray;
@@ -32,7 +34,7 @@ TEST_F(ComConnectionSocketYield, NoOtherEventsRunWhileAFrameIsIncomplete)
     QMetaObject::invokeMethod(
         socket.get(), [&] { otherEventRan = true; }, Qt::QueuedConnection);
     service.sendRaw(frame(1, "a").left(20));
-    ASSERT_TRUE(socket->socket()->waitForReadyRead(10000));
+    ASSERT_TRUE(socket->socket()->waitForReadyRead(support::deadlineMs));
     ASSERT_EQ(socket->socket()->bytesAvailable(), 0);
     EXPECT_FALSE(otherEventRan);
 }
@@ -47,7 +49,7 @@ TEST_F(ComConnectionSocketYield, NoOtherEventsRunAfterAWrongMagic)
     QMetaObject::invokeMethod(
         socket.get(), [&] { otherEventRan = true; }, Qt::QueuedConnection);
     service.sendRaw(frame(1, "a") + junk);
-    ASSERT_TRUE(socket->socket()->waitForReadyRead(10000));
+    ASSERT_TRUE(socket->socket()->waitForReadyRead(support::deadlineMs));
     ASSERT_THAT(errors(), ElementsAreArray({"___Network error detected - resetting buffers___"}));
     EXPECT_FALSE(otherEventRan);
 }
@@ -58,7 +60,7 @@ TEST_F(ComConnectionSocketYield, NothingIsReadWhileOtherEventsRun)
     std::size_t receivedInside = 0;
     runDuringTheYield([&] {
         service.sendRaw(frame(2, "b"));
-        socket->socket()->waitForReadyRead(10000);
+        socket->socket()->waitForReadyRead(support::deadlineMs);
         ASSERT_GT(socket->socket()->bytesAvailable(), 0);
         for (const char* slot : {"slot_readyRead", "slot_readDataFromSocket", "slot_computeReceivedData"})
             QMetaObject::invokeMethod(socket.get(), slot, Qt::DirectConnection);

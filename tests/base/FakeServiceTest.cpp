@@ -10,6 +10,8 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
+#include "support/Deadline.h"
+
 using base::FrameHeader;
 using support::FakeService;
 
@@ -31,7 +33,7 @@ public:
     explicit Peer(const FakeService& service)
     {
         m_socket.connectToHost(QHostAddress(QHostAddress::LocalHost), service.port());
-        m_connected = m_socket.waitForConnected(10000);
+        m_connected = m_socket.waitForConnected(support::deadlineMs);
     }
 
     bool isConnected() const { return m_connected; }
@@ -39,19 +41,20 @@ public:
     void send(const QByteArray& bytes)
     {
         m_socket.write(bytes);
-        m_socket.waitForBytesWritten(10000);
+        m_socket.waitForBytesWritten(support::deadlineMs);
     }
 
     QByteArray receive(int size)
     {
-        while (m_socket.bytesAvailable() < size && m_socket.waitForReadyRead(10000)) {
+        while (m_socket.bytesAvailable() < size && m_socket.waitForReadyRead(support::deadlineMs)) {
         }
         return m_socket.readAll();
     }
 
     bool waitForTheEnd()
     {
-        return m_socket.state() == QAbstractSocket::UnconnectedState || m_socket.waitForDisconnected(10000);
+        return m_socket.state() == QAbstractSocket::UnconnectedState ||
+               m_socket.waitForDisconnected(support::deadlineMs);
     }
 
 private:

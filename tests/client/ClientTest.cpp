@@ -21,6 +21,7 @@
 #include "base/ComConnectionSocket.h"
 #include "base/Logging.h"
 #include "base/wire/Protocol.h"
+#include "support/Deadline.h"
 #include "support/FakeService.h"
 #include "support/LibraryLog.h"
 #include "support/Oids.h"
@@ -576,7 +577,7 @@ TEST_F(ClientWithStore, ALossFoundByACallbacksOwnPublishingIsToldAfterTheCallbac
     ScriptedCallback callback(recorder);
     callback.onCall = [this] {
         service.closeConnection();
-        const QDeadlineTimer deadline(10000);
+        const QDeadlineTimer deadline(support::deadlineMs);
         while (client->sendValue(below("2"), 5, false) && !deadline.hasExpired())
             QThread::yieldCurrentThread();
         recorder.add("callback over");

@@ -10,6 +10,7 @@
 
 #include <atomic>
 
+#include "support/Deadline.h"
 #include "support/LibraryLog.h"
 
 // The client's first connection, and with it the first calls of callbacks, come before the thread's event
@@ -32,7 +33,7 @@ TEST(ClientThread, IsCurrentFromItsStartOn)
     };
     QObject::connect(&thread, &QThread::started, &inThread, lookAtTheStart);
     thread.start();
-    ASSERT_TRUE(thread.wait(10000));
+    ASSERT_TRUE(thread.wait(support::deadlineMs));
     EXPECT_TRUE(isCurrentAtTheStart);
     EXPECT_TRUE(isCurrentInTheLoop);
     EXPECT_FALSE(ClientThread::isCurrent());

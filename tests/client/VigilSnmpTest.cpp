@@ -25,6 +25,7 @@
 #include "base/wire/SnmpResponse.h"
 #include "client/CallbackStoreLock.h"
 #include "support/CheckPointer.h"
+#include "support/Deadline.h"
 #include "support/EnvironmentVariable.h"
 #include "support/LibraryTest.h"
 #include "support/MatchesPattern.h"
@@ -537,12 +538,12 @@ TEST_F(VigilSnmpTest, DeregistrationWaitsForACallInProgress)
     ScriptedCallback callback(recorder);
     callback.onCall = [&] {
         called.release();
-        goOn.tryAcquire(1, 10000);
+        goOn.tryAcquire(1, support::deadlineMs);
         callIsOver = true;
     };
     facade.registerValueChangedCallback(below("1"), &callback);
     service.send(base::SnmpIntType, encodedInt("1", 5), base::PlainValue);
-    ASSERT_TRUE(called.tryAcquire(1, 10000));
+    ASSERT_TRUE(called.tryAcquire(1, support::deadlineMs));
     bool wasOver = false;
     std::thread other([&] {
         facade.deregisterValueChangedCallback(&callback);
