@@ -30,7 +30,7 @@ namespace {
 
 const QString integrations = QStringLiteral(VIGIL_INTEGRATIONS);
 
-constexpr int zabbixMs = 270'000; // with an empty database to fill; run_zabbix.py has a time limit of its own
+constexpr int zabbixMs = 960'000; // with an empty database to fill; run_zabbix.py has a time limit of its own
 
 constexpr const char* disk = "3.97.112.112.4.100.105.115.107";       // "app", "disk"
 constexpr const char* queue = "3.97.112.112.3.195.150.108";          // "app", "Öl"
