@@ -22,10 +22,15 @@ fail() {
     exit 1
 }
 
+# in_turn PRESET COMMAND...: two scripts use the same build folder, but never change it at the same time.
+in_turn() {
+    flock --close "$log_dir/$1.lock" "${@:2}"
+}
+
 # configure PRESET [ARGUMENT...]: arguments for cmake.
 configure() {
     local log=$log_dir/configure-$1.log
-    cmake --preset "$@" >"$log" 2>&1 || {
+    in_turn "$1" cmake --preset "$@" >"$log" 2>&1 || {
         tail -n 30 "$log" >&2
         fail "cannot configure the preset $1 (log: $log)"
     }
@@ -36,10 +41,10 @@ build() {
     local log=$log_dir/build-$1.log
     echo "Building with the preset $1 ..."
     if [[ -t 1 ]]; then
-        cmake --build --preset "$@" --parallel "$(nproc)" || fail "the build failed"
+        in_turn "$1" cmake --build --preset "$@" --parallel "$(nproc)" || fail "the build failed"
         return
     fi
-    cmake --build --preset "$@" --parallel "$(nproc)" >"$log" 2>&1 || {
+    in_turn "$1" cmake --build --preset "$@" --parallel "$(nproc)" >"$log" 2>&1 || {
         # Ninja starts the output of each failed command with this word, and stops.
         sed -n '/^FAILED: /,$p' "$log" | head -n 200 >&2
         fail "the build failed (log: $log)"
