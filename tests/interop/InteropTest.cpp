@@ -86,6 +86,8 @@ protected:
     {
         ASSERT_TRUE(directory.isValid());
         environment = SnmpTool::environment(directory.path());
+        environment.insert(QStringLiteral("LC_ALL"),
+                           QStringLiteral("C.UTF-8")); // others may not be installed
         environment.insert(QStringLiteral("PATH"),
                            QProcessEnvironment::systemEnvironment().value(QStringLiteral("PATH")));
     }
