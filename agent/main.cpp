@@ -43,6 +43,12 @@ int failed(const QString& text, int exitCode)
     return exitCode;
 }
 
+int print(const QString& text)
+{
+    const agent::Error error = agent::standardOutput::print(text);
+    return error ? failed(error.text(), cannotServe) : 0;
+}
+
 agent::Error configError(const agent::Options& options)
 {
     agent::SystemClock clock;
@@ -54,8 +60,7 @@ int checkConfig(const agent::Options& options)
 {
     if (const agent::Error error = configError(options))
         return failed(error.text(), cannotServe);
-    agent::standardOutput::print(QStringLiteral("%1: correct\n").arg(options.configFile));
-    return 0;
+    return print(QStringLiteral("%1: correct\n").arg(options.configFile));
 }
 
 int show(const agent::Options& options)
@@ -73,16 +78,14 @@ int show(const agent::Options& options)
                 .arg(options.showAddress));
     if (error)
         return failed(error.text(), cannotServe);
-    agent::standardOutput::print(agent::healthReport(objects));
-    return 0;
+    return print(agent::healthReport(objects));
 }
 
 int reported(const agent::serviceInstallation::Outcome& outcome)
 {
     if (outcome.exitCode != 0)
         return failed(outcome.text, outcome.exitCode);
-    agent::standardOutput::print(outcome.text + QLatin1Char('\n'));
-    return 0;
+    return print(outcome.text + QLatin1Char('\n'));
 }
 
 int installService(const agent::Options& options)
@@ -168,10 +171,8 @@ int live(agent::ServiceManager& serviceManager)
     }
     if (error)
         return failed(error.text(), wrongOption);
-    if (!output.isEmpty()) {
-        agent::standardOutput::print(output);
-        return 0;
-    }
+    if (!output.isEmpty())
+        return print(output);
     return run(options, serviceManager);
 }
 

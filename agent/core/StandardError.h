@@ -7,6 +7,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include "agent/core/Error.h"
+
 /// Standard error as the system has it. A reader that stalls, such as a stopped terminal, must not stop the
 /// agent.
 namespace agent::standardError {
@@ -27,8 +29,9 @@ bool isJournal();
 
 namespace agent::standardOutput {
 
-/// Prints the answer to the operator's command.
-void print(const QString& text);
+/// Prints the answer to the operator's command. Fails if not all of it is written, for example to a full
+/// disk.
+Error print(const QString& text);
 
 } // namespace agent::standardOutput
 

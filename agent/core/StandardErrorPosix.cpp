@@ -45,10 +45,11 @@ bool isJournal()
 
 namespace agent {
 
-void standardOutput::print(const QString& text)
+Error standardOutput::print(const QString& text)
 {
-    std::fputs(text.toLocal8Bit().constData(), stdout);
-    std::fflush(stdout);
+    if (std::fputs(text.toLocal8Bit().constData(), stdout) >= 0 && std::fflush(stdout) == 0)
+        return {};
+    return Error(QStringLiteral("cannot write to standard output: %1").arg(qt_error_string()));
 }
 
 } // namespace agent

@@ -21,17 +21,17 @@ HANDLE standardErrorHandle()
     return reinterpret_cast<HANDLE>(_get_osfhandle(standardErrorNumber));
 }
 
-/// A console gets Unicode; its code page may lack letters. Everything else gets UTF-8.
-void writeTo(HANDLE output, const QByteArray& line)
+/// A console gets Unicode; its code page may lack letters. Everything else gets UTF-8. False if the system
+/// reports an error.
+bool writeTo(HANDLE output, const QByteArray& line)
 {
     DWORD mode = 0;
     DWORD written = 0;
     if (GetConsoleMode(output, &mode)) {
         const QString text = QString::fromUtf8(line);
-        WriteConsoleW(output, text.utf16(), static_cast<DWORD>(text.size()), &written, nullptr);
-    } else {
-        WriteFile(output, line.constData(), static_cast<DWORD>(line.size()), &written, nullptr);
+        return WriteConsoleW(output, text.utf16(), static_cast<DWORD>(text.size()), &written, nullptr) != 0;
     }
+    return WriteFile(output, line.constData(), static_cast<DWORD>(line.size()), &written, nullptr) != 0;
 }
 
 /// A console waits for as long as text in it is selected.
@@ -51,8 +51,7 @@ bool write(const QByteArray& line)
 {
     if (GetFileType(standardErrorHandle()) != FILE_TYPE_DISK)
         return writer().add(line.size(), [line] { writeTo(standardErrorHandle(), line); });
-    writeTo(standardErrorHandle(), line);
-    return true;
+    return writeTo(standardErrorHandle(), line);
 }
 
 void waitUntilWritten()
@@ -69,9 +68,11 @@ bool isJournal()
 
 namespace agent {
 
-void standardOutput::print(const QString& text)
+Error standardOutput::print(const QString& text)
 {
-    standardError::writeTo(GetStdHandle(STD_OUTPUT_HANDLE), text.toUtf8());
+    if (standardError::writeTo(GetStdHandle(STD_OUTPUT_HANDLE), text.toUtf8()))
+        return {};
+    return Error(QStringLiteral("cannot write to standard output: %1").arg(qt_error_string()));
 }
 
 } // namespace agent

@@ -52,7 +52,7 @@ public:
     static void post(Client* client, const std::function<void()>& function);
 
 private:
-    static constexpr std::size_t overflowBytes = 16'000'000; // some 100,000 cells
+    static constexpr std::size_t overflowBytes = 16'000'000; // some 90,000 cells
 
     Client* client() const;
 

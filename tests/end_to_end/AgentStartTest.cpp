@@ -93,6 +93,20 @@ TEST(AgentStart, OnWindowsOthersMayNotReadTheConfiguration)
     EXPECT_TRUE(allowed.out.contains("K\xc3\xb6nig \xd0\x96.conf: correct")) << allowed.out.constData();
 }
 
+/// A script would take what little was printed for the whole answer.
+TEST(AgentStart, OutputThatCannotBeWrittenIsAnError)
+{
+    for (const QStringList& task : {QStringList{QStringLiteral("--version")}, {QStringLiteral("--help")}}) {
+        QProcess agent;
+        agent.setStandardOutputFile(QStringLiteral("/dev/full"));
+        agent.start(AgentProcess::program(), task);
+        ASSERT_TRUE(agent.waitForFinished(support::deadlineMs));
+        EXPECT_EQ(agent.exitCode(), 1);
+        const QByteArray err = agent.readAllStandardError();
+        EXPECT_TRUE(err.contains("error: cannot write to standard output: ")) << err.constData();
+    }
+}
+
 TEST(AgentStart, AnSnmpPortInUseIsAnError)
 {
     QUdpSocket datagrams;
