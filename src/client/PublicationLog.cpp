@@ -17,7 +17,8 @@ void PublicationLog::append(const Publication& publication)
     const Slice arcSlice{m_arcs.size(), arcs.size()};
     const Slice textSlice{m_texts.size(), static_cast<std::size_t>(text.size())};
     m_arcs.insert(m_arcs.end(), arcs.begin(), arcs.end());
-    m_texts.insert(m_texts.end(), text.begin(), text.end());
+    const ushort* units = text.utf16();
+    m_texts.insert(m_texts.end(), units, units + text.size());
     m_entries.push_back({content, publication.notify, number, arcSlice, textSlice});
 }
 
@@ -41,7 +42,7 @@ Publication PublicationLog::at(std::size_t index) const
 std::size_t PublicationLog::bytes() const
 {
     return m_entries.size() * sizeof(Entry) + m_arcs.size() * sizeof(unsigned int) +
-           m_texts.size() * sizeof(QChar);
+           m_texts.size() * sizeof(ushort);
 }
 
 OidArcs PublicationLog::arcsOf(const Entry& entry) const
@@ -55,6 +56,7 @@ QVariant PublicationLog::valueOf(const Entry& entry) const
     if (entry.content == Content::Number)
         return entry.number;
     if (entry.content == Content::Text)
-        return QString(m_texts.data() + entry.text.first, static_cast<int>(entry.text.count));
+        return QString(reinterpret_cast<const QChar*>(m_texts.data()) + entry.text.first,
+                       static_cast<int>(entry.text.count));
     return {};
 }

@@ -4,10 +4,11 @@
 #ifndef VIGIL_CLIENT_PUBLICATIONLOG_H
 #define VIGIL_CLIENT_PUBLICATIONLOG_H
 
-#include <QChar>
 #include <QVariant>
+#include <QtGlobal>
 
 #include <cstddef>
+#include <type_traits>
 #include <vector>
 
 #include "client/Publication.h"
@@ -48,6 +49,7 @@ private:
         Slice arcs;
         Slice text;
     };
+    static_assert(std::is_trivial_v<Entry>, "growth moves trivial types as one block, others one by one");
 
     static Content contentOf(const Publication& publication);
     vigil::OidArcs arcsOf(const Entry& entry) const;
@@ -55,7 +57,7 @@ private:
 
     std::vector<Entry> m_entries;
     vigil::OidArcs m_arcs;
-    std::vector<QChar> m_texts;
+    std::vector<ushort> m_texts; // UTF-16; QChar is not trivial
 };
 
 #endif
