@@ -3,6 +3,7 @@
 
 #include "agent/http/HttpServer.h"
 
+#include <QNetworkProxy>
 #include <QSysInfo>
 #include <QTcpServer>
 #include <QTimer>
@@ -213,6 +214,7 @@ HttpServer::Daemon::~Daemon()
 
 Error HttpServer::Daemon::start(const QHostAddress& host, quint16 port)
 {
+    m_listener.setProxy(QNetworkProxy::NoProxy); // Qt would ask one of the environment to listen
     if (!m_listener.listen(host, port))
         return Error(m_listener.errorString());
     m_listener.pauseAccepting(); // the library accepts

@@ -14,12 +14,14 @@
 #include "agent/core/Turn.h"
 #include "agent/core/User.h"
 #include "agent/http/HttpServer.h"
+#include "support/EnvironmentVariable.h"
 #include "support/HttpClient.h"
 #include "support/ManualClock.h"
 #include "support/RunUntil.h"
 
 using agent::HttpReply;
 using agent::HttpServer;
+using support::EnvironmentVariable;
 using support::HttpClient;
 using support::runUntil;
 
@@ -351,6 +353,13 @@ TEST_F(HttpServerTest, ADestroyedServerClosesItsConnections)
     server.reset();
     EXPECT_TRUE(idle.waitForEnd());
     EXPECT_TRUE(busy.waitForEnd());
+}
+
+TEST_F(HttpServerTest, ListensOnAllAddressesBesideAProxyOfTheEnvironment)
+{
+    const EnvironmentVariable proxy("all_proxy", "socks5://127.0.0.1:9");
+    HttpServer open(m_clock, &HttpServerTest::reply);
+    EXPECT_FALSE(open.listen(QHostAddress(QHostAddress::AnyIPv4), 0));
 }
 
 TEST_F(HttpServerTest, AnAddressInUseIsAnError)
